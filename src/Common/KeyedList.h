@@ -1,0 +1,282 @@
+// The general collection of the system: values in order, positions from 1, optional keys.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+// Keys compare without regard to letter case. Adding a key that the list holds raises KeyExists; a key or position
+// that it doesn't hold raises InvalidCall for a key and SubscriptOutOfRange for a position.
+//
+// Appending, lookup by key, lookup by position and removal at either end are constant time. A removal from the
+// middle leaves a hole; while there are holes, positions are found in logarithmic time.
+template <class T>
+class KeyedList {
+ public:
+  KeyedList() = default;
+  KeyedList(KeyedList&&) noexcept = default;
+  KeyedList& operator=(KeyedList&&) noexcept = default;
+  KeyedList(const KeyedList& other) { AppendAll(other); }
+  KeyedList& operator=(const KeyedList& other) {
+    if (this != &other) *this = KeyedList(other);
+    return *this;
+  }
+  ~KeyedList() = default;
+
+  std::int32_t Count() const { return static_cast<std::int32_t>(slots_.size() - first_ - holes_); }
+  bool IsEmpty() const { return Count() == 0; }
+
+  // Appends a value without a key.
+  void Add(T value) { Append(std::move(value), nullptr); }
+
+  // Appends a value under a key; an empty key is a key like any other.
+  void Add(T value, std::string_view key) {
+    const auto [entry, added] = index_.try_emplace(std::string(key), slots_.size() + removedInFront_);
+    if (!added) throw Failure(ErrorNumber::KeyExists, "key exists: '" + std::string(key) + "'");
+    Append(std::move(value), &*entry);
+  }
+
+  bool HasKey(std::string_view key) const { return index_.find(key) != index_.end(); }
+
+  T& Item(std::int32_t position) { return slots_[SlotAt(position)].value; }
+  const T& Item(std::int32_t position) const { return slots_[SlotAt(position)].value; }
+  T& Item(std::string_view key) { return slots_[SlotOf(key)].value; }
+  const T& Item(std::string_view key) const { return slots_[SlotOf(key)].value; }
+
+  // The entry of a key, null if there is none: for callers to whom a missing key is no failure.
+  const T* Find(std::string_view key) const {
+    const auto found = index_.find(key);
+    return found == index_.end() ? nullptr : &slots_[found->second - removedInFront_].value;
+  }
+
+  // The key of the entry at a position, "" if it has none.
+  std::string_view Key(std::int32_t position) const {
+    const IndexEntry* entry = slots_[SlotAt(position)].entry;
+    return entry == nullptr ? std::string_view() : std::string_view(entry->first);
+  }
+
+  void Remove(std::int32_t position) { RemoveSlot(SlotAt(position)); }
+  void Remove(std::string_view key) { RemoveSlot(SlotOf(key)); }
+
+  // Removes the entry of a key if there is one, and tells whether there was.
+  bool TryRemove(std::string_view key) {
+    const auto found = index_.find(key);
+    if (found == index_.end()) return false;
+    RemoveSlot(found->second - removedInFront_);
+    return true;
+  }
+
+  void Clear() { *this = KeyedList(); }
+
+  // Walks the entries in order.
+  template <class Slots, class Value>
+  class Walk {
+   public:
+    Walk(Slots* slots, std::size_t at) : slots_(slots), at_(at) { SkipHoles(); }
+    Value& operator*() const { return (*slots_)[at_].value; }
+    Value* operator->() const { return &(*slots_)[at_].value; }
+    Walk& operator++() {
+      ++at_;
+      SkipHoles();
+      return *this;
+    }
+    bool operator==(const Walk& other) const { return at_ == other.at_; }
+
+   private:
+    void SkipHoles() {
+      while (at_ < slots_->size() && !(*slots_)[at_].live) ++at_;
+    }
+
+    Slots* slots_;
+    std::size_t at_;
+  };
+
+  auto begin() { return Walk<std::vector<Slot>, T>(&slots_, first_); }
+  auto end() { return Walk<std::vector<Slot>, T>(&slots_, slots_.size()); }
+  auto begin() const { return Walk<const std::vector<Slot>, const T>(&slots_, first_); }
+  auto end() const { return Walk<const std::vector<Slot>, const T>(&slots_, slots_.size()); }
+
+ private:
+  struct KeyHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view key) const {
+      std::uint64_t hash = 14695981039346656037ULL;  // FNV-1a
+      for (const char c : key) {
+        hash = (hash ^ codepage::ToLower(static_cast<unsigned char>(c))) * 1099511628211ULL;
+      }
+      return hash;
+    }
+  };
+  struct KeyEqual {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const { return EqualNoCase(a, b); }
+  };
+
+  // Key to slot number, counted from the first slot that the list ever had, so that dropping slots in front
+  // needs no renumbering.
+  using Index = std::unordered_map<std::string, std::size_t, KeyHash, KeyEqual>;
+  using IndexEntry = typename Index::value_type;
+
+  struct Slot {
+    T value;
+    const IndexEntry* entry;  // null without a key
+    bool live;
+  };
+
+  void AppendAll(const KeyedList& other) {
+    for (std::size_t i = other.first_; i < other.slots_.size(); ++i) {
+      const Slot& slot = other.slots_[i];
+      if (!slot.live) continue;
+      if (slot.entry == nullptr) {
+        Add(slot.value);
+      } else {
+        Add(slot.value, slot.entry->first);
+      }
+    }
+  }
+
+  void Append(T value, const IndexEntry* entry) {
+    slots_.push_back({std::move(value), entry, true});
+    if (!liveCounts_.empty()) AppendToLiveCounts();
+  }
+
+  std::size_t SlotAt(std::int32_t position) const {
+    if (position < 1 || position > Count()) {
+      throw Failure(ErrorNumber::SubscriptOutOfRange, "no entry at position " + std::to_string(position));
+    }
+    const auto rank = static_cast<std::size_t>(position);
+    return holes_ == 0 ? first_ + rank - 1 : FindRank(rank);
+  }
+
+  std::size_t SlotOf(std::string_view key) const {
+    const auto found = index_.find(key);
+    if (found == index_.end()) throw Failure(ErrorNumber::InvalidCall, "no entry of key '" + std::string(key) + "'");
+    return found->second - removedInFront_;
+  }
+
+  void RemoveSlot(std::size_t at) {
+    Slot& slot = slots_[at];
+    if (slot.entry != nullptr) index_.erase(index_.find(slot.entry->first));
+    if (at + 1 == slots_.size()) {
+      slots_.pop_back();
+      if (!liveCounts_.empty()) liveCounts_.pop_back();
+      DropHolesAtEnd();
+      return;
+    }
+    slot.value = T();
+    slot.entry = nullptr;
+    slot.live = false;
+    if (at == first_) {
+      if (!liveCounts_.empty()) AddToLiveCounts(at, -1);
+      ++first_;
+      while (first_ < slots_.size() && !slots_[first_].live) {
+        ++first_;
+        --holes_;
+      }
+      CompactFront();
+    } else {
+      if (liveCounts_.empty()) BuildLiveCounts();
+      ++holes_;
+      AddToLiveCounts(at, -1);
+      if (holes_ > slots_.size() / 2) CompactHoles();
+    }
+  }
+
+  void DropHolesAtEnd() {
+    while (slots_.size() > first_ && !slots_.back().live) {
+      slots_.pop_back();
+      if (!liveCounts_.empty()) liveCounts_.pop_back();
+      --holes_;
+    }
+    if (slots_.size() == first_) Clear();
+  }
+
+  // Gives back the room of removed entries in front once it is the larger part: amortised constant.
+  void CompactFront() {
+    if (first_ <= slots_.size() / 2) return;
+    slots_.erase(slots_.begin(), slots_.begin() + static_cast<std::ptrdiff_t>(first_));
+    removedInFront_ += first_;
+    first_ = 0;
+    if (holes_ > 0) {
+      BuildLiveCounts();
+    } else {
+      liveCounts_.clear();
+    }
+  }
+
+  void CompactHoles() {
+    std::vector<Slot> packed;
+    packed.reserve(slots_.size() - first_ - holes_);
+    for (std::size_t i = first_; i < slots_.size(); ++i) {
+      if (slots_[i].live) packed.push_back(std::move(slots_[i]));
+    }
+    slots_ = std::move(packed);
+    first_ = holes_ = removedInFront_ = 0;
+    liveCounts_.clear();
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+      if (slots_[i].entry != nullptr) index_.find(slots_[i].entry->first)->second = i;
+    }
+  }
+
+  // A binary indexed tree over the slots counts the live ones; it exists only while there are holes.
+  void BuildLiveCounts() {
+    liveCounts_.clear();
+    liveCounts_.reserve(slots_.size());
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+      liveCounts_.push_back(0);
+      SumUpLiveCount(i);
+    }
+  }
+
+  void AppendToLiveCounts() {
+    liveCounts_.push_back(0);
+    SumUpLiveCount(liveCounts_.size() - 1);
+  }
+
+  // Sets node `at`, whose children in the tree are all in place, from its own slot and theirs.
+  void SumUpLiveCount(std::size_t at) {
+    const std::size_t node = at + 1;
+    std::uint32_t sum = slots_[at].live ? 1 : 0;
+    for (std::size_t child = node - 1; child > node - (node & -node); child -= child & -child) {
+      sum += liveCounts_[child - 1];
+    }
+    liveCounts_[at] = sum;
+  }
+
+  void AddToLiveCounts(std::size_t at, int change) {
+    for (std::size_t node = at + 1; node <= liveCounts_.size(); node += node & -node) {
+      liveCounts_[node - 1] = static_cast<std::uint32_t>(static_cast<int>(liveCounts_[node - 1]) + change);
+    }
+  }
+
+  // The slot of the live entry with that rank.
+  std::size_t FindRank(std::size_t rank) const {
+    std::size_t step = 1;
+    while (step * 2 <= liveCounts_.size()) step *= 2;
+    std::size_t passed = 0;
+    for (; step > 0; step /= 2) {
+      if (passed + step <= liveCounts_.size() && liveCounts_[passed + step - 1] < rank) {
+        passed += step;
+        rank -= liveCounts_[passed - 1];
+      }
+    }
+    return passed;
+  }
+
+  Index index_;
+  std::vector<Slot> slots_;
+  std::vector<std::uint32_t> liveCounts_;
+  std::size_t first_ = 0;           // slots in front of it are removed
+  std::size_t holes_ = 0;           // removed slots behind first_
+  std::size_t removedInFront_ = 0;  // slots dropped from the vector's front so far
+};
+
+}  // namespace vorlent

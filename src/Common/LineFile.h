@@ -1,0 +1,71 @@
+// A binary file read by lines, with byte-exact positions.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+// What ends a line.
+enum class LineRule {
+  Windows,  // CR, or CR LF; a lone LF is text. Counts take every line end for two bytes.
+  Native,   // LF, CR LF or CR. Counts take a line end for what it is.
+};
+
+// The rule for files opened from now on. The host chooses before anything is read; it starts as Windows.
+LineRule DefaultLineRule();
+void SetDefaultLineRule(LineRule rule);
+
+class LineFile {
+ public:
+  LineFile() = default;
+  // Opens in the mode given. Raises the failures of os::File::Open.
+  LineFile(std::string_view path, os::File::Mode mode, LineRule rule = DefaultLineRule());
+
+  bool IsOpen() const { return file_.IsOpen(); }
+  const std::string& Path() const { return file_.Path(); }
+  void Close();
+
+  // Bytes in the file, asked of the system once when it was opened and again by Refresh.
+  std::uint64_t Length() const { return length_; }
+
+  // Position of the next byte to be read or written, from 1.
+  std::uint64_t Position() const { return bufferStart_ + next_ + 1; }
+
+  // Goes to a position from 1; behind the end is allowed and is the end for reading.
+  void Seek(std::uint64_t position);
+
+  // Whether nothing is left to be read.
+  bool AtEnd() { return next_ == filled_ && !Fill(); }
+
+  // The next line without its line end, "" at the end of the file. The view is valid until the next call of
+  // ReadLine, Seek, WriteByte or Close.
+  std::string_view ReadLine();
+
+  // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its true
+  // length, 0 if the file ended without one.
+  std::uint32_t LineEndLength() const { return lineEndLength_; }
+
+  // Writes one byte at Position and moves behind it.
+  void WriteByte(char byte);
+
+ private:
+  bool Fill();
+
+  os::File file_;
+  LineRule rule_ = LineRule::Windows;
+  std::uint64_t length_ = 0;
+  std::uint64_t bufferStart_ = 0;  // file position of the buffer's first byte, from 0
+  std::unique_ptr<char[]> buffer_;
+  std::size_t capacity_ = 0;
+  std::size_t filled_ = 0;
+  std::size_t next_ = 0;
+  std::uint32_t lineEndLength_ = 0;
+};
+
+}  // namespace vorlent

@@ -1,0 +1,31 @@
+#include "Common/NumberText.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "Platform/Locale.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr int kSignificantDigits = 15;
+
+}  // namespace
+
+std::string NumberText(double value) {
+  if (value == 0) return "0";
+  std::array<char, 64> buffer{};
+  // The general form with a precision drops trailing zeros and turns to an exponent only from 1E+15 on.
+  const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                          std::chars_format::general, kSignificantDigits);
+  std::string text(buffer.data(), end);
+  const std::size_t exponent = text.find('e');
+  if (exponent != std::string::npos) text[exponent] = 'E';
+  const std::size_t point = text.find('.');
+  if (point != std::string::npos) text[point] = os::DecimalSign();
+  return text;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,70 @@
+// The text codecs of mail: URL, base64, quoted-printable, UTF-8, encoded words, header parameters, mail dates.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Common/TextWriter.h"
+
+namespace vorlent {
+
+// --- URL (StdHttpUrl.cpp) ------------------------------------------------------------------------------------
+
+// Unsafe characters as %XX.
+std::string UrlEncode(std::string_view s);
+
+// "+" as a blank, %XX as its character. A "%" behind position 32,767 is an overflow.
+std::string UrlDecode(std::string_view s);
+
+// --- Transfer encodings (StdHttpEncodings.cpp) ---------------------------------------------------------------
+
+// 0 to 63, -1 for a character outside the alphabet.
+int Base64Value(std::string_view character);
+
+// No resynchronising: a foreign character is a group member without value. More than 32,767 characters are an
+// overflow.
+std::string Base64Decode(std::string_view s);
+
+// Base64Decode into a buffer that is reused: replaces `out`.
+void Base64DecodeInto(std::string_view s, std::string& out);
+
+// Base64Decode that writes to an open file.
+void Base64DecodeToFile(TextWriter& file, std::string_view s);
+
+// Base64 text without line breaks.
+std::string Base64Encode(std::string_view bytes);
+
+// "_" as a blank, =XX as its byte. Two characters behind "=" that are no hexadecimal digits raise TypeMismatch.
+std::string QuotedPrintableDecode(std::string_view s);
+
+// "=", "_" and the control characters encoded.
+std::string QuotedPrintableEncode(std::string_view s);
+
+// --- Characters and headers (StdHttpHeaders.cpp) -------------------------------------------------------------
+
+// UTF-8 bytes as code page, lenient; characters that the page doesn't hold become "?".
+std::string Utf8Decode(std::string_view s);
+
+// Code page as UTF-8 bytes: only the euro sign is mapped, other characters are taken for their code.
+std::string Utf8Encode(std::string_view s);
+
+// A header value with its encoded words (RFC 2047) decoded and its line ends removed.
+std::string DecodeEncodedWords(std::string_view s);
+
+// The decoded value of a parameter of a header value; `name` in lower case.
+std::string GetHeaderParam(std::string_view value, std::string_view name);
+
+// Attachment file name of a part, safe for a file system; "" means that the part is no attachment.
+std::string GetPartFileName(std::string_view headerBlock);
+
+// The content type as written, up to the first ";".
+std::string GetPartContentType(std::string_view headerBlock);
+
+// The boundary of a part that is a multipart itself, "" for others.
+std::string GetPartBoundary(std::string_view headerBlock);
+
+// Display text of a mail date, whose zone is ignored.
+std::string MailDateToDisplay(std::string s);
+
+}  // namespace vorlent

@@ -1,0 +1,58 @@
+// Sectioned text documents, such as profiles.ini.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vorlent {
+
+// A document of at most 200 sections, each with its text kept as one block, so that comments, blank lines and the
+// order of keys survive. Sections and keys are found without regard to letter case. A position outside 1 to 200
+// raises SubscriptOutOfRange; a file that can't be read or written raises its failure.
+class StdIni {
+ public:
+  std::int32_t Count() const { return count_; }
+  const std::string& FileName() const { return fileName_; }
+  bool isDirty() const { return isDirty_; }
+
+  void Clear();
+  // Reads a document; a file that doesn't exist leaves it empty.
+  void Load(std::string_view file);
+  void LoadString(std::string_view ini);
+  // Writes a changed document; an empty `file` is set to the name of the last Load.
+  void Save(std::string& file);
+
+  // The lines of a section, each ended by CR LF; "" without one.
+  std::string GetSectionValue(std::string_view sch) const;
+  void SetSectionValue(std::string_view sch, std::string_view wrt);
+  std::string GetString(std::string_view sch, std::string_view key) const;
+  // All values of a key, each ended by CR LF.
+  std::string GetStringMulti(std::string_view sch, std::string_view key) const;
+  // Changes the first entry of exactly that key, or appends one.
+  void SetString(std::string_view sch, std::string_view key, std::string_view wrt);
+  bool ExistSection(std::string_view sch) const;
+  // Position from 1, 0 if not found.
+  std::int32_t GetSectionNr(std::string_view sch) const;
+  void DeleteSection(std::string_view sch);
+  std::string GetSection(std::int32_t pos) const;
+  void SetSection(std::int32_t pos, std::string_view sch);
+
+ private:
+  static constexpr std::int32_t kMaxSections = 200;
+  struct Section {
+    std::string name;
+    std::string body;
+  };
+
+  Section& At(std::int32_t pos);
+  const Section& At(std::int32_t pos) const;
+
+  std::array<Section, kMaxSections> sections_;
+  std::int32_t count_ = 0;
+  std::string fileName_;
+  bool isDirty_ = false;
+};
+
+}  // namespace vorlent

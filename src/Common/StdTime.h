@@ -1,0 +1,31 @@
+// Epoch seconds and the time zone.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Platform/Time.h"
+
+namespace vorlent {
+
+// Seconds since 1970-01-01 00:00:00 of a stamp, without any time zone; 0 for "". Out of 32 bits is an overflow.
+std::int32_t StampToEpoch(std::string_view s);
+
+// The stamp of seconds since 1970, without any time zone.
+std::string EpochToStamp(std::int32_t t);
+
+std::int32_t DaysInYear(std::int32_t year);
+std::int32_t DaysInMonth(std::int32_t month, std::int32_t year);
+
+// The platform's date parser for display text: day.month.year, then hours, minutes and perhaps seconds.
+// Text that is no date raises TypeMismatch.
+DateTime ParseDate(std::string_view text);
+
+// Display text of a UTC moment in the system's time zone.
+std::string UtcToLocalText(const DateTime& utc);
+
+// Display text in UTC of a local moment; "" for "" or for text that is no date.
+std::string LocalToUtcText(std::string_view s);
+
+}  // namespace vorlent

@@ -1,0 +1,41 @@
+// Buffered output of text lines, each ended by CR LF.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+// Raises the failures of os::File, which name the path. A failure of Close can only be seen by calling it; the
+// destructor writes what is buffered and keeps silent.
+class TextWriter {
+ public:
+  TextWriter() = default;
+  // Opens with os::File::Mode Create or Append.
+  TextWriter(std::string_view path, os::File::Mode mode);
+  TextWriter(TextWriter&&) noexcept = default;
+  TextWriter& operator=(TextWriter&& other) noexcept;
+  ~TextWriter();
+
+  bool IsOpen() const { return file_.IsOpen(); }
+  const std::string& Path() const { return file_.Path(); }
+
+  // Writes the text as it stands.
+  void Write(std::string_view text);
+  // Writes the text and a line end.
+  void WriteLine(std::string_view text);
+  // Writes what is buffered and closes. Does nothing on a closed writer.
+  void Close();
+
+ private:
+  void Flush();
+
+  os::File file_;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t filled_ = 0;
+};
+
+}  // namespace vorlent

@@ -1,0 +1,46 @@
+// Conversions to the fixed widths that counters and arguments have; out of range is the overflow failure.
+#pragma once
+
+#include <cmath>
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+template <std::integral Target, std::integral Source>
+Target ToWidth(Source value) {
+  if (!std::in_range<Target>(value)) throw Failure(ErrorNumber::Overflow, "overflow");
+  return static_cast<Target>(value);
+}
+
+// A float is rounded to the nearest whole number, halves to the even one.
+template <std::integral Target, std::floating_point Source>
+Target ToWidth(Source value) {
+  const Source whole = std::nearbyint(value);
+  if (!(whole >= static_cast<Source>(std::numeric_limits<Target>::min()) &&
+        whole <= static_cast<Source>(std::numeric_limits<Target>::max()))) {
+    throw Failure(ErrorNumber::Overflow, "overflow");
+  }
+  return static_cast<Target>(whole);
+}
+
+template <class Source>
+std::int16_t ToInt16(Source value) {
+  return ToWidth<std::int16_t>(value);
+}
+
+template <class Source>
+std::int32_t ToInt32(Source value) {
+  return ToWidth<std::int32_t>(value);
+}
+
+// The strict conversion of a whole text to a number: blanks around it are allowed, anything else that is no
+// number is a type mismatch, a number out of range the overflow failure.
+std::int32_t ParseInt32(std::string_view text);
+
+}  // namespace vorlent

@@ -1,0 +1,105 @@
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+struct Decoded {
+  char32_t codePoint = 0;
+  std::size_t length = 0;  // 0: no well-formed character stands here
+};
+
+// RFC 3629: no overlong forms, no surrogates, nothing above 10FFFF.
+Decoded DecodeUtf8(std::string_view text, std::size_t at) {
+  const auto lead = static_cast<unsigned char>(text[at]);
+  if (lead < 0x80) return {lead, 1};
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() - at < length) return {};
+  char32_t codePoint = lead & (0x7F >> length);
+  for (std::size_t k = 1; k < length; ++k) {
+    const auto next = static_cast<unsigned char>(text[at + k]);
+    if ((next & 0xC0) != 0x80) return {};
+    codePoint = codePoint << 6 | (next & 0x3F);
+  }
+  const bool overlong = (length == 3 && codePoint < 0x800) || (length == 4 && codePoint < 0x10000);
+  if (overlong || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint < 0xE000)) return {};
+  return {codePoint, length};
+}
+
+void AppendUtf8(std::string& out, char32_t codePoint) {
+  if (codePoint < 0x80) {
+    out += static_cast<char>(codePoint);
+  } else if (codePoint < 0x800) {
+    out += static_cast<char>(0xC0 | codePoint >> 6);
+    out += static_cast<char>(0x80 | (codePoint & 0x3F));
+  } else {
+    out += static_cast<char>(0xE0 | codePoint >> 12);
+    out += static_cast<char>(0x80 | (codePoint >> 6 & 0x3F));
+    out += static_cast<char>(0x80 | (codePoint & 0x3F));
+  }
+}
+
+// Converts, and tells by `exact` whether every character was held by the page.
+std::string ToCodePage(std::string_view text, bool& exact) {
+  std::string out;
+  out.reserve(text.size());
+  exact = true;
+  for (std::size_t i = 0; i < text.size();) {
+    const Decoded decoded = DecodeUtf8(text, i);
+    const auto byte = decoded.length == 0 ? std::nullopt : codepage::FromCodePoint(decoded.codePoint);
+    if (!byte) exact = false;
+    out += byte ? static_cast<char>(*byte) : '?';
+    i += std::max<std::size_t>(decoded.length, 1);
+  }
+  return out;
+}
+
+}  // namespace
+
+std::string CodePageToUtf8(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (const char c : text) AppendUtf8(out, codepage::ToCodePoint(static_cast<unsigned char>(c)));
+  return out;
+}
+
+std::string Utf8ToCodePage(std::string_view text) {
+  bool exact = false;
+  return ToCodePage(text, exact);
+}
+
+std::optional<std::string> ExactUtf8ToCodePage(std::string_view text) {
+  bool exact = false;
+  std::string out = ToCodePage(text, exact);
+  if (!exact) return std::nullopt;
+  return out;
+}
+
+bool IsMultiByteUtf8(std::string_view text) {
+  bool multiByte = false;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t length = DecodeUtf8(text, i).length;
+    if (length == 0) return false;
+    if (length > 1) multiByte = true;
+    i += length;
+  }
+  return multiByte;
+}
+
+std::string DisplayUtf8(std::string_view text) {
+  return IsMultiByteUtf8(text) ? std::string(text) : CodePageToUtf8(text);
+}
+
+std::string LowerCase(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) c = static_cast<char>(codepage::ToLower(static_cast<unsigned char>(c)));
+  return out;
+}
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return codepage::ToLower(static_cast<unsigned char>(x)) == codepage::ToLower(static_cast<unsigned char>(y));
+  });
+}
+
+}  // namespace vorlent

@@ -1,0 +1,98 @@
+// The operating system's files and folders.
+//
+// Paths are Windows paths in the code page; each system maps them to its own at the last moment. Every function
+// that fails raises a Failure that names the path and the reason: FileNotFound or PathNotFound for what isn't
+// there, PathAccess for what may not be touched or is read-only, DiskFull, FileExists, DeviceIo for the rest.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Time.h"
+
+namespace vorlent::os {
+
+// Attribute bits of a file.
+inline constexpr int kReadOnly = 1;
+inline constexpr int kHidden = 2;
+inline constexpr int kSystem = 4;
+inline constexpr int kDirectory = 16;
+inline constexpr int kArchive = 32;
+
+// An open file of bytes. Positions are counted from 0 here. Move-only; closed by its destructor without a word,
+// by Close with a failure where the system reports one.
+class File {
+ public:
+  enum class Mode {
+    Read,       // must exist
+    ReadWrite,  // created empty if missing; a read-only file is refused, whoever the user is
+    Create,     // created or emptied; a read-only file is refused
+    Append,     // created if missing; every write goes to the end
+  };
+
+  File() = default;
+  // A folder is refused in every mode with PathAccess.
+  static File Open(std::string_view path, Mode mode);
+
+  File(File&& other) noexcept;
+  File& operator=(File&& other) noexcept;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File();
+
+  bool IsOpen() const { return handle_ != kClosed; }
+  // The path as given to Open.
+  const std::string& Path() const { return path_; }
+
+  // Reads up to `size` bytes at the file position and returns how many came; fewer only at the end.
+  std::size_t Read(char* buffer, std::size_t size);
+  // Writes all of the bytes or raises.
+  void Write(const char* bytes, std::size_t size);
+  void Seek(std::uint64_t position);
+  std::uint64_t Length() const;
+  // What was written so far survives a crash of the machine once this returns.
+  void Sync();
+  void Close();
+
+ private:
+  static constexpr std::intptr_t kClosed = -1;
+  std::intptr_t handle_ = kClosed;
+  std::string path_;
+};
+
+// Length in bytes of a file. A folder raises PathAccess.
+std::uint64_t FileLength(std::string_view path);
+
+// Attribute bits of a file or folder.
+int ReadAttributes(std::string_view path);
+
+// Sets the read-only bit as given; the system keeps what it can't express.
+void WriteAttributes(std::string_view path, int attributes);
+
+// Time of last change in local time.
+DateTime ReadChangeTime(std::string_view path);
+
+// Sets creation, access and change time, as far as the system has them, to one local time. Works on folders too.
+void WriteTimes(std::string_view path, const DateTime& local);
+
+// Names in a folder that match a pattern with "*" and "?" ("*.*" matches every name), without "." and "..",
+// sorted without regard to case. Plain files always come, read-only ones included; hidden ones, system ones and
+// folders only with their bit in `attributes`. A folder that isn't there gives no names; one that may not be read
+// raises.
+std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes);
+
+void RemoveFile(std::string_view path);
+// The parent must exist. An existing folder raises PathAccess.
+void CreateFolder(std::string_view path);
+// The folder must be empty.
+void RemoveFolder(std::string_view path);
+// An existing target raises FileExists. Across file systems it is copied, complete before the source goes.
+void Rename(std::string_view source, std::string_view target);
+// Replaces the target; a target that could not be written whole is removed.
+void Copy(std::string_view source, std::string_view target);
+
+}  // namespace vorlent::os
