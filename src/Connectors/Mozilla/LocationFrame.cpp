@@ -1,0 +1,58 @@
+#include "Connectors/Mozilla/LocationFrame.h"
+
+#include "Platform/Platform.h"
+
+namespace vorlent::frame {
+
+void InstallParameterItem(Location& location, const ObjectPtr& connector, const ParameterSettings& settings) {
+  const ItemPtr item = HostObjects::Current().NewItem();
+  location.SetParameterItem(item);
+  item->SetLocation(connector);
+  item->SetReady(false);
+  item->SetID("parameter");
+  item->SetType("parameter");
+  item->SetText("Parameter");
+  item->SetData("Condition", settings.condition, false);
+  item->SetData("Flags", settings.flags, false);
+  if (settings.restrictsAccess) {
+    item->SetAccessDefault("-");
+    item->SetAccessList(HostObjects::Current().Global().UserName() + ":rd");
+  }
+  item->SetReady(true);
+  item->SetConnected(true);
+}
+
+void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& read) {
+  const ObjectPtr topics = HostObjects::Current().Global().GetObject("topics");
+  if (IsNothing(topics)) {
+    read();
+    return;
+  }
+  const auto topicsConnector = RequireAs<TopicsConnector>(RequireAs<Location>(topics)->Connector());
+  topicsConnector->SetNotify(false);
+  topicsConnector->ClearLocation(connector);
+  read();
+  topicsConnector->AddLocation(connector);
+  topicsConnector->SetNotify(true);
+}
+
+void AnnounceDeleted(Location& location, const ItemPtr& item) {
+  HostObjects::Current().Global().Report(report::kItemDeleted, "", item);
+  location.SetChanged(true);
+}
+
+void ReportUnreadable(std::string_view text) {
+  HostObjects::Current().Global().Report(report::kUnreadable, text, nullptr);
+}
+
+void ShowUnreadable(std::string_view text) {
+  Platform::Current().ShowMessage(text, "error", MessageIcon::Critical, MessageButtons::Ok);
+  ReportUnreadable(text);
+}
+
+Item& Require(const ItemPtr& item) {
+  if (item == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "there is no item");
+  return *item;
+}
+
+}  // namespace vorlent::frame

@@ -1,0 +1,182 @@
+// What the connectors have in common: the store of items, the keyword tree, the parameter item, and the
+// host's questions about them.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Common/KeyedList.h"
+#include "Common/StdModul.h"
+#include "Common/Width.h"
+#include "Host/Connector.h"
+#include "Host/HostObjects.h"
+
+namespace vorlent {
+
+// What a connector writes into the parameter item of its Location.
+struct ParameterSettings {
+  std::string_view condition;
+  std::string_view flags;
+  bool restrictsAccess = false;  // reading and deleting for the current user alone
+};
+
+// The parts of the frame that don't depend on the connector's interface.
+namespace frame {
+
+// A new parameter item, registered with the Location.
+void InstallParameterItem(Location& location, const ObjectPtr& connector, const ParameterSettings& settings);
+
+// Runs `read` while the host's topics let go of the connector's items, and has them take up the new ones
+// behind it. A host without topics only gets `read`. A failure of `read` leaves the topics switched off.
+void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& read);
+
+// Tells the host that the item was deleted from its Location.
+void AnnounceDeleted(Location& location, const ItemPtr& item);
+
+// Tells the host why a Location could not be read.
+void ReportUnreadable(std::string_view text);
+
+// As ReportUnreadable, behind a message box that says the same.
+void ShowUnreadable(std::string_view text);
+
+// The item itself; raises ObjectNotSet for nothing.
+Item& Require(const ItemPtr& item);
+
+}  // namespace frame
+
+// A connector of the interface given (MailConnector, BookmarkConnector or CalendarConnector), but for what is
+// the connector's own: Parameters, Einlesen and Withdraw, which each connector has, and what it cares to
+// override.
+//
+// It must be held by a shared pointer when InitLocation, NewItem or Reload is called, since items and topics
+// learn of it. Every member needs LocObject or the host, and a failed call of either rises, but for GetItem,
+// HasID and PasteItem.
+template <class Interface>
+class LocationFrame : public Interface, public std::enable_shared_from_this<LocationFrame<Interface>> {
+ public:
+  LocationPtr LocObject() const final { return locObject_; }
+  void SetLocObject(const LocationPtr& location) final { locObject_ = location; }
+
+  TreePtr Tree() final {
+    if (tree_ == nullptr) tree_ = HostObjects::Current().NewTree();
+    return tree_;
+  }
+  void SetTree(const TreePtr& tree) final { tree_ = tree; }
+
+  bool InitLocation(std::string_view file) final {
+    frame::InstallParameterItem(HostLocation(), this->shared_from_this(), Parameters());
+    return PrepareAddress(file);
+  }
+
+  LocationState OpenLocation(std::string_view) final { return Einlesen(); }
+
+  // Reads items and tree of the Location's address.
+  virtual LocationState Einlesen() = 0;
+
+  // Nothing stays connected between calls.
+  void Disconnect() final {}
+
+  ItemPtr NewItem(bool conn = false) final {
+    const ItemPtr item = HostObjects::Current().NewItem();
+    item->SetLocation(this->shared_from_this());
+    if (conn) item->SetConnected(true);
+    itemStore_.Add(item, item->ID());
+    vorlent::Location& location = HostLocation();
+    location.SetItemCounter(ToInt32(std::int64_t{location.ItemCounter()} + 1));
+    location.SetLastItemTimer(static_cast<float>(SecondsSinceMidnight()));
+    return item;
+  }
+
+  ItemPtr GetItem(std::string_view id) final {
+    const ItemPtr* found = itemStore_.Find(id);
+    return found == nullptr ? nullptr : *found;
+  }
+
+  bool HasID(std::string_view id) final { return HasObject(GetItem(id)); }
+
+  std::int32_t Count() final { return itemStore_.Count(); }
+
+  ItemPtr Item(std::int32_t pos) final { return pos < 1 || pos > Count() ? nullptr : itemStore_.Item(pos); }
+
+  void Clear() final { ClearCollection(itemStore_); }
+
+  ObjectPtr CreateEnum(ExpressionPtr& expr) final {
+    const HostEnumPtr enumeration = HostObjects::Current().NewEnum();
+    enumeration->Init(locObject_, expr);
+    return enumeration;
+  }
+
+  // Swallows every failure step by step. The new item goes to the end, an earlier one of its ID goes.
+  ItemPtr PasteItem(std::string_view import, bool conn) final {
+    ItemPtr item;
+    std::string bornAs;
+    Swallow([&] { item = NewItem(conn); });
+    Swallow([&] { bornAs = frame::Require(item).ID(); });
+    Swallow([&] { frame::Require(item).ImportRecord(import); });
+    Swallow([&] { FileUnderNewID(item, bornAs); });
+    if (conn) Swallow([&] { Pasted(item, import); });
+    Swallow([&] { frame::Require(item).SetConnected(true); });
+    return item;
+  }
+
+  bool DeleteItem(const ItemPtr& itm) final {
+    if (IsNothing(itm)) return false;
+    const bool withdrawn = Withdraw(itm);
+    frame::AnnounceDeleted(HostLocation(), itm);
+    return withdrawn;
+  }
+
+  void Reload() override {
+    frame::ReadBesideTopics(this->shared_from_this(), [this] { Einlesen(); });
+  }
+
+ protected:
+  virtual ParameterSettings Parameters() const = 0;
+
+  // What InitLocation does with the address behind the parameter item; the result is that of InitLocation.
+  virtual bool PrepareAddress(std::string_view file) {
+    static_cast<void>(file);
+    return true;
+  }
+
+  // Runs behind a paste with `conn` true, its failures swallowed. The item is nothing if it could not be
+  // made.
+  virtual void Pasted(const ItemPtr& item, std::string_view import) {
+    static_cast<void>(item);
+    static_cast<void>(import);
+  }
+
+  // Deletes the item at its source, as far as the connector can, and takes it out of ItemStore. The result is
+  // that of DeleteItem; a failure keeps the host from being told.
+  virtual bool Withdraw(const ItemPtr& item) = 0;
+
+  // The items in memory by ID, in order of arrival.
+  KeyedList<ItemPtr>& ItemStore() { return itemStore_; }
+
+  // The host's Location; raises ObjectNotSet before SetLocObject.
+  vorlent::Location& HostLocation() const {
+    if (locObject_ == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "the connector has no Location");
+    return *locObject_;
+  }
+
+  // The address read by the last Einlesen.
+  std::string lastAddress_;
+
+ private:
+  void FileUnderNewID(const ItemPtr& item, std::string_view bornAs) {
+    const std::string id = frame::Require(item).ID();
+    if (id == bornAs) return;
+    itemStore_.TryRemove(bornAs);
+    itemStore_.TryRemove(id);
+    itemStore_.Add(item, id);
+  }
+
+  LocationPtr locObject_;
+  TreePtr tree_;
+  KeyedList<ItemPtr> itemStore_;
+};
+
+}  // namespace vorlent
