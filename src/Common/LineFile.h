@@ -1,8 +1,8 @@
 // A binary file read by lines, with byte-exact positions.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,6 +21,7 @@ enum class LineRule {
 LineRule DefaultLineRule();
 void SetDefaultLineRule(LineRule rule);
 
+// A closed file raises BadFileNumber wherever it is asked for bytes.
 class LineFile {
  public:
   LineFile() = default;
@@ -29,26 +30,28 @@ class LineFile {
 
   bool IsOpen() const { return file_.IsOpen(); }
   const std::string& Path() const { return file_.Path(); }
+  // Does nothing on a closed file.
   void Close();
 
-  // Bytes in the file, asked of the system once when it was opened and again by Refresh.
+  // Bytes in the file when it was opened.
   std::uint64_t Length() const { return length_; }
 
   // Position of the next byte to be read or written, from 1.
   std::uint64_t Position() const { return bufferStart_ + next_ + 1; }
 
-  // Goes to a position from 1; behind the end is allowed and is the end for reading.
+  // Goes to a position from 1; behind the end is allowed and is the end for reading. Position 0 raises
+  // InvalidCall.
   void Seek(std::uint64_t position);
 
   // Whether nothing is left to be read.
   bool AtEnd() { return next_ == filled_ && !Fill(); }
 
   // The next line without its line end, "" at the end of the file. The view is valid until the next call of
-  // ReadLine, Seek, WriteByte or Close.
+  // AtEnd, ReadLine, Seek, WriteByte or Close. A failed read raises and leaves the position where it was.
   std::string_view ReadLine();
 
-  // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its true
-  // length, 0 if the file ended without one.
+  // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
+  // true length, 0 if the file ended without one.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
 
   // Writes one byte at Position and moves behind it.
@@ -56,6 +59,10 @@ class LineFile {
 
  private:
   bool Fill();
+  void MakeRoom();
+  std::size_t Find(char byte, std::size_t from, std::size_t to) const;
+  std::size_t FindLineEnd(std::size_t from);
+  void TakeLineEnd(std::size_t length);
 
   os::File file_;
   LineRule rule_ = LineRule::Windows;
@@ -65,6 +72,8 @@ class LineFile {
   std::size_t capacity_ = 0;
   std::size_t filled_ = 0;
   std::size_t next_ = 0;
+  std::size_t behindLineFeed_ =
+      0;  // by the Native rule, what follows the LF found last; 0 if none was looked for
   std::uint32_t lineEndLength_ = 0;
 };
 

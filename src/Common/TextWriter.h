@@ -1,6 +1,7 @@
 // Buffered output of text lines, each ended by CR LF.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -9,14 +10,15 @@
 
 namespace vorlent {
 
-// Raises the failures of os::File, which name the path. A failure of Close can only be seen by calling it; the
-// destructor writes what is buffered and keeps silent.
+// Raises the failures of os::File, which name the path; a closed writer raises BadFileNumber. A failure of
+// Close can only be seen by calling it; the destructor writes what is buffered and keeps silent. What a
+// failed write could not bring to the file is given up.
 class TextWriter {
  public:
   TextWriter() = default;
   // Opens with os::File::Mode Create or Append.
   TextWriter(std::string_view path, os::File::Mode mode);
-  TextWriter(TextWriter&&) noexcept = default;
+  TextWriter(TextWriter&& other) noexcept;
   TextWriter& operator=(TextWriter&& other) noexcept;
   ~TextWriter();
 
@@ -32,6 +34,7 @@ class TextWriter {
 
  private:
   void Flush();
+  void Put(std::string_view text);
 
   os::File file_;
   std::unique_ptr<char[]> buffer_;

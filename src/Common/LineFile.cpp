@@ -1,0 +1,140 @@
+#include "Common/LineFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+namespace {
+
+// Reading starts small, since a file is often opened for a few lines at one place, and grows to a size at
+// which the calls of the system no longer count.
+constexpr std::size_t kFirstBlock = 16 * 1024;
+constexpr std::size_t kBlock = 256 * 1024;
+
+LineRule defaultRule = LineRule::Windows;
+
+}  // namespace
+
+LineRule DefaultLineRule() {
+  return defaultRule;
+}
+
+void SetDefaultLineRule(LineRule rule) {
+  defaultRule = rule;
+}
+
+LineFile::LineFile(std::string_view path, os::File::Mode mode, LineRule rule)
+    : file_(os::File::Open(path, mode)), rule_(rule), length_(file_.Length()) {}
+
+void LineFile::Close() {
+  if (!IsOpen()) return;
+  os::File file = std::move(file_);
+  *this = LineFile();
+  file.Close();
+}
+
+void LineFile::Seek(std::uint64_t position) {
+  if (position == 0) throw Failure(ErrorNumber::InvalidCall, "no position 0 in '" + Path() + "'");
+  const std::uint64_t target = position - 1;
+  if (target >= bufferStart_ && target - bufferStart_ <= filled_) {
+    next_ = static_cast<std::size_t>(target - bufferStart_);
+  } else {
+    file_.Seek(target);
+    bufferStart_ = target;
+    next_ = filled_ = 0;
+  }
+  behindLineFeed_ = 0;
+}
+
+std::string_view LineFile::ReadLine() {
+  std::size_t length = 0;
+  while (true) {
+    const std::size_t end = FindLineEnd(next_ + length);
+    length = end - next_;
+    if (end < filled_) break;
+    if (!Fill()) {
+      const std::string_view rest(buffer_.get() + next_, length);
+      next_ = filled_;
+      lineEndLength_ = rule_ == LineRule::Windows ? 2 : 0;
+      return rest;
+    }
+  }
+  // The LF that belongs to a CR may stand in the next block, and reading that moves the line.
+  if (next_ + length + 1 == filled_ && buffer_[next_ + length] == '\r') Fill();
+  const std::string_view line(buffer_.get() + next_, length);
+  TakeLineEnd(length);
+  return line;
+}
+
+// Moves behind a line of that length and its end, all of which the buffer holds.
+void LineFile::TakeLineEnd(std::size_t length) {
+  const char* const end = buffer_.get() + next_ + length;
+  next_ += length + 1;
+  std::uint32_t endLength = 1;
+  if (*end == '\r' && next_ < filled_ && end[1] == '\n') {
+    ++next_;
+    endLength = 2;
+  }
+  lineEndLength_ = rule_ == LineRule::Windows ? 2 : endLength;
+}
+
+std::size_t LineFile::FindLineEnd(std::size_t from) {
+  if (rule_ == LineRule::Windows) return Find('\r', from, filled_);
+  // The LF found last is remembered: with lines that end in a lone CR, each would look through the whole
+  // buffer for one again.
+  if (behindLineFeed_ <= from) behindLineFeed_ = Find('\n', from, filled_) + 1;
+  return Find('\r', from, behindLineFeed_ - 1);
+}
+
+// Position of the byte in the buffer, `to` if it isn't there.
+std::size_t LineFile::Find(char byte, std::size_t from, std::size_t to) const {
+  if (from == to) return to;
+  const void* const found = std::memchr(buffer_.get() + from, byte, to - from);
+  return found == nullptr ? to : static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.get());
+}
+
+void LineFile::WriteByte(char byte) {
+  const std::uint64_t target = bufferStart_ + next_;
+  file_.Seek(target);
+  // What was read ahead is given up, the more so if the write fails.
+  bufferStart_ = target;
+  next_ = filled_ = behindLineFeed_ = 0;
+  file_.Write(&byte, 1);
+  ++bufferStart_;
+  length_ = std::max(length_, bufferStart_);
+}
+
+// Reads on behind what the buffer holds from next_ on. Returns whether anything came.
+bool LineFile::Fill() {
+  if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
+  MakeRoom();
+  const std::size_t count = file_.Read(buffer_.get() + filled_, capacity_ - filled_);
+  filled_ += count;
+  behindLineFeed_ = 0;
+  return count > 0;
+}
+
+// Moves what is still to be read to the buffer's front. At least as much again fits behind it, so a line of
+// any length is copied only a few times; behind such a line the buffer shrinks again.
+void LineFile::MakeRoom() {
+  const std::size_t kept = filled_ - next_;
+  const std::size_t wanted = std::max(std::clamp(capacity_ * 2, kFirstBlock, kBlock), kept * 2);
+  const char* const from = buffer_.get() + next_;
+  if (wanted > capacity_ || wanted < capacity_ / 2) {
+    auto buffer = std::make_unique_for_overwrite<char[]>(wanted);
+    std::copy_n(from, kept, buffer.get());
+    buffer_ = std::move(buffer);
+    capacity_ = wanted;
+  } else if (next_ > 0) {
+    std::memmove(buffer_.get(), from, kept);
+  }
+  bufferStart_ += next_;
+  next_ = 0;
+  filled_ = kept;
+}
+
+}  // namespace vorlent

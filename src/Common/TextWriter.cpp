@@ -1,0 +1,75 @@
+#include "Common/TextWriter.h"
+
+#include <utility>
+
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::size_t kCapacity = 64 * 1024;
+constexpr std::string_view kLineEnd = "\r\n";
+
+}  // namespace
+
+TextWriter::TextWriter(std::string_view path, os::File::Mode mode)
+    : file_(os::File::Open(path, mode)), buffer_(std::make_unique_for_overwrite<char[]>(kCapacity)) {}
+
+TextWriter::TextWriter(TextWriter&& other) noexcept
+    : file_(std::move(other.file_)),
+      buffer_(std::move(other.buffer_)),
+      filled_(std::exchange(other.filled_, 0)) {}
+
+TextWriter& TextWriter::operator=(TextWriter&& other) noexcept {
+  if (this != &other) {
+    Swallow([&] { Close(); });
+    file_ = std::move(other.file_);
+    buffer_ = std::move(other.buffer_);
+    filled_ = std::exchange(other.filled_, 0);
+  }
+  return *this;
+}
+
+TextWriter::~TextWriter() {
+  Swallow([&] { Close(); });
+}
+
+void TextWriter::Write(std::string_view text) {
+  if (text.size() > kCapacity - filled_) Flush();
+  Put(text);
+}
+
+void TextWriter::WriteLine(std::string_view text) {
+  if (text.size() + kLineEnd.size() > kCapacity - filled_) Flush();
+  Put(text);
+  Put(kLineEnd);
+}
+
+void TextWriter::Close() {
+  if (!IsOpen()) return;
+  os::File file = std::move(file_);
+  const std::size_t size = std::exchange(filled_, 0);
+  const auto buffer = std::move(buffer_);
+  if (size > 0) file.Write(buffer.get(), size);
+  file.Close();
+}
+
+void TextWriter::Flush() {
+  const std::size_t size = std::exchange(filled_, 0);
+  if (size > 0) file_.Write(buffer_.get(), size);
+}
+
+// Takes the text into the buffer, which has room for it, or past an empty buffer that is too small.
+void TextWriter::Put(std::string_view text) {
+  if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
+  if (text.size() > kCapacity - filled_) {
+    Flush();
+    file_.Write(text.data(), text.size());
+    return;
+  }
+  text.copy(buffer_.get() + filled_, text.size());
+  filled_ += text.size();
+}
+
+}  // namespace vorlent
