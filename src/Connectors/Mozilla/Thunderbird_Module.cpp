@@ -1,0 +1,235 @@
+#include "Connectors/Mozilla/Thunderbird_Module.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "Common/LineFile.h"
+#include "Common/StdIni.h"
+#include "Common/StdModul.h"
+#include "Common/StdRegistry.h"
+#include "Connectors/Mozilla/LocationRecord.h"
+#include "Platform/Platform.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kAll = "*";
+constexpr std::string_view kDisks = ".";
+// Stands in the address of everything on the disks.
+constexpr std::string_view kDisksMark = "://./";
+
+constexpr std::string_view kSummary = ".msf";
+constexpr std::string_view kSubfolders = ".sbd";
+constexpr std::string_view kSubfolderStep = ".sbd\\";
+
+struct Profile {
+  std::string name;
+  std::string path;
+};
+
+// One profile's preferences are in memory at a time.
+KeyedList<std::string> prefNames;
+KeyedList<std::string> prefValues;
+
+std::string Joined(std::string_view a, std::string_view b, std::string_view c = {}) {
+  std::string text;
+  text.reserve(a.size() + b.size() + c.size());
+  return text.append(a).append(b).append(c);
+}
+
+// The first section is passed over for its place, not for its name.
+std::vector<Profile> ReadProfiles(std::string_view appFolder) {
+  const std::string base = AddPathSep(AppDataFolder()).append(appFolder) + "\\";
+  StdIni ini;
+  ini.Load(base + "profiles.ini");
+  std::vector<Profile> profiles;
+  for (std::int32_t i = 2; i <= ini.Count(); ++i) {
+    const std::string section = ini.GetSection(i);
+    std::string path = ini.GetString(section, "path");
+    ReplaceText(path, "/", "\\");
+    profiles.push_back({ini.GetString(section, "Name"), AddPath(base, path)});
+  }
+  return profiles;
+}
+
+// The folders of all accounts of a profile, joined by "|".
+std::string AccountFolders(std::string_view prefix, std::string_view profilePath) {
+  std::string folders;
+  for (const std::string& account : GetAccounts(prefix, kAll, profilePath)) {
+    folders += AddPathSep(SplitDiscoveryEntry(account).path) + '|';
+  }
+  DropRight(folders, 1);
+  return folders;
+}
+
+// The text up to a quote, which is cut with it; all of the text without one.
+std::string_view CutAtQuote(std::string_view& text) {
+  const std::string_view token = text.substr(0, text.find('"'));
+  text.remove_prefix(std::min(text.size(), token.size() + 1));
+  return token;
+}
+
+// Takes lines of the form user_pref("<name>", "<value>"); as far as they go. A number or a truth value takes
+// the value of the quoted preference above it, which does no harm: only texts are ever asked for.
+void ReadPrefs(std::string_view file) {
+  constexpr std::string_view kLead = "user_pref(\"";
+  LineFile lines(file, os::File::Mode::Read);
+  std::string value;
+  while (!lines.AtEnd()) {
+    std::string_view line = lines.ReadLine();
+    if (!line.starts_with(kLead)) continue;
+    line.remove_prefix(kLead.size());
+    const std::string name(CutAtQuote(line));
+    if (line.starts_with(',')) line.remove_prefix(1);
+    line.remove_prefix(std::min(line.size(), line.find_first_not_of(' ')));
+    if (line.starts_with('"')) {
+      line.remove_prefix(1);
+      value = CutAtQuote(line);
+    }
+    prefNames.Add(name);
+    prefValues.Add(value, LowerCase(name));
+  }
+}
+
+KeyedList<std::string> GetDrives(std::string_view prefix, std::string_view filter) {
+  KeyedList<std::string> drives;
+  if (filter == kAll) {
+    for (char letter = 'C'; letter <= 'Z'; ++letter) {
+      constexpr int kNoRootDirectory = 1;
+      const std::string drive = {letter, ':', '\\'};
+      if (Platform::Current().DriveType(drive) == kNoRootDirectory) continue;
+      drives.Add(JoinDiscoveryEntry({drive, std::string(prefix) + letter + "/*", drive}));
+    }
+  } else if (filter.size() == 1 &&
+             ((filter[0] >= 'A' && filter[0] <= 'Z') || (filter[0] >= 'a' && filter[0] <= 'z'))) {
+    drives.Add(Joined(filter, ":\\"));
+  }
+  return drives;
+}
+
+// The entry of a folder `name` whose subfolders lie in `below`; its address ends in "*" if there are any.
+std::string FolderEntry(std::string_view prefix, const std::string& name, std::string_view folder,
+                        std::string_view below) {
+  std::string location = Joined(prefix, name, "/");
+  if (FolderHasEntries(below)) location += '*';
+  return JoinDiscoveryEntry({name, location, Joined(folder, name)});
+}
+
+void AddMailbox(KeyedList<std::string>& list, std::string_view prefix, const std::string& name,
+                std::string_view folder) {
+  const std::string file = Joined(folder, name);
+  if (FileExists(Joined(file, kSummary)))
+    list.Add(FolderEntry(prefix, name, folder, Joined(file, kSubfolders)));
+}
+
+}  // namespace
+
+KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_view filter,
+                                          std::string_view appFolder) {
+  KeyedList<std::string> list;
+  for (const Profile& profile : ReadProfiles(appFolder)) {
+    if (filter == kAll) {
+      list.Add(JoinDiscoveryEntry({"Profil '" + profile.name + "'", Joined(prefix, profile.name, "/*"),
+                                   AccountFolders(prefix, profile.path)}));
+    } else if (filter == profile.name) {
+      list.Add(profile.path);
+      return list;
+    }
+  }
+  if (filter == kDisks) {
+    list.Add(std::string(kDisks));
+  } else if (filter == kAll) {
+    list.Add(JoinDiscoveryEntry({"Lokale Laufwerke", Joined(prefix, "./*"), AccountFolders(prefix, kDisks)}));
+  }
+  return list;
+}
+
+KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view filter,
+                                   std::string_view profilePath) {
+  if (profilePath == kDisks) return GetDrives(prefix, filter);
+  prefNames.Clear();
+  prefValues.Clear();
+  const std::string prefs = AddPathSep(profilePath) + "prefs.js";
+  if (FileExists(prefs)) ReadPrefs(prefs);
+
+  KeyedList<std::string> list;
+  std::string accounts = GetPref("mail.accountmanager.accounts");
+  while (!accounts.empty()) {
+    const std::string server = GetPref("mail.account." + CutToken(accounts, ",") + ".server");
+    if (server.empty()) continue;
+    const std::string name = GetPref("mail.server." + server + ".name");
+    std::string folder = GetPref("mail.server." + server + ".directory");
+    ReplaceText(folder, "\\\\", "\\");
+    folder = AddPathSep(folder);
+    if (filter == kAll) {
+      list.Add(JoinDiscoveryEntry({name, Joined(prefix, name, "/*"), folder}));
+    } else if (filter == name) {
+      list.Add(folder);
+      break;
+    }
+  }
+  return list;
+}
+
+KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view filter,
+                                      std::string_view folder) {
+  KeyedList<std::string> list;
+  if (!FolderExists(folder)) return list;
+  KeyedList<std::string> files;
+  KeyedList<std::string> folders;
+  Swallow([&] { ListFolder(folder, &files, &folders, "*.*"); });
+  const bool onDisks = prefix.find(kDisksMark) != std::string_view::npos;
+  if (filter == kAll) {
+    if (onDisks) {
+      for (const std::string& name : folders) {
+        Swallow([&] { list.Add(FolderEntry(prefix, name, folder, Joined(folder, name))); });
+      }
+    }
+    for (const std::string& name : files) {
+      Swallow([&] { AddMailbox(list, prefix, name, folder); });
+    }
+  } else {
+    for (const std::string& name : onDisks ? folders : files) {
+      if (filter == name) list.Add(Joined(folder, name, onDisks ? "\\" : kSubfolderStep));
+    }
+  }
+  return list;
+}
+
+std::string GetPref(std::string_view key) {
+  const std::string* value = prefValues.Find(key);
+  return value == nullptr ? std::string() : *value;
+}
+
+bool FolderHasEntries(std::string_view folder) {
+  return !FirstFolderEntry(folder).empty();
+}
+
+std::string GetKeywordsOfFile(std::string_view file) {
+  for (const Profile& profile : ReadProfiles("Thunderbird")) {
+    for (const std::string& entry : GetAccounts("", kAll, profile.path)) {
+      const DiscoveryEntry account = SplitDiscoveryEntry(entry);
+      const std::string folder = AddPathSep(account.path);
+      if (!EqualNoCase(file.substr(0, folder.size()), folder)) continue;
+      std::string folders(file.substr(folder.size()));
+      ReplaceText(folders, kSubfolderStep, ",");
+      return "Account=" + account.text + (folders.empty() ? "" : ",") + folders;
+    }
+  }
+  std::string folders(file);
+  ReplaceText(folders, kSubfolderStep, ",");
+  ReplaceText(folders, "\\", ",");
+  constexpr std::size_t kDriveLength = 3;
+  return folders.substr(std::min(folders.size(), kDriveLength));
+}
+
+const KeyedList<std::string>& PrefNames() {
+  return prefNames;
+}
+
+const KeyedList<std::string>& PrefValues() {
+  return prefValues;
+}
+
+}  // namespace vorlent

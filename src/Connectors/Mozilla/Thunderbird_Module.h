@@ -1,0 +1,49 @@
+// Where the Mozilla applications keep their data: profiles by profiles.ini, accounts by prefs.js, folders by
+// the files beside each other on the disk.
+//
+// Each procedure works on one level. With the filter "*" it gives a discovery entry (LocationRecord.h) for
+// all that it finds, `prefix` in front of each address; with any other filter, the bare path of the one thing
+// of that name, compared exactly, or nothing. What isn't there gives an empty list and no word about it; a
+// file that can't be read and a preference that occurs twice raise, but for GetMailFolders and GetPref.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Common/KeyedList.h"
+
+namespace vorlent {
+
+// The profiles of an application: "Thunderbird" or "Mozilla\Sunbird" below the application-data folder. The
+// pseudo-profile "." stands for the local disks and closes the list of all. A profile's entry tells the
+// folders of its accounts as its path, joined by "|".
+KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_view filter,
+                                          std::string_view appFolder);
+
+// The accounts of a profile folder, whose preferences are read anew; the drives for the profile path ".". The
+// path of an account ends in a separator. A drive is named by its letter, whether it exists or not.
+KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view filter,
+                                   std::string_view profilePath);
+
+// The mail folders in a folder given with its closing separator. A mailbox is listed if its ".msf" lies
+// beside it, yet found by name without. The path found is that of its ".sbd" folder, whether it exists or
+// not. A prefix that holds "://./" is on the disks: there the subfolders come first, and only they are found
+// by name.
+KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view filter,
+                                      std::string_view folder);
+
+// A preference of the profile read last, "" if it has none of that name; letter case doesn't count.
+std::string GetPref(std::string_view key);
+
+// Whether a folder holds anything.
+bool FolderHasEntries(std::string_view folder);
+
+// The keyword path of a mailbox file: "Account=<account>,<folder>,..." if an account of a Thunderbird profile
+// holds it, else the parts of its path behind the drive.
+std::string GetKeywordsOfFile(std::string_view file);
+
+// The preferences of the profile read last: the names in order, and the values by name.
+const KeyedList<std::string>& PrefNames();
+const KeyedList<std::string>& PrefValues();
+
+}  // namespace vorlent
