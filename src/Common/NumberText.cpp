@@ -28,4 +28,15 @@ std::string NumberText(double value) {
   return text;
 }
 
+std::string PaddedNumber(double value, std::size_t width) {
+  std::array<char, 320> buffer{};  // holds the largest number there is
+  const double whole = std::nearbyint(std::fabs(value));
+  const auto [end, error] =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), whole, std::chars_format::fixed, 0);
+  const auto digits = static_cast<std::size_t>(end - buffer.data());
+  std::string text = value < 0 && whole > 0 ? "-" : "";
+  if (digits < width) text.append(width - digits, '0');
+  return text.append(buffer.data(), digits);
+}
+
 }  // namespace vorlent

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <string>
 
 namespace vorlent {
@@ -12,5 +13,9 @@ template <std::integral Number>
 std::string NumberText(Number value) {
   return std::to_string(value);
 }
+
+// A number rounded to a whole one (halves to the even one), padded with "0" to `width` digits; a longer
+// number keeps all its digits, a negative one has its sign in front of them.
+std::string PaddedNumber(double value, std::size_t width);
 
 }  // namespace vorlent

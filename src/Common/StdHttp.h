@@ -1,4 +1,4 @@
-// The text codecs of mail: URL, base64, quoted-printable, UTF-8, encoded words, header parameters, mail dates.
+// The text codecs of mail: URL, base64, quoted-printable, UTF-8, encoded words, header parameters, dates.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace vorlent {
 
-// --- URL (StdHttpUrl.cpp) ------------------------------------------------------------------------------------
+// --- URL (StdHttpUrl.cpp) ----------------------------------------------------------------------------------
 
 // Unsafe characters as %XX.
 std::string UrlEncode(std::string_view s);
@@ -17,7 +17,7 @@ std::string UrlEncode(std::string_view s);
 // "+" as a blank, %XX as its character. A "%" behind position 32,767 is an overflow.
 std::string UrlDecode(std::string_view s);
 
-// --- Transfer encodings (StdHttpEncodings.cpp) ---------------------------------------------------------------
+// --- Transfer encodings (StdHttpEncodings.cpp) -------------------------------------------------------------
 
 // 0 to 63, -1 for a character outside the alphabet.
 int Base64Value(std::string_view character);
@@ -26,7 +26,7 @@ int Base64Value(std::string_view character);
 // overflow.
 std::string Base64Decode(std::string_view s);
 
-// Base64Decode into a buffer that is reused: replaces `out`.
+// Base64Decode into a buffer that is reused: replaces `out`, which must not hold `s`.
 void Base64DecodeInto(std::string_view s, std::string& out);
 
 // Base64Decode that writes to an open file.
@@ -35,13 +35,16 @@ void Base64DecodeToFile(TextWriter& file, std::string_view s);
 // Base64 text without line breaks.
 std::string Base64Encode(std::string_view bytes);
 
-// "_" as a blank, =XX as its byte. Two characters behind "=" that are no hexadecimal digits raise TypeMismatch.
+// "_" as a blank, =XX as its byte. Anything but hexadecimal digits behind "=" raises TypeMismatch.
 std::string QuotedPrintableDecode(std::string_view s);
+
+// QuotedPrintableDecode into a buffer that is reused: replaces `out`, which must not hold `s`.
+void QuotedPrintableDecodeInto(std::string_view s, std::string& out);
 
 // "=", "_" and the control characters encoded.
 std::string QuotedPrintableEncode(std::string_view s);
 
-// --- Characters and headers (StdHttpHeaders.cpp) -------------------------------------------------------------
+// --- Characters and headers (StdHttpHeaders.cpp) -----------------------------------------------------------
 
 // UTF-8 bytes as code page, lenient; characters that the page doesn't hold become "?".
 std::string Utf8Decode(std::string_view s);
@@ -63,6 +66,8 @@ std::string GetPartContentType(std::string_view headerBlock);
 
 // The boundary of a part that is a multipart itself, "" for others.
 std::string GetPartBoundary(std::string_view headerBlock);
+
+// --- Dates (StdHttpMailDate.cpp) ---------------------------------------------------------------------------
 
 // Display text of a mail date, whose zone is ignored.
 std::string MailDateToDisplay(std::string s);

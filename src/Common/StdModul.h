@@ -19,6 +19,9 @@ namespace vorlent {
 // The text before the first `sep`, leaving in `s` the text behind it; without `sep` all of `s`, which is emptied.
 std::string CutToken(std::string& s, std::string_view sep);
 
+// The same on a view, for parsers that only read: nothing is copied.
+std::string_view CutToken(std::string_view& s, std::string_view sep);
+
 // The text before the first `sep`, or all of `s`, which stays.
 std::string PeekToken(std::string_view s, std::string_view sep);
 
@@ -27,6 +30,7 @@ std::string CutTrimmedToken(std::string& s, std::string_view sep);
 
 // CutToken at one line feed; one carriage return at the token's end is dropped.
 std::string CutLine(std::string& s);
+std::string_view CutLine(std::string_view& s);
 
 // The next word: quoted by double quotes (a doubled one stands for one), by single quotes, or up to a blank.
 std::string CutWord(std::string& s);

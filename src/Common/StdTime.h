@@ -9,7 +9,13 @@
 
 namespace vorlent {
 
-// Seconds since 1970-01-01 00:00:00 of a stamp, without any time zone; 0 for "". Out of 32 bits is an overflow.
+// Stamp yyyymmddhhmmss of a moment. Milliseconds are dropped.
+std::string FormatStamp(const DateTime& moment);
+
+// Display text dd.mm.yyyy hh:mm:ss of a moment. Milliseconds are dropped.
+std::string FormatDisplay(const DateTime& moment);
+
+// Seconds since 1970-01-01 00:00:00 of a stamp, without any time zone; 0 for "". Overflows beyond 32 bits.
 std::int32_t StampToEpoch(std::string_view s);
 
 // The stamp of seconds since 1970, without any time zone.

@@ -1,0 +1,156 @@
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr unsigned char Code(char c) {
+  return static_cast<unsigned char>(c);
+}
+
+// The code-page character of a code point. Those up to 255 stand for themselves.
+char CodePageCharacter(std::uint64_t codePoint) {
+  if (codePoint <= 0xFF) return static_cast<char>(codePoint);
+  if (codePoint > 0xFFFF) return '?';
+  return static_cast<char>(codepage::FromCodePoint(static_cast<char32_t>(codePoint)).value_or('?'));
+}
+
+// The bytes of an encoded word's data, nothing for an encoding that isn't known.
+std::optional<std::string> DecodeWordData(std::string_view encoding, std::string_view data) {
+  if (EqualNoCase(encoding, "B")) return Base64Decode(data);
+  if (EqualNoCase(encoding, "Q")) return QuotedPrintableDecode(data);
+  return std::nullopt;
+}
+
+// Cuts the encoded word that follows "=?" and returns what it stands for. RFC 2047: charset?encoding?data?=
+std::string CutEncodedWord(std::string_view& rest) {
+  const std::string_view charset = CutToken(rest, "?");
+  const std::string_view encoding = CutToken(rest, "?");
+  const std::string_view data = CutToken(rest, "?=");
+  std::optional<std::string> text = DecodeWordData(encoding, data);
+  if (!text)
+    text = std::string("=?").append(charset).append("?").append(encoding).append("?").append(data) + "?=";
+  return EqualNoCase(charset, "UTF-8") ? Utf8Decode(*text) : *text;
+}
+
+// Calls `handle(key, value)` for each header of a block: the key in lower case, the value unfolded.
+template <class Handler>
+void ForEachHeader(std::string_view block, Handler&& handle) {
+  while (!block.empty()) {
+    std::string line(CutLine(block));
+    while (block.starts_with('\t') || block.starts_with(' '))
+      line += CutLine(block);
+    const std::string key = LowerCase(CutTrimmedToken(line, ":"));
+    handle(key, line);
+  }
+}
+
+}  // namespace
+
+std::string Utf8Decode(std::string_view s) {
+  std::string out;
+  out.reserve(s.size());
+  for (std::size_t i = 0; i < s.size();) {
+    const unsigned char lead = Code(s[i]);
+    if (lead <= 128) {
+      out += s[i++];
+      continue;
+    }
+    std::size_t length = 2;
+    unsigned mask = 32;
+    for (; mask >= 2 && (lead & mask) != 0; mask /= 2)
+      ++length;
+    std::uint64_t codePoint = lead & (mask - 1);
+    // Whatever follows counts as a continuation, the nothing behind the end as well.
+    for (std::size_t k = i + 1; k < i + length; ++k) {
+      codePoint = codePoint << 6 | (k < s.size() ? Code(s[k]) & 0x3FU : 0U);
+    }
+    out += CodePageCharacter(codePoint);
+    i += length;
+  }
+  return out;
+}
+
+std::string Utf8Encode(std::string_view s) {
+  constexpr char euro = '\x80';
+  std::string out;
+  out.reserve(s.size() + s.size() / 8);
+  for (const char c : s) {
+    if (c == euro) {
+      out += "\xE2\x82\xAC";
+    } else if (Code(c) < 0x80) {
+      out += c;
+    } else {
+      out += static_cast<char>(0xC0 | Code(c) >> 6);
+      out += static_cast<char>(0x80 | (Code(c) & 0x3F));
+    }
+  }
+  return out;
+}
+
+std::string DecodeEncodedWords(std::string_view s) {
+  const auto holds = [&s](std::string_view mark) { return s.find(mark) != std::string_view::npos; };
+  std::string out;
+  while (holds("?=") && holds("=?")) {
+    out += CutToken(s, "=?");
+    out += CutEncodedWord(s);
+  }
+  out += s;
+  std::erase_if(out, [](char c) { return c == '\r' || c == '\n'; });
+  return out;
+}
+
+std::string GetHeaderParam(std::string_view value, std::string_view name) {
+  std::string result;
+  CutToken(value, ";");
+  while (!value.empty()) {
+    std::string_view text = CutToken(value, ";");
+    const std::string key = LowerCase(TrimBlank(CutToken(text, "=")));
+    if (key == name) {
+      std::string words = TrimBlank(text);
+      result = DecodeEncodedWords(CutWord(words));
+    } else if (key.starts_with(std::string(name) + "*")) {
+      // RFC 2231: charset'language'text, and continuations name*0, name*1 in the order in which they come.
+      const std::size_t language = text.find("''");
+      if (language != std::string_view::npos) text.remove_prefix(language + 2);
+      result += TrimBlank(UrlDecode(text));
+    }
+  }
+  return result;
+}
+
+std::string GetPartFileName(std::string_view headerBlock) {
+  std::string name;
+  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view value) {
+    if (key == "content-type") name = GetHeaderParam(value, "name");
+    if (key == "content-disposition") name = GetHeaderParam(value, "filename");
+  });
+  return EncodeFileName(name);
+}
+
+std::string GetPartContentType(std::string_view headerBlock) {
+  std::string type;
+  ForEachHeader(headerBlock, [&](std::string_view key, std::string& value) {
+    if (key == "content-type") type = CutTrimmedToken(value, ";");
+  });
+  return type;
+}
+
+std::string GetPartBoundary(std::string_view headerBlock) {
+  std::string boundary;
+  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view value) {
+    if (key == "content-type") boundary = GetHeaderParam(value, "boundary");
+  });
+  return boundary;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,163 @@
+#include "Common/StdTime.h"
+
+#include <algorithm>
+
+#include "Common/NumberText.h"
+#include "Common/StdModul.h"
+#include "Common/Width.h"
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::int32_t kSecondsPerDay = 86400;
+constexpr int kFirstYear = 100;  // the earliest that a date may have
+
+// A number of a stamp's field, "" and foreign text being 0.
+std::int32_t Field(std::string_view stamp, std::size_t offset, std::size_t length) {
+  return ToInt32(ReadNumber(stamp.substr(std::min(offset, stamp.size()), length)));
+}
+
+// 32-bit arithmetic that overflows as such.
+std::int32_t Sum(std::int64_t a, std::int64_t b) {
+  return ToInt32(a + b);
+}
+
+std::int32_t Product(std::int64_t a, std::int64_t b) {
+  return ToInt32(a * b);
+}
+
+[[noreturn]] void RaiseNoDate(std::string_view text) {
+  throw Failure(ErrorNumber::TypeMismatch, "not a date: '" + std::string(text) + "'");
+}
+
+// Cuts a field of one to `maxDigits` digits off the front; -1 if there is none.
+int CutDigits(std::string_view& s, std::size_t maxDigits) {
+  int value = 0;
+  std::size_t digits = 0;
+  while (digits < s.size() && s[digits] >= '0' && s[digits] <= '9') {
+    if (digits == maxDigits) return -1;
+    value = value * 10 + (s[digits++] - '0');
+  }
+  s.remove_prefix(digits);
+  return digits == 0 ? -1 : value;
+}
+
+bool CutSign(std::string_view& s, char sign) {
+  if (!s.starts_with(sign)) return false;
+  s.remove_prefix(1);
+  return true;
+}
+
+// Cuts "day.month.year"; a year of two digits lies between 1930 and 2029.
+bool CutDate(std::string_view& s, DateTime& date) {
+  date.day = CutDigits(s, 2);
+  if (!CutSign(s, '.')) return false;
+  date.month = CutDigits(s, 2);
+  if (!CutSign(s, '.')) return false;
+  const std::size_t before = s.size();
+  date.year = CutDigits(s, 4);
+  if (date.year >= 0 && before - s.size() <= 2) date.year += date.year < 30 ? 2000 : 1900;
+  return date.year >= kFirstYear && date.month >= 1 && date.month <= 12 && date.day >= 1 &&
+         date.day <= DaysInMonth(date.month, date.year);
+}
+
+// Cuts "hours:minutes" with or without ":seconds".
+bool CutTime(std::string_view& s, DateTime& date) {
+  const auto within = [](int value, int limit) { return value >= 0 && value < limit; };
+  date.hour = CutDigits(s, 2);
+  if (!CutSign(s, ':')) return false;
+  date.minute = CutDigits(s, 2);
+  if (CutSign(s, ':')) date.second = CutDigits(s, 2);
+  return within(date.hour, 24) && within(date.minute, 60) && within(date.second, 60);
+}
+
+}  // namespace
+
+std::string FormatStamp(const DateTime& moment) {
+  return PaddedNumber(moment.year, 4) + PaddedNumber(moment.month, 2) + PaddedNumber(moment.day, 2) +
+         PaddedNumber(moment.hour, 2) + PaddedNumber(moment.minute, 2) + PaddedNumber(moment.second, 2);
+}
+
+std::string FormatDisplay(const DateTime& moment) {
+  return PaddedNumber(moment.day, 2) + '.' + PaddedNumber(moment.month, 2) + '.' +
+         PaddedNumber(moment.year, 4) + ' ' + PaddedNumber(moment.hour, 2) + ':' +
+         PaddedNumber(moment.minute, 2) + ':' + PaddedNumber(moment.second, 2);
+}
+
+std::int32_t StampToEpoch(std::string_view s) {
+  if (s.empty()) return 0;
+  const std::int32_t year = Field(s, 0, 4);
+  const std::int32_t month = Field(s, 4, 2);
+  std::int32_t days = Sum(Field(s, 6, 2), -1);
+  for (std::int32_t y = 1970; y < year; ++y)
+    days = Sum(days, DaysInYear(y));
+  for (std::int32_t m = 1; m < month; ++m)
+    days = Sum(days, DaysInMonth(m, year));
+  std::int32_t seconds = Product(days, kSecondsPerDay);
+  seconds = Sum(seconds, Product(Field(s, 8, 2), 3600));
+  seconds = Sum(seconds, Product(Field(s, 10, 2), 60));
+  return Sum(seconds, Field(s, 12, 2));
+}
+
+std::string EpochToStamp(std::int32_t t) {
+  std::int32_t days = t / kSecondsPerDay + 1;
+  DateTime moment;
+  for (; days > DaysInYear(moment.year); ++moment.year)
+    days -= DaysInYear(moment.year);
+  for (; days > DaysInMonth(moment.month, moment.year); ++moment.month) {
+    days -= DaysInMonth(moment.month, moment.year);
+  }
+  moment.day = days;
+  moment.hour = t % kSecondsPerDay / 3600;
+  moment.minute = t % 3600 / 60;
+  moment.second = t % 60;
+  return FormatStamp(moment);
+}
+
+std::int32_t DaysInYear(std::int32_t year) {
+  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+  return leap ? 366 : 365;
+}
+
+std::int32_t DaysInMonth(std::int32_t month, std::int32_t year) {
+  switch (month) {
+    case 2:
+      return DaysInYear(year) == 365 ? 28 : 29;
+    case 4:
+    case 6:
+    case 9:
+    case 11:
+      return 30;
+    default:
+      return 31;
+  }
+}
+
+DateTime ParseDate(std::string_view text) {
+  const std::string trimmed = Trim(text);
+  std::string_view rest = trimmed;
+  DateTime date;
+  if (!CutDate(rest, date)) RaiseNoDate(text);
+  if (rest.empty()) return date;
+  if (!CutSign(rest, ' ')) RaiseNoDate(text);
+  while (CutSign(rest, ' ')) {
+  }
+  if (!CutTime(rest, date) || !rest.empty()) RaiseNoDate(text);
+  return date;
+}
+
+std::string UtcToLocalText(const DateTime& utc) {
+  DateTime whole = utc;
+  whole.millisecond = 0;
+  return FormatDisplay(os::UtcToLocal(whole));
+}
+
+std::string LocalToUtcText(std::string_view s) {
+  std::string text;
+  if (!s.empty()) Swallow([&] { text = FormatDisplay(os::LocalToUtc(ParseDate(s))); });
+  return text;
+}
+
+}  // namespace vorlent
