@@ -1,0 +1,241 @@
+#include "Connectors/Mozilla/Location_Sunbird.h"
+
+#include <algorithm>
+
+#include "Common/StdTime.h"
+#include "Connectors/Mozilla/LocationRecord.h"
+#include "Connectors/Mozilla/Thunderbird_Module.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kProgId = "VorlentMozilla.Location_Sunbird";
+constexpr std::string_view kSunbird = "sunbird://";
+constexpr std::string_view kLightning = "lightning://";
+
+// The host's query argument.
+constexpr std::int32_t kQuery = 2;
+
+// Kinds of the error report: it tells of database calls that went well, too.
+constexpr std::int32_t kDone = 1;
+constexpr std::int32_t kFailed = 2;
+
+void LogDatabase(std::string_view line) {
+  HostObjects::Current().Global().Report(report::kDatabaseLog, line, nullptr);
+}
+
+// Local time, date and time parted by a blank, of a time field's seconds since 1970 in UTC.
+std::string LocalText(HostRecordset& row, std::string_view field) {
+  std::string stamp = EpochToStamp(ParseInt32(row.FieldDate(field)));
+  return Trim(UtcToLocalText(ParseDate(StampToDisplay(stamp))));
+}
+
+// As LocalText, to the minute.
+std::string LocalMinute(HostRecordset& row, std::string_view field) {
+  std::string time = LocalText(row, field);
+  const std::string date = CutTrimmedToken(time, " ");
+  return date + ' ' + time.substr(0, 5);
+}
+
+// When the row was made and last changed.
+std::string LogValue(HostRecordset& row) {
+  const std::string created = DisplayToStamp(LocalText(row, "created"));
+  const std::string modified = DisplayToStamp(LocalText(row, "modified"));
+  return created + ',' + modified + "*1";
+}
+
+// The first of an event's locations: a changed one leaves the old row in place.
+std::string ReadLocation(HostDatabase& db, const std::string& id) {
+  const HostRecordsetPtr rows =
+      db.Query("SELECT value FROM cal_properties WHERE item_id='" + id + "' AND key='LOCATION'", kQuery);
+  if (rows->RecordCount() == 0) return {};
+  rows->MoveFirst();
+  return rows->Field("value");
+}
+
+}  // namespace
+
+ParameterSettings Location_Sunbird::Parameters() const {
+  return {.condition = "$type=termin|$type=task", .flags = ""};
+}
+
+bool Location_Sunbird::PrepareAddress(std::string_view file) {
+  Tree()->Clear();
+  std::string rest(file);
+  addressPrefix_ = CutToken(rest, "://") + "://";
+  if (!HasOwnScheme() || file.ends_with('*')) return true;
+  // The shorter scheme's length serves both. Behind the longer one two slashes stay, which name no profile,
+  // so that here a "lightning" address always stands for all of them.
+  rest = file.substr(std::min(kSunbird.size(), file.size()));
+  const std::string profile = CutToken(rest, "/");
+  return profile.empty() ? ReadAllProfiles() : ReadProfile(profile, rest, Tree());
+}
+
+LocationState Location_Sunbird::Einlesen() {
+  Clear();
+  Tree()->Clear();
+  lastAddress_ = HostLocation().Name();
+  std::string rest = lastAddress_;
+  addressPrefix_ = CutToken(rest, "://") + "://";
+  if (!HasOwnScheme()) {
+    frame::ReportUnreadable("ungültige Location!"_cp);
+    return LocationState::Unreadable;
+  }
+  if (lastAddress_.ends_with("/*")) return ListAddress(std::move(rest));
+  const std::string profile = CutToken(rest, "/");
+  const bool read = profile.empty() ? ReadAllProfiles() : ReadProfile(profile, rest, Tree());
+  return read ? LocationState::Read : LocationState::Unreadable;
+}
+
+bool Location_Sunbird::HasOwnScheme() const {
+  return addressPrefix_ == kSunbird || addressPrefix_ == kLightning;
+}
+
+// Lightning keeps its calendars in Thunderbird's profiles.
+std::string_view Location_Sunbird::AppFolder() const {
+  return addressPrefix_.starts_with(kSunbird) ? "Mozilla\\Sunbird" : "Thunderbird";
+}
+
+LocationState Location_Sunbird::ListAddress(std::string rest) {
+  const std::string_view app = AppFolder();
+  std::string profileFolder;
+  std::string folder;
+  for (std::int32_t depth = 1; !rest.empty(); ++depth) {
+    const std::string token = CutToken(rest, "/");
+    const KeyedList<std::string> list = depth == 1   ? GetMozillaProfiles(addressPrefix_, token, app)
+                                        : depth == 2 ? GetCalendars(addressPrefix_, token, profileFolder)
+                                                     : GetMailFolders(addressPrefix_, token, folder);
+    if (token == "*") {
+      for (const std::string& entry : list)
+        PasteItem(LocationRecord(entry, depth), false);
+    } else if (list.Count() == 1) {
+      addressPrefix_ += token + '/';
+      (depth == 1 ? profileFolder : folder) = list.Item(1);
+    } else {
+      frame::ShowUnreadable(addressPrefix_ + token + " nicht gefunden!");
+      return LocationState::Unreadable;
+    }
+  }
+  return LocationState::Read;
+}
+
+KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder, std::string_view fld,
+                                                      std::string_view path) {
+  KeyedList<std::string> calendars;
+  databaseFile_ = AddPathSep(path) + "storage.sdb";
+  if (!FileExists(databaseFile_)) return calendars;
+  const HostDatabasePtr db = HostObjects::Current().NewDatabase();
+  if (!ConnectDatabase(*db)) return calendars;
+  const HostRecordsetPtr rows =
+      db->Query("SELECT calendar, value FROM cal_calendars_prefs WHERE name='name'", kQuery);
+  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
+    const std::string name = rows->Field("value");
+    if (fld == "*") {
+      calendars.Add(JoinDiscoveryEntry({name, std::string(prefolder) + name + '/', rows->Field("calendar")}));
+    } else if (fld == name) {
+      calendars.Add(rows->Field("calendar"));
+      break;
+    }
+  }
+  db->Close();
+  return calendars;
+}
+
+bool Location_Sunbird::ReadAllProfiles() {
+  for (const std::string& entry : GetMozillaProfiles("", "*", AppFolder())) {
+    if (!ReadProfile(NameOfDiscoveryEntry(entry), "", Tree())) return false;
+  }
+  return true;
+}
+
+bool Location_Sunbird::ReadProfile(std::string_view profile, std::string path, TreePtr tree) {
+  const KeyedList<std::string> profiles = GetMozillaProfiles("", profile, AppFolder());
+  if (profiles.IsEmpty()) {
+    frame::ShowUnreadable("Profil '" + std::string(profile) + "' nicht gefunden!");
+    return false;
+  }
+  const std::string& folder = profiles.Item(1);
+  const std::string name = CutToken(path, "/");
+  if (!name.empty() && name != "*") return ReadShownCalendar(folder, name, *tree);
+  for (const std::string& entry : GetCalendars("", "*", folder)) {
+    if (!ReadShownCalendar(folder, SplitDiscoveryEntry(entry).text, *tree)) return false;
+  }
+  return true;
+}
+
+// A calendar's node selects by the data field that each of its items carries.
+bool Location_Sunbird::ReadShownCalendar(std::string_view folder, const std::string& name,
+                                         vorlent::Tree& tree) {
+  tree.AddChild("Calendar '" + name + "'", "Calendar=" + name);
+  return ReadCalendar(folder, name);
+}
+
+bool Location_Sunbird::ReadCalendar(std::string_view folder, const std::string& name) {
+  const KeyedList<std::string> ids = GetCalendars("", name, folder);
+  if (ids.IsEmpty()) return false;
+  calendarId_ = ids.Item(1);
+  const HostDatabasePtr db = HostObjects::Current().NewDatabase();
+  if (!ConnectDatabase(*db)) return true;
+  ReadEvents(*db, name);
+  ReadTasks(*db, name);
+  db->Close();
+  return true;
+}
+
+void Location_Sunbird::ReadEvents(HostDatabase& db, const std::string& name) {
+  const HostRecordsetPtr rows = db.Query(
+      "SELECT time_created/1000000 As created, last_modified/1000000 As modified, title, "
+      "event_start/1000000 AS start, event_end/1000000 As ende, id FROM cal_events WHERE cal_id=" +
+          CalendarCondition(),
+      kQuery);
+  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
+    const std::string id = rows->Field("id");
+    const std::string location = ReadLocation(db, id);
+    const std::string start = LocalMinute(*rows, "start");
+    const std::string end = LocalMinute(*rows, "ende");
+    const std::string log = LogValue(*rows);
+    PasteItem("ID=" + id + "|Type=termin|Text=" + EscapeValue(rows->Field("title")) + "|Date=" + start +
+                  "|DataDateEnd=" + end + "|DataLocation=" + EscapeValue(location) + "|DataCalendar=" + name +
+                  "|Log=" + log,
+              false);
+  }
+}
+
+void Location_Sunbird::ReadTasks(HostDatabase& db, const std::string& name) {
+  const HostRecordsetPtr rows = db.Query(
+      "SELECT time_created/1000000 As created, last_modified/1000000 As modified, title, id FROM cal_todos "
+      "WHERE cal_id=" +
+          CalendarCondition(),
+      kQuery);
+  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
+    const std::string log = LogValue(*rows);
+    PasteItem("ID=" + rows->Field("id") + "|Type=task|Text=" + EscapeValue(rows->Field("title")) +
+                  "|DataCalendar=" + name + "|Log=" + log,
+              false);
+  }
+}
+
+// Calendar 1 also shows the rows of calendar 0, under which its own are written.
+std::string Location_Sunbird::CalendarCondition() const {
+  return calendarId_ == "1" ? calendarId_ + " OR cal_id=0" : calendarId_;
+}
+
+bool Location_Sunbird::ConnectDatabase(HostDatabase& db) {
+  const std::string connection = "Driver={SQLite3 ODBC Driver};Database=" + databaseFile_ + ";Timeout=2000";
+  const bool connected = db.Open("ODBC", connection);
+  LogDatabase(std::string("DBConnect: ") + (connected ? "True" : "False") + " (" + connection + ")");
+  HostLocation().ErrorFactory()->Error()->Raise(connected ? kDone : kFailed, kProgId, connected, connection);
+  return connected;
+}
+
+void Location_Sunbird::ExecuteSql(HostDatabase& db, const std::string& sql) {
+  bool done = false;
+  const std::string number = std::to_string(SwallowedNumber([&] { done = db.Execute(sql); }));
+  Swallow([&] { LogDatabase(number + "<-" + sql); });
+  Swallow(
+      [&] { HostLocation().ErrorFactory()->Error()->Raise(kDone, kProgId, done, sql + " -> " + number); });
+}
+
+}  // namespace vorlent

@@ -1,0 +1,69 @@
+// The calendars of Sunbird and of Thunderbird's Lightning.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Connectors/Mozilla/LocationFrame.h"
+#include "Host/HostDatabase.h"
+
+namespace vorlent {
+
+// Events and tasks of "sunbird://<profile>/<calendar>" and "lightning://<profile>/<calendar>", read from the
+// storage.sdb of a profile; without a calendar all of the profile's, without a profile all of all profiles.
+// Changes that the host makes to its items are repeated in the calendar that was read last, statement by
+// statement and without a transaction. Every connection and every changing statement is logged.
+class Location_Sunbird final : public LocationFrame<CalendarConnector> {
+ public:
+  LocationState Einlesen() override;
+
+  // Swallows every failure step by step. What can't be written is logged and gone; the item keeps its change.
+  void RedoAction(const ItemPtr& itm, std::string_view zeit, std::int32_t msg,
+                  std::string_view Value = {}) override;
+
+  // `path` is a profile folder, `prefolder` stands in front of each address. A missing or unreachable
+  // database has no calendars; a failed query raises.
+  KeyedList<std::string> GetCalendars(std::string_view prefolder, std::string_view fld,
+                                      std::string_view path) override;
+
+ private:
+  ParameterSettings Parameters() const override;
+  bool PrepareAddress(std::string_view file) override;
+  void Pasted(const ItemPtr& item, std::string_view import) override;
+  bool Withdraw(const ItemPtr& item) override;
+
+  bool HasOwnScheme() const;
+  std::string_view AppFolder() const;
+  LocationState ListAddress(std::string rest);
+
+  bool ReadAllProfiles();
+  bool ReadProfile(std::string_view profile, std::string path, TreePtr tree);
+  bool ReadShownCalendar(std::string_view folder, const std::string& name, vorlent::Tree& tree);
+  bool ReadCalendar(std::string_view folder, const std::string& name);
+  void ReadEvents(HostDatabase& db, const std::string& name);
+  void ReadTasks(HostDatabase& db, const std::string& name);
+  std::string CalendarCondition() const;
+
+  bool ConnectDatabase(HostDatabase& db);
+  void ExecuteSql(HostDatabase& db, const std::string& sql);
+
+  using Action = void (Location_Sunbird::*)(HostDatabase& db, vorlent::Item& item, std::string_view value);
+  static Action FindAction(std::string_view name);
+  void ChangeText(HostDatabase& db, vorlent::Item& item, std::string_view value);
+  void ItemRemove(HostDatabase& db, vorlent::Item& item, std::string_view value);
+  void ItemInsert(HostDatabase& db, vorlent::Item& item, std::string_view value);
+  void Date(HostDatabase& db, vorlent::Item& item, std::string_view value);
+  void DataSet(HostDatabase& db, vorlent::Item& item, std::string_view value);
+  void InsertEvent(HostDatabase& db, vorlent::Item& item);
+  void InsertTask(HostDatabase& db, vorlent::Item& item);
+  std::string InsertedCalendarId() const;
+
+  // The scheme with "://"; a listing adds the parts of the address that it has resolved.
+  std::string addressPrefix_;
+  // Both belong to the calendar looked at last, and writes go there whatever calendar an item came from.
+  std::string databaseFile_;
+  std::string calendarId_;
+};
+
+}  // namespace vorlent
