@@ -1,8 +1,9 @@
 // The operating system's files and folders.
 //
-// Paths are Windows paths in the code page; each system maps them to its own at the last moment. Every function
-// that fails raises a Failure that names the path and the reason: FileNotFound or PathNotFound for what isn't
-// there, PathAccess for what may not be touched or is read-only, DiskFull, FileExists, DeviceIo for the rest.
+// Paths are Windows paths in the code page; each system maps them to its own at the last moment. Every
+// function that fails raises a Failure that names the path and the reason: FileNotFound or PathNotFound for
+// what isn't there, PathAccess for what may not be touched or is read-only, DiskFull, FileExists, DeviceIo
+// for the rest.
 #pragma once
 
 #include <cstddef>
@@ -22,9 +23,11 @@ inline constexpr int kHidden = 2;
 inline constexpr int kSystem = 4;
 inline constexpr int kDirectory = 16;
 inline constexpr int kArchive = 32;
+// The entry is a link to another; all other bits but the name's are those of what it leads to.
+inline constexpr int kLink = 1024;
 
-// An open file of bytes. Positions are counted from 0 here. Move-only; closed by its destructor without a word,
-// by Close with a failure where the system reports one.
+// An open file of bytes. Positions are counted from 0 here. Move-only; closed by its destructor without a
+// word, by Close with a failure where the system reports one.
 class File {
  public:
   enum class Mode {
@@ -70,29 +73,37 @@ std::uint64_t FileLength(std::string_view path);
 // Attribute bits of a file or folder.
 int ReadAttributes(std::string_view path);
 
-// Sets the read-only bit as given; the system keeps what it can't express.
+// Sets the read-only bit as given; the system keeps what it can't express. What a link leads to isn't
+// touched.
 void WriteAttributes(std::string_view path, int attributes);
 
 // Time of last change in local time.
 DateTime ReadChangeTime(std::string_view path);
 
-// Sets creation, access and change time, as far as the system has them, to one local time. Works on folders too.
+// Sets creation, access and change time, as far as the system has them, to one local time. Works on folders
+// too; a read-only file is refused.
 void WriteTimes(std::string_view path, const DateTime& local);
 
 // Names in a folder that match a pattern with "*" and "?" ("*.*" matches every name), without "." and "..",
-// sorted without regard to case. Plain files always come, read-only ones included; hidden ones, system ones and
-// folders only with their bit in `attributes`. A folder that isn't there gives no names; one that may not be read
-// raises.
+// sorted without regard to case. Plain files always come, read-only ones included; hidden ones, system ones
+// and folders only with their bit in `attributes`. A folder that isn't there gives no names; one that may not
+// be read raises.
 std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes);
 
+// A read-only file and a folder are refused. Of a link only the link goes, here and in RemoveFolder.
 void RemoveFile(std::string_view path);
-// The parent must exist. An existing folder raises PathAccess.
+// The parent must exist. An existing entry raises PathAccess. Below a folder that is shared with other users,
+// such as that for temporary files, the new one is private.
 void CreateFolder(std::string_view path);
-// The folder must be empty.
+// The folder must be empty; a read-only one is refused.
 void RemoveFolder(std::string_view path);
-// An existing target raises FileExists. Across file systems it is copied, complete before the source goes.
+// What was created, renamed and removed in a folder so far survives a crash of the machine once this returns.
+void SyncFolder(std::string_view path);
+// An existing target raises FileExists, unless it is the source by another case of letters. Across file
+// systems a file is copied, complete before the source goes; a folder raises PathAccess.
 void Rename(std::string_view source, std::string_view target);
-// Replaces the target; a target that could not be written whole is removed.
+// Copies a plain file with its attributes and time of last change. Replaces the target, but not a read-only
+// one or the source itself; a target that could not be written whole is removed.
 void Copy(std::string_view source, std::string_view target);
 
 }  // namespace vorlent::os

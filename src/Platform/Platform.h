@@ -33,8 +33,8 @@ struct FileDialogRequest {
 
 struct FileDialogAnswer {
   bool chosen = false;
-  std::string nameBuffer;             // the chosen path, closed by a zero character
-  std::int16_t fileNameOffset = 0;    // 0-based position of the bare name in it
+  std::string nameBuffer;           // the chosen path, closed by a zero character
+  std::int16_t fileNameOffset = 0;  // 0-based position of the bare name in it
 };
 
 struct ProcessEntry {
@@ -43,9 +43,9 @@ struct ProcessEntry {
 };
 
 struct RegistryValue {
-  std::uint32_t type = 1;                  // 1 text, 3 binary, 4 32-bit number, 7 several strings
-  std::uint32_t size = 0;                  // bytes, a closing zero counted
-  std::optional<std::string> bytes;        // nothing if the second read, that of the data, failed
+  std::uint32_t type = 1;            // 1 text, 3 binary, 4 32-bit number, 7 several strings
+  std::uint32_t size = 0;            // bytes, a closing zero counted
+  std::optional<std::string> bytes;  // nothing if the second read, that of the data, failed
 };
 
 // One instance is current. Paths are Windows paths, texts code page.
@@ -56,7 +56,7 @@ class Platform {
   // The instance in use; never null. The first is the operating system's own.
   static Platform& Current();
 
-  // Makes another instance current and returns the one before it.
+  // Makes another instance current, the operating system's own for null, and returns the one before it.
   static std::shared_ptr<Platform> Install(std::shared_ptr<Platform> platform);
 
   // The present local time.
@@ -99,5 +99,12 @@ class Platform {
   // Raises PathNotFound for a folder that isn't there.
   virtual void SetCurrentFolder(std::string_view folder) = 0;
 };
+
+namespace os {
+
+// A new instance of the operating system's own platform.
+std::shared_ptr<Platform> NewPlatform();
+
+}  // namespace os
 
 }  // namespace vorlent

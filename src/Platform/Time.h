@@ -21,8 +21,8 @@ struct DateTime {
 namespace os {
 
 // Both use the rules of the date in question, not those of today. Fields out of range raise InvalidCall.
-// A local time that a change to summer time skips is read with the offset before the change; one that a change
-// back repeats is read as its first occurrence.
+// A local time that a change to summer time skips is read with the offset before the change; one that a
+// change back repeats is read as its first occurrence.
 DateTime UtcToLocal(const DateTime& utc);
 DateTime LocalToUtc(const DateTime& local);
 

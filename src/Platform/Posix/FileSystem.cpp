@@ -1,0 +1,195 @@
+#include <dirent.h>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+#include "Platform/Posix/EpochTime.h"
+#include "Platform/Posix/PathMapping.h"
+#include "Platform/Posix/System.h"
+
+namespace vorlent::os {
+
+namespace {
+
+// The status of what a path leads to.
+struct stat StatusOf(std::string_view path) {
+  struct stat status;
+  Require(stat(ToNativePath(path).c_str(), &status) == 0, path);
+  return status;
+}
+
+// The status of the entry itself, be it a link.
+struct stat OwnStatusOf(const std::string& native, std::string_view path) {
+  struct stat status;
+  Require(lstat(native.c_str(), &status) == 0, path);
+  return status;
+}
+
+std::string WithoutClosingSlash(std::string native) {
+  while (native.size() > 1 && native.back() == '/')
+    native.pop_back();
+  return native;
+}
+
+bool IsHiddenName(std::string_view name) {
+  return name.starts_with('.') && name != "." && name != "..";
+}
+
+// A link has no permissions of its own.
+bool IsReadOnly(const struct stat& status) {
+  return !S_ISLNK(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
+}
+
+int TypeAndPermissionBits(const struct stat& status) {
+  const int type = S_ISDIR(status.st_mode) ? kDirectory : S_ISREG(status.st_mode) ? kArchive : 0;
+  return type | (IsReadOnly(status) ? kReadOnly : 0);
+}
+
+}  // namespace
+
+// --- Length, attributes, times
+// -------------------------------------------------------------------------------
+
+std::uint64_t FileLength(std::string_view path) {
+  const struct stat status = StatusOf(path);
+  if (S_ISDIR(status.st_mode)) RefuseAccess(path, "is a folder");
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+int ReadAttributes(std::string_view path) {
+  const std::string native = WithoutClosingSlash(ToNativePath(path));
+  const struct stat own = OwnStatusOf(native, path);
+  int attributes = TypeAndPermissionBits(own);
+  if (S_ISLNK(own.st_mode)) {
+    struct stat target;
+    const bool leadsSomewhere = stat(native.c_str(), &target) == 0;
+    attributes = kLink | (leadsSomewhere ? TypeAndPermissionBits(target) : kArchive);
+  }
+  if (IsHiddenName(std::string_view(native).substr(native.rfind('/') + 1))) attributes |= kHidden;
+  return attributes;
+}
+
+void WriteAttributes(std::string_view path, int attributes) {
+  const std::string native = WithoutClosingSlash(ToNativePath(path));
+  const struct stat status = OwnStatusOf(native, path);
+  const bool readOnly = (attributes & kReadOnly) != 0;
+  // Without a change nothing is asked of the system: a file of another owner could not be set, only used.
+  if (S_ISLNK(status.st_mode) || IsReadOnly(status) == readOnly) return;
+  const mode_t permissions = status.st_mode & 07777;
+  const mode_t wanted = readOnly ? permissions & ~(S_IWUSR | S_IWGRP | S_IWOTH) : permissions | S_IWUSR;
+  Require(chmod(native.c_str(), wanted) == 0, path);
+}
+
+DateTime ReadChangeTime(std::string_view path) {
+  const struct stat status = StatusOf(path);
+  return EpochToLocal(status.st_mtim.tv_sec, static_cast<int>(status.st_mtim.tv_nsec / 1'000'000));
+}
+
+void WriteTimes(std::string_view path, const DateTime& local) {
+  const struct stat status = StatusOf(path);
+  if (!S_ISDIR(status.st_mode) && IsReadOnly(status)) RefuseAccess(path, "is read-only");
+  timespec time = {};
+  time.tv_sec = LocalToEpoch(local);
+  time.tv_nsec = local.millisecond * 1'000'000L;
+  const timespec accessAndChange[] = {time, time};
+  Require(utimensat(AT_FDCWD, ToNativePath(path).c_str(), accessAndChange, 0) == 0, path);
+}
+
+// --- Listing
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+bool IsFolder(DIR* listing, const dirent& entry) {
+  if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return entry.d_type == DT_DIR;
+  struct stat status;
+  return fstatat(dirfd(listing), entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+// Whether a listing with these attributes shows an entry, whose name can be said in a Windows path.
+bool IsShown(DIR* listing, const dirent& entry, int attributes) {
+  const std::string_view name = entry.d_name;
+  if (name == "." || name == ".." || name.find('\\') != std::string_view::npos) return false;
+  if (IsHiddenName(name) && (attributes & kHidden) == 0) return false;
+  return (attributes & kDirectory) != 0 || !IsFolder(listing, entry);
+}
+
+}  // namespace
+
+std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes) {
+  const std::string native = ToNativePath(folder);
+  if (native.empty()) return {};
+  const std::unique_ptr<DIR, CloseFolder> listing(opendir(native.c_str()));
+  if (!listing) {
+    if (errno == ENOENT || errno == ENOTDIR) return {};
+    RaiseSystemFailure(errno, folder);
+  }
+  std::vector<std::pair<std::string, std::string>> found;  // key and name
+  errno = 0;
+  while (const dirent* entry = readdir(listing.get())) {
+    if (IsShown(listing.get(), *entry, attributes)) {
+      std::string name = ToWindowsName(entry->d_name);
+      if (NameMatches(name, pattern)) found.emplace_back(NameKey(name), std::move(name));
+    }
+    errno = 0;
+  }
+  if (errno != 0) RaiseSystemFailure(errno, folder);
+  std::sort(found.begin(), found.end());
+  std::vector<std::string> names;
+  names.reserve(found.size());
+  for (auto& entry : found)
+    names.push_back(std::move(entry.second));
+  return names;
+}
+
+// --- Making and removing
+// -------------------------------------------------------------------------------------
+
+void RemoveFile(std::string_view path) {
+  const std::string native = ToNativePath(path);
+  const struct stat status = OwnStatusOf(native, path);
+  if (S_ISDIR(status.st_mode)) RefuseAccess(path, "is a folder");
+  if (IsReadOnly(status)) RefuseAccess(path, "is read-only");
+  Require(unlink(native.c_str()) == 0, path);
+}
+
+void CreateFolder(std::string_view path) {
+  const std::string native = WithoutClosingSlash(ToNativePath(path));
+  const std::string parent = native.substr(0, native.rfind('/') + 1);
+  struct stat status;
+  const bool isShared =
+      stat(parent.empty() ? "." : parent.c_str(), &status) == 0 && (status.st_mode & S_ISVTX) != 0;
+  if (mkdir(native.c_str(), isShared ? 0700 : 0777) == 0) return;
+  if (errno == EEXIST) RefuseAccess(path, "exists");
+  RaiseSystemFailure(errno, path);
+}
+
+void RemoveFolder(std::string_view path) {
+  const std::string native = WithoutClosingSlash(ToNativePath(path));
+  const struct stat status = OwnStatusOf(native, path);
+  if (IsReadOnly(status)) RefuseAccess(path, "is read-only");
+  if (S_ISLNK(status.st_mode) && S_ISDIR(StatusOf(path).st_mode)) {
+    Require(unlink(native.c_str()) == 0, path);
+  } else {
+    Require(rmdir(native.c_str()) == 0, path);
+  }
+}
+
+void SyncFolder(std::string_view path) {
+  SyncNativeFolder(ToNativePath(path), path);
+}
+
+void SyncNativeFolder(const std::string& native, std::string_view path) {
+  const Descriptor folder(Retry([&] { return open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  Require(folder.Get() >= 0, path);
+  Require(Retry([&] { return fsync(folder.Get()); }) == 0, path);
+}
+
+}  // namespace vorlent::os

@@ -1,0 +1,352 @@
+#include "Platform/Posix/PathMapping.h"
+
+#include <dirent.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+
+namespace vorlent::os {
+
+namespace {
+
+// Native folders are kept absolute and without a closing slash; the root is "".
+struct Settings {
+  std::array<std::optional<std::string>, 26> drives;
+  std::optional<std::string> home;
+  std::optional<std::string> appData;
+
+  Settings() { drives['C' - 'A'] = ""; }
+};
+
+Settings& Current() {
+  static Settings settings;
+  return settings;
+}
+
+std::string WithoutClosingSlash(std::string path) {
+  while (!path.empty() && path.back() == '/')
+    path.pop_back();
+  return path;
+}
+
+std::string AbsoluteFolder(std::string_view nativeFolder) {
+  return WithoutClosingSlash(std::filesystem::absolute(nativeFolder).lexically_normal().string());
+}
+
+// The drive's place in the table, nothing if the character is no letter.
+std::optional<std::size_t> DriveIndex(char letter) {
+  const char lower = static_cast<char>(letter | 0x20);
+  if (lower < 'a' || lower > 'z') return std::nullopt;
+  return static_cast<std::size_t>(lower - 'a');
+}
+
+bool IsSeparator(char c) {
+  return c == '\\' || c == '/';
+}
+
+bool EntryExists(const std::string& native) {
+  struct stat status;
+  return lstat(native.c_str(), &status) == 0;
+}
+
+// --- The application-data folder
+// -----------------------------------------------------------------------------
+
+constexpr std::string_view kAppDataName = "/AppData";
+
+struct Place {
+  std::string_view name;                     // below the application-data folder
+  std::vector<std::string_view> candidates;  // below the home, in the order of preference
+};
+
+const std::array<Place, 3>& Places() {
+  static const std::array<Place, 3> places = {{
+      {"/Thunderbird",
+       {"/.thunderbird", "/snap/thunderbird/common/.thunderbird",
+        "/.var/app/org.mozilla.Thunderbird/.thunderbird", "/.var/app/org.mozilla.thunderbird/.thunderbird"}},
+      {"/Mozilla/FireFox",
+       {"/.mozilla/firefox", "/.config/mozilla/firefox", "/snap/firefox/common/.mozilla/firefox",
+        "/.var/app/org.mozilla.firefox/.mozilla/firefox",
+        "/.var/app/org.mozilla.firefox/config/mozilla/firefox"}},
+      {"/Mozilla/Sunbird", {"/.mozilla/sunbird"}},
+  }};
+  return places;
+}
+
+std::optional<std::string> Home() {
+  if (Current().home) return Current().home;
+  const char* variable = std::getenv("HOME");
+  if (variable != nullptr && variable[0] == '/') return WithoutClosingSlash(variable);
+  const passwd* user = getpwuid(getuid());
+  if (user == nullptr || user->pw_dir == nullptr || user->pw_dir[0] != '/') return std::nullopt;
+  return WithoutClosingSlash(user->pw_dir);
+}
+
+// The first place that exists. One that holds profiles goes before one that was merely made by another
+// program.
+std::string PlaceOf(const Place& place, const std::string& home) {
+  for (const char* proof : {"/profiles.ini", ""}) {
+    for (const std::string_view candidate : place.candidates) {
+      const std::string folder = home + std::string(candidate);
+      if (EntryExists(folder + proof)) return folder;
+    }
+  }
+  return home + std::string(place.candidates.front());
+}
+
+// Whether `path` is `folder` or lies below it, without regard to case.
+bool IsWithin(std::string_view path, std::string_view folder) {
+  return path.size() >= folder.size() && (path.size() == folder.size() || path[folder.size()] == '/') &&
+         EqualNoCase(path.substr(0, folder.size()), folder);
+}
+
+// Puts the real place in for a path below the application-data folder of the user.
+std::string WithRealPlace(std::string native) {
+  if (Current().appData) return native;
+  const auto home = Home();
+  if (!home || !IsWithin(native, *home + std::string(kAppDataName))) return native;
+  const std::string below = native.substr(home->size() + kAppDataName.size());
+  for (const Place& place : Places()) {
+    if (IsWithin(below, place.name)) return PlaceOf(place, *home) + below.substr(place.name.size());
+  }
+  // "Mozilla" isn't one folder here; that around Firefox's place stands for it.
+  if (EqualNoCase(below, "/Mozilla")) return std::filesystem::path(PlaceOf(Places()[1], *home)).parent_path();
+  return *home + (below.empty() ? "/" : below);
+}
+
+// --- From Windows to native
+// ----------------------------------------------------------------------------------
+
+// The names of a path, each converted, put behind `native` with single slashes; a closing separator stays.
+void AppendNames(std::string& native, std::string_view names) {
+  for (std::size_t at = 0; at < names.size();) {
+    if (IsSeparator(names[at])) {
+      if (native.empty() || native.back() != '/') native += '/';
+      ++at;
+      continue;
+    }
+    const std::size_t end = std::min(names.find_first_of("\\/", at), names.size());
+    native += ToNativeName(names.substr(at, end - at));
+    at = end;
+  }
+}
+
+// The path as written, before any entry of the disk is looked at.
+std::string AsWritten(std::string_view path) {
+  if (path.empty() || path.find('\0') != std::string_view::npos) return "";
+  std::string native;
+  if (path.size() > 1 && path[1] == ':') {
+    const auto index = DriveIndex(path[0]);
+    if (!index || !Current().drives[*index]) return "";
+    native = *Current().drives[*index] + "/";
+    path.remove_prefix(2);
+  }
+  AppendNames(native, path);
+  return WithRealPlace(std::move(native));
+}
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+// The entry of a folder that Windows takes for `name`; of several the first in sorted order. "" if there is
+// none.
+std::string FindWithoutCase(const std::string& folder, const std::string& name) {
+  const std::unique_ptr<DIR, CloseFolder> listing(opendir(folder.empty() ? "." : folder.c_str()));
+  if (!listing) return "";
+  const std::string wanted = NameKey(ToWindowsName(name));
+  std::string found;
+  while (const dirent* entry = readdir(listing.get())) {
+    if (NameKey(ToWindowsName(entry->d_name)) != wanted) continue;
+    if (found.empty() || found > entry->d_name) found = entry->d_name;
+  }
+  return found;
+}
+
+// `native` with every name replaced by that of the entry which Windows would find.
+std::string Resolve(const std::string& native) {
+  if (native.empty() || EntryExists(native)) return native;
+  std::string resolved;
+  resolved.reserve(native.size());
+  for (std::size_t at = 0; at < native.size();) {
+    if (native[at] == '/') {
+      resolved += native[at++];
+      continue;
+    }
+    const std::size_t end = std::min(native.find('/', at), native.size());
+    const std::string name = native.substr(at, end - at);
+    if (!EntryExists(resolved + name)) {
+      const std::string found = FindWithoutCase(resolved, name);
+      if (found.empty()) return resolved + native.substr(at);
+      resolved += found;
+    } else {
+      resolved += name;
+    }
+    at = end;
+  }
+  return resolved;
+}
+
+// Upper-case forms of the page's characters.
+constexpr std::array<char, 256> kUpperCase = [] {
+  std::array<char, 256> upper{};
+  for (std::size_t c = 0; c < upper.size(); ++c)
+    upper[c] = static_cast<char>(c);
+  for (std::size_t c = 0; c < upper.size(); ++c) {
+    const unsigned char lower = codepage::ToLower(static_cast<unsigned char>(c));
+    if (lower != c) upper[lower] = static_cast<char>(c);
+  }
+  return upper;
+}();
+
+// In upper case; of a name that is UTF-8 only the ASCII letters, as a byte of it is no character.
+std::string UpperCaseName(std::string_view name) {
+  const bool isUtf8 = IsMultiByteUtf8(name);
+  std::string upper(name);
+  for (char& c : upper) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80 || !isUtf8) c = kUpperCase[byte];
+  }
+  return upper;
+}
+
+}  // namespace
+
+// --- Settings
+// ------------------------------------------------------------------------------------------------
+
+void SetDrive(char letter, std::string_view nativeFolder) {
+  const auto index = DriveIndex(letter);
+  if (!index) throw Failure(ErrorNumber::InvalidCall, std::string("no drive letter: ") + letter);
+  auto& drive = Current().drives[*index];
+  if (nativeFolder.empty()) {
+    drive.reset();
+  } else {
+    drive = AbsoluteFolder(nativeFolder);
+  }
+}
+
+std::optional<std::string> DriveFolder(char letter) {
+  const auto index = DriveIndex(letter);
+  if (!index || !Current().drives[*index]) return std::nullopt;
+  const std::string& folder = *Current().drives[*index];
+  return folder.empty() ? "/" : folder;
+}
+
+void SetHomeFolder(std::string_view nativeFolder) {
+  Current().home.reset();
+  if (!nativeFolder.empty()) Current().home = AbsoluteFolder(nativeFolder);
+}
+
+void SetAppDataFolder(std::string_view nativeFolder) {
+  Current().appData.reset();
+  if (!nativeFolder.empty()) Current().appData = AbsoluteFolder(nativeFolder);
+}
+
+void ResetPathMapping() {
+  Current() = Settings();
+}
+
+// --- Paths
+// ---------------------------------------------------------------------------------------------------
+
+std::string ToNativePath(std::string_view path) {
+  return Resolve(AsWritten(path));
+}
+
+std::string ToNewNativePath(std::string_view path) {
+  const std::string native = WithoutClosingSlash(AsWritten(path));
+  const std::size_t name = native.rfind('/') + 1;
+  return Resolve(native.substr(0, name)) + native.substr(name);
+}
+
+std::string ToWindowsPath(std::string_view nativePath) {
+  if (nativePath.empty()) return "";
+  const std::string native = std::filesystem::absolute(nativePath).string();
+  const std::string* root = nullptr;
+  std::string path;
+  for (std::size_t i = 0; i < Current().drives.size(); ++i) {
+    const auto& drive = Current().drives[i];
+    const bool holds = drive && native.starts_with(*drive) && native[drive->size()] == '/';
+    if (!holds && !(drive && native == *drive)) continue;
+    if (root != nullptr && root->size() >= drive->size()) continue;
+    root = &*drive;
+    path = {static_cast<char>('A' + i), ':'};
+  }
+  std::string_view names = native;
+  if (root != nullptr) names.remove_prefix(root->size());
+  if (names.empty()) path += '\\';
+  for (std::size_t at = 0; at < names.size();) {
+    if (names[at] == '/') {
+      path += '\\';
+      ++at;
+      continue;
+    }
+    const std::size_t end = std::min(names.find('/', at), names.size());
+    path += ToWindowsName(names.substr(at, end - at));
+    at = end;
+  }
+  return path;
+}
+
+std::string AppDataPath() {
+  if (Current().appData) return ToWindowsPath(Current().appData->empty() ? "/" : *Current().appData);
+  const auto home = Home();
+  return home ? ToWindowsPath(*home + std::string(kAppDataName)) : "";
+}
+
+// --- Names
+// ---------------------------------------------------------------------------------------------------
+
+std::string ToNativeName(std::string_view name) {
+  return DisplayUtf8(name);
+}
+
+std::string ToWindowsName(std::string_view nativeName) {
+  auto name = ExactUtf8ToCodePage(nativeName);
+  // "Ã¼" in the code page has the bytes of "ü" in UTF-8, and would be taken for that on the way back.
+  if (!name || IsMultiByteUtf8(*name)) return std::string(nativeName);
+  return *std::move(name);
+}
+
+std::string NameKey(std::string_view name) {
+  return IsMultiByteUtf8(name) ? UpperCaseName(name) : CodePageToUtf8(UpperCaseName(name));
+}
+
+bool NameMatches(std::string_view name, std::string_view pattern) {
+  if (pattern == "*.*") return true;
+  const std::string text = UpperCaseName(name);
+  const std::string wanted = UpperCaseName(pattern);
+  // Upon a mismatch the last star takes one character more; earlier ones never need to.
+  std::size_t at = 0;
+  std::size_t next = 0;
+  std::size_t star = std::string::npos;
+  std::size_t starAt = 0;
+  while (at < text.size()) {
+    if (next < wanted.size() && wanted[next] == '*') {
+      star = next++;
+      starAt = at;
+    } else if (next < wanted.size() && (wanted[next] == '?' || wanted[next] == text[at])) {
+      ++next;
+      ++at;
+    } else if (star != std::string::npos) {
+      next = star + 1;
+      at = ++starAt;
+    } else {
+      return false;
+    }
+  }
+  return wanted.find_first_not_of('*', next) == std::string::npos;
+}
+
+}  // namespace vorlent::os

@@ -1,0 +1,130 @@
+#include "Platform/Posix/PosixPlatform.h"
+
+#include <time.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+#include "Platform/Posix/PathMapping.h"
+#include "Platform/Posix/System.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::uint32_t kCurrentUser = 0x80000001;
+constexpr std::string_view kShellFolders =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+constexpr int kNoRootDirectory = 1;
+constexpr int kFixedDisk = 3;
+
+// A message is worth no failure: without standard error there is nobody to read it.
+void Print(std::string_view text) {
+  Swallow([&] { os::WriteTo(STDERR_FILENO, text.data(), text.size(), "standard error"); });
+}
+
+// The next line of standard input without its line end, nothing at its end. Read byte by byte: what stands
+// behind the line belongs to whoever reads next.
+std::optional<std::string> ReadAnswer() {
+  std::string line;
+  char c = 0;
+  while (os::Retry([&] { return read(STDIN_FILENO, &c, 1); }) == 1) {
+    if (c == '\n') return line;
+    line += c;
+  }
+  return std::nullopt;
+}
+
+// "" is the default, the first button.
+std::optional<MessageAnswer> ParseAnswer(std::string_view line) {
+  const std::string answer = LowerCase(line);
+  for (const std::string_view yes : {"", "y", "yes", "j", "ja"}) {
+    if (answer == yes) return MessageAnswer::Yes;
+  }
+  for (const std::string_view no : {"n", "no", "nein"}) {
+    if (answer == no) return MessageAnswer::No;
+  }
+  for (const std::string_view cancel : {"c", "cancel", "a", "abbrechen"}) {
+    if (answer == cancel) return MessageAnswer::Cancel;
+  }
+  return std::nullopt;
+}
+
+MessageAnswer Ask() {
+  while (true) {
+    Print("[Y]es, [N]o or [C]ancel? ");
+    const auto line = ReadAnswer();
+    if (!line) return MessageAnswer::Cancel;
+    if (const auto answer = ParseAnswer(*line)) return *answer;
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<Platform> os::NewPlatform() {
+  return std::make_shared<PosixPlatform>();
+}
+
+DateTime PosixPlatform::Now() {
+  return os::LocalNow();
+}
+
+MessageAnswer PosixPlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon,
+                                         MessageButtons buttons) {
+  Print(DisplayUtf8(title) + ": " + DisplayUtf8(text) + "\n");
+  if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
+  const bool someoneIsThere = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
+  return someoneIsThere ? Ask() : MessageAnswer::Cancel;
+}
+
+FileDialogAnswer PosixPlatform::ShowFileDialog(const FileDialogRequest&) {
+  return {};
+}
+
+void PosixPlatform::SetPointer(bool) {}
+
+void PosixPlatform::Yield() {}
+
+void PosixPlatform::Wait(std::uint32_t milliseconds) {
+  timespec rest = {milliseconds / 1000, static_cast<long>(milliseconds % 1000) * 1'000'000};
+  while (nanosleep(&rest, &rest) == -1 && errno == EINTR) {
+  }
+}
+
+int PosixPlatform::DriveType(std::string_view root) {
+  const bool isRoot =
+      root.size() >= 2 && root[1] == ':' && (root.substr(2) == "\\" || root.substr(2).empty());
+  const auto folder = isRoot ? os::DriveFolder(root[0]) : std::nullopt;
+  std::error_code ignored;
+  return folder && std::filesystem::is_directory(*folder, ignored) ? kFixedDisk : kNoRootDirectory;
+}
+
+std::optional<RegistryValue> PosixPlatform::QueryRegistry(std::uint32_t hive, std::string_view key,
+                                                          std::string_view value) {
+  const bool isAppData =
+      hive == kCurrentUser && EqualNoCase(key, kShellFolders) && EqualNoCase(value, "AppData");
+  const std::string path = isAppData ? os::AppDataPath() : "";
+  if (path.empty()) return std::nullopt;
+  RegistryValue found;
+  found.size = static_cast<std::uint32_t>(path.size() + 1);
+  found.bytes = path + '\0';
+  return found;
+}
+
+std::string PosixPlatform::CurrentFolder() {
+  std::error_code error;
+  const auto folder = std::filesystem::current_path(error);
+  return error ? "" : os::ToWindowsPath(folder.string());
+}
+
+void PosixPlatform::SetCurrentFolder(std::string_view folder) {
+  if (chdir(os::ToNativePath(folder).c_str()) == 0) return;
+  const int error = errno;
+  if (error == ENOENT) throw Failure(ErrorNumber::PathNotFound, std::string(folder) + ": no such folder");
+  os::RaiseSystemFailure(error, folder);
+}
+
+}  // namespace vorlent

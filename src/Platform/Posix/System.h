@@ -1,0 +1,72 @@
+// What the files of this folder share: system calls and their failures.
+#pragma once
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace vorlent::os {
+
+static_assert(sizeof(off_t) == 8, "mailboxes grow beyond 2 GB");
+
+// Raises the failure of a system call on a path given in its Windows form: the path and the system's reason.
+[[noreturn]] void RaiseSystemFailure(int error, std::string_view path);
+
+// Raises `error` if a call's result says that it failed.
+inline void Require(bool succeeded, std::string_view path) {
+  if (!succeeded) RaiseSystemFailure(errno, path);
+}
+
+// Repeats a call that a signal interrupted.
+template <class Call>
+auto Retry(Call&& call) {
+  decltype(call()) result;
+  do {
+    result = call();
+  } while (result == -1 && errno == EINTR);
+  return result;
+}
+
+// An open descriptor that closes itself.
+class Descriptor {
+ public:
+  explicit Descriptor(int value) : value_(value) {}
+  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
+  ~Descriptor() {
+    if (value_ >= 0) close(value_);
+  }
+
+  int Get() const { return value_; }
+  int Release() { return std::exchange(value_, -1); }
+
+ private:
+  int value_;
+};
+
+// Opens a plain file without following into a device or waiting at a pipe. Anything that is no plain file
+// raises PathAccess, and so does, unless it is only read, a file without write permission, whoever the user
+// is.
+Descriptor OpenPlainFile(std::string_view path, int flags, mode_t permissions = 0666);
+
+// Reads up to `size` bytes, fewer only at the end; writes all bytes.
+std::size_t ReadFrom(int descriptor, char* buffer, std::size_t size, std::string_view path);
+void WriteTo(int descriptor, const char* bytes, std::size_t size, std::string_view path);
+
+// Raises PathAccess with a reason of our own.
+[[noreturn]] void RefuseAccess(std::string_view path, std::string_view reason);
+
+// SyncFolder of a native folder, whose failure is told of `path`.
+void SyncNativeFolder(const std::string& native, std::string_view path);
+
+// Moves a plain file to a name that isn't taken, by copying: the target is complete and on the disk before
+// the source goes, and goes itself if the source can't.
+void MoveByCopy(std::string_view source, std::string_view target);
+
+}  // namespace vorlent::os
