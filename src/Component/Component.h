@@ -1,11 +1,23 @@
 // The library's entry: a class by its ProgID.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "Host/Connector.h"
 
 namespace vorlent {
+
+// A public class of the component, with the identifiers by which a component server registers it.
+struct ComponentClass {
+  std::string_view progId;
+  std::string_view classId;
+  std::string_view interfaceId;  // of its default interface
+  ObjectPtr (*create)();
+};
+
+// All public classes.
+std::span<const ComponentClass> ComponentClasses();
 
 // A new object of the class of that ProgID ("VorlentMozilla.Location_Thunderbird", "VorlentMozilla.Actions",
 // ...), found without regard to case; nothing if the component has no such class. A host must be installed

@@ -1,0 +1,35 @@
+#include "Component/Component.h"
+
+#include <memory>
+
+#include "Connectors/Mozilla/Location_Sunbird.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+template <class Class>
+ObjectPtr Make() {
+  return std::make_shared<Class>();
+}
+
+constexpr ComponentClass kClasses[] = {
+    {"VorlentMozilla.Location_Sunbird", "{9BFEE0EE-F0C5-462B-B151-2C7901932CC5}",
+     "{B83DA60F-7A4C-4F14-89B3-DD1C8F520314}", Make<Location_Sunbird>},
+};
+
+}  // namespace
+
+std::span<const ComponentClass> ComponentClasses() {
+  return kClasses;
+}
+
+ObjectPtr CreateObject(std::string_view progId) {
+  for (const ComponentClass& entry : kClasses) {
+    if (EqualNoCase(entry.progId, progId)) return entry.create();
+  }
+  return nullptr;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,66 @@
+#include "Component/Component.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+#include <string>
+
+namespace vorlent {
+namespace {
+
+struct Row {
+  std::string progId;
+  std::string classId;
+  std::string interfaceId;
+};
+
+const Row kRows[] = {
+    {"VorlentMozilla.Location_Sunbird", "{9BFEE0EE-F0C5-462B-B151-2C7901932CC5}",
+     "{B83DA60F-7A4C-4F14-89B3-DD1C8F520314}"},
+};
+
+TEST(ComponentTest, ClassesAreThoseOfTheTypeLibrary) {
+  ASSERT_EQ(ComponentClasses().size(), std::size(kRows));
+  for (std::size_t i = 0; i < std::size(kRows); ++i) {
+    EXPECT_EQ(ComponentClasses()[i].progId, kRows[i].progId);
+    EXPECT_EQ(ComponentClasses()[i].classId, kRows[i].classId);
+    EXPECT_EQ(ComponentClasses()[i].interfaceId, kRows[i].interfaceId);
+  }
+}
+
+TEST(ComponentTest, EveryClassIsMadeByItsProgIDInAnyCase) {
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(row.progId);
+    EXPECT_NE(CreateObject(row.progId), nullptr);
+    std::string upper = row.progId;
+    for (char& c : upper) {
+      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    EXPECT_NE(CreateObject(upper), nullptr);
+    EXPECT_EQ(CreateObject(row.progId + "2"), nullptr);
+    EXPECT_EQ(CreateObject(row.progId.substr(1)), nullptr);
+  }
+}
+
+TEST(ComponentTest, EachCallMakesAnObjectOfItsOwn) {
+  for (const Row& row : kRows) {
+    const ObjectPtr first = CreateObject(row.progId);
+    const ObjectPtr second = CreateObject(row.progId);
+    EXPECT_FALSE(first->IsSame(*second)) << row.progId;
+  }
+}
+
+TEST(ComponentTest, UnknownProgIDsGiveNothing) {
+  for (const std::string progId :
+       {"", "VorlentMozilla", "VorlentMozilla.", "Location_Thunderbird", "Other.StdMail"}) {
+    EXPECT_EQ(CreateObject(progId), nullptr) << progId;
+  }
+}
+
+TEST(ComponentTest, LocationsAreConnectorsOfTheirKind) {
+  EXPECT_NE(std::dynamic_pointer_cast<CalendarConnector>(CreateObject("VorlentMozilla.Location_Sunbird")),
+            nullptr);
+}
+
+}  // namespace
+}  // namespace vorlent
