@@ -1,0 +1,46 @@
+// The host's database connection over SQLite.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "Host/HostDatabase.h"
+
+namespace vorlent {
+
+// Every failure raised here carries SQLite's primary result code as its number: 1 for a statement that isn't
+// valid, 5 for a lock that outlasted the time-out, 11 and 26 for a damaged file, 21 for a call on a
+// connection that isn't open.
+class StandaloneDatabase final : public HostDatabase {
+ public:
+  ~StandaloneDatabase() override;
+
+  // The kind is "ODBC". Of the connection text count "Database", a Windows path, and "Timeout", the longest
+  // wait for a lock in milliseconds, 2000 if it isn't given; in any order, letter case and blanks around them
+  // of no matter, a value that holds ";" in braces. False if there is no such file: none is ever created.
+  // What the file holds is first looked at by a statement.
+  bool Open(std::string_view kind, std::string_view connection) override;
+
+  // A forward walk over the rows of one SELECT. Rows are read as the walk reaches them, so a failure may also
+  // rise from the recordset; only a recordset that is asked for its count takes them all into memory. Any
+  // number of recordsets may be open at once. `value` is not looked at.
+  HostRecordsetPtr Query(std::string_view sql, std::int32_t value) override;
+
+  // Runs exactly one statement, whole or not at all. Text behind it, be it a comment, is refused before
+  // anything has run.
+  bool Execute(std::string_view sql) override;
+
+  // Ends the recordsets too: whatever is still asked of them raises.
+  void Close() override;
+
+ private:
+  class Connection;
+  class Recordset;
+
+  Connection& Opened() const;
+
+  std::shared_ptr<Connection> connection_;
+};
+
+}  // namespace vorlent
