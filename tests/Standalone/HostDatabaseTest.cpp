@@ -9,7 +9,8 @@
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
-#include "Support/DatabaseFile.h"
+#include "Support/ForeignLock.h"
+#include "Support/SqliteFile.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -36,9 +37,9 @@ milliseconds Elapsed(steady_clock::time_point since) {
 class HostDatabaseTest : public testing::Test {
  protected:
   HostDatabaseTest() {
-    RunSql(file_,
-           "CREATE TABLE t (id INTEGER PRIMARY KEY, name TEXT, value);"
-           "INSERT INTO t VALUES (1, 'one', 'eins'), (2, 'two', NULL), (3, 'it''s', 3);");
+    SqliteFile(file_).Run(
+        "CREATE TABLE t (id INTEGER PRIMARY KEY, name TEXT, value);"
+        "INSERT INTO t VALUES (1, 'one', 'eins'), (2, 'two', NULL), (3, 'it''s', 3);");
   }
 
   std::string Connection(int timeout = 2000) const {
@@ -61,7 +62,7 @@ class HostDatabaseTest : public testing::Test {
     return SwallowedNumber([&] { database_.Execute(sql); });
   }
 
-  std::vector<std::string> Names() const { return QueryRows(file_, "SELECT name FROM t ORDER BY id"); }
+  std::vector<std::string> Names() const { return SqliteFile(file_).Rows("SELECT name FROM t ORDER BY id"); }
 
   TemporaryFolder folder_;
   std::filesystem::path file_ = folder_.Native("t.sdb");
@@ -178,7 +179,7 @@ TEST_F(HostDatabaseTest, EveryKindOfValueHasItsText) {
 }
 
 TEST_F(HostDatabaseTest, TextOfOtherEncodingsComesAsItIs) {
-  RunSql(file_, "INSERT INTO t VALUES (4, 'M\xC3\xBCller', 'M\xFCller')");
+  SqliteFile(file_).Run("INSERT INTO t VALUES (4, 'M\xC3\xBCller', 'M\xFCller')");
   Open();
   EXPECT_THAT(Walk("SELECT name FROM t WHERE id=4", "name"), ElementsAre("M\xC3\xBCller"));
   EXPECT_THAT(Walk("SELECT value FROM t WHERE id=4", "value"), ElementsAre("M\xFCller"));
@@ -304,10 +305,10 @@ TEST_F(HostDatabaseTest, ClosingEndsTheRecordsets) {
 // --- Queries that differ in a value alone
 
 TEST_F(HostDatabaseTest, LiteralsMeanTheSameWhetherTheyArePreparedAnewOrNot) {
-  RunSql(file_,
-         "CREATE TABLE p (item_id TEXT, key TEXT, number INTEGER, value BLOB);"
-         "INSERT INTO p VALUES ('a', 'K', 1, 'first'), ('it''s', 'K', 2, 'second'), ('', 'K', 3, 'third'),"
-         "('a''; DELETE FROM p; --', 'K', 4, 'fourth'), ('a', 'L', 5, 'fifth'), ('A', 'K', 6, 'sixth');");
+  SqliteFile(file_).Run(
+      "CREATE TABLE p (item_id TEXT, key TEXT, number INTEGER, value BLOB);"
+      "INSERT INTO p VALUES ('a', 'K', 1, 'first'), ('it''s', 'K', 2, 'second'), ('', 'K', 3, 'third'),"
+      "('a''; DELETE FROM p; --', 'K', 4, 'fourth'), ('a', 'L', 5, 'fifth'), ('A', 'K', 6, 'sixth');");
   Open();
   const struct {
     std::string condition;
@@ -493,7 +494,7 @@ TEST_F(HostDatabaseTest, FileThatIsNoDatabaseFailsInItsFirstStatement) {
 }
 
 TEST_F(HostDatabaseTest, DamagedPageFailsWhereItIsMet) {
-  RunSql(file_, "PRAGMA page_size=1024; VACUUM");
+  SqliteFile(file_).Run("PRAGMA page_size=1024; VACUUM");
   std::string bytes = folder_.Read("t.sdb");
   bytes.replace(1024, bytes.size() - 1024, bytes.size() - 1024, 'x');
   folder_.Write("t.sdb", bytes);

@@ -8,6 +8,26 @@
 
 namespace vorlent {
 
+namespace {
+
+int AppendRow(void* rows, int count, char** fields, char**) {
+  std::string row;
+  for (int i = 0; i < count; ++i) {
+    if (i > 0) row += '|';
+    row += fields[i] == nullptr ? "NULL" : fields[i];
+  }
+  static_cast<std::vector<std::string>*>(rows)->push_back(row);
+  return 0;
+}
+
+void RunAll(sqlite3* handle, const std::string& sql, std::vector<std::string>* rows) {
+  if (sqlite3_exec(handle, sql.c_str(), rows == nullptr ? nullptr : &AppendRow, rows, nullptr) != SQLITE_OK) {
+    throw std::runtime_error(std::string(sqlite3_errmsg(handle)) + " in " + sql);
+  }
+}
+
+}  // namespace
+
 SqliteFile::SqliteFile(const std::filesystem::path& native) {
   if (sqlite3_open(native.c_str(), &handle_) == SQLITE_OK) return;
   const std::string message = sqlite3_errmsg(handle_);
@@ -20,9 +40,13 @@ SqliteFile::~SqliteFile() {
 }
 
 void SqliteFile::Run(const std::string& sql) {
-  if (sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-    throw std::runtime_error(std::string(sqlite3_errmsg(handle_)) + " in " + sql);
-  }
+  RunAll(handle_, sql, nullptr);
+}
+
+std::vector<std::string> SqliteFile::Rows(const std::string& sql) {
+  std::vector<std::string> rows;
+  RunAll(handle_, sql, &rows);
+  return rows;
 }
 
 std::map<std::string, std::string> FolderContent(const std::filesystem::path& folder) {

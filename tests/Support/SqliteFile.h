@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 struct sqlite3;
 
@@ -19,6 +20,9 @@ class SqliteFile {
 
   // Runs statements, separated by semicolons.
   void Run(const std::string& sql);
+
+  // The rows of a query, each as one text of its fields joined by "|"; NULL is "NULL".
+  std::vector<std::string> Rows(const std::string& sql);
 
  private:
   sqlite3* handle_ = nullptr;
