@@ -1,0 +1,143 @@
+#include "Standalone/StandaloneGlobal.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Common/StdModul.h"
+#include "Component/Component.h"
+#include "Platform/CodePage.h"
+#include "Platform/Files.h"
+#include "Platform/Locale.h"
+#include "Platform/User.h"
+#include "Standalone/HostActions.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kTopicsName = "topics";
+constexpr std::string_view kOpensProgress = "0/100:";
+
+// Numbers in reports are written with the user's decimal sign.
+double PercentIn(std::string_view text) {
+  std::string number(text);
+  std::replace(number.begin(), number.end(), os::DecimalSign(), '.');
+  return ReadNumber(number);
+}
+
+}  // namespace
+
+StandaloneGlobal::StandaloneGlobal(HostObserver& observer)
+    : observer_(observer),
+      window_(std::make_shared<StandaloneWindow>(observer)),
+      errorFactory_(std::make_shared<StandaloneErrorFactory>(observer)),
+      createConnector_([](std::string_view progId) { return vorlent::CreateObject(progId); }),
+      userName_(os::LoginName()) {}
+
+StandaloneGlobal::~StandaloneGlobal() {
+  for (const StandaloneLocationPtr& location : OpenLocations())
+    location->Close();
+  if (!tempPath_.empty()) DeleteFolder(tempPath_, true, true);
+}
+
+ObjectPtr StandaloneGlobal::GetObject(std::string_view name) {
+  if (EqualNoCase(name, kTopicsName)) return TopicsOfHost();
+  for (const StandaloneLocationPtr& location : OpenLocations()) {
+    if (EqualNoCase(location->Name(), name)) return location;
+  }
+  return nullptr;
+}
+
+ItemPtr StandaloneGlobal::FindItem(std::string_view id) {
+  for (const StandaloneLocationPtr& location : OpenLocations()) {
+    if (ItemPtr item = RequireAs<Connector>(location->Connector())->GetItem(id)) return item;
+  }
+  return nullptr;
+}
+
+KeyedList<LocationPtr> StandaloneGlobal::Locations() {
+  KeyedList<LocationPtr> locations;
+  for (const StandaloneLocationPtr& location : OpenLocations())
+    locations.Add(location);
+  return locations;
+}
+
+void StandaloneGlobal::Report(std::int32_t code, std::string_view text, const ItemPtr& item) {
+  switch (code) {
+    case report::kProgress:
+      return ReportProgress(text);
+    case report::kStatus:
+      return observer_.StatusChanged(text);
+    case report::kLog:
+      if (logEnabled_) observer_.LogLine(text);
+      return;
+    case report::kDatabaseLog:
+      if (logEnabled_) observer_.DatabaseLogLine(text);
+      return;
+    case report::kUnreadable:
+      return observer_.LocationUnreadable(text);
+    case report::kItemPasted:
+      return observer_.ItemPasted(text, item);
+    case report::kItemDeleted:
+      return observer_.ItemDeleted(item);
+    case report::kImportFinished:
+      return observer_.ImportFinished();
+    case report::kTreeImported:
+      return observer_.TreeImported();
+    default:
+      return observer_.OtherReport(code, text, item);
+  }
+}
+
+void StandaloneGlobal::ReportProgress(std::string_view text) {
+  if (text.empty()) {
+    observer_.ProgressClosed();
+  } else if (text.starts_with(kOpensProgress)) {
+    observer_.ProgressOpened(text.substr(kOpensProgress.size()));
+  } else {
+    observer_.ProgressMoved(PercentIn(text));
+  }
+}
+
+std::string StandaloneGlobal::GetOption(std::string_view key) {
+  const auto found = options_.find(key);
+  return found == options_.end() ? std::string() : found->second;
+}
+
+std::string StandaloneGlobal::TempPath() {
+  if (tempPath_.empty()) {
+    std::string name = NewGuidText();
+    std::string folder = os::TemporaryFolder() + "vorlent-" + name.substr(1, name.size() - 2);
+    os::CreateFolder(folder);
+    tempPath_ = folder + "\\";
+  }
+  return tempPath_;
+}
+
+const std::shared_ptr<TopicsLocation>& StandaloneGlobal::TopicsOfHost() {
+  if (topics_ == nullptr) topics_ = std::make_shared<TopicsLocation>(weak_from_this());
+  return topics_;
+}
+
+std::string StandaloneGlobal::ActionName(std::int32_t msg) {
+  return std::string(HostActionName(msg));
+}
+
+void StandaloneGlobal::Remember(const StandaloneLocationPtr& location) {
+  std::erase_if(openLocations_, [&](const std::weak_ptr<StandaloneLocation>& held) {
+    const StandaloneLocationPtr known = held.lock();
+    return known == nullptr || !known->IsOpen() || known == location;
+  });
+  openLocations_.push_back(location);
+}
+
+std::vector<StandaloneLocationPtr> StandaloneGlobal::OpenLocations() const {
+  std::vector<StandaloneLocationPtr> open;
+  for (const std::weak_ptr<StandaloneLocation>& held : openLocations_) {
+    StandaloneLocationPtr location = held.lock();
+    if (location != nullptr && location->IsOpen()) open.push_back(std::move(location));
+  }
+  return open;
+}
+
+}  // namespace vorlent

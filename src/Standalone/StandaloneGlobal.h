@@ -1,0 +1,84 @@
+// The standalone host's global object.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Host/HostGlobal.h"
+#include "Standalone/HostObserver.h"
+#include "Standalone/StandaloneError.h"
+#include "Standalone/StandaloneLocation.h"
+#include "Standalone/StandaloneWindow.h"
+#include "Standalone/Topics.h"
+
+namespace vorlent {
+
+// Hands reports to the observer, which must outlive it, and knows the open Locations.
+class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<StandaloneGlobal> {
+ public:
+  explicit StandaloneGlobal(HostObserver& observer);
+  // Closes the Locations that are still open and removes the temporary folder.
+  ~StandaloneGlobal() override;
+
+  // "topics", or an open Location by its name, letter case of no matter.
+  ObjectPtr GetObject(std::string_view name) override;
+  ItemPtr FindItem(std::string_view id) override;
+  KeyedList<LocationPtr> Locations() override;
+  void Report(std::int32_t code, std::string_view text, const ItemPtr& item) override;
+  std::string GetOption(std::string_view key) override;
+  // A folder of this process alone, made on first use.
+  std::string TempPath() override;
+  std::shared_ptr<HostMainWindow> MainWindow() override { return window_; }
+  bool Cancelled() override { return cancelled_.load(std::memory_order_relaxed); }
+  void SetProgressVisible(bool visible) override { observer_.ProgressShown(visible); }
+  bool LogEnabled() override { return logEnabled_; }
+  void SetLogEnabled(bool enabled) override { logEnabled_ = enabled; }
+  // The login name unless the host was told another.
+  std::string UserName() override { return userName_; }
+  std::string ActionName(std::int32_t msg) override;
+  std::shared_ptr<HostErrorFactory> ErrorFactory() override { return errorFactory_; }
+
+  // --- What the host itself knows and does beyond the contract
+
+  // Set by whoever hears that the user wants to stop, be it a signal handler.
+  std::atomic<bool>& CancelFlag() { return cancelled_; }
+  void SetOption(std::string_view key, std::string_view value) {
+    options_.insert_or_assign(std::string(key), value);
+  }
+  void SetUserName(std::string_view name) { userName_ = name; }
+  StandaloneWindow& Window() { return *window_; }
+  const std::shared_ptr<TopicsLocation>& TopicsOfHost();
+
+  // Makes the connectors' objects; the component's own entry unless a test stands in for it.
+  using ConnectorFactory = std::function<ObjectPtr(std::string_view progId)>;
+  void SetConnectorFactory(ConnectorFactory factory) { createConnector_ = std::move(factory); }
+  ObjectPtr CreateConnector(std::string_view progId) { return createConnector_(progId); }
+
+  // Makes an opened Location known, for as long as someone holds it open.
+  void Remember(const StandaloneLocationPtr& location);
+
+ private:
+  void ReportProgress(std::string_view text);
+  std::vector<StandaloneLocationPtr> OpenLocations() const;
+
+  HostObserver& observer_;
+  std::shared_ptr<StandaloneWindow> window_;
+  std::shared_ptr<StandaloneErrorFactory> errorFactory_;
+  ConnectorFactory createConnector_;
+  std::shared_ptr<TopicsLocation> topics_;
+  std::vector<std::weak_ptr<StandaloneLocation>> openLocations_;
+  std::map<std::string, std::string, std::less<>> options_;
+  std::string tempPath_;
+  std::string userName_;
+  bool logEnabled_ = true;
+  std::atomic<bool> cancelled_ = false;
+  static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+};
+
+}  // namespace vorlent
