@@ -87,6 +87,9 @@ DateTime ReadChangeTime(std::string_view path);
 // too; a read-only file is refused.
 void WriteTimes(std::string_view path, const DateTime& local);
 
+// Whether a folder is there and may be listed.
+bool MayList(std::string_view path);
+
 // Names in a folder that match a pattern with "*" and "?" ("*.*" matches every name), without "." and "..",
 // sorted without regard to case. Plain files always come, read-only ones included; hidden ones, system ones
 // and folders only with their bit in `attributes`. A folder that isn't there gives no names; one that may not

@@ -28,8 +28,7 @@ class RecordingPlatform : public Platform {
   // How often a member was called.
   int CountOf(std::string_view member) const { return static_cast<int>(CallsOf(member).size()); }
 
-  // --- The script
-  // -------------------------------------------------------------------------------------------
+  // --- The script ----------------------------------------------------------------------------------------
 
   // Taken from the front. Once used up, a box is answered with Ok, or Cancel if it has that button.
   std::deque<MessageAnswer> messageAnswers;
@@ -68,8 +67,7 @@ class RecordingPlatform : public Platform {
   std::function<void(const FileDialogRequest&)> onFileDialog;
   std::function<void(std::uint32_t)> onCloseWindows;
 
-  // --- Platform
-  // ---------------------------------------------------------------------------------------------
+  // --- Platform ------------------------------------------------------------------------------------------
 
   DateTime Now() override;
   MessageAnswer ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,

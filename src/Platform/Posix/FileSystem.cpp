@@ -50,8 +50,7 @@ int TypeAndPermissionBits(const struct stat& status) {
 
 }  // namespace
 
-// --- Length, attributes, times
-// -------------------------------------------------------------------------------
+// --- Length, attributes, times ---------------------------------------------------------------------------
 
 std::uint64_t FileLength(std::string_view path) {
   const struct stat status = StatusOf(path);
@@ -98,14 +97,14 @@ void WriteTimes(std::string_view path, const DateTime& local) {
   Require(utimensat(AT_FDCWD, ToNativePath(path).c_str(), accessAndChange, 0) == 0, path);
 }
 
-// --- Listing
-// -------------------------------------------------------------------------------------------------
+// --- Listing ---------------------------------------------------------------------------------------------
 
 namespace {
 
 struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
+using Listing = std::unique_ptr<DIR, CloseFolder>;
 
 bool IsFolder(DIR* listing, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return entry.d_type == DT_DIR;
@@ -123,10 +122,14 @@ bool IsShown(DIR* listing, const dirent& entry, int attributes) {
 
 }  // namespace
 
+bool MayList(std::string_view path) {
+  return Listing(opendir(ToNativePath(path).c_str())) != nullptr;
+}
+
 std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes) {
   const std::string native = ToNativePath(folder);
   if (native.empty()) return {};
-  const std::unique_ptr<DIR, CloseFolder> listing(opendir(native.c_str()));
+  const Listing listing(opendir(native.c_str()));
   if (!listing) {
     if (errno == ENOENT || errno == ENOTDIR) return {};
     RaiseSystemFailure(errno, folder);
@@ -149,8 +152,7 @@ std::vector<std::string> ListNames(std::string_view folder, std::string_view pat
   return names;
 }
 
-// --- Making and removing
-// -------------------------------------------------------------------------------------
+// --- Making and removing ---------------------------------------------------------------------------------
 
 void RemoveFile(std::string_view path) {
   const std::string native = ToNativePath(path);

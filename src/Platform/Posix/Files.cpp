@@ -26,8 +26,7 @@ int OpenFlags(File::Mode mode) {
 
 }  // namespace
 
-// --- Descriptors
-// ---------------------------------------------------------------------------------------------
+// --- Descriptors -----------------------------------------------------------------------------------------
 
 Descriptor OpenPlainFile(std::string_view path, int flags, mode_t permissions) {
   // Opening must have no effect before the entry is known to be a plain file: no waiting, no emptying.
@@ -63,8 +62,7 @@ void WriteTo(int descriptor, const char* bytes, std::size_t size, std::string_vi
   }
 }
 
-// --- File
-// ----------------------------------------------------------------------------------------------------
+// --- File ------------------------------------------------------------------------------------------------
 
 File File::Open(std::string_view path, Mode mode) {
   Descriptor descriptor = OpenPlainFile(path, OpenFlags(mode));

@@ -59,8 +59,7 @@ bool EntryExists(const std::string& native) {
   return lstat(native.c_str(), &status) == 0;
 }
 
-// --- The application-data folder
-// -----------------------------------------------------------------------------
+// --- The application-data folder -------------------------------------------------------------------------
 
 constexpr std::string_view kAppDataName = "/AppData";
 
@@ -124,8 +123,7 @@ std::string WithRealPlace(std::string native) {
   return *home + (below.empty() ? "/" : below);
 }
 
-// --- From Windows to native
-// ----------------------------------------------------------------------------------
+// --- From Windows to native ------------------------------------------------------------------------------
 
 // The names of a path, each converted, put behind `native` with single slashes; a closing separator stays.
 void AppendNames(std::string& native, std::string_view names) {
@@ -222,8 +220,7 @@ std::string UpperCaseName(std::string_view name) {
 
 }  // namespace
 
-// --- Settings
-// ------------------------------------------------------------------------------------------------
+// --- Settings --------------------------------------------------------------------------------------------
 
 void SetDrive(char letter, std::string_view nativeFolder) {
   const auto index = DriveIndex(letter);
@@ -257,8 +254,7 @@ void ResetPathMapping() {
   Current() = Settings();
 }
 
-// --- Paths
-// ---------------------------------------------------------------------------------------------------
+// --- Paths -----------------------------------------------------------------------------------------------
 
 std::string ToNativePath(std::string_view path) {
   return Resolve(AsWritten(path));
@@ -305,8 +301,7 @@ std::string AppDataPath() {
   return home ? ToWindowsPath(*home + std::string(kAppDataName)) : "";
 }
 
-// --- Names
-// ---------------------------------------------------------------------------------------------------
+// --- Names -----------------------------------------------------------------------------------------------
 
 std::string ToNativeName(std::string_view name) {
   return DisplayUtf8(name);

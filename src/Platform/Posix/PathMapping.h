@@ -11,8 +11,7 @@
 
 namespace vorlent::os {
 
-// --- Settings
-// ------------------------------------------------------------------------------------------------
+// --- Settings --------------------------------------------------------------------------------------------
 
 // Says what a drive letter stands for, in either case; an empty folder takes the drive away. A relative
 // folder is one of the folder that is current now. Any other character raises InvalidCall.
@@ -31,8 +30,7 @@ void SetAppDataFolder(std::string_view nativeFolder);
 // Takes back all of these settings.
 void ResetPathMapping();
 
-// --- Paths
-// ---------------------------------------------------------------------------------------------------
+// --- Paths -----------------------------------------------------------------------------------------------
 
 // The native path that a Windows path stands for. Names that aren't there as written are looked for without
 // regard to case, component by component, and stay as written where none is found. "" for a path that can't
@@ -53,8 +51,7 @@ std::string ToWindowsPath(std::string_view nativePath);
 // applications keep their data on this system.
 std::string AppDataPath();
 
-// --- Names
-// ---------------------------------------------------------------------------------------------------
+// --- Names -----------------------------------------------------------------------------------------------
 
 // Native bytes of a single name: text that is multi-byte UTF-8 stays, all else is code page and becomes
 // UTF-8.

@@ -11,13 +11,11 @@ namespace {
 
 // Whether the folder that a path lies in is there: tells a missing file from a missing path.
 bool ParentExists(std::string_view path) {
-  std::string native = ToNativePath(path);
-  while (native.size() > 1 && native.back() == '/')
-    native.pop_back();
-  if (native.empty()) return false;
-  const std::size_t slash = native.rfind('/');
+  const std::size_t lastOfName = path.find_last_not_of("\\/");
+  const std::size_t separator = path.find_last_of("\\/", lastOfName);
+  if (lastOfName == std::string_view::npos || separator == std::string_view::npos) return !path.empty();
   struct stat status;
-  return stat(slash == std::string::npos ? "." : native.substr(0, slash + 1).c_str(), &status) == 0;
+  return stat(ToNativePath(path.substr(0, separator + 1)).c_str(), &status) == 0;
 }
 
 ErrorNumber NumberOf(int error, std::string_view path) {

@@ -1,0 +1,173 @@
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+#include "Platform/Platform.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr int kNoRootDirectory = 1;
+constexpr int kPlainFiles = os::kReadOnly | os::kHidden | os::kSystem | os::kArchive;
+constexpr int kAllEntries = kPlainFiles | os::kDirectory;
+
+void RemoveOneFile(std::string_view p) {
+  Swallow([&] { os::WriteAttributes(p, 0); });
+  Swallow([&] { os::RemoveFile(p); });
+}
+
+// Removes a subfolder with all that it holds. Of a link only the link goes: what it leads to is none of the
+// folder's.
+void RemoveSubfolder(const std::string& p, std::int32_t attributes) {
+  if ((attributes & os::kLink) != 0) {
+    Swallow([&] { os::RemoveFolder(p); });
+  } else {
+    DeleteFolder(p, true, true);
+  }
+}
+
+bool MoveBytes(std::string_view target, std::string_view source) {
+  const bool isOneDrive =
+      source.size() > 1 && source[1] == ':' && EqualNoCase(target.substr(0, 2), source.substr(0, 2));
+  if (isOneDrive) return Swallow([&] { os::Rename(source, target); });
+  if (!Swallow([&] { os::Copy(source, target); })) return false;
+  KillFile(source);
+  return true;
+}
+
+}  // namespace
+
+// --- Asking ----------------------------------------------------------------------------------------------
+
+bool FolderExists(std::string_view p) {
+  if (p.size() == 3 && p.substr(1) == ":\\") return Platform::Current().DriveType(p) != kNoRootDirectory;
+  if (p.empty() || !os::MayList(AddPathSep(p))) return false;
+  const std::int32_t attributes = GetFileAttr(p);
+  return attributes >= 0 && (attributes & os::kDirectory) != 0;
+}
+
+bool FileExists(std::string_view p) {
+  return !p.empty() && Swallow([&] { os::FileLength(p); });
+}
+
+std::int32_t GetFileAttr(std::string_view p) {
+  std::int32_t attributes = -1;
+  if (!p.ends_with("\\.") && !p.ends_with("\\..")) Swallow([&] { attributes = os::ReadAttributes(p); });
+  return attributes;
+}
+
+std::string GetFileAttrText(std::string_view p) {
+  const std::int32_t attributes = GetFileAttr(p);
+  std::string letters;
+  const auto add = [&](int bit, char letter) {
+    if ((attributes & bit) != 0) letters += letter;
+  };
+  add(os::kArchive, 'A');
+  add(os::kReadOnly, 'R');
+  add(os::kHidden, 'H');
+  add(os::kSystem, 'S');
+  add(os::kDirectory, 'D');
+  return letters;
+}
+
+// --- Making, deleting, moving ----------------------------------------------------------------------------
+
+void MakePath(std::string_view p) {
+  std::string rest(p);
+  std::string path = CutToken(rest, "\\");
+  Swallow([&] { os::CreateFolder(path); });
+  while (!rest.empty()) {
+    path += "\\" + CutToken(rest, "\\");
+    Swallow([&] { os::CreateFolder(path); });
+  }
+}
+
+void KillFile(std::string_view p) {
+  // A system may allow these characters in names, and then an entry of just that name is the one that is
+  // meant.
+  const bool isPattern = p.find_first_of("*?") != std::string_view::npos && GetFileAttr(p) < 0;
+  if (!isPattern) {
+    RemoveOneFile(p);
+    return;
+  }
+  const std::string folder = GetPath(p);
+  KeyedList<std::string> files;
+  ListFolder(folder.empty() ? ".\\" : folder, &files, nullptr, GetFileName(p));
+  for (const std::string& name : files)
+    RemoveOneFile(folder + name);
+}
+
+void DeleteFolder(std::string_view p, bool files, bool self) {
+  const std::string folder = AddPathSep(p);
+  std::vector<std::string> fileNames;
+  std::vector<std::pair<std::string, std::int32_t>> folderNames;
+  FolderEntries entries;
+  for (std::string name = entries.First(p); !name.empty(); name = entries.Next()) {
+    const std::int32_t attributes = GetFileAttr(folder + name);
+    if (attributes < 0) continue;
+    if ((attributes & os::kDirectory) != 0) {
+      folderNames.emplace_back(std::move(name), attributes);
+    } else {
+      fileNames.push_back(std::move(name));
+    }
+  }
+  for (const auto& [name, attributes] : folderNames)
+    RemoveSubfolder(folder + name, attributes);
+  if (files) {
+    for (const std::string& name : fileNames)
+      KillFile(folder + name);
+  }
+  if (self) {
+    const std::string bare = RemovePathSep(p);
+    Swallow([&] { os::WriteAttributes(bare, 0); });
+    Swallow([&] { os::RemoveFolder(bare); });
+  }
+}
+
+void MoveFile(std::string_view target, std::string_view source) {
+  if (EqualNoCase(target, source) || !FileExists(source)) return;
+  KillFile(target);
+  MakePath(GetPath(target));
+  int attributes = 0;
+  const bool areAttributesKnown = Swallow([&] { attributes = os::ReadAttributes(source); });
+  const std::string date = GetFileDate(source);
+  if (!MoveBytes(target, source) || !areAttributesKnown) return;
+  // The date goes first, since a read-only file refuses it.
+  SetFileDate(target, date);
+  Swallow([&] { os::WriteAttributes(target, attributes); });
+}
+
+// --- Listing ---------------------------------------------------------------------------------------------
+
+std::string FolderEntries::First(std::string_view folder) {
+  names_.clear();
+  next_ = 0;
+  Swallow([&] { names_ = os::ListNames(AddPathSep(folder), "*.*", kAllEntries); });
+  return Next();
+}
+
+std::string FolderEntries::Next() {
+  return next_ < names_.size() ? names_[next_++] : "";
+}
+
+std::string FirstFolderEntry(std::string_view p) {
+  return FolderEntries().First(p);
+}
+
+void ListFolder(std::string_view p, KeyedList<std::string>* files, KeyedList<std::string>* folders,
+                std::string_view pattern) {
+  if (files != nullptr) ClearCollection(*files);
+  if (folders != nullptr) ClearCollection(*folders);
+  const std::string folder = AddPathSep(p);
+  std::vector<std::string> names;
+  Swallow([&] { names = os::ListNames(folder, pattern, folders != nullptr ? kAllEntries : kPlainFiles); });
+  for (std::string& name : names) {
+    const std::int32_t attributes = GetFileAttr(folder + name);
+    const bool isFile = attributes < 1 || (attributes & os::kDirectory) == 0;
+    KeyedList<std::string>* list = isFile ? files : folders;
+    if (list != nullptr) list->Add(std::move(name));
+  }
+}
+
+}  // namespace vorlent
