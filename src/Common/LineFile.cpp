@@ -15,6 +15,8 @@ namespace {
 constexpr std::size_t kFirstBlock = 16 * 1024;
 constexpr std::size_t kBlock = 256 * 1024;
 
+constexpr std::uint32_t kLongestLineEnd = 2;
+
 LineRule defaultRule = LineRule::Windows;
 
 }  // namespace
@@ -28,7 +30,7 @@ void SetDefaultLineRule(LineRule rule) {
 }
 
 LineFile::LineFile(std::string_view path, os::File::Mode mode, LineRule rule)
-    : file_(os::File::Open(path, mode)), rule_(rule), length_(file_.Length()) {}
+    : file_(os::File::Open(path, mode)), rule_(rule) {}
 
 void LineFile::Close() {
   if (!IsOpen()) return;
@@ -48,38 +50,31 @@ void LineFile::Seek(std::uint64_t position) {
     next_ = filled_ = 0;
   }
   behindLineFeed_ = 0;
+  ended_ = false;
 }
 
 std::string_view LineFile::ReadLine() {
+  // Reads on until a byte behind the line end is there: so an LF that belongs to the CR isn't missed, and
+  // AtEnd has no need to touch the buffer, which would cost the caller the line.
   std::size_t length = 0;
-  while (true) {
-    const std::size_t end = FindLineEnd(next_ + length);
-    length = end - next_;
-    if (end < filled_) break;
-    if (!Fill()) {
-      const std::string_view rest(buffer_.get() + next_, length);
-      next_ = filled_;
-      lineEndLength_ = rule_ == LineRule::Windows ? 2 : 0;
-      return rest;
-    }
-  }
-  // The LF that belongs to a CR may stand in the next block, and reading that moves the line.
-  if (next_ + length + 1 == filled_ && buffer_[next_ + length] == '\r') Fill();
+  do {
+    length = FindLineEnd(next_ + length) - next_;
+  } while (next_ + length + kLongestLineEnd >= filled_ && Fill());
   const std::string_view line(buffer_.get() + next_, length);
   TakeLineEnd(length);
   return line;
 }
 
-// Moves behind a line of that length and its end, all of which the buffer holds.
+// Moves behind a line of that length and its end.
 void LineFile::TakeLineEnd(std::size_t length) {
-  const char* const end = buffer_.get() + next_ + length;
-  next_ += length + 1;
-  std::uint32_t endLength = 1;
-  if (*end == '\r' && next_ < filled_ && end[1] == '\n') {
-    ++next_;
-    endLength = 2;
+  const std::size_t end = next_ + length;
+  std::uint32_t endLength = 0;
+  if (end < filled_) {
+    const bool both = buffer_[end] == '\r' && end + 1 < filled_ && buffer_[end + 1] == '\n';
+    endLength = both ? 2 : 1;
   }
-  lineEndLength_ = rule_ == LineRule::Windows ? 2 : endLength;
+  next_ = end + endLength;
+  lineEndLength_ = rule_ == LineRule::Windows ? kLongestLineEnd : endLength;
 }
 
 std::size_t LineFile::FindLineEnd(std::size_t from) {
@@ -103,19 +98,21 @@ void LineFile::WriteByte(char byte) {
   // What was read ahead is given up, the more so if the write fails.
   bufferStart_ = target;
   next_ = filled_ = behindLineFeed_ = 0;
+  ended_ = false;
   file_.Write(&byte, 1);
   ++bufferStart_;
-  length_ = std::max(length_, bufferStart_);
 }
 
 // Reads on behind what the buffer holds from next_ on. Returns whether anything came.
 bool LineFile::Fill() {
   if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
+  if (ended_) return false;
   MakeRoom();
   const std::size_t count = file_.Read(buffer_.get() + filled_, capacity_ - filled_);
   filled_ += count;
   behindLineFeed_ = 0;
-  return count > 0;
+  ended_ = count == 0;
+  return !ended_;
 }
 
 // Moves what is still to be read to the buffer's front. At least as much again fits behind it, so a line of

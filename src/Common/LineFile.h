@@ -33,8 +33,8 @@ class LineFile {
   // Does nothing on a closed file.
   void Close();
 
-  // Bytes in the file when it was opened.
-  std::uint64_t Length() const { return length_; }
+  // Bytes in the file at present.
+  std::uint64_t Length() const { return file_.Length(); }
 
   // Position of the next byte to be read or written, from 1.
   std::uint64_t Position() const { return bufferStart_ + next_ + 1; }
@@ -43,11 +43,11 @@ class LineFile {
   // InvalidCall.
   void Seek(std::uint64_t position);
 
-  // Whether nothing is left to be read.
+  // Whether nothing is left to be read. Once reached, the end stays where it is until Seek or WriteByte.
   bool AtEnd() { return next_ == filled_ && !Fill(); }
 
   // The next line without its line end, "" at the end of the file. The view is valid until the next call of
-  // AtEnd, ReadLine, Seek, WriteByte or Close. A failed read raises and leaves the position where it was.
+  // ReadLine, Seek, WriteByte or Close. A failed read raises and leaves the position where it was.
   std::string_view ReadLine();
 
   // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
@@ -66,7 +66,6 @@ class LineFile {
 
   os::File file_;
   LineRule rule_ = LineRule::Windows;
-  std::uint64_t length_ = 0;
   std::uint64_t bufferStart_ = 0;  // file position of the buffer's first byte, from 0
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_ = 0;
@@ -75,6 +74,7 @@ class LineFile {
   std::size_t behindLineFeed_ =
       0;  // by the Native rule, what follows the LF found last; 0 if none was looked for
   std::uint32_t lineEndLength_ = 0;
+  bool ended_ = false;  // the last read found nothing more
 };
 
 }  // namespace vorlent

@@ -244,6 +244,18 @@ TEST_F(LineFileTest, DefaultRuleIsThatOfWindowsUntilTheHostChooses) {
   SetDefaultLineRule(LineRule::Windows);
 }
 
+TEST_F(LineFileTest, AskingForTheEndLeavesTheLineInPlace) {
+  for (const std::size_t size : {3u, 16u * 1024 - 2, 16u * 1024, 100'000u}) {
+    const std::string expected(size, 'x');
+    for (const std::string behind : {"", "\r", "\r\n", "\r\ny"}) {
+      LineFile file = Open(expected + behind);
+      const std::string_view line = file.ReadLine();
+      EXPECT_EQ(file.AtEnd(), behind != "\r\ny");
+      EXPECT_TRUE(line == expected) << size;
+    }
+  }
+}
+
 // What is read from a file that shrank meanwhile ends where the file now ends.
 TEST_F(LineFileTest, FileCutShortMeanwhileEndsEarly) {
   LineFile file = Open(std::string(400'000, 'a') + "\r\n" + std::string(400'000, 'b') + "\r\n");
