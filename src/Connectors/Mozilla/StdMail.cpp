@@ -1,0 +1,222 @@
+#include "Connectors/Mozilla/StdMail.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Common/TextWriter.h"
+#include "Connectors/Mozilla/StdMailPart.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+}  // namespace
+
+// --- Text to be read again
+// -----------------------------------------------------------------------------------
+
+void StdMail::PendingText::Clear() {
+  text_.clear();
+  next_ = 0;
+}
+
+void StdMail::PendingText::Append(std::string_view text) {
+  // What was cut off is dropped only now, so that a line just cut stays valid until here.
+  const std::string added(text);
+  if (IsEmpty()) Clear();
+  text_ += added;
+}
+
+std::string_view StdMail::PendingText::CutLine() {
+  std::string_view line = std::string_view(text_).substr(next_);
+  const std::size_t end = line.find('\n');
+  if (end == std::string_view::npos) {
+    next_ = text_.size();
+    return line;
+  }
+  next_ += end + 1;
+  line = line.substr(0, end);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+
+std::string StdMail::PendingText::TakeAll() {
+  std::string all = text_.substr(next_);
+  Clear();
+  return all;
+}
+
+// --- Stream
+// --------------------------------------------------------------------------------------------------
+
+void StdMail::InitStream(std::int16_t saveflag) {
+  stream_ = LineFile();
+  saveFlag_ = saveflag;
+  stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
+  pending_.Clear();
+  ResetMailScan();
+}
+
+void StdMail::CloseStream() {
+  stream_.Close();
+}
+
+// A read error counts as the end of the text.
+bool StdMail::IsFileEnd() {
+  bool end = true;
+  if (stream_.IsOpen()) Swallow([&] { end = stream_.AtEnd(); });
+  return end;
+}
+
+std::string_view StdMail::ReadStreamLine() {
+  if (!pending_.IsEmpty()) return pending_.CutLine();
+  std::string_view line;
+  if (!IsFileEnd()) Swallow([&] { line = stream_.ReadLine(); });
+  return line;
+}
+
+bool StdMail::IsStreamDone() {
+  return pending_.IsEmpty() && IsFileEnd();
+}
+
+void StdMail::ResetMailScan() {
+  lastLineEmpty_ = true;
+  atStreamStart_ = true;
+}
+
+bool StdMail::IsFromLine(std::string_view line) const {
+  return lastLineEmpty_ && (line.starts_with("From - ") || line.starts_with(">From - "));
+}
+
+// Whether the present mail ended before this line, which must be judged before it is processed. At the
+// stream's start expunged mails are passed over, and `line` becomes the separator of the first one that
+// isn't.
+bool StdMail::AtMailEnd(std::string_view& line) {
+  if (IsStreamDone()) return true;
+  if (IsFromLine(line)) {
+    if (!atStreamStart_) {
+      pending_.Append(std::string(line) + '\n');
+      return true;
+    }
+    if (!FindLivingMail(line)) return true;
+  }
+  atStreamStart_ = false;
+  lastLineEmpty_ = line.empty();
+  return false;
+}
+
+// Reads ahead for the state of the mail that begins with the separator `line`; the lines read for that are
+// put back. False if the stream ended meanwhile.
+bool StdMail::FindLivingMail(std::string_view& line) {
+  while (true) {
+    separator_ = std::string(line);
+    line = separator_;
+    std::string collected;
+    const std::int32_t status = CollectUpToStatus(collected);
+    if (IsStreamDone()) return false;
+    if ((status & kExpunged) == 0) {
+      pending_.Append(collected);
+      return true;
+    }
+    while (true) {
+      line = ReadStreamLine();
+      if (IsStreamDone()) return false;
+      if (IsFromLine(line)) break;
+      lastLineEmpty_ = line.empty();
+    }
+  }
+}
+
+// Collects header lines up to the status line, each followed by a line feed, and returns the status; or up to
+// an empty line, which is lost, and returns 0.
+std::int32_t StdMail::CollectUpToStatus(std::string& collected) {
+  constexpr std::string_view kStatus = "x-mozilla-status:";
+  while (true) {
+    const std::string_view line = ReadStreamLine();
+    if (line.empty() || IsStreamDone()) return 0;
+    collected.append(line) += '\n';
+    if (BeginsNoCase(line, kStatus)) {
+      const std::size_t digits = std::min(line.size(), kStatus.size() + 1);
+      return ReadHexNumber(line.substr(digits));
+    }
+  }
+}
+
+// --- Headers
+// -------------------------------------------------------------------------------------------------
+
+StdMail::TextList& StdMail::HeaderStore() const {
+  if (headers_ == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "no header store");
+  return *headers_;
+}
+
+std::string StdMail::GetHeader(std::string_view key, bool all) const {
+  const std::string* const line = headers_ == nullptr ? nullptr : headers_->Find(key);
+  if (line == nullptr) return {};
+  return all ? *line : std::string(SplitHeaderLine(*line).value);
+}
+
+std::string StdMail::GetAllHeaders() const {
+  std::size_t size = 0;
+  for (const std::string& line : HeaderStore())
+    size += line.size() + kLineEnd.size();
+  std::string text;
+  text.reserve(size);
+  for (const std::string& line : HeaderStore())
+    text.append(line).append(kLineEnd);
+  return text;
+}
+
+std::string StdMail::Body() const {
+  std::string text(static_cast<std::size_t>(bodySize_), ' ');
+  std::size_t at = 0;
+  const auto put = [&](std::string_view piece) {
+    if (at < text.size()) piece.copy(text.data() + at, text.size() - at);
+    at += piece.size();
+  };
+  for (const std::string& line : *bodyLines_) {
+    put(line);
+    put(kLineEnd);
+  }
+  return text;
+}
+
+void StdMail::AddHeader(std::string_view a) {
+  if (headers_ == nullptr) return;
+  std::string line;
+  if (IsContinuation(a)) {
+    if (!headers_->IsEmpty()) line = TakeLastHeader(*headers_).append(kLineEnd);
+  } else {
+    lastHeaderKey_ = LowerCase(SplitHeaderLine(a).name);
+  }
+  line += a;
+  StoreHeader(*headers_, std::move(line), lastHeaderKey_);
+}
+
+std::string StdMail::GetDate() const {
+  return MailDateToDisplay(GetHeader("Date"));
+}
+
+// --- Files
+// ---------------------------------------------------------------------------------------------------
+
+void StdMail::Delete(std::string_view file) const {
+  TextWriter(file, os::File::Mode::Create).Close();
+}
+
+void StdMail::AddTempfile(std::string_view file) {
+  tempfiles_.emplace_back(file);
+}
+
+void StdMail::DeleteLastTempfiles() {
+  for (const std::string& file : tempfiles_)
+    KillFile(file);
+  tempfiles_.clear();
+}
+
+}  // namespace vorlent

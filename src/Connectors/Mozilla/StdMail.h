@@ -1,0 +1,183 @@
+// The mail engine: reads an mbox mail by mail, splits mails into files, makes item records of them and marks
+// mails as deleted.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Common/KeyedList.h"
+#include "Common/LineFile.h"
+#include "Host/Object.h"
+
+namespace vorlent {
+
+// Set by the user's answer that mails may be deleted while Thunderbird runs; from then on no mail asks again,
+// for as long as the component is loaded.
+bool& NoThunderbirdCheck();
+
+// Bound to one mailbox file, which it reads as a forward stream of mails. A mail begins with a line "From -
+// ..." or
+// ">From - ..." at the beginning of the stream or behind an empty line. Mails whose X-Mozilla-Status has the
+// bit of value 8 are skipped.
+//
+// Lines end by the rule that is the default when the mailbox is opened (Common/LineFile.h). Mailboxes above 2
+// GB can't be read: a position behind that raises Overflow.
+class StdMail : public Object {
+ public:
+  using TextList = KeyedList<std::string>;
+  using TextListPtr = std::shared_ptr<TextList>;
+
+  // Path of the mbox file; set before InitStream.
+  const std::string& MailboxFile() const { return mailboxFile_; }
+  void SetMailboxFile(std::string_view path) { mailboxFile_ = path; }
+
+  // Header store of the current mail: whole unfolded header lines by their lower-case name. The separator
+  // line, "Received" and "Return-Path" headers stand there without a key; of all others only the first of a
+  // name. ReadHeader puts a new list in its place for each mail.
+  const TextListPtr& Headers() const { return headers_; }
+  void SetHeaders(TextListPtr headers) { headers_ = std::move(headers); }
+
+  // Body lines collected by ReadStream.
+  const TextListPtr& BodyLines() const { return bodyLines_; }
+
+  // The raw header block of each MIME part of the mail, text parts included.
+  const TextListPtr& Attachments() const { return attachments_; }
+
+  // Progress as a fraction from 0 to 1.
+  double Percent() const { return percent_; }
+
+  // Lines read for the current mail by ReadHeader, those of expunged mails before it included.
+  std::int32_t LineCount() const { return lineCount_; }
+
+  // Size of the current mail in bytes as ReadHeader counted it.
+  double ReadCount() const { return readCount_; }
+
+  // The current mail produced mail.html.
+  bool hasHTML() const { return hasHTML_; }
+
+  // Prefix of the names of temporary files: a folder with its closing separator.
+  const std::string& mailtmppfad() const { return mailtmppfad_; }
+  void Setmailtmppfad(std::string_view prefix) { mailtmppfad_ = prefix; }
+
+  // The value of a header, "" if there is none; with `all` the whole line, name included. Never raises.
+  std::string GetHeader(std::string_view key, bool all = false) const;
+
+  // All stored headers, each followed by CR LF.
+  std::string GetAllHeaders() const;
+
+  // All body lines, each followed by CR LF. As long as the lines were when ReadStream collected them.
+  std::string Body() const;
+
+  // Opens the mailbox, which is created empty if it is missing. A mailbox that is locked or read-only raises.
+  // `saveflag` tells ReadStream what to write: -1 collects body lines, -2 the mail without the contents of
+  // its attachments, 0 the text outside all parts, n the decoded content of part n.
+  void InitStream(std::int16_t saveflag = 0);
+
+  // Reads the next mail's headers and walks its parts. With `saveattachments` the mail is split into files:
+  // mail.eml without attachments, the decoded mail.html, and the decoded attachments as att1, att2, ...; the
+  // numbers are positions in Attachments. With `waitforfrom` false the mail begins on the next line, whatever
+  // that is, and the stream is closed behind it. False at the end of the mailbox.
+  //
+  // Up to the end of the header block a failure to write or read rises; in the body the failing step is
+  // skipped.
+  bool ReadHeader(bool saveattachments, bool waitforfrom = true);
+
+  // Reads the next mail and writes to `bodyfile`, or collects, what `saveflag` says. False if there was none.
+  // Every failure but that of reading rises.
+  bool ReadStream(std::string_view bodyfile = {});
+
+  // Moves `bodyfile` to `file`; without one writes headers, an empty line and body lines to it.
+  void SaveMail(std::string_view file, std::string_view bodyfile) const;
+
+  // Display text of the mail's date.
+  std::string GetDate() const;
+
+  // Makes an empty file of `file`.
+  void Delete(std::string_view file) const;
+
+  // Does nothing on a closed stream.
+  void CloseStream();
+
+  // Brings the mail at a zero-based offset out of the mailbox as `file`; `attach` as in InitStream. `dat` is
+  // the display text of the file's time. An offset behind the end leaves no file.
+  void SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
+                          std::string_view dat);
+
+  // Marks the mail at a zero-based offset as expunged by changing one digit in place, and deletes the
+  // mailbox's summary file. Asks first to close a running Thunderbird; on the answer Cancel nothing happens.
+  // A mailbox that can't be opened raises.
+  void DeleteMail(std::int32_t offset);
+
+  // The item record of the mail read last. `kw` is the text of its keywords, in record form;
+  // `saveattachments` as given to ReadHeader. Moves attachments to their own names. Never raises.
+  std::string GetData(std::string_view kw, bool saveattachments);
+
+  // CR LF, "size=" and the length, and CR LF, "attr=" and the attributes if there are any; "" for a missing
+  // file.
+  std::string GetFileInfo(std::string_view file) const;
+
+  void DeleteLastTempfiles();
+  // Registers a file for DeleteLastTempfiles.
+  void AddTempfile(std::string_view file);
+
+  // Adds one line to the header store; a continuation line is joined to the last header with its line break
+  // kept. Never raises.
+  void AddHeader(std::string_view a);
+
+ private:
+  class HeaderReader;
+  class StreamReader;
+  class RecordWriter;
+
+  // Text already taken from the file that is to be read again, lines separated by a line feed.
+  class PendingText {
+   public:
+    bool IsEmpty() const { return next_ == text_.size(); }
+    void Clear();
+    void Append(std::string_view text);
+    // Valid until the next change.
+    std::string_view CutLine();
+    std::string TakeAll();
+
+   private:
+    std::string text_;
+    std::size_t next_ = 0;
+  };
+
+  TextList& HeaderStore() const;
+  bool IsFileEnd();
+  std::string_view ReadStreamLine();
+  bool IsStreamDone();
+  void ResetMailScan();
+  bool IsFromLine(std::string_view line) const;
+  bool AtMailEnd(std::string_view& line);
+  bool FindLivingMail(std::string_view& line);
+  std::int32_t CollectUpToStatus(std::string& collected);
+
+  std::string mailboxFile_;
+  TextListPtr headers_ = std::make_shared<TextList>();
+  TextListPtr bodyLines_ = std::make_shared<TextList>();
+  TextListPtr attachments_ = std::make_shared<TextList>();
+  double percent_ = 0;
+  std::int32_t lineCount_ = 0;
+  double readCount_ = 0;
+  bool hasHTML_ = false;
+  std::string mailtmppfad_;
+
+  LineFile stream_;
+  PendingText pending_;
+  std::int32_t pendingOffset_ = 0;  // position from 1 of the separator in pending_, for ReadHeader
+  std::string separator_;           // holds the line that AtMailEnd gives back while it reads ahead
+  bool lastLineEmpty_ = true;
+  bool atStreamStart_ = true;
+  std::int32_t bodySize_ = 0;
+  std::int16_t saveFlag_ = 0;
+  std::vector<std::string> tempfiles_;
+  std::string lastHeaderKey_;
+};
+
+}  // namespace vorlent

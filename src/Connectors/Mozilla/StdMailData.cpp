@@ -1,0 +1,182 @@
+// The item record of a mail.
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Common/NumberText.h"
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Connectors/Mozilla/StdMailPart.h"
+#include "Host/HostObjects.h"
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+namespace {
+
+// Bits of the status.
+constexpr std::int32_t kRead = 1;
+constexpr std::int32_t kReplied = 4;
+
+// The value that a step makes, "" if the step fails.
+template <class Step>
+std::string ValueOf(Step&& step) {
+  std::string value;
+  Swallow([&] { value = std::forward<Step>(step)(); });
+  return value;
+}
+
+// The name of an attachment as the sender wrote it, as a line of the description; "" if the part's header has
+// none.
+std::string OriginalFileLine(std::string_view header) {
+  for (const std::string_view mark : {"filename=", "name="}) {
+    const std::size_t found = header.find(mark);
+    if (found == std::string_view::npos) continue;
+    std::string rest(header.substr(found + mark.size()));
+    std::string line = CutLine(rest);
+    return "\noriginalfile=" + CutWord(line);
+  }
+  return {};
+}
+
+}  // namespace
+
+// Writes one record. Every step is guarded by itself: one that fails leaves its field empty, or absent where
+// the field is optional.
+class StdMail::RecordWriter {
+ public:
+  RecordWriter(StdMail& mail, bool saveattachments) : mail_(mail), saved_(saveattachments) {}
+
+  std::string Write(std::string_view kw);
+
+ private:
+  void Add(std::string_view key, std::string_view value);
+  void AddIfAny(std::string_view key, std::string_view value);
+  void AddAttachments();
+
+  std::string Decoded(std::string_view header) const;
+  std::string Identity() const;
+  std::string Attributes() const;
+  std::string DescribeMailFile(std::string_view savedName, std::string_view extension) const;
+  std::string DescribeAttachment(std::int32_t position, const std::string& name) const;
+  std::string MoveAttachment(std::int32_t position, const std::string& name) const;
+
+  StdMail& mail_;
+  const bool saved_;
+  std::string record_;
+  std::string date_;
+  std::string identity_;
+};
+
+std::string StdMail::GetData(std::string_view kw, bool saveattachments) {
+  return RecordWriter(*this, saveattachments).Write(kw);
+}
+
+std::string StdMail::RecordWriter::Write(std::string_view kw) {
+  date_ = ValueOf([&] { return mail_.GetDate(); });
+  identity_ = ValueOf([&] { return Identity(); });
+  Add("ID", identity_);
+  Add("Type", "mail");
+  Add("Text", Decoded("subject"));
+  Add("Keywords", kw);
+  Add("DataFrom", Decoded("from"));
+  Add("DataTo", Decoded("to"));
+  AddIfAny("DataCC", Decoded("cc"));
+  AddIfAny("DataBCC", Decoded("bcc"));
+  Add("DataAttribute", ValueOf([&] { return Attributes(); }));
+  Add("DataSize", NumberText(mail_.readCount_));
+  Add("Date", date_);
+  Add("DataFile", ValueOf([&] { return DescribeMailFile("mail.eml", ".eml"); }));
+  if (mail_.hasHTML_) Add("DataFileHTML", ValueOf([&] { return DescribeMailFile("mail.html", ".html"); }));
+  AddAttachments();
+  if (!mail_.GetHeader("envelope-to", true).empty()) Add("DataEnvelopeTo", Decoded("envelope-to"));
+  if (!saved_) {
+    Add("Data_SourceFile", EscapeValue(mail_.mailboxFile_));
+    Add("Data_SourceOffset", mail_.GetHeader("Address"));
+  }
+  Add("Owner", ValueOf([] { return HostObjects::Current().Global().UserName(); }));
+  Add("Log", ValueOf([] { return NowStamp(); }));
+  return std::move(record_);
+}
+
+void StdMail::RecordWriter::Add(std::string_view key, std::string_view value) {
+  if (!record_.empty()) record_ += '|';
+  record_.append(key).append("=").append(value);
+}
+
+void StdMail::RecordWriter::AddIfAny(std::string_view key, std::string_view value) {
+  if (!value.empty()) Add(key, value);
+}
+
+// Numbers the parts that have a file name, without gaps. Positions are held in 16 bits; a mail's parts behind
+// them can't be told.
+void StdMail::RecordWriter::AddAttachments() {
+  const TextList& parts = *mail_.attachments_;
+  const std::int32_t last = std::min<std::int32_t>(parts.Count(), std::numeric_limits<std::int16_t>::max());
+  std::int32_t number = 0;
+  for (std::int32_t position = 1; position <= last; ++position) {
+    const std::string name = ValueOf([&] { return GetPartFileName(parts.Item(position)); });
+    if (name.empty()) continue;
+    Add("DataFileAttach" + std::to_string(++number),
+        ValueOf([&] { return DescribeAttachment(position, name); }));
+  }
+}
+
+std::string StdMail::RecordWriter::Decoded(std::string_view header) const {
+  return ValueOf([&] { return EscapeValue(DecodeEncodedWords(mail_.GetHeader(header))); });
+}
+
+std::string StdMail::RecordWriter::Identity() const {
+  std::string identity = DisplayToStamp(date_) + "-" + mail_.GetHeader("message-id");
+  std::erase_if(identity,
+                [](char c) { return std::string_view("%\\/:*?\"<>| #_").find(c) != std::string_view::npos; });
+  return identity;
+}
+
+std::string StdMail::RecordWriter::Attributes() const {
+  const std::int32_t status = ReadHexNumber(mail_.GetHeader("x-mozilla-status"));
+  std::string attributes;
+  if ((status & kRead) != 0) attributes += 'R';
+  if ((status & kReplied) != 0) attributes += 'P';
+  return attributes;
+}
+
+// A saved file with its properties; or, as there is none, the name to be used when it is made.
+std::string StdMail::RecordWriter::DescribeMailFile(std::string_view savedName,
+                                                    std::string_view extension) const {
+  if (!saved_) {
+    return EscapeValue(EncodeFileName(identity_ + std::string(extension)) + "\ndate=" + date_);
+  }
+  const std::string path = mail_.mailtmppfad_ + std::string(savedName);
+  return EscapeValue(path + "\nfile=" + std::string(savedName) + "\ndate=" + date_ + mail_.GetFileInfo(path));
+}
+
+std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, const std::string& name) const {
+  const std::string original = OriginalFileLine(mail_.attachments_->Item(position));
+  if (saved_) return EscapeValue(MoveAttachment(position, name) + "\ndate=" + date_ + original);
+  const std::string file = EncodeFileName(identity_ + "#" + std::to_string(position) + "_" + name);
+  return EscapeValue(file + "\ndate=" + date_ + original);
+}
+
+// Gives a temporary file the attachment's own name, and describes it. The name was made safe once already and
+// is so again: the "%" of the first time becomes "%25".
+std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const std::string& name) const {
+  const std::string path = mail_.mailtmppfad_ + EncodeFileName(GetFileName(name));
+  MoveFile(path, mail_.mailtmppfad_ + "att" + std::to_string(position));
+  mail_.AddTempfile(path);
+  return path + "\nfile=" + name + mail_.GetFileInfo(path);
+}
+
+std::string StdMail::GetFileInfo(std::string_view file) const {
+  if (!FileExists(file)) return {};
+  std::string info = "\r\nsize=" + NumberText(os::FileLength(file));
+  const std::string attributes = GetFileAttrText(file);
+  if (!attributes.empty()) info += "\r\nattr=" + attributes;
+  return info;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,81 @@
+// Marking a mail as deleted, the way the mail client itself does it.
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Common/LineFile.h"
+#include "Common/StdModul.h"
+#include "Common/StdTask.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Connectors/Mozilla/StdMailPart.h"
+#include "Platform/CodePage.h"
+#include "Platform/Platform.h"
+
+namespace vorlent {
+
+namespace {
+
+bool noThunderbirdCheck = false;
+
+// What a process needs to be gone after it was ended.
+constexpr std::uint32_t kEndingMilliseconds = 1000;
+
+// Asks what to do about a running Thunderbird and does it. False if the mail shall stay.
+bool SettleThunderbird() {
+  if (noThunderbirdCheck) return true;
+  const std::uint32_t process = FindProcessId("thunderbird.exe");
+  if (process == 0) return true;
+  constexpr std::string_view kQuestion =
+      "Mozilla Thunderbird ist derzeit aktiv.\n"
+      "Damit Mails gelöscht werden können, muss Thunderbird geschlossen werden!\n"
+      "Thunderbird jetzt schließen?"_cp;
+  switch (Platform::Current().ShowMessage(kQuestion, "Mozilla Thunderbird Archivierung",
+                                          MessageIcon::Question, MessageButtons::YesNoCancel)) {
+    case MessageAnswer::Yes:
+      CloseProcessWindows(process);
+      KillProcess(process);
+      Platform::Current().Wait(kEndingMilliseconds);
+      return true;
+    case MessageAnswer::No:
+      noThunderbirdCheck = true;
+      return true;
+    default:
+      return false;
+  }
+}
+
+char MarkExpunged(char digit) {
+  return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
+}
+
+// Changes the status digit of the mail that begins at the present position. A mail without a status header
+// stays.
+void MarkMail(LineFile& mailbox) {
+  while (!mailbox.AtEnd()) {
+    const std::string_view line = mailbox.ReadLine();
+    if (line.empty()) return;
+    if (BeginsNoCase(line, "x-mozilla-status:")) {
+      const char digit = MarkExpunged(line.back());
+      mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1);
+      mailbox.WriteByte(digit);
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+bool& NoThunderbirdCheck() {
+  return noThunderbirdCheck;
+}
+
+void StdMail::DeleteMail(std::int32_t offset) {
+  if (!SettleThunderbird()) return;
+  LineFile mailbox(mailboxFile_, os::File::Mode::ReadWrite);
+  mailbox.Seek(MailPosition(offset));
+  Swallow([&] { MarkMail(mailbox); });
+  Swallow([&] { mailbox.Close(); });
+  KillFile(mailboxFile_ + ".msf");
+}
+
+}  // namespace vorlent

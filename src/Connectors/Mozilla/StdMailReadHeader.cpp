@@ -1,0 +1,370 @@
+// The import reader: finds the next mail, stores its headers, walks its parts and splits it into files.
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Common/TextWriter.h"
+#include "Common/Width.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Connectors/Mozilla/StdMailPart.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+}  // namespace
+
+// Reads one mail. Failures are treated by phase: finding a mail guards its reads, the header block guards
+// nothing but the storing of headers, and from the body on every step is guarded by itself.
+class StdMail::HeaderReader {
+ public:
+  HeaderReader(StdMail& mail, bool saveattachments, bool waitforfrom)
+      : mail_(mail), stream_(mail.stream_), save_(saveattachments), waitForFrom_(waitforfrom) {}
+
+  bool Read();
+
+ private:
+  bool FindMail();
+  bool TakeSearchLine();
+  bool ReadHeaderBlock();
+  void TakeHeaderLine(std::string_view line);
+  void DropExpungedMail();
+
+  void ReadBody();
+  bool NextBodyLine(std::string_view& line);
+  bool TakeBodyLine(std::string_view line);
+  void TakeOpeningBoundary(std::string_view line);
+  void TakeClosingBoundary(std::string_view line);
+  void TakePartHeaderLine(std::string_view line);
+  void EndPartHeader();
+  void BeginAttachment();
+  void BeginInlinePart(const std::string& header);
+  void TakeContentLine(std::string_view line);
+
+  void FinishMail();
+  bool EndWithoutMail();
+  void CloseStreamBehindMail();
+
+  TextList& Parts() { return *mail_.attachments_; }
+  std::string& LastPart() { return Parts().Item(Parts().Count()); }
+  std::string TempPath(std::string_view name) const { return mail_.mailtmppfad_ + std::string(name); }
+  double CountedLength(std::string_view line) const;
+  void Count(std::string_view line);
+  void WriteToMailFile(std::string_view line);
+  void FlushPartHeader();
+  void CloseFile(TextWriter& file);
+  void ClosePartFiles();
+
+  StdMail& mail_;
+  LineFile& stream_;
+  const bool save_;
+  const bool waitForFrom_;
+
+  TextWriter mailFile_;        // mail.eml
+  TextWriter htmlFile_;        // mail.html
+  TextWriter attachmentFile_;  // att<n>
+  std::string_view line_;      // the line at hand while a mail is searched
+  std::string separator_;      // holds it if it was put back by the mail before
+  std::int32_t start_ = 0;     // position of the mail's first byte, from 1
+  bool expunged_ = false;
+  std::string key_;
+  std::string boundary_;
+  BoundaryPair mailPair_;
+  BoundaryPair subPair_;  // of the nested multipart seen last
+  bool inPartHeader_ = false;
+  PartEncoding encoding_ = PartEncoding::None;
+  std::string partHeader_;  // boundary and header lines that reach mail.eml unless they are an attachment's
+};
+
+bool StdMail::ReadHeader(bool saveattachments, bool waitforfrom) {
+  return HeaderReader(*this, saveattachments, waitforfrom).Read();
+}
+
+bool StdMail::HeaderReader::Read() {
+  Parts().Clear();
+  mail_.hasHTML_ = false;
+  mail_.lineCount_ = 0;
+  mail_.readCount_ = 0;
+  mail_.lastLineEmpty_ = true;
+  do {
+    if (!FindMail()) return EndWithoutMail();
+  } while (!ReadHeaderBlock());
+  ReadBody();
+  FinishMail();
+  return true;
+}
+
+// --- Finding a mail
+// ------------------------------------------------------------------------------------------
+
+// Goes to the line on which the next mail begins.
+bool StdMail::HeaderReader::FindMail() {
+  while (TakeSearchLine()) {
+    if (mail_.lastLineEmpty_ && (!waitForFrom_ || mail_.IsFromLine(line_))) return true;
+    mail_.lastLineEmpty_ = line_.empty();
+  }
+  return false;
+}
+
+// The next line and its position; false at the end of the file or if it can't be read.
+bool StdMail::HeaderReader::TakeSearchLine() {
+  if (!mail_.pending_.IsEmpty()) {
+    start_ = mail_.pendingOffset_;
+    separator_ = mail_.pending_.TakeAll();
+    line_ = separator_;
+  } else {
+    if (mail_.IsFileEnd()) return false;
+    start_ = ToInt32(stream_.Position());
+    if (!Swallow([&] { line_ = stream_.ReadLine(); })) return false;
+  }
+  ++mail_.lineCount_;
+  return true;
+}
+
+// --- Header block
+// --------------------------------------------------------------------------------------------
+
+// Reads the header block behind the line at hand. False for an expunged mail.
+bool StdMail::HeaderReader::ReadHeaderBlock() {
+  mail_.readCount_ = CountedLength(line_);
+  bool lastLineEmpty = line_.empty();
+  if (save_) {
+    mail_.AddTempfile(TempPath("mail.eml"));
+    mailFile_ = TextWriter(TempPath("mail.eml"), os::File::Mode::Create);
+    mailFile_.WriteLine(line_);
+  }
+  mail_.headers_ = std::make_shared<TextList>();
+  mail_.headers_->Add(std::string(line_));
+  expunged_ = false;
+  key_.clear();
+  // A mailbox may end with a separator line; the stream is closed then, and the mail has no more than that.
+  while (!expunged_ && stream_.IsOpen() && !stream_.AtEnd()) {
+    mail_.pendingOffset_ = ToInt32(stream_.Position());
+    const std::string_view line = stream_.ReadLine();
+    Count(line);
+    if (save_) mailFile_.WriteLine(line);
+    lastLineEmpty = line.empty();
+    if (lastLineEmpty) break;
+    TakeHeaderLine(line);
+  }
+  mail_.lastLineEmpty_ = lastLineEmpty;
+  partHeader_.clear();
+  if (expunged_) DropExpungedMail();
+  return !expunged_;
+}
+
+void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
+  constexpr std::string_view kStatus = "x-mozilla-status";
+  TextList& headers = *mail_.headers_;
+  std::string text;
+  if (IsContinuation(line)) {
+    if (!headers.IsEmpty()) text = TakeLastHeader(headers);
+  } else {
+    key_ = LowerCase(SplitHeaderLine(line).name);
+  }
+  text += line;
+  if (key_ == kStatus) {
+    const std::size_t digits = std::min(text.size(), kStatus.size() + 1);
+    expunged_ = (ReadHexNumber(Trim(std::string_view(text).substr(digits))) & kExpunged) != 0;
+    if (expunged_) return;
+  }
+  StoreHeader(headers, std::move(text), key_);
+}
+
+void StdMail::HeaderReader::DropExpungedMail() {
+  if (!save_) return;
+  const std::string path = mailFile_.Path();
+  mailFile_.Close();
+  SetFileDate(path, mail_.GetDate());
+}
+
+// --- Body
+// ----------------------------------------------------------------------------------------------------
+
+void StdMail::HeaderReader::ReadBody() {
+  boundary_ = GetHeaderParam(mail_.GetHeader("content-type"), "boundary");
+  mailPair_ = BoundaryPair(boundary_);
+  subPair_ = BoundaryPair();
+  inPartHeader_ = false;
+  std::string_view line;
+  while (NextBodyLine(line)) {
+    Count(line);
+    if (waitForFrom_ && mail_.IsFromLine(line)) {
+      mail_.pending_.Append(line);
+      return;
+    }
+    if (!TakeBodyLine(line)) return;
+    mail_.lastLineEmpty_ = line.empty();
+  }
+}
+
+// The next line; false at the end of the file or if it can't be read.
+bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
+  bool found = false;
+  Swallow([&] {
+    if (stream_.AtEnd()) return;
+    Swallow([&] { mail_.pendingOffset_ = ToInt32(stream_.Position()); });
+    line = stream_.ReadLine();
+    found = true;
+  });
+  return found;
+}
+
+// Handles a line of the body by its class. False if the mail ends with it.
+bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
+  if (boundary_.empty()) {
+    WriteToMailFile(line);
+  } else if (BoundaryPair::MayMatch(line) && (mailPair_.IsOpening(line) || subPair_.IsOpening(line))) {
+    TakeOpeningBoundary(line);
+  } else if (BoundaryPair::MayMatch(line) && (mailPair_.IsClosing(line) || subPair_.IsClosing(line))) {
+    TakeClosingBoundary(line);
+    return !mailPair_.IsClosing(line);
+  } else if (inPartHeader_) {
+    TakePartHeaderLine(line);
+  } else {
+    TakeContentLine(line);
+  }
+  return true;
+}
+
+void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
+  ClosePartFiles();
+  if (save_) {
+    FlushPartHeader();
+    partHeader_.append(line).append(kLineEnd);
+  }
+  inPartHeader_ = true;
+  encoding_ = PartEncoding::None;
+  Parts().Add({});
+}
+
+void StdMail::HeaderReader::TakeClosingBoundary(std::string_view line) {
+  ClosePartFiles();
+  if (save_) {
+    FlushPartHeader();
+    WriteToMailFile(line);
+  }
+}
+
+void StdMail::HeaderReader::TakePartHeaderLine(std::string_view line) {
+  if (save_ && !partHeader_.empty()) partHeader_.append(line).append(kLineEnd);
+  if (line.empty()) {
+    EndPartHeader();
+  } else {
+    LastPart().append(line).append(kLineEnd);
+    ReadPartEncoding(line, encoding_);
+  }
+}
+
+// Decides what the part is. Without saving it isn't looked at, so only the mail's own parts are found, and
+// their positions are those that ReadStream counts.
+void StdMail::HeaderReader::EndPartHeader() {
+  inPartHeader_ = false;
+  if (!save_) return;
+  std::string name;
+  Swallow([&] { name = GetPartFileName(LastPart()); });
+  if (name.empty()) {
+    BeginInlinePart(LastPart());
+  } else {
+    BeginAttachment();
+  }
+}
+
+void StdMail::HeaderReader::BeginAttachment() {
+  const std::string path = TempPath("att" + std::to_string(Parts().Count()));
+  KillFile(path);
+  mail_.AddTempfile(path);
+  Swallow([&] { attachmentFile_ = TextWriter(path, os::File::Mode::Create); });
+  partHeader_.clear();
+}
+
+void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
+  std::string boundary;
+  Swallow([&] { boundary = GetPartBoundary(header); });
+  if (!boundary.empty()) subPair_ = BoundaryPair(boundary);
+  FlushPartHeader();
+  std::string type;
+  Swallow([&] { type = GetPartContentType(header); });
+  if (type != "text/html") return;
+  Swallow([&] { htmlFile_ = TextWriter(TempPath("mail.html"), os::File::Mode::Create); });
+  mail_.hasHTML_ = true;
+}
+
+// HTML stays in raw form in mail.eml and is decoded in mail.html.
+void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
+  if (!save_) return;
+  if (attachmentFile_.IsOpen()) {
+    Swallow([&] { WritePartLine(attachmentFile_, line, encoding_); });
+  } else {
+    WriteToMailFile(line);
+  }
+  if (htmlFile_.IsOpen()) Swallow([&] { WritePartLine(htmlFile_, line, encoding_); });
+}
+
+// --- End
+// -----------------------------------------------------------------------------------------------------
+
+void StdMail::HeaderReader::FinishMail() {
+  Swallow([&] { mail_.HeaderStore().Add(":" + std::to_string(start_ - 1), "address"); });
+  Swallow([&] {
+    const std::uint64_t length = stream_.IsOpen() ? stream_.Length() : 0;
+    if (length > 0) mail_.percent_ = static_cast<double>(start_) / static_cast<double>(length);
+  });
+  ClosePartFiles();
+  CloseFile(mailFile_);
+  Swallow([&] { CloseStreamBehindMail(); });
+}
+
+bool StdMail::HeaderReader::EndWithoutMail() {
+  CloseStreamBehindMail();
+  mail_.percent_ = 1;
+  return false;
+}
+
+void StdMail::HeaderReader::CloseStreamBehindMail() {
+  if (mail_.IsFileEnd() || !waitForFrom_) mail_.CloseStream();
+}
+
+// --- Steps
+// ---------------------------------------------------------------------------------------------------
+
+// Length of the line read last together with its end.
+double StdMail::HeaderReader::CountedLength(std::string_view line) const {
+  return static_cast<double>(line.size() + stream_.LineEndLength());
+}
+
+void StdMail::HeaderReader::Count(std::string_view line) {
+  ++mail_.lineCount_;
+  mail_.readCount_ += CountedLength(line);
+}
+
+void StdMail::HeaderReader::WriteToMailFile(std::string_view line) {
+  if (save_) Swallow([&] { mailFile_.WriteLine(line); });
+}
+
+void StdMail::HeaderReader::FlushPartHeader() {
+  if (!partHeader_.empty()) Swallow([&] { mailFile_.Write(partHeader_); });
+  partHeader_.clear();
+}
+
+void StdMail::HeaderReader::ClosePartFiles() {
+  CloseFile(htmlFile_);
+  CloseFile(attachmentFile_);
+}
+
+// Closes a file if it is open and gives it the mail's date.
+void StdMail::HeaderReader::CloseFile(TextWriter& file) {
+  if (!file.IsOpen()) return;
+  const std::string path = file.Path();
+  Swallow([&] { file.Close(); });
+  SetFileDate(path, mail_.GetDate());
+}
+
+}  // namespace vorlent

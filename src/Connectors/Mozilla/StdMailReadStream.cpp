@@ -1,0 +1,197 @@
+// The extraction reader: brings back one mail, or one part of it, from a place in the mailbox.
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Common/TextWriter.h"
+#include "Common/Width.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Connectors/Mozilla/StdMailPart.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+// What to write, where it is no part number.
+constexpr std::int16_t kCollectBody = -1;
+constexpr std::int16_t kWholeMail = -2;  // but for the contents of attachments
+
+}  // namespace
+
+// Reads one mail. It knows the mail's own boundary only, and guards nothing but the reading of lines.
+class StdMail::StreamReader {
+ public:
+  StreamReader(StdMail& mail, std::string_view bodyfile) : mail_(mail) {
+    if (!bodyfile.empty()) file_ = TextWriter(bodyfile, os::File::Mode::Create);
+  }
+
+  bool Read();
+
+ private:
+  void TakeHeaderLine(std::string_view line);
+  void FinishHeader();
+  void TakeBodyLine(std::string_view line);
+  void HandleBodyLine(std::string_view line);
+  void TakeOpeningBoundary();
+  void TakeClosingBoundary();
+  void TakePartHeaderLine(std::string_view line);
+  void EndPartHeader();
+
+  TextList& Headers() { return mail_.HeaderStore(); }
+  TextList& Parts() { return *mail_.attachments_; }
+  std::string& LastPart() { return Parts().Item(Parts().Count()); }
+  bool WritesWholeMail() const { return file_.IsOpen() && mail_.saveFlag_ == kWholeMail; }
+
+  StdMail& mail_;
+  TextWriter file_;
+  bool inHeader_ = true;
+  bool headerOpen_ = false;  // the last header isn't known to be complete
+  BoundaryPair pair_{""};
+  bool inPartHeader_ = false;
+  std::int16_t partIndex_ = 0;
+  PartEncoding encoding_ = PartEncoding::None;
+  bool partIsInline_ = true;
+};
+
+bool StdMail::ReadStream(std::string_view bodyfile) {
+  HeaderStore().Clear();
+  bodyLines_->Clear();
+  attachments_->Clear();
+  bodySize_ = 0;
+  if (IsStreamDone()) {
+    CloseStream();
+    return false;
+  }
+  StreamReader reader(*this, bodyfile);
+  ResetMailScan();
+  return reader.Read();
+}
+
+bool StdMail::StreamReader::Read() {
+  while (true) {
+    std::string_view line = mail_.ReadStreamLine();
+    if (mail_.AtMailEnd(line)) break;
+    if (inHeader_) {
+      TakeHeaderLine(line);
+    } else {
+      TakeBodyLine(line);
+    }
+  }
+  FinishHeader();
+  file_.Close();
+  return !Headers().IsEmpty();
+}
+
+void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
+  if (WritesWholeMail()) file_.WriteLine(line);
+  if (line.empty()) {
+    FinishHeader();
+    inHeader_ = false;
+    return;
+  }
+  std::string text;
+  if (IsContinuation(line) && !Headers().IsEmpty()) {
+    text = TakeLastHeader(Headers());
+  } else {
+    FinishHeader();
+  }
+  Headers().Add(std::move(text.append(line)));
+  headerOpen_ = true;
+}
+
+// Looks for the boundary in the last header once that is complete: with each of its lines would take a time
+// that grows with the square of their number.
+void StdMail::StreamReader::FinishHeader() {
+  if (!std::exchange(headerOpen_, false)) return;
+  const std::string& header = Headers().Item(Headers().Count());
+  if (BeginsNoCase(header, "content-type:")) pair_ = BoundaryPair(GetHeaderParam(header, "boundary"));
+}
+
+void StdMail::StreamReader::TakeBodyLine(std::string_view line) {
+  if (!file_.IsOpen() && mail_.saveFlag_ == kCollectBody) {
+    mail_.bodyLines_->Add(std::string(line));
+    mail_.bodySize_ = ToInt32(mail_.bodySize_ + static_cast<std::int64_t>(line.size() + kLineEnd.size()));
+  }
+  HandleBodyLine(line);
+  if (WritesWholeMail() && partIsInline_) file_.WriteLine(line);
+}
+
+void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
+  if (BoundaryPair::MayMatch(line) && pair_.IsClosing(line)) {
+    TakeClosingBoundary();
+  } else if (BoundaryPair::MayMatch(line) && pair_.IsOpening(line)) {
+    TakeOpeningBoundary();
+  } else if (inPartHeader_) {
+    TakePartHeaderLine(line);
+  } else if (file_.IsOpen() && mail_.saveFlag_ == partIndex_) {
+    WritePartLine(file_, line, encoding_);
+  }
+}
+
+void StdMail::StreamReader::TakeOpeningBoundary() {
+  inPartHeader_ = true;
+  partIndex_ = ToInt16(partIndex_ + 1);
+  partIsInline_ = false;
+  Parts().Add({});
+}
+
+void StdMail::StreamReader::TakeClosingBoundary() {
+  partIsInline_ = true;
+  inPartHeader_ = false;
+  partIndex_ = 0;
+}
+
+void StdMail::StreamReader::TakePartHeaderLine(std::string_view line) {
+  if (line.empty()) {
+    EndPartHeader();
+  } else {
+    LastPart().append(line).append(kLineEnd);
+    ReadPartEncoding(line, encoding_);
+  }
+}
+
+void StdMail::StreamReader::EndPartHeader() {
+  inPartHeader_ = false;
+  partIsInline_ = GetPartFileName(LastPart()).empty();
+  if (!WritesWholeMail()) return;
+  file_.WriteLine(pair_.Opening());
+  file_.Write(LastPart());
+  // An inline part's empty line is written like its content.
+  if (!partIsInline_) file_.WriteLine("");
+}
+
+// --- Operations on top
+// ---------------------------------------------------------------------------------------
+
+void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
+  if (!bodyfile.empty()) {
+    MoveFile(file, bodyfile);
+    return;
+  }
+  MakePath(GetPath(file));
+  TextWriter writer(file, os::File::Mode::Create);
+  for (const std::string& header : HeaderStore())
+    writer.WriteLine(header);
+  writer.WriteLine("");
+  for (const std::string& line : *bodyLines_)
+    writer.WriteLine(line);
+  writer.Close();
+}
+
+void StdMail::SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
+                                 std::string_view dat) {
+  KillFile(file);
+  pending_.Clear();
+  stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
+  stream_.Seek(MailPosition(offset));
+  saveFlag_ = attach;
+  ReadStream(file);
+  stream_.Close();
+  SetFileDate(file, dat);
+}
+
+}  // namespace vorlent
