@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Location_Sunbird.h"
 #include "Platform/CodePage.h"
 
@@ -15,6 +16,8 @@ ObjectPtr Make() {
 }
 
 constexpr ComponentClass kClasses[] = {
+    {"VorlentMozilla.Location_FireFox", "{73648EA2-7614-47E8-B577-8C09A1123062}",
+     "{AD509209-FC57-4CEF-AD9D-9D379B6DF351}", Make<Location_FireFox>},
     {"VorlentMozilla.Location_Sunbird", "{9BFEE0EE-F0C5-462B-B151-2C7901932CC5}",
      "{B83DA60F-7A4C-4F14-89B3-DD1C8F520314}", Make<Location_Sunbird>},
 };

@@ -15,6 +15,8 @@ struct Row {
 };
 
 const Row kRows[] = {
+    {"VorlentMozilla.Location_FireFox", "{73648EA2-7614-47E8-B577-8C09A1123062}",
+     "{AD509209-FC57-4CEF-AD9D-9D379B6DF351}"},
     {"VorlentMozilla.Location_Sunbird", "{9BFEE0EE-F0C5-462B-B151-2C7901932CC5}",
      "{B83DA60F-7A4C-4F14-89B3-DD1C8F520314}"},
 };
@@ -58,6 +60,8 @@ TEST(ComponentTest, UnknownProgIDsGiveNothing) {
 }
 
 TEST(ComponentTest, LocationsAreConnectorsOfTheirKind) {
+  EXPECT_NE(std::dynamic_pointer_cast<BookmarkConnector>(CreateObject("VorlentMozilla.Location_FireFox")),
+            nullptr);
   EXPECT_NE(std::dynamic_pointer_cast<CalendarConnector>(CreateObject("VorlentMozilla.Location_Sunbird")),
             nullptr);
 }

@@ -4,7 +4,7 @@
 
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
-#include "Support/DatabaseFile.h"
+#include "Support/ForeignLock.h"
 
 namespace vorlent::test {
 namespace {
@@ -290,7 +290,7 @@ class UnreadableDatabase : public FireFoxTest, public testing::WithParamInterfac
     if (GetParam().bytes != nullptr) {
       folder_.Write(PlacesName(), GetParam().bytes);
     } else {
-      RunSql(PlacesPath(), GetParam().sql);
+      SqliteFile(PlacesPath()).Run(GetParam().sql);
     }
     content_ = FolderContent(folder_.Native(ProfileFolder()));
   }
@@ -381,7 +381,7 @@ TEST_F(LocationFireFoxProfilesTest, ReadingLeavesTheProfileAsItIs) {
   Places().AddBookmark(1, "a", "http://a/");
   Places().Commit();
   places_.reset();
-  RunSql(PlacesPath(), "PRAGMA journal_mode=WAL");
+  SqliteFile(PlacesPath()).Run("PRAGMA journal_mode=WAL");
   const auto before = FolderContent(folder_.Native(ProfileFolder()));
   const auto changed = std::filesystem::last_write_time(PlacesPath());
   EXPECT_EQ(Open("firefox://x/")->Count(), 1);
