@@ -1,0 +1,70 @@
+#include "Connectors/Mozilla/Location_Thunderbird.h"
+
+#include "Common/StdModul.h"
+#include "Common/Width.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kProgId = "VorlentMozilla.Location_Thunderbird";
+
+}  // namespace
+
+Location_Thunderbird::~Location_Thunderbird() {
+  if (!tempFolder_.empty()) DeleteFolder(tempFolder_, true, true);
+}
+
+ParameterSettings Location_Thunderbird::Parameters() const {
+  return {.condition = "$type=mail", .flags = "LogReadonly", .restrictsAccess = true};
+}
+
+std::unique_ptr<StdMail> Location_Thunderbird::GetMailObject() {
+  auto mail = std::make_unique<StdMail>();
+  if (tempFolder_.empty()) {
+    tempFolder_ = HostObjects::Current().Global().TempPath() + NewGuidText() + "\\";
+    MakePath(tempFolder_);
+  }
+  mail->Setmailtmppfad(tempFolder_);
+  return mail;
+}
+
+void Location_Thunderbird::RaiseMissing(std::string_view text) {
+  constexpr std::int32_t kMissing = 3;
+  HostObjects::Current().Global().ErrorFactory()->Error()->Raise(kMissing, kProgId, false, text);
+}
+
+bool Location_Thunderbird::Withdraw(const ItemPtr& item) {
+  const auto mail = GetMailObject();
+  mail->SetMailboxFile(item->DataText("_SourceFile"));
+  mail->DeleteMail(ToInt32(ReadNumber(item->DataText("_SourceOffset"))));
+  ItemStore().Remove(item->ID());
+  return true;
+}
+
+std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view key,
+                                          GetFileOption getfileoption) {
+  constexpr std::int16_t kWholeMail = -2;
+  SetWaitCursor(false);
+  const vorlent::Item& item = frame::Require(itm);
+  std::string lines = item.DataText(key);
+  std::string name = CutLine(lines);
+  const std::string target = HostObjects::Current().Global().TempPath() + name;
+  if (getfileoption == 0) {
+    const auto mail = GetMailObject();
+    const std::string offset = item.DataText("_SourceOffset");
+    const std::string file = item.DataText("_SourceFile");
+    // The name of an attachment is "<mail>#<number>_<file name>".
+    std::int16_t attachment = kWholeMail;
+    if (name.find('#') != std::string::npos) {
+      CutToken(name, "#");
+      attachment = ToInt16(ReadNumber(CutToken(name, "_")));
+    }
+    mail->SetMailboxFile(file);
+    mail->SaveAttachmentFile(target, ToInt32(ReadNumber(offset)), attachment, item.Date());
+  }
+  SetWaitCursor(true);
+  return target;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,119 @@
+// The mail connector: Thunderbird's mailboxes as items of the host.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Common/KeyedList.h"
+#include "Connectors/Mozilla/LocationFrame.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Host/Connector.h"
+
+namespace vorlent {
+
+// Reads the mailboxes below an address "thunderbird://<profile>/<account>/<folder>/..." into items or into a
+// stream. An address that ends in "/*" is browsed: its items are places. One that ends in "/-" leaves
+// subfolders out.
+//
+// InitLocation collects the mailboxes and reads no mail; Einlesen reads. A failed call of the host or of the
+// mail reader rises from every member but ExecuteAction and those that swallow in the frame.
+class Location_Thunderbird final : public LocationFrame<MailConnector> {
+ public:
+  // Removes the temporary folder with all that it holds.
+  ~Location_Thunderbird() override;
+
+  LocationState Einlesen() override;
+
+  // The path below the host's temporary folder; with option 0 the file is brought out of the mailbox to it.
+  std::string GetFile(const ItemPtr& itm, std::string_view key, GetFileOption getfileoption = 0) override;
+
+  void SourceInit(const TreePtr& tr, bool saveattachments) override;
+  // Needs a SourceInit before it and, once it has returned false, another one. Behind a failure the run
+  // stands where it stood.
+  bool SourceGetNext(std::string& srcitm) override;
+  void SourceDelete() override;
+
+  std::string GetActions() override;
+  // "Restore" appends the item's stored mail to the first mailbox of the address, "Shortcut" a mail that
+  // links to it.
+  std::string ExecuteAction(std::string_view cmd) override;
+
+ protected:
+  ParameterSettings Parameters() const override;
+  bool PrepareAddress(std::string_view file) override;
+  bool Withdraw(const ItemPtr& item) override;
+
+ private:
+  // Whether the walk reads the mails of a mailbox or only notes the mailbox for the stream.
+  enum class Visit { Note, Read };
+
+  // Where the walk stands.
+  struct Place {
+    std::string dir;       // a folder with its closing separator, or a mailbox file
+    std::string location;  // the address; it ends in "/" where names may follow
+    std::string keywords;  // comma-separated; on the disks it begins with a comma
+  };
+
+  struct Profile {
+    std::string name;
+    std::string path;
+  };
+
+  // The state of a run of the stream. Sizes and times are floats, as they go into texts and quotients.
+  struct SourceState {
+    std::int32_t deliveredCount = 0;
+    std::int32_t fileCount = 0;  // deliveredCount at the start of a mailbox, at its end the mails of it
+    double seconds = 0;          // seconds since midnight at the start, at its end the seconds it took
+    double totalBytes = 0;
+    double doneBytes = 0;
+    double fileBytes = 0;
+    std::unique_ptr<StdMail> mail;  // nothing but in a run
+    std::string keywords;
+  };
+
+  // The walk (Location_Thunderbird_Walk.cpp).
+  LocationState Browse(std::string path);
+  bool ReadAllProfiles(Visit visit);
+  bool ReadProfile(const std::string& name, std::string rest, bool subfolders, Visit visit);
+  void ReadAccount(const Profile& profile, const std::string& account, std::string rest, bool subfolders,
+                   const TreePtr& tree, Visit visit);
+  void ReadMailPlace(Place place, std::string rest, bool subfolders, const TreePtr& tree, Visit visit);
+  void ReadDrivePlace(Place place, std::string rest, bool subfolders, const TreePtr& tree, Visit visit);
+  void ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit);
+  void ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit);
+  void ReadMailbox(const Place& mailbox, Visit visit);
+
+  // A new reader; all of one connector share its temporary folder.
+  std::unique_ptr<StdMail> GetMailObject();
+  // Tells the host that a named thing doesn't exist.
+  static void RaiseMissing(std::string_view text);
+
+  // The stream (Location_Thunderbird_Pump.cpp).
+  void StartRun();
+  void OpenSource();
+  void FinishSource();
+  void Deliver(std::string& srcitm);
+  void EndRun();
+  // The title of a run, as it stands in each of its reports.
+  std::string RunTitle() const;
+
+  // The way back (Location_Thunderbird_Restore.cpp).
+  void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);
+
+  std::string tempFolder_;  // "" until first needed
+  // The mailboxes found by InitLocation, and the address of each.
+  KeyedList<std::string> mailFiles_;
+  KeyedList<std::string> mailAddresses_;
+
+  std::int32_t sourceIndex_ = 0;  // position in mailFiles_ of the mailbox being streamed
+  bool sourceNewFile_ = false;    // the next call must open a mailbox
+  TreePtr sourceTree_;
+  bool saveAttachments_ = false;
+  KeyedList<std::string> deleteOffsets_;  // marked in the present mailbox
+  std::string currentOffset_;             // of the mail delivered last
+  SourceState source_;
+};
+
+}  // namespace vorlent

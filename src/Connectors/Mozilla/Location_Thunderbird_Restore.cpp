@@ -1,0 +1,67 @@
+// The way back: an archived mail into the first mailbox of the address.
+
+#include "Common/LineFile.h"
+#include "Common/StdModul.h"
+#include "Common/TextWriter.h"
+#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/MailRestore.h"
+#include "Platform/Platform.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kRestore = "Restore";
+constexpr std::string_view kShortcut = "Shortcut";
+
+bool IsQuiet(const HostError& error) {
+  return error.Silent() || error.Suppressed();
+}
+
+}  // namespace
+
+std::string Location_Thunderbird::GetActions() {
+  return "Restore,Shortcut";
+}
+
+std::string Location_Thunderbird::ExecuteAction(std::string_view cmd) {
+  std::string id(cmd);
+  const std::string verb = CutToken(id, ":");
+  if (verb != kRestore && verb != kShortcut) return "";
+  HostGlobal& host = HostObjects::Current().Global();
+  ItemPtr itm;
+  Swallow([&] { itm = host.FindItem(id); });
+  if (IsNothing(itm)) {
+    Swallow([&] { RaiseMissing("ID '" + id + "' nicht gefunden!"); });
+  } else if (mailFiles_.IsEmpty()) {
+    Swallow([&] {
+      if (!IsQuiet(*host.ErrorFactory()->Error())) RaiseMissing(verb + ": Folder not found");
+    });
+  } else {
+    RestoreMail(itm, mailFiles_.Item(1), verb == kShortcut);
+  }
+  return "";
+}
+
+void Location_Thunderbird::RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut) {
+  std::string source;
+  Swallow([&] { source = itm->DataFile("File", 0); });
+  if (!FileExists(source)) {
+    Swallow([&] {
+      Platform::Current().ShowMessage(source, "Quell-Datei existiert nicht", MessageIcon::Information,
+                                      MessageButtons::Ok);
+    });
+    return;
+  }
+  TextWriter out;
+  LineFile in;
+  std::unique_ptr<StdMail> mail;
+  Swallow([&] { EnsureMailboxPath(mailbox); });
+  Swallow([&] { out = TextWriter(mailbox, os::File::Mode::Append); });
+  Swallow([&] { in = LineFile(source, os::File::Mode::Read); });
+  Swallow([&] { mail = GetMailObject(); });
+  MailRestorer(out, *itm, mail.get(), shortcut).Restore(in);
+  Swallow([&] { out.Close(); });
+}
+
+}  // namespace vorlent

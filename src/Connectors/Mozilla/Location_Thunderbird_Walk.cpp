@@ -1,0 +1,232 @@
+// From an address to mailboxes, and from mailboxes to items.
+
+#include "Common/NumberText.h"
+#include "Common/StdModul.h"
+#include "Connectors/Mozilla/LocationRecord.h"
+#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/Thunderbird_Module.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kScheme = "thunderbird://";
+constexpr std::string_view kAppFolder = "Thunderbird";
+constexpr std::string_view kBrowseMark = "/*";
+constexpr std::string_view kNoSubfoldersMark = "/-";
+constexpr std::string_view kDisks = ".";
+constexpr std::string_view kSummary = ".msf";
+constexpr std::string_view kSubfolders = ".sbd";
+
+// Cuts the mark that keeps subfolders out, and tells whether they are wanted.
+bool CutSubfolderMark(std::string& path) {
+  if (!path.ends_with(kNoSubfoldersMark)) return true;
+  path.resize(path.size() - kNoSubfoldersMark.size());
+  return false;
+}
+
+std::string WithoutSubfolderSuffix(std::string_view name) {
+  if (name.ends_with(kSubfolders)) name.remove_suffix(kSubfolders.size());
+  return std::string(name);
+}
+
+}  // namespace
+
+bool Location_Thunderbird::PrepareAddress(std::string_view file) {
+  ClearCollection(mailFiles_);
+  ClearCollection(mailAddresses_);
+  Tree()->Clear();
+  if (!file.starts_with(kScheme) || file.ends_with('*')) return true;
+  std::string rest(file.substr(kScheme.size()));
+  const bool subfolders = CutSubfolderMark(rest);
+  std::string profile;
+  if (!lastAddress_.ends_with(kBrowseMark)) profile = CutToken(rest, "/");
+  if (profile.empty()) {
+    ReadAllProfiles(Visit::Note);
+  } else {
+    ReadProfile(profile, rest, subfolders, Visit::Note);
+  }
+  return true;
+}
+
+LocationState Location_Thunderbird::Einlesen() {
+  Clear();
+  Tree()->Clear();
+  const std::string address = HostLocation().Name();
+  if (!address.starts_with(kScheme)) {
+    frame::ReportUnreadable("ungültige Location!"_cp);
+    return LocationState::Unreadable;
+  }
+  lastAddress_ = address;
+  std::string path = address.substr(kScheme.size());
+  const bool subfolders = CutSubfolderMark(path);
+  if (address.ends_with(kBrowseMark)) return Browse(path);
+  const std::string profile = CutToken(path, "/");
+  const bool ok =
+      profile.empty() ? ReadAllProfiles(Visit::Read) : ReadProfile(profile, path, subfolders, Visit::Read);
+  return ok ? LocationState::Read : LocationState::Unreadable;
+}
+
+LocationState Location_Thunderbird::Browse(std::string path) {
+  std::string prefix(kScheme);
+  std::string profilePath;
+  std::string folderPath;
+  for (std::int32_t level = 1; !path.empty(); ++level) {
+    const std::string token = CutToken(path, "/");
+    const KeyedList<std::string> found = level == 1   ? GetMozillaProfiles(prefix, token, kAppFolder)
+                                         : level == 2 ? GetAccounts(prefix, token, profilePath)
+                                                      : GetMailFolders(prefix, token, folderPath);
+    if (token == "*") {
+      for (const std::string& entry : found) {
+        PasteItem(LocationRecord(entry, level), false);
+      }
+    } else if (found.Count() != 1) {
+      RaiseMissing(prefix + token + " nicht gefunden!");
+      return LocationState::Unreadable;
+    } else {
+      prefix += token + "/";
+      (level == 1 ? profilePath : folderPath) = found.Item(1);
+    }
+  }
+  return LocationState::Read;
+}
+
+bool Location_Thunderbird::ReadAllProfiles(Visit visit) {
+  for (const std::string& entry : GetMozillaProfiles("", "*", kAppFolder)) {
+    if (!ReadProfile(NameOfDiscoveryEntry(entry), "", true, visit)) return false;
+  }
+  return true;
+}
+
+bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest, bool subfolders,
+                                       Visit visit) {
+  const KeyedList<std::string> paths = GetMozillaProfiles("", name, kAppFolder);
+  if (paths.IsEmpty()) {
+    RaiseMissing("Profil '" + name + "' nicht gefunden!");
+    return false;
+  }
+  const Profile profile = {name, paths.Item(1)};
+  const auto readAccount = [&](const std::string& account, bool withSubfolders) {
+    const TreePtr child = Tree()->AddChild("Account '" + account + "'", "Account=" + account);
+    ReadAccount(profile, account, rest, withSubfolders, child, visit);
+  };
+  const std::string token = CutToken(rest, "/");
+  if (token == "*" || token.empty()) {
+    for (const std::string& entry : GetAccounts("", "*", profile.path)) {
+      readAccount(SplitDiscoveryEntry(entry).text, true);
+    }
+  } else {
+    readAccount(token, subfolders);
+  }
+  return true;
+}
+
+void Location_Thunderbird::ReadAccount(const Profile& profile, const std::string& account, std::string rest,
+                                       bool subfolders, const TreePtr& tree, Visit visit) {
+  const KeyedList<std::string> paths = GetAccounts("", account, profile.path);
+  if (paths.IsEmpty()) {
+    RaiseMissing("Account '" + account + "' nicht gefunden!");
+    return;
+  }
+  Place place = {paths.Item(1), std::string(kScheme) + profile.name + "/" + account + "/", ""};
+  if (profile.name == kDisks) {
+    ReadDrivePlace(std::move(place), std::move(rest), subfolders, tree, visit);
+  } else {
+    place.keywords = "Account=" + account;
+    ReadMailPlace(std::move(place), std::move(rest), subfolders, tree, visit);
+  }
+}
+
+void Location_Thunderbird::ReadMailPlace(Place place, std::string rest, bool subfolders, const TreePtr& tree,
+                                         Visit visit) {
+  while (!rest.empty()) {
+    const std::string segment = CutToken(rest, "/");
+    place.dir += segment;
+    if (!rest.empty()) place.dir.append(kSubfolders) += '\\';
+    place.location += segment + "/";
+    place.keywords += "," + segment;
+  }
+  if (place.dir.ends_with('\\')) {
+    ReadMailFolder(place, tree, visit);
+    return;
+  }
+  ReadMailbox(place, visit);
+  if (!subfolders) return;
+  const std::string name = GetFileName(place.dir);
+  const TreePtr child = tree->AddChild(name, name);
+  place.dir.append(kSubfolders) += '\\';
+  ReadMailFolder(place, child, visit);
+}
+
+void Location_Thunderbird::ReadDrivePlace(Place place, std::string rest, bool subfolders, const TreePtr& tree,
+                                          Visit visit) {
+  while (!rest.empty()) {
+    const std::string segment = CutToken(rest, "/");
+    place.dir += segment;
+    if (!rest.empty()) place.dir += '\\';
+    place.location += segment + "/";
+  }
+  if (place.dir.ends_with('\\')) {
+    ReadMailFolder(place, tree, visit);
+    return;
+  }
+  ReadMailbox(place, visit);
+  if (!subfolders) return;
+  const std::string name = WithoutSubfolderSuffix(GetFileName(place.dir));
+  const TreePtr child = tree->AddChild(name, name);
+  place.dir += '\\';
+  ReadDriveFolder(place, child, visit);
+}
+
+// The plain files tell what is there: a mailbox has its ".msf" beside it, a folder with subfolders its
+// ".sbd". The address handed down keeps the folder's name alone.
+void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit) {
+  for (const std::string& name : os::ListNames(folder.dir, "*.*", 0)) {
+    const std::string path = folder.dir + name;
+    const std::string keywords = folder.keywords + "," + name;
+    if (FileExists(path + ".msf")) ReadMailbox({path, folder.location + name, keywords}, visit);
+    if (FolderExists(path + ".sbd")) {
+      const TreePtr child = tree->AddChild(name, name);
+      ReadMailFolder({path + ".sbd\\", name + "/", keywords}, child, visit);
+    }
+  }
+}
+
+// Every subfolder gets a node, whether it holds mail or not, and the address keeps the whole path.
+void Location_Thunderbird::ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit) {
+  KeyedList<std::string> files;
+  KeyedList<std::string> folders;
+  ListFolder(folder.dir, &files, &folders, "*.*");
+  for (const std::string& name : files) {
+    const std::string path = folder.dir + name;
+    if (!FileExists(path + ".msf")) continue;
+    ReadMailbox({path, folder.location + name, folder.keywords + "," + name}, visit);
+  }
+  for (const std::string& name : folders) {
+    const std::string keyword = WithoutSubfolderSuffix(name);
+    const TreePtr child = tree->AddChild(keyword, keyword);
+    ReadDriveFolder({folder.dir + name + "\\", folder.location + name + "/", folder.keywords + "," + keyword},
+                    child, visit);
+  }
+}
+
+void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
+  const auto mail = GetMailObject();
+  if (visit == Visit::Note) {
+    mailFiles_.Add(mailbox.dir);
+    mailAddresses_.Add(mailbox.location);
+    return;
+  }
+  if (!FileExists(mailbox.dir) || FolderExists(mailbox.dir)) return;
+  HostGlobal& host = HostObjects::Current().Global();
+  mail->SetMailboxFile(mailbox.dir);
+  mail->InitStream(0);
+  host.Report(report::kProgress, "0/100:Thunderbird " + mailbox.dir, nullptr);
+  while (mail->ReadHeader(false, true)) {
+    PasteItem(mail->GetData(mailbox.keywords, false), false);
+    host.Report(report::kProgress, NumberText(mail->Percent() * 100), nullptr);
+  }
+  host.Report(report::kProgress, "", nullptr);
+}
+
+}  // namespace vorlent

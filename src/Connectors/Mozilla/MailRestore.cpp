@@ -1,0 +1,201 @@
+#include "Connectors/Mozilla/MailRestore.h"
+
+#include <algorithm>
+
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kSeparator = "From - ";
+constexpr std::string_view kAttachmentKey = "FileAttach";
+constexpr std::string_view kSubfolderStep = ".sbd\\";
+
+// Base64 lines of 72 characters.
+constexpr std::size_t kBase64Chunk = 72 / 4 * 3;
+constexpr std::size_t kQuotedPrintableChunk = 70;
+
+bool IsAttachmentKey(std::string_view key) {
+  return key.starts_with(kAttachmentKey);
+}
+
+void WriteBase64(TextWriter& out, std::string_view file) {
+  os::File in = os::File::Open(file, os::File::Mode::Read);
+  // A file of exactly one chunk never gets a buffer to be read into, and so comes back empty. The mails
+  // written so far are like that.
+  if (in.Length() == kBase64Chunk) {
+    out.WriteLine("");
+    return;
+  }
+  constexpr std::size_t kChunksPerRead = 1024;
+  std::string block(kBase64Chunk * kChunksPerRead, '\0');
+  std::size_t count = 0;
+  do {
+    count = in.Read(block.data(), block.size());
+    const std::string_view bytes(block.data(), count);
+    for (std::size_t i = 0; i < count; i += kBase64Chunk) {
+      Swallow([&] { out.WriteLine(Base64Encode(bytes.substr(i, kBase64Chunk))); });
+    }
+  } while (count == block.size());
+}
+
+void WriteQuotedPrintable(TextWriter& out, std::string_view line) {
+  for (; line.size() > kQuotedPrintableChunk; line.remove_prefix(kQuotedPrintableChunk)) {
+    out.WriteLine(QuotedPrintableEncode(line.substr(0, kQuotedPrintableChunk)) + "=");
+  }
+  out.WriteLine(QuotedPrintableEncode(line));
+}
+
+void WriteLines(TextWriter& out, std::string_view file, std::int16_t mode) {
+  LineFile in(file, os::File::Mode::Read);
+  while (!in.AtEnd()) {
+    const std::string_view line = in.ReadLine();
+    Swallow([&] { mode == kQuotedPrintableFile ? WriteQuotedPrintable(out, line) : out.WriteLine(line); });
+  }
+}
+
+// The value of a whole header up to its first ";".
+std::string MainValue(std::string header) {
+  CutToken(header, ":");
+  return TrimBlank(PeekToken(header, ";"));
+}
+
+std::string NewBoundary() {
+  const std::string guid = NewGuidText();
+  return guid.substr(1, guid.size() - 2);
+}
+
+}  // namespace
+
+void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode) {
+  if (!FileExists(file)) return;
+  Swallow([&] { mode == kBase64File ? WriteBase64(out, file) : WriteLines(out, file, mode); });
+}
+
+void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundaryLine) {
+  const std::int32_t count = itm.DataCount();
+  for (std::int32_t i = 1; i <= count; ++i) {
+    const std::string key = itm.DataKey(i);
+    if (!IsAttachmentKey(key)) continue;
+    const std::string name = GetFileName(GetLineValue(itm.DataText(key), "file"));
+    out.WriteLine(boundaryLine);
+    out.WriteLine("Content-Type: application/octet-stream; name=\"" + name + "\"");
+    out.WriteLine("Content-Transfer-Encoding: base64");
+    out.WriteLine("Content-Disposition: attachment; filename=\"" + name + "\"");
+    out.WriteLine("");
+    WriteFileEncoded(out, itm.DataFile(key, 0), kBase64File);
+  }
+}
+
+bool HasAttachments(const Item& itm) {
+  const std::int32_t count = itm.DataCount();
+  for (std::int32_t i = 1; i <= count; ++i) {
+    if (IsAttachmentKey(itm.DataKey(i))) return true;
+  }
+  return false;
+}
+
+void EnsureMailboxPath(std::string_view mailbox) {
+  MakePath(GetPath(mailbox));
+  for (std::size_t at = mailbox.find(kSubfolderStep); at != std::string_view::npos;
+       at = mailbox.find(kSubfolderStep, at + kSubfolderStep.size())) {
+    const std::string_view parent = mailbox.substr(0, at);
+    if (!FileExists(parent)) os::File::Open(parent, os::File::Mode::Create).Close();
+  }
+}
+
+MailRestorer::MailRestorer(TextWriter& out, const Item& itm, StdMail* mail, bool shortcut)
+    : out_(out), itm_(itm), mail_(mail), shortcut_(shortcut) {
+  Swallow([&] { hasAttachments_ = HasAttachments(itm_); });
+}
+
+void MailRestorer::Restore(LineFile& source) {
+  Swallow([&] {
+    while (stage_ != Stage::Done && !source.AtEnd()) {
+      TakeLine(source.ReadLine());
+    }
+  });
+  // A mail that got a new boundary, or whose closing line was not found.
+  if (!shortcut_ && !closeLine_.empty() && hasAttachments_ && !attachmentsWritten_) {
+    PutAttachments();
+    Write(closeLine_);
+  }
+  Write("");
+}
+
+void MailRestorer::TakeLine(std::string_view line) {
+  if (stage_ == Stage::FirstLine) {
+    if (!line.starts_with(kSeparator)) Write(kSeparator);
+    stage_ = Stage::Header;
+  }
+  if (stage_ == Stage::Body) {
+    TakeBodyLine(line);
+  } else if (line.empty()) {
+    EndHeader();
+  } else {
+    TakeHeaderLine(line);
+  }
+}
+
+// The content type stays behind, folded lines and all, until it is known whether the mail gets parts.
+void MailRestorer::TakeHeaderLine(std::string_view line) {
+  if (!line.starts_with(' ') && !line.starts_with('\t')) header_ = LowerCase(Trim(PeekToken(line, ":")));
+  if (header_ != "content-type") Write(line);
+  if (mail_ != nullptr) mail_->AddHeader(line);
+}
+
+void MailRestorer::EndHeader() {
+  if (shortcut_) {
+    Write("Content-Type: text/html");
+    Write("");
+    Swallow([&] {
+      out_.WriteLine("<A HREF=\"sendarium:" + UrlEncode(itm_.Address()) + "\">" +
+                     std::string("Mail aus Archiv öffnen</A>"_cp));
+    });
+    stage_ = Stage::Done;
+    return;
+  }
+  const std::string contentType = mail_ == nullptr ? "" : mail_->GetHeader("content-type", true);
+  if (hasAttachments_) BeginParts(contentType);
+  if (!contentType.empty()) Write(contentType);
+  Write("");
+  stage_ = Stage::Body;
+}
+
+// Attachments go into the mail's own parts where it has such, else the whole mail becomes the first part.
+void MailRestorer::BeginParts(const std::string& contentType) {
+  std::string boundary;
+  if (MainValue(contentType) == "multipart/mixed") {
+    Swallow([&] { boundary = GetHeaderParam(contentType, "boundary"); });
+  }
+  const bool isNew = boundary.empty();
+  if (isNew) boundary = NewBoundary();
+  startLine_ = "--" + boundary;
+  closeLine_ = startLine_ + "--";
+  if (isNew) {
+    Write("Content-Type: multipart/mixed; boundary=\"" + boundary + "\"");
+    Write("");
+    Write(startLine_);
+  }
+}
+
+void MailRestorer::TakeBodyLine(std::string_view line) {
+  if (!attachmentsWritten_ && !closeLine_.empty() && line == closeLine_) PutAttachments();
+  Write(line);
+}
+
+void MailRestorer::Write(std::string_view line) {
+  Swallow([&] { out_.WriteLine(line); });
+}
+
+void MailRestorer::PutAttachments() {
+  Swallow([&] { WriteAttachments(out_, itm_, startLine_); });
+  attachmentsWritten_ = true;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,67 @@
+// Building a mail in a mailbox out of a stored mail and the files beside it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Common/LineFile.h"
+#include "Common/TextWriter.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Host/Item.h"
+
+namespace vorlent {
+
+// How WriteFileEncoded writes a file; any other number is the file line by line as it stands.
+inline constexpr std::int16_t kBase64File = 1;
+inline constexpr std::int16_t kQuotedPrintableFile = 2;
+
+// Writes a file into a mail. Swallows every failure; a file that isn't there writes nothing. In base64, a
+// file of exactly 54 bytes comes out as one empty line.
+void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode);
+
+// Writes each attachment of the item as a part behind a boundary line. A failed call of the item rises.
+void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundaryLine);
+
+// Whether the item has attachments; a failed call of the item rises.
+bool HasAttachments(const Item& itm);
+
+// Makes the folders of a mailbox, and an empty mailbox for each of its parent folders that has none; the
+// mailbox itself isn't made. Raises what the file system refuses.
+void EnsureMailboxPath(std::string_view mailbox);
+
+// Copies one stored mail line by line to a mailbox, with the item's attachments put back in, or its header
+// and a link to the item alone. Swallows every failure step by step: what can't be done is left out.
+class MailRestorer {
+ public:
+  // `mail` keeps the header, and may be nothing: the mail's own content type is lost then. All are used as
+  // long as this object lives.
+  MailRestorer(TextWriter& out, const Item& itm, StdMail* mail, bool shortcut);
+
+  // Writes the whole mail but closes nothing.
+  void Restore(LineFile& source);
+
+ private:
+  enum class Stage { FirstLine, Header, Body, Done };
+
+  void TakeLine(std::string_view line);
+  void TakeHeaderLine(std::string_view line);
+  void EndHeader();
+  void BeginParts(const std::string& contentType);
+  void TakeBodyLine(std::string_view line);
+  void Write(std::string_view line);
+  void PutAttachments();
+
+  TextWriter& out_;
+  const Item& itm_;
+  StdMail* const mail_;
+  const bool shortcut_;
+  bool hasAttachments_ = false;
+  bool attachmentsWritten_ = false;
+  Stage stage_ = Stage::FirstLine;
+  std::string header_;  // name of the header at hand, in lower case
+  std::string startLine_;
+  std::string closeLine_;  // "" while the mail has no parts that take attachments
+};
+
+}  // namespace vorlent

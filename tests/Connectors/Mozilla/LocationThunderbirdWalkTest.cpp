@@ -1,0 +1,642 @@
+#include <filesystem>
+
+#include "Common/NumberText.h"
+#include "Connectors/Mozilla/ThunderbirdFixture.h"
+
+namespace vorlent {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class LocationThunderbirdWalkTest : public ThunderbirdFixture {
+ protected:
+  // "<keywords> <subject>" of each item in memory.
+  std::vector<std::string> Mails() {
+    std::vector<std::string> mails;
+    for (std::int32_t i = 1; i <= connector->Count(); ++i) {
+      const auto item = std::dynamic_pointer_cast<test::RecordingItem>(connector->Item(i));
+      mails.push_back(item->Keywords + " " + item->Text());
+    }
+    return mails;
+  }
+
+  // "<text> <address> <check> <path>" of each place in memory.
+  std::vector<std::string> Places() {
+    std::vector<std::string> places;
+    for (std::int32_t i = 1; i <= connector->Count(); ++i) {
+      const ItemPtr item = connector->Item(i);
+      EXPECT_EQ(item->Type(), "location");
+      places.push_back(item->Text() + " " + item->DataText("Location") + " [" + item->DataText("Check") +
+                       "] " + item->DataText("Path"));
+    }
+    return places;
+  }
+
+  std::string Nodes() { return host.Trees.empty() ? "" : host.Trees.back()->Dump(); }
+
+  std::vector<std::string> Raises() { return host.Log.Only({"Error.Raise"}); }
+
+  // The mailboxes that InitLocation noted and their addresses, as the stream tells them. Mailboxes with one
+  // mail each.
+  std::vector<std::string> Noted(const std::string& address) {
+    Connect(address);
+    connector->InitLocation(address);
+    std::vector<std::string> noted;
+    for (const std::string& record : Stream()) {
+      noted.push_back(GetParam(record, "Data_SourceFile") + " " + GetParam(record, "Source"));
+    }
+    return noted;
+  }
+};
+
+// --- InitLocation
+// --------------------------------------------------------------------------------------------
+
+TEST_F(LocationThunderbirdWalkTest, InitLocationSetsUpTheParametersAndTheTreeWithoutReading) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2"));
+  Connect("thunderbird://p/a");
+  EXPECT_TRUE(connector->InitLocation("thunderbird://p/a"));
+  EXPECT_THAT(
+      host.Log.Lines(),
+      ElementsAre("Location(\"thunderbird://p/a\").SetParameterItem(item1)", "item1.SetLocation(connector)",
+                  "item1.SetReady(false)", "item1.SetID(\"parameter\")", "item1.SetType(\"parameter\")",
+                  "item1.SetText(\"Parameter\")", "item1.SetData(\"Condition\",\"$type=mail\",false)",
+                  "item1.SetData(\"Flags\",\"LogReadonly\",false)", "item1.SetAccessDefault(\"-\")",
+                  "item1.SetAccessList(\"tester:rd\")", "item1.SetReady(true)", "item1.SetConnected(true)",
+                  "tree.Clear", "tree.AddChild(\"Account 'a'\",\"Account=a\")",
+                  "tree/Account 'a'.AddChild(\"Inbox\",\"Inbox\")"));
+  EXPECT_EQ(connector->Count(), 0);
+}
+
+TEST_F(LocationThunderbirdWalkTest, InitLocationNotesTheMailboxesInTheOrderOfTheWalk) {
+  tree.AddProfile("p", {"a", "b"});
+  const std::string inbox = tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  const std::string sub = tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2"));
+  const std::string deep = tree.AddMailbox("p", "a", "Inbox.sbd/Sub.sbd/Deep", MailOf("3"));
+  const std::string sent = tree.AddMailbox("p", "a", "Sent", MailOf("4"));
+  const std::string other = tree.AddMailbox("p", "b", "Other", MailOf("5"));
+  // Below the first level an address keeps the name of the folder alone.
+  EXPECT_THAT(Noted("thunderbird://p"),
+              ElementsAre(inbox + " thunderbird://p/a/Inbox", sub + " Inbox/Sub", deep + " Sub/Deep",
+                          sent + " thunderbird://p/a/Sent", other + " thunderbird://p/b/Other"));
+  EXPECT_THAT(Noted("thunderbird://p/a/Inbox"),
+              ElementsAre(inbox + " thunderbird://p/a/Inbox/", sub + " thunderbird://p/a/Inbox/Sub",
+                          deep + " Sub/Deep"));
+  EXPECT_THAT(Noted("thunderbird://p/a/Inbox/Sub/-"), ElementsAre(sub + " thunderbird://p/a/Inbox/Sub/"));
+  EXPECT_THAT(Noted("thunderbird://p/b"), ElementsAre(other + " thunderbird://p/b/Other"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, InitLocationAgainStartsFromNothing) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  tree.AddFolder("p", "a", "Inbox.sbd");
+  Connect("thunderbird://p/a");
+  connector->InitLocation("thunderbird://p/a");
+  connector->InitLocation("thunderbird://p/a");
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n");
+  EXPECT_EQ(Stream().size(), 1U);
+}
+
+TEST_F(LocationThunderbirdWalkTest, AddressesThatInitLocationPassesOver) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  for (const std::string address :
+       {"thunderbird://*", "thunderbird://p/*", "thunderbird://p/a/Inbox*", "", "*", "firefox://p",
+        "thunderbird:/", "Thunderbird://p", " thunderbird://p"}) {
+    SCOPED_TRACE(address);
+    Connect(address);
+    host.Log.Clear();
+    EXPECT_TRUE(connector->InitLocation(address));
+    EXPECT_EQ(host.Log.Lines().back(), host.Trees.back()->Name + ".Clear");
+    EXPECT_EQ(Nodes(), "");
+    EXPECT_THAT(Stream(), IsEmpty());
+    EXPECT_THAT(Raises(), IsEmpty());
+  }
+}
+
+TEST_F(LocationThunderbirdWalkTest, UnknownProfileIsRaisedYetInitLocationIsTrue) {
+  Connect("thunderbird://nosuch");
+  EXPECT_TRUE(connector->InitLocation("thunderbird://nosuch"));
+  EXPECT_THAT(Raises(), ElementsAre(Raised("Profil 'nosuch' nicht gefunden!")));
+}
+
+TEST_F(LocationThunderbirdWalkTest, InitLocationTakesItsArgumentAndNotTheLocationsName) {
+  tree.AddProfile("p", {"a"});
+  Connect("thunderbird://elsewhere");
+  connector->InitLocation("thunderbird://p/a/-");
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n");
+  EXPECT_THAT(Raises(), IsEmpty());
+}
+
+TEST_F(LocationThunderbirdWalkTest, InitLocationBehindABrowseTakesAllProfiles) {
+  tree.AddProfile("p", {"a"});
+  tree.AddProfile("q", {"b"});
+  platform->drives.clear();
+  ASSERT_EQ(Read("thunderbird://p/*"), LocationState::Read);
+  EXPECT_TRUE(connector->InitLocation("thunderbird://p/a"));
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\nAccount 'b' [Account=b]\n");
+}
+
+TEST_F(LocationThunderbirdWalkTest, AllProfilesEndWithTheDisksWhichNoAccountStandsFor) {
+  tree.AddProfile("p", {"a"});
+  platform->drives = {{'C', 3}, {'D', 5}};
+  for (const std::string address : {"thunderbird://", "thunderbird:///-"}) {
+    Connect(address);
+    host.Log.Clear();
+    EXPECT_TRUE(connector->InitLocation(address));
+    EXPECT_EQ(Nodes(),
+              "Account 'a' [Account=a]\nAccount 'C:\\' [Account=C:\\]\nAccount 'D:\\' [Account=D:\\]\n");
+    EXPECT_THAT(Raises(), ElementsAre(Raised("Account 'C:\\' nicht gefunden!"),
+                                      Raised("Account 'D:\\' nicht gefunden!")));
+  }
+}
+
+// --- The tree and the keywords
+// -------------------------------------------------------------------------------
+
+TEST_F(LocationThunderbirdWalkTest, AccountIsReadWithItsFolders) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one") + MailOf("2", "two"));
+  tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("3", "three"));
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n");
+  EXPECT_THAT(Mails(),
+              ElementsAre("Account=a,Inbox one", "Account=a,Inbox two", "Account=a,Inbox,Sub three"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, AddressedFolderIsReadWithItsSubfolders) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2", "two"));
+  tree.AddMailbox("p", "a", "Inbox.sbd/Sub.sbd/Deep", MailOf("3", "three"));
+  tree.AddMailbox("p", "a", "Sent", MailOf("4", "four"));
+  EXPECT_EQ(Read("thunderbird://p/a/Inbox"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n    Sub [Sub]\n");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Inbox,Sub two",
+                                   "Account=a,Inbox,Sub,Deep three"));
+
+  EXPECT_EQ(Read("thunderbird://p/a/Inbox/Sub"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Sub [Sub]\n");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox,Sub two", "Account=a,Inbox,Sub,Deep three"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, MarkLeavesSubfoldersOut) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2", "two"));
+  EXPECT_EQ(Read("thunderbird://p/a/Inbox/-"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, AccountsAreReadWithSubfoldersWhateverTheAddressSays) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2", "two"));
+  for (const std::string address : {"thunderbird://p/-", "thunderbird://p/a/-", "thunderbird://p",
+                                    "thunderbird://p/", "thunderbird://p/a/"}) {
+    EXPECT_EQ(Read(address), LocationState::Read);
+    EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n") << address;
+    EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Inbox,Sub two")) << address;
+  }
+}
+
+TEST_F(LocationThunderbirdWalkTest, FolderIsReadInEachAccountOfAProfile) {
+  tree.AddProfile("p", {"a", "b"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "b", "Inbox", MailOf("2", "two"));
+  tree.AddMailbox("p", "b", "Sent", MailOf("3", "three"));
+  for (const std::string address : {"thunderbird://p/*/Inbox", "thunderbird://p//Inbox/-"}) {
+    EXPECT_EQ(Read(address), LocationState::Read);
+    EXPECT_EQ(Nodes(),
+              "Account 'a' [Account=a]\n  Inbox [Inbox]\nAccount 'b' [Account=b]\n  Inbox [Inbox]\n");
+    EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=b,Inbox two")) << address;
+  }
+}
+
+TEST_F(LocationThunderbirdWalkTest, AllProfilesAreReadInTheirOrder) {
+  tree.AddProfile("q", {"a"});
+  tree.AddProfile("p", {"b"});
+  tree.AddMailbox("q", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "b", "Inbox", MailOf("2", "two"));
+  platform->drives.clear();
+  EXPECT_EQ(Read("thunderbird://"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\nAccount 'b' [Account=b]\n");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=b,Inbox two"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, ReadingStopsAtTheFirstProfileThatIsNotFound) {
+  // A name with a slash is listed, but not found by what stands before it.
+  tree.AddProfile("p/q", {"a"});
+  tree.AddProfile("r", {"b"});
+  EXPECT_EQ(Read("thunderbird://"), LocationState::Unreadable);
+  EXPECT_THAT(Raises(), ElementsAre(Raised("Profil 'p' nicht gefunden!")));
+  EXPECT_EQ(Nodes(), "");
+}
+
+TEST_F(LocationThunderbirdWalkTest, WalkNeedsTheSummaryButAnAddressDoesNot) {
+  tree.AddProfile("p", {"a"});
+  tree.AddFile("p", "a", "Raw", MailOf("1", "one"));
+  tree.AddMailbox("p", "a", "Raw.sbd/Sub", MailOf("2", "two"));
+  tree.AddMailbox("p", "a", "Alone.sbd/Lost", MailOf("3", "three"));
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Raw [Raw]\n");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Raw,Sub two"));
+  EXPECT_EQ(Read("thunderbird://p/a/Raw/-"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Raw one"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, EmptyFolderOfSubfoldersHasANodeYetHiddenFilesHaveNone) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox");
+  tree.AddFolder("p", "a", "Inbox.sbd");
+  tree.AddMailbox("p", "a", ".hidden", MailOf("1"));
+  tree.AddFolder("p", "a", ".hidden.sbd");
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n");
+  EXPECT_EQ(connector->Count(), 0);
+}
+
+TEST_F(LocationThunderbirdWalkTest, MailboxComesBeforeWhatLiesBelowIt) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "b", MailOf("1", "one"));
+  tree.AddMailbox("p", "a", "a", MailOf("2", "two"));
+  tree.AddMailbox("p", "a", "a.sbd/z", MailOf("3", "three"));
+  tree.AddMailbox("p", "a", "a.sbd/y", MailOf("4", "four"));
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(),
+              ElementsAre("Account=a,a two", "Account=a,a,y four", "Account=a,a,z three", "Account=a,b one"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, UnknownFolderIsReadAsEmpty) {
+  tree.AddProfile("p", {"a"});
+  EXPECT_EQ(Read("thunderbird://p/a/NoSuch"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  NoSuch [NoSuch]\n");
+  EXPECT_EQ(connector->Count(), 0);
+  EXPECT_THAT(host.Log.Only({"Error", "Global.Report"}), IsEmpty());
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/NoSuch"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, FolderInPlaceOfAMailboxIsPassedOver) {
+  tree.AddProfile("p", {"a"});
+  tree.AddFolder("p", "a", "Folder");
+  EXPECT_EQ(Read("thunderbird://p/a/Folder/-"), LocationState::Read);
+  EXPECT_THAT(host.Log.Only({"Global.Report"}), IsEmpty());
+}
+
+TEST_F(LocationThunderbirdWalkTest, UnknownAccountIsRaisedAndItsNodeStaysEmpty) {
+  tree.AddProfile("p", {"a"});
+  EXPECT_EQ(Read("thunderbird://p/nosuch"), LocationState::Read);
+  EXPECT_THAT(Raises(), ElementsAre(Raised("Account 'nosuch' nicht gefunden!")));
+  EXPECT_EQ(Nodes(), "Account 'nosuch' [Account=nosuch]\n");
+}
+
+TEST_F(LocationThunderbirdWalkTest, UnknownProfileIsUnreadable) {
+  tree.AddProfile("p", {"a"});
+  EXPECT_EQ(Read("thunderbird://P/a"), LocationState::Unreadable);
+  EXPECT_THAT(host.Log.Lines(), ElementsAre("tree.Clear", Raised("Profil 'P' nicht gefunden!")));
+}
+
+TEST_F(LocationThunderbirdWalkTest, AddressOfAnotherSchemeIsInvalid) {
+  for (const std::string address : {"firefox://p", "", "thunderbird:/", "Thunderbird://p", "lightning://p"}) {
+    Connect(address);
+    host.Log.Clear();
+    connector->NewItem();
+    EXPECT_EQ(connector->Einlesen(), LocationState::Unreadable);
+    EXPECT_EQ(connector->Count(), 0);
+    EXPECT_EQ(host.Log.Lines().back(), Report(27, std::string("ung\xFCltige Location!")));
+  }
+}
+
+TEST_F(LocationThunderbirdWalkTest, EinlesenReplacesItemsAndNodes) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddFolder("p", "a", "Inbox.sbd");
+  Read("thunderbird://p/a");
+  EXPECT_EQ(connector->OpenLocation("whatever"), LocationState::Read);
+  EXPECT_EQ(connector->Count(), 1);
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n");
+  location->Address = "nonsense";
+  EXPECT_EQ(connector->Einlesen(), LocationState::Unreadable);
+  EXPECT_EQ(connector->Count(), 0);
+  EXPECT_EQ(Nodes(), "");
+}
+
+TEST_F(LocationThunderbirdWalkTest, EinlesenLeavesTheMailboxesOfInitLocation) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  Connect("thunderbird://p/a");
+  connector->InitLocation("thunderbird://p/a");
+  tree.AddMailbox("p", "a", "New", MailOf("2"));
+  connector->Einlesen();
+  EXPECT_EQ(connector->Count(), 2);
+  EXPECT_EQ(Stream().size(), 1U);
+}
+
+// --- The disks
+// -----------------------------------------------------------------------------------------------
+
+class DiskWalkTest : public LocationThunderbirdWalkTest {
+ protected:
+  DiskWalkTest() {
+    disk.Write("d/Inbox", MailOf("1", "one"));
+    disk.Write("d/Inbox.msf", "");
+    disk.Write("d/Inbox.sbd/Sub", MailOf("2", "two"));
+    disk.Write("d/Inbox.sbd/Sub.msf", "");
+    disk.Write("d/plain/Other", MailOf("3", "three"));
+    disk.Write("d/plain/Other.msf", "");
+    disk.MakeFolder("d/void");
+    address = "thunderbird://./C" + disk.Path("d").substr(2);
+    for (char& c : address) {
+      if (c == '\\') c = '/';
+    }
+    // The keywords begin with a comma, since no account stands before them.
+    outer = disk.Path("d");
+  }
+
+  TemporaryFolder disk;
+  std::string address;
+  std::string outer;
+};
+
+TEST_F(DiskWalkTest, FolderOfTheDisksIsReadWithAllThatIsBelowIt) {
+  EXPECT_EQ(Read(address), LocationState::Read);
+  EXPECT_EQ(Nodes(),
+            "Account 'C' [Account=C]\n  d [d]\n    Inbox [Inbox]\n    plain [plain]\n    void [void]\n");
+  EXPECT_THAT(Mails(), ElementsAre(",Inbox one", ",Inbox,Sub two", ",plain,Other three"));
+}
+
+TEST_F(DiskWalkTest, AddressesOnTheDisksKeepTheWholePath) {
+  Connect(address);
+  connector->InitLocation(address);
+  EXPECT_EQ(Nodes(),
+            "Account 'C' [Account=C]\n  d [d]\n    Inbox [Inbox]\n    plain [plain]\n    void [void]\n");
+  // The folder itself was noted as if it were a mailbox, so the stream can't tell its size.
+  connector->SourceInit(nullptr, false);
+  std::string record;
+  EXPECT_THROW(connector->SourceGetNext(record), Failure);
+
+  EXPECT_THAT(Noted(address + "/Inbox"), ElementsAre(outer + "\\Inbox " + address + "/Inbox/"));
+  EXPECT_THAT(Noted(address + "/Inbox.sbd/Sub"),
+              ElementsAre(outer + "\\Inbox.sbd\\Sub " + address + "/Inbox.sbd/Sub/"));
+}
+
+TEST_F(DiskWalkTest, MailboxOfTheDisksHasNoKeywords) {
+  EXPECT_EQ(Read(address + "/Inbox/-"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'C' [Account=C]\n");
+  EXPECT_THAT(Mails(), ElementsAre(" one"));
+}
+
+TEST_F(DiskWalkTest, NodeOfAFolderHasNoSuffix) {
+  EXPECT_EQ(Read(address + "/Inbox.sbd"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'C' [Account=C]\n  Inbox [Inbox]\n");
+  EXPECT_THAT(Mails(), ElementsAre(",Sub two"));
+}
+
+TEST_F(DiskWalkTest, WholeDriveIsReadByItsPlainFiles) {
+  EXPECT_EQ(Read("thunderbird://./Q"), LocationState::Read);
+  EXPECT_EQ(Nodes(), "Account 'Q' [Account=Q]\n");
+  EXPECT_EQ(Read("thunderbird://./QQ"), LocationState::Read);
+  EXPECT_THAT(Raises(), ElementsAre(Raised("Account 'QQ' nicht gefunden!")));
+}
+
+TEST_F(DiskWalkTest, DisksAreBrowsed) {
+  EXPECT_EQ(Read(address + "/*"), LocationState::Read);
+  const std::string check = " [inkl. Unterverzeichnis;;-;1] ";
+  EXPECT_THAT(Places(), ElementsAre("Inbox.sbd " + address + "/Inbox.sbd/*" + check + outer + "\\Inbox.sbd",
+                                    "plain " + address + "/plain/*" + check + outer + "\\plain",
+                                    "void " + address + "/void/ [] " + outer + "\\void",
+                                    "Inbox " + address + "/Inbox/*" + check + outer + "\\Inbox"));
+  EXPECT_EQ(Read(address + "/nosuch/*"), LocationState::Unreadable);
+  EXPECT_THAT(Raises(), ElementsAre(Raised(address + "/nosuch nicht gefunden!")));
+}
+
+TEST_F(DiskWalkTest, DrivesAreBrowsed) {
+  platform->drives = {{'C', 3}, {'E', 5}};
+  EXPECT_EQ(Read("thunderbird://./*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre("C:\\ thunderbird://./C/* [] C:\\", "E:\\ thunderbird://./E/* [] E:\\"));
+}
+
+// --- Browsing
+// ------------------------------------------------------------------------------------------------
+
+class BrowseTest : public LocationThunderbirdWalkTest {
+ protected:
+  BrowseTest() {
+    tree.AddProfile("p", {"a", "b"});
+    tree.AddProfile("q", {});
+    tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+    tree.AddMailbox("p", "a", "Inbox.sbd/Sub");
+    tree.AddMailbox("p", "a", "Inbox.sbd/Sub.sbd/Deep");
+    tree.AddMailbox("p", "a", "Sent");
+    tree.AddFile("p", "a", "Raw");
+  }
+
+  const std::string a = tree.AccountFolder("p", "a");
+  const std::string check = " [inkl. Unterverzeichnis;;-;1] ";
+};
+
+TEST_F(BrowseTest, ProfilesAndTheDisks) {
+  EXPECT_EQ(Read("thunderbird://*"), LocationState::Read);
+  EXPECT_THAT(Places(),
+              ElementsAre("Profil 'p' thunderbird://p/* [] " + tree.AccountFolder("p", "a") + "|" +
+                              tree.AccountFolder("p", "b"),
+                          "Profil 'q' thunderbird://q/* [] ", "Lokale Laufwerke thunderbird://./* [] C:\\"));
+  EXPECT_EQ(Nodes(), "");
+}
+
+TEST_F(BrowseTest, PlacesArePastedOneByOneAndNothingElseIsReported) {
+  Connect("thunderbird://q/*");
+  EXPECT_EQ(connector->Einlesen(), LocationState::Read);
+  EXPECT_THAT(host.Log.Lines(), ElementsAre("tree.Clear"));
+  Connect("thunderbird://p/*");
+  host.Log.Clear();
+  EXPECT_EQ(connector->Einlesen(), LocationState::Read);
+  const auto records = {host.Items[0]->Record, host.Items[1]->Record};
+  std::vector<std::string> expected = {"tree2.Clear"};
+  int number = 0;
+  for (const std::string& record : records) {
+    ++number;
+    expected = expected + PasteCalls(number, number, record);
+    EXPECT_TRUE(record.starts_with("ID={"));
+  }
+  EXPECT_EQ(host.Log.Lines(), expected);
+  EXPECT_EQ(host.Items[0]->Record.substr(41),
+            "|Type=location|Text=a|DataLocation=thunderbird://p/a/*|DataCheck=|DataPath=" + EscapeValue(a));
+}
+
+TEST_F(BrowseTest, AccountsOfAProfile) {
+  EXPECT_EQ(Read("thunderbird://p/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre("a thunderbird://p/a/* [] " + a,
+                                    "b thunderbird://p/b/* [] " + tree.AccountFolder("p", "b")));
+}
+
+TEST_F(BrowseTest, FoldersOfAnAccount) {
+  EXPECT_EQ(Read("thunderbird://p/a/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre("Inbox thunderbird://p/a/Inbox/*" + check + a + "Inbox",
+                                    "Sent thunderbird://p/a/Sent/ [] " + a + "Sent"));
+}
+
+TEST_F(BrowseTest, FoldersOfAFolder) {
+  EXPECT_EQ(Read("thunderbird://p/a/Inbox/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre("Sub thunderbird://p/a/Inbox/Sub/*" + check + a + "Inbox.sbd\\Sub"));
+  EXPECT_EQ(Read("thunderbird://p/a/Inbox/Sub/*"), LocationState::Read);
+  EXPECT_THAT(Places(),
+              ElementsAre("Deep thunderbird://p/a/Inbox/Sub/Deep/ [] " + a + "Inbox.sbd\\Sub.sbd\\Deep"));
+  EXPECT_EQ(Read("thunderbird://p/a/Sent/*"), LocationState::Read);
+  EXPECT_THAT(Places(), IsEmpty());
+}
+
+TEST_F(BrowseTest, SamePlaceHasAnotherIDEachTime) {
+  Read("thunderbird://p/*");
+  const std::string first = connector->Item(1)->ID();
+  connector->Einlesen();
+  EXPECT_NE(connector->Item(1)->ID(), first);
+}
+
+struct MissingRow {
+  std::string address;
+  std::string text;
+};
+
+TEST_F(BrowseTest, SegmentThatIsNotFoundIsRaised) {
+  for (const MissingRow& row :
+       {MissingRow{"thunderbird://nosuch/*", "thunderbird://nosuch"},
+        MissingRow{"thunderbird://p/nosuch/*", "thunderbird://p/nosuch"},
+        MissingRow{"thunderbird://p/a/nosuch/*", "thunderbird://p/a/nosuch"},
+        MissingRow{"thunderbird://p/a/inbox/*", "thunderbird://p/a/inbox"},
+        MissingRow{"thunderbird://p/a/Inbox/nosuch/x/*", "thunderbird://p/a/Inbox/nosuch"},
+        MissingRow{"thunderbird:////*", "thunderbird://"},
+        MissingRow{"thunderbird://./CC/*", "thunderbird://./CC"},
+        MissingRow{"thunderbird://p/*/x/*", "thunderbird://p/x"}}) {
+    host.Log.Clear();
+    EXPECT_EQ(Read(row.address), LocationState::Unreadable) << row.address;
+    EXPECT_THAT(Raises(), ElementsAre(Raised(row.text + " nicht gefunden!"))) << row.address;
+  }
+}
+
+TEST_F(BrowseTest, TwoAccountsOfOneNameStillResolve) {
+  tree.AddProfile("twins", {"t", "t"});
+  EXPECT_EQ(Read("thunderbird://twins/t/*"), LocationState::Read);
+  EXPECT_THAT(Raises(), IsEmpty());
+}
+
+TEST_F(BrowseTest, SegmentsBehindAStarAreStillWalked) {
+  EXPECT_EQ(Read("thunderbird://*/*"), LocationState::Read);
+  // The second level asks for the accounts of no profile, which has none.
+  EXPECT_THAT(Places(),
+              ElementsAre(StartsWith("Profil 'p'"), StartsWith("Profil 'q'"), StartsWith("Lokale")));
+}
+
+// --- Reading a mailbox
+// ---------------------------------------------------------------------------------------
+
+class ReadMailboxTest : public LocationThunderbirdWalkTest {
+ protected:
+  ReadMailboxTest() { tree.AddProfile("p", {"a"}); }
+
+  // What the host hears of a mailbox of mails "1", "2", ... read as the n-th item on.
+  std::vector<std::string> Reading(const std::string& file, const std::vector<std::string>& ids, int number,
+                                   int counter, const std::string& keywords) {
+    const auto total = static_cast<double>(ReadBytes(file).size());
+    std::vector<std::string> calls = {Report(32, "0/100:Thunderbird " + file)};
+    std::size_t offset = 0;
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+      const std::size_t size = MailOf(ids[i]).size();
+      const std::size_t counted = size + (i + 1 < ids.size() ? kSeparatorLine.size() : 0);
+      calls = calls + PasteCalls(number++, counter++, RecordOf(ids[i], "S", keywords, counted, file, offset));
+      // Progress goes by the position, from 1, at which the mail begins.
+      calls.push_back(Report(32, NumberText(static_cast<double>(offset + 1) / total * 100)));
+      offset += size;
+    }
+    calls.push_back(Report(32, ""));
+    return calls;
+  }
+};
+
+TEST_F(ReadMailboxTest, EveryMailIsPastedAndTheProgressReported) {
+  const std::string file = tree.AddMailbox("p", "a", "Inbox", MailOf("1") + MailOf("2") + MailOf("3"));
+  EXPECT_EQ(Read("thunderbird://p/a/Inbox/-"), LocationState::Read);
+  EXPECT_EQ(host.Log.Lines(),
+            (std::vector<std::string>{"tree.Clear", "tree.AddChild(\"Account 'a'\",\"Account=a\")"} +
+             Reading(file, {"1", "2", "3"}, 1, 1, "Account=a,Inbox")));
+  EXPECT_THAT(platform->CallsOf("Yield"), IsEmpty());
+}
+
+TEST_F(ReadMailboxTest, MailboxesFollowEachOther) {
+  const std::string first = tree.AddMailbox("p", "a", "A", MailOf("1") + MailOf("2"));
+  const std::string second = tree.AddMailbox("p", "a", "B");
+  const std::string third = tree.AddMailbox("p", "a", "C", MailOf("3"));
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_EQ(host.Log.Lines(),
+            (std::vector<std::string>{"tree.Clear", "tree.AddChild(\"Account 'a'\",\"Account=a\")"} +
+             Reading(first, {"1", "2"}, 1, 1, "Account=a,A") + Reading(second, {}, 3, 3, "Account=a,B") +
+             Reading(third, {"3"}, 3, 3, "Account=a,C")));
+}
+
+TEST_F(ReadMailboxTest, MailOfTheSameIdentityIsReplaced) {
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "old") + MailOf("2", "two") + MailOf("1", "new"));
+  Read("thunderbird://p/a");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox two", "Account=a,Inbox new"));
+}
+
+TEST_F(ReadMailboxTest, FailedReportRisesAndTheItemsReadSoFarStay) {
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one") + MailOf("2", "two") + MailOf("3", "three"));
+  // The first report opens the display, the second and third follow a mail each.
+  host.Log.FailOn("Global.Report(32", 3);
+  EXPECT_THROW(Read("thunderbird://p/a"), Failure);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Inbox two"));
+}
+
+TEST_F(ReadMailboxTest, FailedCallsOfTheHostRise) {
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  for (const std::string call :
+       {"tree", "Location(\"thunderbird://p/a\").Name", "Global.TempPath", "Global.Report"}) {
+    test::RecordingHost fresh;
+    const auto reader = std::make_shared<Location_Thunderbird>();
+    reader->SetLocObject(fresh.MakeLocation("thunderbird://p/a"));
+    fresh.Log.FailOn(call);
+    EXPECT_THROW(reader->Einlesen(), Failure) << call;
+  }
+}
+
+TEST_F(ReadMailboxTest, FailedCallsOfThePasteDoNotStopTheReading) {
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one") + MailOf("2", "two"));
+  host.Log.FailOn("item1.ImportRecord");
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre(" ", "Account=a,Inbox two"));
+}
+
+TEST_F(ReadMailboxTest, TemporaryFolderIsOneOfTheConnectorAndGoesWithIt) {
+  tree.AddMailbox("p", "a", "A", MailOf("1"));
+  tree.AddMailbox("p", "a", "B", MailOf("2"));
+  Connect("thunderbird://p/a");
+  EXPECT_THAT(TemporaryNames(), IsEmpty());
+  connector->InitLocation("thunderbird://p/a");
+  connector->Einlesen();
+  ASSERT_EQ(TemporaryNames().size(), 1U);
+  const std::string name = TemporaryNames().front();
+  EXPECT_EQ(name.size(), 38U);
+  EXPECT_TRUE(name.starts_with('{'));
+  temporary.Write(name + "/deep/file", "x");
+  const std::shared_ptr<Location_Thunderbird> other = connector;
+  Read("thunderbird://p/a");
+  EXPECT_EQ(TemporaryNames().size(), 2U);
+  connector.reset();
+  EXPECT_THAT(TemporaryNames(), ElementsAre(name));
+}
+
+TEST_F(ReadMailboxTest, ReleasedConnectorRemovesItsTemporaryFolderWithAllItHolds) {
+  tree.AddMailbox("p", "a", "A", MailOf("1"));
+  Read("thunderbird://p/a");
+  temporary.Write(TemporaryNames().front() + "/deep/file", "x");
+  connector.reset();
+  EXPECT_THAT(TemporaryNames(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vorlent
