@@ -74,8 +74,8 @@ Anbei die Rechnung.
 Content-Type: application/pdf;
  name*=utf-8''Rechnung%20M%C3%A4rz.pdf
 Content-Disposition: attachment;
- filename*0*=utf-8''Rechnung%20;
- filename*1*=Januar.pdf
+ filename*0*=utf-8''Rechnung%20Ja;
+ filename*1*=nuar.pdf
 Content-Transfer-Encoding: base64
 
 {base64_lines(PDF)}

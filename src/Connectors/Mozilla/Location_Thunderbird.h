@@ -40,6 +40,9 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // links to it.
   std::string ExecuteAction(std::string_view cmd) override;
 
+  // Paths of the mailboxes that InitLocation found, whether they exist or not.
+  const KeyedList<std::string>& MailFiles() const { return mailFiles_; }
+
  protected:
   ParameterSettings Parameters() const override;
   bool PrepareAddress(std::string_view file) override;

@@ -1,0 +1,17 @@
+#include "Apps/CommandLine/Commands.h"
+
+#include "Apps/CommandLine/Verbs.h"
+
+namespace vorlent::app {
+
+const std::vector<Verb>& Verbs() {
+  static const std::vector<Verb> verbs = {
+      {"browse", "List what lies at an address: profiles, accounts, folders, calendars", "Reading",
+       DeclareBrowse},
+      {"read", "Read the items of an address: mails, bookmarks, events and tasks", "Reading", DeclareRead},
+      {"get", "Bring the files of a mail out of its mailbox", "Reading", DeclareGet},
+  };
+  return verbs;
+}
+
+}  // namespace vorlent::app

@@ -1,0 +1,84 @@
+#include "Apps/CommandLine/Console.h"
+
+#include <cstdio>
+
+namespace vorlent::app {
+
+void Console::ProgressOpened(std::string_view title) {
+  if (!muted_) bar_.Open(Shown(title));
+}
+
+void Console::ProgressMoved(double percent) {
+  if (!muted_) bar_.Percent(percent);
+}
+
+void Console::ProgressClosed() {
+  bar_.Close();
+}
+
+void Console::StatusChanged(std::string_view text) {
+  if (!muted_ && !text.empty()) bar_.Title(Shown(text));
+}
+
+void Console::LogLine(std::string_view line) {
+  if (verbose_ && !muted_) Say(Shown(line));
+}
+
+void Console::DatabaseLogLine(std::string_view line) {
+  if (databaseLog_ && !muted_) Say(Shown(line));
+}
+
+void Console::LocationUnreadable(std::string_view reason) {
+  NoteError(reason);
+}
+
+void Console::ErrorRaised(std::int32_t kind, std::string_view, bool, std::string_view text) {
+  // The calendar connector raises the kinds 1 and 2 for each call of its database; these belong to its log.
+  constexpr std::int32_t kNotFound = 3;
+  if (kind == kNotFound) {
+    NoteError(text);
+  } else {
+    DatabaseLogLine(text);
+  }
+}
+
+void Console::ItemPasted(std::string_view, const ItemPtr&) {
+  CountMail();
+}
+
+void Console::Say(std::string_view utf8) {
+  bar_.Hide();
+  std::fwrite(utf8.data(), 1, utf8.size(), stderr);
+  std::fputc('\n', stderr);
+}
+
+void Console::Complain(std::string_view utf8) {
+  Say("vorlent-mozilla: " + std::string(utf8));
+}
+
+void Console::BoxShown(std::string_view text, std::string_view title, bool isError) {
+  if (isError) {
+    NoteError(text);
+  } else if (!muted_) {
+    Complain(Shown(title) + ": " + Shown(text));
+  }
+}
+
+void Console::NoteError(std::string_view text) {
+  const std::string shown = Shown(text);
+  // One cause may be told by a box and by a report.
+  if (!errors_.empty() && errors_.back() == shown) return;
+  errors_.push_back(shown);
+}
+
+MessageAnswer ConsolePlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
+                                           MessageButtons buttons) {
+  if (buttons == MessageButtons::Ok) {
+    console_.BoxShown(text, title, icon != MessageIcon::Question);
+    return MessageAnswer::Ok;
+  }
+  console_.Say("");
+  return PosixPlatform::ShowMessage(text, title, icon, buttons);
+}
+
+}  // namespace vorlent::app

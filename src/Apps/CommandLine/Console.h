@@ -1,0 +1,69 @@
+// What the component and the host tell, on standard error.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Apps/CommandLine/Terminal.h"
+#include "Platform/Posix/PosixPlatform.h"
+#include "Standalone/HostObserver.h"
+
+namespace vorlent::app {
+
+class Console : public HostObserver {
+ public:
+  Console(bool verbose, bool databaseLog) : verbose_(verbose), databaseLog_(databaseLog) {}
+
+  void ProgressOpened(std::string_view title) override;
+  void ProgressMoved(double percent) override;
+  void ProgressClosed() override;
+  void StatusChanged(std::string_view text) override;
+  void LogLine(std::string_view line) override;
+  void DatabaseLogLine(std::string_view line) override;
+  void LocationUnreadable(std::string_view reason) override;
+  void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override;
+  void ItemPasted(std::string_view record, const ItemPtr& item) override;
+
+  // Counts a mail for the progress bar's rate.
+  void CountMail() { bar_.CountMail(); }
+
+  // A line of the program itself, behind the progress bar.
+  void Say(std::string_view utf8);
+  // As Say, behind "vorlent-mozilla: ".
+  void Complain(std::string_view utf8);
+
+  // An error that the component told by a message box.
+  void BoxShown(std::string_view text, std::string_view title, bool isError);
+
+  // Whether the component told an error since the last call of Forget, and the first of them as UTF-8.
+  bool HasErrors() const { return !errors_.empty(); }
+  const std::vector<std::string>& Errors() const { return errors_; }
+  void Forget() { errors_.clear(); }
+
+  // While muted nothing is shown, but errors are still noted.
+  void Mute(bool muted) { muted_ = muted; }
+
+ private:
+  void NoteError(std::string_view text);
+
+  bool verbose_;
+  bool databaseLog_;
+  bool muted_ = false;
+  ProgressBar bar_;
+  std::vector<std::string> errors_;
+};
+
+// The platform with its messages on the console.
+class ConsolePlatform : public PosixPlatform {
+ public:
+  explicit ConsolePlatform(Console& console) : console_(console) {}
+
+  MessageAnswer ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
+                            MessageButtons buttons) override;
+
+ private:
+  Console& console_;
+};
+
+}  // namespace vorlent::app

@@ -1,0 +1,191 @@
+#include "Apps/CommandLine/ItemOutput.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "Apps/CommandLine/Terminal.h"
+#include "Common/StdModul.h"
+#include "Common/Width.h"
+
+namespace vorlent::app {
+
+namespace {
+
+std::string AttachmentCount(const StandaloneItem& item) {
+  int count = 0;
+  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
+    if (item.DataKey(i).starts_with("FileAttach")) ++count;
+  }
+  return count == 0 ? std::string() : std::to_string(count);
+}
+
+using Cell = std::function<std::string(const StandaloneItem&)>;
+
+Cell Data(std::string key) {
+  return [key = std::move(key)](const StandaloneItem& item) { return Shown(item.DataText(key)); };
+}
+
+std::string TextCell(const StandaloneItem& item) {
+  return Shown(item.Text());
+}
+std::string DateCell(const StandaloneItem& item) {
+  return Shown(item.Date());
+}
+std::string KeywordsCell(const StandaloneItem& item) {
+  return Shown(item.Keywords());
+}
+std::string IdCell(const StandaloneItem& item) {
+  return Shown(item.ID());
+}
+std::string SizeCell(const StandaloneItem& item) {
+  return ShownSize(static_cast<std::uint64_t>(std::max(0.0, ReadNumber(item.DataText("Size")))));
+}
+
+struct ColumnKind {
+  std::string heading;
+  Cell cell;
+  bool right = false;
+  bool cut = false;
+};
+
+struct TableKind {
+  std::string_view type;  // of the items; "" for all others
+  std::vector<ColumnKind> columns;
+};
+
+const std::vector<TableKind>& TableKinds() {
+  static const std::vector<TableKind> kinds = {
+      {"mail",
+       {{"Date", DateCell},
+        {"From", Data("From"), false, true},
+        {"Subject", TextCell, false, true},
+        {"Size", SizeCell, true},
+        {"Files", AttachmentCount, true},
+        {"ID", IdCell}}},
+      {"location", {{"Name", TextCell}, {"Address", Data("Location")}, {"Path", Data("Path"), false, true}}},
+      {"url",
+       {{"Date", DateCell},
+        {"Title", TextCell, false, true},
+        {"Folder", KeywordsCell, false, true},
+        {"Address", Data("Url"), false, true}}},
+      {"termin",
+       {{"Start", DateCell},
+        {"End", Data("DateEnd")},
+        {"Event", TextCell, false, true},
+        {"Location", Data("Location"), false, true},
+        {"Calendar", Data("Calendar")},
+        {"ID", IdCell}}},
+      {"task", {{"Task", TextCell, false, true}, {"Calendar", Data("Calendar")}, {"ID", IdCell}}},
+      {"",
+       {{"Type", [](const StandaloneItem& item) { return Shown(item.Type()); }},
+        {"Text", TextCell, false, true},
+        {"ID", IdCell}}},
+  };
+  return kinds;
+}
+
+const TableKind& KindOf(const StandaloneItem& item) {
+  const std::string type = item.Type();
+  const auto& kinds = TableKinds();
+  const auto found =
+      std::find_if(kinds.begin(), kinds.end(), [&](const auto& kind) { return kind.type == type; });
+  return found == kinds.end() ? kinds.back() : *found;
+}
+
+Columns EmptyTable(const TableKind& kind) {
+  std::vector<std::string> headings = {"#"};
+  for (const ColumnKind& column : kind.columns)
+    headings.push_back(column.heading);
+  Columns table(headings);
+  table.AlignRight(0);
+  for (std::size_t i = 0; i < kind.columns.size(); ++i) {
+    if (kind.columns[i].right) table.AlignRight(i + 1);
+    if (kind.columns[i].cut) table.AllowCut(i + 1);
+  }
+  return table;
+}
+
+void AppendNode(std::string& out, const Tree& node, std::size_t depth) {
+  const std::string indent(depth * 2, ' ');
+  const std::string text = node.Text();
+  const std::int32_t count = node.ItemCount();
+  out += indent + (text.empty() ? "(unnamed)" : Shown(text));
+  if (count > 0) out += fmt::format(" ({})", count);
+  out += '\n';
+  for (const ItemPtr& item : node.Items())
+    out += indent + "  - " + Shown(item->Text()) + '\n';
+  for (const TreePtr& child : node.Children())
+    AppendNode(out, *child, depth + 1);
+}
+
+}  // namespace
+
+std::vector<StandaloneItemPtr> ItemsOf(Location& location) {
+  std::vector<StandaloneItemPtr> items;
+  const std::int32_t count = location.ItemCount();
+  items.reserve(static_cast<std::size_t>(count));
+  for (std::int32_t i = 1; i <= count; ++i)
+    items.push_back(AsStandalone(location.ItemAt(i)));
+  return items;
+}
+
+StandaloneItemPtr FindItem(Location& location, const std::string& wanted) {
+  for (const StandaloneItemPtr& item : ItemsOf(location)) {
+    if (DisplayUtf8(item->ID()) == wanted) return item;
+  }
+  std::int32_t number = 0;
+  if (!Swallow([&] { number = ParseInt32(wanted); }) || number < 1 || number > location.ItemCount())
+    return nullptr;
+  return AsStandalone(location.ItemAt(number));
+}
+
+std::string ItemTables(const std::vector<StandaloneItemPtr>& items, std::size_t width) {
+  std::vector<std::pair<const TableKind*, Columns>> tables;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const TableKind& kind = KindOf(*items[i]);
+    auto table =
+        std::find_if(tables.begin(), tables.end(), [&](const auto& entry) { return entry.first == &kind; });
+    if (table == tables.end()) table = tables.insert(tables.end(), {&kind, EmptyTable(kind)});
+    std::vector<std::string> row = {std::to_string(i + 1)};
+    for (const ColumnKind& column : kind.columns)
+      row.push_back(column.cell(*items[i]));
+    table->second.Add(std::move(row));
+  }
+  std::string out;
+  for (const auto& [kind, table] : tables) {
+    if (!out.empty()) out += '\n';
+    out += table.Text(width);
+  }
+  return out;
+}
+
+std::string ItemJson(const StandaloneItem& item) {
+  nlohmann::ordered_json data = nlohmann::ordered_json::object();
+  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
+    const std::string key = item.DataKey(i);
+    data[DisplayUtf8(key)] = DisplayUtf8(item.DataText(key));
+  }
+  nlohmann::ordered_json object = {{"ID", DisplayUtf8(item.ID())},
+                                   {"Type", DisplayUtf8(item.Type())},
+                                   {"Text", DisplayUtf8(item.Text())},
+                                   {"Date", DisplayUtf8(item.Date())},
+                                   {"Keywords", DisplayUtf8(item.Keywords())},
+                                   {"Owner", DisplayUtf8(item.Owner())},
+                                   {"Log", DisplayUtf8(item.Log())},
+                                   {"Data", std::move(data)}};
+  return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+std::string TreeText(const Tree& root) {
+  std::string out;
+  for (const ItemPtr& item : root.Items())
+    out += "- " + Shown(item->Text()) + '\n';
+  for (const TreePtr& child : root.Children())
+    AppendNode(out, *child, 0);
+  return out;
+}
+
+}  // namespace vorlent::app

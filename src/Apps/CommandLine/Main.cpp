@@ -1,0 +1,90 @@
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <cstdio>
+
+#include "Apps/CommandLine/Commands.h"
+
+namespace vorlent::app {
+
+namespace {
+
+constexpr const char* kFooter = R"(
+Addresses:
+  thunderbird://                            all mails of all profiles
+  thunderbird://PROFILE/ACCOUNT/FOLDER      a mail folder and what lies below it
+  thunderbird://PROFILE/ACCOUNT/FOLDER/-    that folder alone
+  thunderbird://./C/DIR/FILE                a mailbox anywhere on a drive
+  firefox://PROFILE/FOLDER/                 bookmarks below a folder
+  sunbird://PROFILE/CALENDAR                events and tasks of a calendar, lightning:// alike
+  ADDRESS/*                                 what can be chosen there, for `browse`
+
+Exit codes: 0 done, 1 nothing found or a part failed, 2 wrong use, 3 could not be read, 130 cancelled.)";
+
+void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
+  app.add_option("--appdata", options.appData,
+                 "Application-data folder with the Windows layout (Thunderbird\\profiles.ini ...); the "
+                 "user's own without it")
+      ->type_name("DIR");
+  app.add_option("--drive", options.drives,
+                 "What a drive letter in a copied profile stands for, such as C=/mnt/old")
+      ->type_name("LETTER=DIR")
+      ->allow_extra_args(false);
+  options.lineRule = "native";
+  app.add_option("--line-rule", options.lineRule,
+                 "What ends a line of a mailbox: `native` CR LF, LF or CR; `windows` CR LF or CR")
+      ->check(CLI::IsMember({"native", "windows"}))
+      ->capture_default_str();
+  app.add_flag("--verbose", options.verbose, "Show the component's log");
+  app.add_flag("--log", options.databaseLog, "Show the calendar connector's database log");
+  app.add_flag("--yes", options.yes, "Change mailboxes without asking");
+}
+
+void PrintError(const AppError& error) {
+  std::fprintf(stderr, "vorlent-mozilla: %s\n", error.what());
+  if (!error.Hint().empty()) std::fprintf(stderr, "%s\n", error.Hint().c_str());
+}
+
+ExitCode RunAction(const GlobalOptions& options, const Action& action) {
+  try {
+    Session session(options);
+    const ExitCode code = action(session);
+    return session.Host().Global().Cancelled() ? ExitCode::Cancelled : code;
+  } catch (const AppError& error) {
+    PrintError(error);
+    return error.Code();
+  } catch (const Failure& failure) {
+    std::fprintf(stderr, "vorlent-mozilla: %s\n", Shown(failure.what()).c_str());
+    return ExitCode::Unreadable;
+  }
+}
+
+int Main(int argc, char** argv) {
+  std::setlocale(LC_ALL, "");
+  CLI::App app("Mails, bookmarks and calendars out of Mozilla profiles, and back.", "vorlent-mozilla");
+  app.footer(kFooter);
+  app.set_version_flag("--version", "vorlent-mozilla 1.0");
+  app.require_subcommand(1);
+  app.fallthrough();
+  GlobalOptions options;
+  DeclareGlobalOptions(app, options);
+  Action action;
+  for (const Verb& verb : Verbs()) {
+    CLI::App* command = app.add_subcommand(std::string(verb.name), std::string(verb.summary));
+    command->group(std::string(verb.group));
+    verb.declare(*command, action);
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+  }
+  return static_cast<int>(RunAction(options, action));
+}
+
+}  // namespace
+
+}  // namespace vorlent::app
+
+int main(int argc, char** argv) {
+  return vorlent::app::Main(argc, argv);
+}

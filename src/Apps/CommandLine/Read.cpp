@@ -1,0 +1,59 @@
+#include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/Verbs.h"
+
+namespace vorlent::app {
+
+namespace {
+
+struct ReadOptions {
+  std::string address;
+  bool json = false;
+  bool records = false;
+  bool tree = false;
+};
+
+void Print(StandaloneLocation& location, const std::vector<StandaloneItemPtr>& items,
+           const ReadOptions& options) {
+  if (options.tree) {
+    std::fputs(TreeText(*location.FiledTree()).c_str(), stdout);
+    return;
+  }
+  if (!options.json && !options.records) {
+    std::fputs(ItemTables(items, TerminalWidth(0)).c_str(), stdout);
+    return;
+  }
+  for (const StandaloneItemPtr& item : items) {
+    const std::string line = options.json ? ItemJson(*item) : item->Record();
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+  }
+}
+
+ExitCode Read(Session& session, const ReadOptions& options) {
+  const StandaloneLocationPtr location = session.Read(session.Address(options.address));
+  const std::vector<StandaloneItemPtr> items = ItemsOf(*location);
+  Print(*location, items, options);
+  const bool failed = session.ComplainOfErrors();
+  if (!items.empty()) return failed ? ExitCode::Partly : ExitCode::Done;
+  session.Output().Complain("no items at " + options.address);
+  return ExitCode::Partly;
+}
+
+}  // namespace
+
+void DeclareRead(CLI::App& command, Action& action) {
+  const auto options = std::make_shared<ReadOptions>();
+  command
+      .add_option("ADDRESS", options->address, "What to read, such as thunderbird://PROFILE/ACCOUNT/FOLDER")
+      ->required();
+  auto* json = command.add_flag("--json", options->json, "One JSON object per line");
+  auto* records =
+      command.add_flag("--records", options->records, "The raw item records, one per line")->excludes(json);
+  command.add_flag("--tree", options->tree, "The keyword tree with its items")
+      ->excludes(json)
+      ->excludes(records);
+  command.callback(
+      [options, &action] { action = [options](Session& session) { return Read(session, *options); }; });
+}
+
+}  // namespace vorlent::app

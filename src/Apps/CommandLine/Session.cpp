@@ -1,0 +1,180 @@
+#include "Apps/CommandLine/Session.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+
+#include "Common/LineFile.h"
+#include "Common/StdModul.h"
+#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Platform/CodePage.h"
+#include "Platform/Posix/PathMapping.h"
+
+namespace vorlent::app {
+
+namespace {
+
+constexpr std::array<std::string_view, 4> kSchemes = {"thunderbird://", "firefox://", "sunbird://",
+                                                      "lightning://"};
+
+std::atomic<bool>* cancelFlag = nullptr;
+
+// The first Ctrl-C asks the component to stop between two mails, the second ends the program as usual.
+extern "C" void Interrupt(int) {
+  if (cancelFlag != nullptr) cancelFlag->store(true);
+  std::signal(SIGINT, SIG_DFL);
+}
+
+void ApplyDrives(const std::vector<std::string>& drives) {
+  for (const std::string& drive : drives) {
+    if (drive.size() < 3 || drive[1] != '=') {
+      throw AppError(ExitCode::Usage, "--drive " + drive + ": expected LETTER=DIR, such as C=/mnt/windows");
+    }
+    const std::string folder = drive.substr(2);
+    if (!std::filesystem::is_directory(folder)) {
+      throw AppError(ExitCode::Usage, "--drive " + drive + ": no such folder: " + folder);
+    }
+    os::SetDrive(drive[0], folder);
+  }
+}
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// The last segment of a browsed address, without its closing mark.
+std::string_view LastSegment(std::string_view address) {
+  if (address.ends_with('*')) address.remove_suffix(1);
+  if (address.ends_with('/')) address.remove_suffix(1);
+  return address.substr(address.rfind('/') + 1);
+}
+
+}  // namespace
+
+Session::Session(const GlobalOptions& options)
+    : options_(options), console_(std::make_shared<Console>(options.verbose, options.databaseLog)) {
+  ApplyDrives(options.drives);
+  if (!options.appData.empty()) {
+    if (!std::filesystem::is_directory(options.appData)) {
+      throw AppError(ExitCode::Usage, "--appdata: no such folder: " + options.appData);
+    }
+    os::SetAppDataFolder(options.appData);
+  }
+  SetDefaultLineRule(options.lineRule == "windows" ? LineRule::Windows : LineRule::Native);
+  Platform::Install(std::make_shared<ConsolePlatform>(*console_));
+  host_ = std::make_shared<StandaloneHost>(*console_);
+  host_->Global().SetLogEnabled(options.verbose);
+  HostObjects::Install(host_);
+  cancelFlag = &host_->Global().CancelFlag();
+  std::signal(SIGINT, Interrupt);
+}
+
+Session::~Session() {
+  std::signal(SIGINT, SIG_DFL);
+  cancelFlag = nullptr;
+  HostObjects::Install(nullptr);
+  Platform::Install(std::make_shared<PosixPlatform>());
+}
+
+std::string Session::Address(const std::string& utf8) {
+  const auto scheme =
+      std::find_if(kSchemes.begin(), kSchemes.end(), [&](auto known) { return utf8.starts_with(known); });
+  if (scheme == kSchemes.end()) {
+    throw AppError(ExitCode::Usage, "'" + utf8 + "' is no address",
+                   "An address begins with thunderbird://, firefox://, sunbird:// or lightning://.");
+  }
+  if (IsAscii(utf8)) return utf8;
+  std::string rest = utf8.substr(scheme->size());
+  std::string address(*scheme);
+  console_->Mute(true);
+  while (!rest.empty()) {
+    const bool last = rest.find('/') == std::string::npos;
+    const std::string segment = CutToken(rest, "/");
+    std::string found = ComponentText(segment);
+    if (!IsAscii(segment)) {
+      const auto place = host_->MakeLocation();
+      place->Open(address + "*");
+      place->Load();
+      for (std::int32_t i = 1; i <= place->ItemCount(); ++i) {
+        const std::string listed = place->ItemAt(i)->DataText("Location");
+        if (DisplayUtf8(LastSegment(listed)) == segment) found = LastSegment(listed);
+      }
+      place->Close();
+    }
+    address += found;
+    if (!last) address += '/';
+  }
+  console_->Mute(false);
+  console_->Forget();
+  return address;
+}
+
+StandaloneLocationPtr Session::Open(const std::string& address) {
+  console_->Forget();
+  const auto location = host_->MakeLocation();
+  location->Open(address);
+  return location;
+}
+
+StandaloneLocationPtr Session::Read(const std::string& address) {
+  const StandaloneLocationPtr location = Open(address);
+  CheckMailboxes(*location);
+  // What the preparation had to say, the reading says again.
+  console_->Forget();
+  location->Load();
+  const bool nothingRead = location->ItemCount() == 0;
+  if (location->State() != LocationState::Read || (nothingRead && console_->HasErrors())) {
+    throw AppError(ExitCode::Unreadable, console_->HasErrors() ? console_->Errors().front()
+                                                               : Shown(address) + " could not be read");
+  }
+  return location;
+}
+
+void Session::CheckMailboxes(StandaloneLocation& location) {
+  const auto connector = std::dynamic_pointer_cast<Location_Thunderbird>(location.Connector());
+  if (connector == nullptr) return;
+  for (const std::string& file : connector->MailFiles()) {
+    if (!FileExists(file)) {
+      throw AppError(ExitCode::Unreadable, NativeShown(file) + ": no such mailbox",
+                     "List what there is with: vorlent-mozilla browse 'thunderbird://*'");
+    }
+  }
+}
+
+bool Session::ComplainOfErrors() {
+  bool any = false;
+  for (const std::string& error : console_->Errors()) {
+    // The walk over all profiles takes the drives for accounts, which they aren't.
+    if (error.starts_with("Account '") && error.ends_with(":\\' nicht gefunden!")) continue;
+    console_->Complain(error);
+    any = true;
+  }
+  return any;
+}
+
+bool Session::Confirm(const std::string& question) {
+  if (options_.yes || !IsTerminal(stdin) || !IsTerminal(stderr)) return true;
+  console_->Say(question + " [y/N] ");
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+std::string ComponentPath(const std::string& native) {
+  return os::ToWindowsPath(native);
+}
+
+std::string NativeShown(std::string_view path) {
+  const std::string native = os::ToNativePath(path);
+  return Shown(native.empty() ? path : native);
+}
+
+std::string ComponentText(const std::string& utf8) {
+  return ExactUtf8ToCodePage(utf8).value_or(utf8);
+}
+
+}  // namespace vorlent::app

@@ -1,0 +1,74 @@
+// One run of the program: the host, what is shown of it, and how the run ends.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Apps/CommandLine/AppError.h"
+#include "Apps/CommandLine/Console.h"
+#include "Standalone/StandaloneHost.h"
+#include "Standalone/StandaloneLocation.h"
+
+namespace vorlent::app {
+
+// The options that every command takes.
+struct GlobalOptions {
+  std::string appData;              // native folder with the Windows layout, "" for the user's own
+  std::vector<std::string> drives;  // "C=DIR"
+  std::string lineRule;             // "windows" or "native"
+  bool verbose = false;             // the component's log on standard error
+  bool databaseLog = false;         // the database log on standard error
+  bool yes = false;                 // no questions
+};
+
+class Session {
+ public:
+  // Applies the options and installs the host. Raises AppError for options that can't be applied.
+  explicit Session(const GlobalOptions& options);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const GlobalOptions& Options() const { return options_; }
+  Console& Output() { return *console_; }
+  StandaloneHost& Host() { return *host_; }
+
+  // The address as the component writes it: text becomes code page, and a name that profiles or accounts hold
+  // in UTF-8 is found by how it reads. Raises AppError for an address without one of the schemes.
+  std::string Address(const std::string& utf8);
+
+  // Opens a Location on an address and lets the connector prepare it, without reading items.
+  StandaloneLocationPtr Open(const std::string& address);
+
+  // Opens and reads. Raises AppError with ExitCode::Unreadable if that fails, or if nothing was read and the
+  // component said why.
+  StandaloneLocationPtr Read(const std::string& address);
+
+  // Shows the errors that the component told since the last Open, and returns whether there were any.
+  bool ComplainOfErrors();
+
+  // Asks before a user's file is changed: what will happen to which file. True without a question if there is
+  // no terminal or the user said --yes.
+  bool Confirm(const std::string& question);
+
+ private:
+  // Raises AppError for an address that names a folder without a mailbox, which the component passes over.
+  void CheckMailboxes(StandaloneLocation& location);
+
+  GlobalOptions options_;
+  std::shared_ptr<Console> console_;
+  std::shared_ptr<StandaloneHost> host_;
+};
+
+// The native path as the component writes it.
+std::string ComponentPath(const std::string& native);
+
+// The component's path as people write it here, UTF-8.
+std::string NativeShown(std::string_view path);
+
+// UTF-8 text of the command line as the component's text.
+std::string ComponentText(const std::string& utf8);
+
+}  // namespace vorlent::app

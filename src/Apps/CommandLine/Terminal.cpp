@@ -1,0 +1,185 @@
+#include "Apps/CommandLine/Terminal.h"
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "Platform/CodePage.h"
+
+namespace vorlent::app {
+
+namespace {
+
+constexpr std::string_view kGap = "  ";
+constexpr std::string_view kEllipsis = "\u2026";
+constexpr std::size_t kNarrowest = 8;  // a column is never cut below this
+
+bool IsContinuation(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// Columns that a UTF-8 text takes, one for each character.
+std::size_t Width(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
+}
+
+std::string Cut(std::string_view text, std::size_t width) {
+  if (Width(text) <= width) return std::string(text);
+  std::size_t end = 0;
+  for (std::size_t kept = 0; end < text.size() && (kept + 1 < width || IsContinuation(text[end])); ++end) {
+    if (end + 1 == text.size() || !IsContinuation(text[end + 1])) ++kept;
+  }
+  return std::string(text.substr(0, end)) + std::string(kEllipsis);
+}
+
+bool Holds(const std::vector<std::size_t>& columns, std::size_t column) {
+  return std::find(columns.begin(), columns.end(), column) != columns.end();
+}
+
+// Takes what is too much away from the widest of the columns that may be cut.
+void Narrow(std::vector<std::size_t>& widths, const std::vector<std::size_t>& cut, std::size_t total) {
+  if (cut.empty()) return;
+  const auto sum = [&] {
+    std::size_t all = kGap.size() * (widths.size() - 1);
+    for (const std::size_t width : widths)
+      all += width;
+    return all;
+  };
+  for (std::size_t all = sum(); all > total; --all) {
+    const std::size_t widest = *std::max_element(
+        cut.begin(), cut.end(), [&](std::size_t a, std::size_t b) { return widths[a] < widths[b]; });
+    if (widths[widest] <= kNarrowest) return;
+    --widths[widest];
+  }
+}
+
+std::string ShownDuration(double seconds) {
+  const auto whole = static_cast<long>(std::lround(seconds));
+  if (whole >= 3600) return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+  return fmt::format("{}:{:02}", whole / 60, whole % 60);
+}
+
+}  // namespace
+
+bool IsTerminal(std::FILE* stream) {
+  return isatty(fileno(stream)) == 1;
+}
+
+std::size_t TerminalWidth(std::size_t otherwise) {
+  for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
+    winsize size{};
+    if (isatty(descriptor) == 1 && ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+      return size.ws_col;
+  }
+  return otherwise;
+}
+
+std::string Shown(std::string_view text) {
+  std::string out = DisplayUtf8(text);
+  for (char& c : out) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  }
+  // The control characters of the upper half, C2 80 to C2 9F in UTF-8, move the cursor on some terminals too.
+  for (std::size_t i = 0; i + 1 < out.size(); ++i) {
+    if (out[i] == '\xC2' && static_cast<unsigned char>(out[i + 1]) < 0xA0) out.replace(i, 2, " ");
+  }
+  return out;
+}
+
+std::string ShownSize(std::uint64_t bytes) {
+  constexpr double kStep = 1024;
+  double value = static_cast<double>(bytes);
+  if (value < kStep) return fmt::format("{} B", bytes);
+  for (const char* unit : {"KB", "MB", "GB"}) {
+    value /= kStep;
+    if (value < kStep) return fmt::format("{:.1f} {}", value, unit);
+  }
+  return fmt::format("{:.1f} TB", value / kStep);
+}
+
+std::string Columns::Text(std::size_t width) const {
+  std::vector<std::size_t> widths(rows_.front().size());
+  for (const auto& row : rows_) {
+    for (std::size_t i = 0; i < row.size(); ++i)
+      widths[i] = std::max(widths[i], Width(row[i]));
+  }
+  if (width > 0) Narrow(widths, cut_, width);
+  std::string out;
+  for (const auto& row : rows_) {
+    std::string line;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      const std::string cell = Holds(cut_, i) ? Cut(row[i], widths[i]) : row[i];
+      const std::string padding(widths[i] - std::min(widths[i], Width(cell)), ' ');
+      if (i > 0) line += kGap;
+      line += Holds(right_, i) ? padding + cell : cell + padding;
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    out += line + '\n';
+  }
+  return out;
+}
+
+ProgressBar::ProgressBar() : enabled_(IsTerminal(stderr)) {}
+
+ProgressBar::~ProgressBar() {
+  Hide();
+}
+
+void ProgressBar::Open(std::string title) {
+  title_ = std::move(title);
+  percent_ = 0;
+  mails_ = 0;
+  open_ = true;
+  started_ = Clock::now();
+  Draw();
+}
+
+void ProgressBar::Title(std::string title) {
+  title_ = std::move(title);
+  if (open_) Draw();
+}
+
+void ProgressBar::Percent(double percent) {
+  constexpr auto kRedraw = std::chrono::milliseconds(100);
+  percent_ = std::clamp(percent, 0.0, 100.0);
+  if (open_ && Clock::now() - lastDrawn_ >= kRedraw) Draw();
+}
+
+void ProgressBar::Close() {
+  Hide();
+  open_ = false;
+}
+
+void ProgressBar::Hide() {
+  if (!drawn_) return;
+  std::fputs("\r\x1b[K", stderr);
+  std::fflush(stderr);
+  drawn_ = false;
+}
+
+void ProgressBar::Draw() {
+  if (!enabled_) return;
+  constexpr std::size_t kBarWidth = 24;
+  constexpr double kEnoughToGuess = 1;  // percent done before a time left is told
+  lastDrawn_ = Clock::now();
+  const double seconds = std::chrono::duration<double>(lastDrawn_ - started_).count();
+  const auto filled = static_cast<std::size_t>(percent_ / 100 * kBarWidth);
+  std::string line = fmt::format("[{}{}] {:5.1f} %", std::string(filled, '#'),
+                                 std::string(kBarWidth - filled, ' '), percent_);
+  if (mails_ > 0 && seconds > 0)
+    line += fmt::format("  {:.0f} mails/s", static_cast<double>(mails_) / seconds);
+  if (percent_ >= kEnoughToGuess && percent_ < 100) {
+    line += "  " + ShownDuration(seconds / percent_ * (100 - percent_)) + " left";
+  }
+  if (!title_.empty()) line += "  " + title_;
+  std::fputs(("\r\x1b[K" + Cut(line, TerminalWidth(80) - 1)).c_str(), stderr);
+  std::fflush(stderr);
+  drawn_ = true;
+}
+
+}  // namespace vorlent::app

@@ -1,0 +1,12 @@
+// The declaring functions of all verbs; each stands in the file of its name.
+#pragma once
+
+#include "Apps/CommandLine/Commands.h"
+
+namespace vorlent::app {
+
+void DeclareBrowse(CLI::App& command, Action& action);
+void DeclareRead(CLI::App& command, Action& action);
+void DeclareGet(CLI::App& command, Action& action);
+
+}  // namespace vorlent::app

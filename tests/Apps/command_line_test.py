@@ -1,0 +1,216 @@
+#!/usr/bin/env python3
+"""The command line as a program: exit codes, messages, and what it leaves untouched.
+
+usage: command_line_test.py PROGRAM ROOT [unittest arguments]
+"""
+import json
+import os
+import pathlib
+import pwd
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAM = pathlib.Path(sys.argv.pop(1)).resolve()
+ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
+INBOX = "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox"
+LOCAL = "thunderbird://default/Local Folders"
+
+
+def tree_bytes(folder):
+    return {str(path.relative_to(folder)): path.read_bytes() for path in sorted(folder.rglob("*")) if path.is_file()}
+
+
+class CommandLine(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.work = pathlib.Path(self.folder.name)
+        self.home = self.work / "home"
+        self.home.mkdir()
+        self.samples = self.work / "samples"
+        shutil.copytree(ROOT / "samples", self.samples)
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def run_program(self, *arguments, sample=True, home=None):
+        given = ["--appdata", str(self.samples / "AppData"), "--drive", f"S={self.samples}"] if sample else []
+        environment = dict(os.environ, HOME=str(home or self.home), LC_ALL="C.UTF-8", TZ="Europe/Berlin")
+        done = subprocess.run([PROGRAM, *given, *arguments], cwd=self.work, env=environment, timeout=60,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        return done.returncode, done.stdout.decode("utf-8", "surrogateescape"), done.stderr.decode("utf-8")
+
+    def read(self, address, *arguments):
+        code, out, err = self.run_program("read", address, "--json", *arguments)
+        self.assertEqual((code, err), (0, ""))
+        return [json.loads(line) for line in out.splitlines()]
+
+    # --- Use ------------------------------------------------------------------------------------------------------
+
+    def test_help_names_every_command_and_ends_with_0(self):
+        code, out, _ = self.run_program("--help", sample=False)
+        self.assertEqual(code, 0)
+        for verb in ("browse", "read", "get", "Exit codes"):
+            self.assertIn(verb, out)
+
+    def test_no_command_is_wrong_use(self):
+        self.assertEqual(self.run_program(sample=False)[0], 2)
+
+    def test_unknown_option_is_wrong_use(self):
+        self.assertEqual(self.run_program("read", "--nosuch", LOCAL)[0], 2)
+
+    def test_text_without_a_scheme_is_wrong_use(self):
+        code, out, err = self.run_program("read", "inbox")
+        self.assertEqual((code, out), (2, ""))
+        self.assertIn("'inbox' is no address", err)
+        self.assertIn("thunderbird://", err)
+
+    def test_missing_appdata_folder_is_wrong_use(self):
+        code, _, err = self.run_program("--appdata", "/nosuch", "read", "thunderbird://", sample=False)
+        self.assertEqual(code, 2)
+        self.assertIn("/nosuch", err)
+
+    def test_bad_drive_is_wrong_use(self):
+        for drive in ("C", "C=/nosuch", "=x"):
+            self.assertEqual(self.run_program("--drive", drive, "read", "thunderbird://", sample=False)[0], 2, drive)
+
+    def test_global_options_may_stand_behind_the_command(self):
+        code, out, _ = self.run_program("read", LOCAL + "/Sent", "--json", "--appdata", str(self.samples / "AppData"),
+                                        "--drive", f"S={self.samples}", sample=False)
+        self.assertEqual(code, 0)
+        self.assertEqual(len(out.splitlines()), 1)
+
+    # --- Reading --------------------------------------------------------------------------------------------------
+
+    def test_json_lines_hold_the_names_of_the_record(self):
+        mail = self.read(LOCAL + "/Inbox/-")[0]
+        self.assertEqual(list(mail), ["ID", "Type", "Text", "Date", "Keywords", "Owner", "Log", "Data"])
+        self.assertEqual(mail["ID"], "20260112081528-plain-1@example.org")
+        self.assertEqual(mail["Text"], "Grüße aus Köln")
+        self.assertEqual(mail["Date"], "12.01.2026 08:15:28")
+        self.assertEqual(mail["Keywords"], "Account=Local Folders,Inbox")
+        self.assertEqual(mail["Owner"], pwd.getpwuid(os.getuid()).pw_name)
+        self.assertEqual(mail["Data"]["From"], "Jürgen Müller <juergen@example.org>")
+        self.assertEqual(mail["Data"]["_SourceOffset"], "0")
+
+    def test_expunged_mails_are_passed_over(self):
+        subjects = [mail["Text"] for mail in self.read(LOCAL + "/Inbox/-")]
+        self.assertEqual(subjects, ["Grüße aus Köln", "Rechnung | Januar", "Einladung: Sommerfest für  5 €",
+                                    "Ohne Message-ID", "Ohne Datum", "Notizen zur Sitzung", "Neuigkeiten",
+                                    "Übersicht der Kosten: 100 €  und mehr"])
+
+    def test_both_line_rules_read_the_sample_alike(self):
+        for address in ("thunderbird://default", "thunderbird://Büro"):
+            def without_time(items):
+                return [{**item, "Log": ""} for item in items]
+            self.assertEqual(without_time(self.read(address, "--line-rule", "windows")),
+                             without_time(self.read(address, "--line-rule", "native")))
+
+    def test_names_with_umlauts_are_found_as_they_read(self):
+        mails = self.read("thunderbird://Büro/Büro-Konto/Inbox")
+        self.assertEqual([mail["Text"] for mail in mails], ["Schlüssel für das Büro"])
+
+    def test_a_folder_without_index_is_read_when_named(self):
+        self.assertEqual(len(self.read(LOCAL + "/Ohne Index")), 1)
+
+    def test_an_empty_folder_is_nothing_found(self):
+        code, out, err = self.run_program("read", LOCAL + "/Entwürfe", "--json")
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("no items", err)
+
+    def test_a_missing_profile_cannot_be_read(self):
+        code, out, err = self.run_program("read", "thunderbird://nosuch")
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("Profil 'nosuch' nicht gefunden!", err)
+
+    def test_a_missing_account_cannot_be_read(self):
+        code, _, err = self.run_program("read", "thunderbird://default/nosuch")
+        self.assertEqual(code, 3)
+        self.assertIn("Account 'nosuch' nicht gefunden!", err)
+
+    def test_a_missing_folder_cannot_be_read_and_is_named(self):
+        code, _, err = self.run_program("read", LOCAL + "/NoSuch")
+        self.assertEqual(code, 3)
+        self.assertIn("Mail/Local Folders/NoSuch: no such mailbox", err)
+
+    def test_a_read_only_mailbox_is_an_error_with_path_and_reason(self):
+        (self.samples / INBOX).chmod(0o444)
+        code, _, err = self.run_program("read", LOCAL + "/Inbox/-")
+        self.assertEqual(code, 3)
+        self.assertIn("Local Folders", err)
+        self.assertIn("read-only", err)
+
+    def test_a_browse_segment_that_does_not_resolve_is_told(self):
+        code, _, err = self.run_program("browse", "thunderbird://nosuch/*")
+        self.assertEqual(code, 3)
+        self.assertIn("thunderbird://nosuch nicht gefunden!", err)
+
+    def test_browse_lists_profiles_and_the_drives(self):
+        code, out, _ = self.run_program("browse", "thunderbird://*", "--json")
+        self.assertEqual(code, 0)
+        places = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([place["Text"] for place in places], ["Profil 'default'", "Profil 'Büro'", "Lokale Laufwerke"])
+        self.assertEqual(places[0]["Data"]["Location"], "thunderbird://default/*")
+
+    def test_all_profiles_are_read_without_a_complaint_about_drives(self):
+        code, out, err = self.run_program("read", "thunderbird://", "--json")
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(len(out.splitlines()), 15)
+
+    def test_an_empty_home_cannot_be_read(self):
+        code, _, err = self.run_program("read", "thunderbird://default", sample=False)
+        self.assertEqual(code, 3)
+        self.assertIn("Profil 'default' nicht gefunden!", err)
+
+    def test_reading_changes_no_file_of_the_profile(self):
+        before = tree_bytes(self.samples)
+        for command in (["read", "thunderbird://"], ["browse", "thunderbird://default"],
+                        ["get", LOCAL + "/Inbox/-", "2", "--output", "out"]):
+            self.assertEqual(self.run_program(*command)[0], 0)
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_the_tree_shows_nodes_and_mails(self):
+        code, out, _ = self.run_program("read", "--tree", LOCAL + "/Inbox")
+        self.assertEqual(code, 0)
+        self.assertIn("Account 'Local Folders'", out)
+        self.assertIn("Projekte", out)
+        self.assertIn("- Altes Projekt", out)
+
+    # --- Files ----------------------------------------------------------------------------------------------------
+
+    def test_get_brings_out_all_files_of_a_mail(self):
+        code, out, _ = self.run_program("get", LOCAL + "/Inbox/-", "2", "--output", "out")
+        self.assertEqual(code, 0)
+        files = {path.name: path.read_bytes() for path in (self.work / "out").iterdir()}
+        self.assertEqual(sorted(files), ["20260113100000-rechnung-2@example.org#2_Rechnung Januar.pdf",
+                                         "20260113100000-rechnung-2@example.org.eml"])
+        pdf = files["20260113100000-rechnung-2@example.org#2_Rechnung Januar.pdf"]
+        self.assertTrue(pdf.startswith(b"%PDF-1.4\n") and pdf.endswith(b"%%EOF\n"))
+        self.assertEqual(len(out.splitlines()), 2)
+
+    def test_get_of_one_file_by_id_and_key(self):
+        code, out, _ = self.run_program("get", LOCAL + "/Inbox/-", "20260114123000-nested-3@example.org", "FileAttach1",
+                                        "--output", "out")
+        self.assertEqual(code, 0)
+        self.assertEqual(out, "out/20260114123000-nested-3@example.org#2_Lageplan.png\n")
+        self.assertTrue((self.work / out.strip()).read_bytes().startswith(b"\x89PNG"))
+
+    def test_get_of_an_unknown_mail_says_so(self):
+        code, _, err = self.run_program("get", LOCAL + "/Inbox/-", "nosuch")
+        self.assertEqual(code, 1)
+        self.assertIn("no item nosuch", err)
+
+    def test_control_characters_of_a_mail_do_not_reach_the_terminal(self):
+        box = self.samples / INBOX
+        box.write_bytes(b"From - x\r\nSubject: a\x1b[31mb\r\nDate: Mon, 12 Jan 2026 08:15:28 +0100\r\n\r\nx\r\n\r\n"
+                        b"From - y\r\nSubject: last\r\n\r\n")
+        code, out, _ = self.run_program("read", LOCAL + "/Inbox/-")
+        self.assertEqual(code, 0)
+        self.assertNotIn("\x1b", out)
+        self.assertIn("a [31mb", out)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=1)
