@@ -63,9 +63,10 @@ void AppendProcess(std::vector<ProcessEntry>& processes, std::uint32_t id) {
   // A process may end between the listing and here; one that has ended and waits for its parent runs no more.
   if (!own || own->state == 'Z' || own->state == 'X') return;
   const std::string file = ReadFileName(process);
-  const bool isCutOff = own->name.size() == kLongestOwnName && file.starts_with(own->name);
+  const bool differs = !file.empty() && file != own->name;
+  const bool isCutOff = differs && own->name.size() == kLongestOwnName && file.starts_with(own->name);
   if (!isCutOff) processes.push_back({id, NameOnWindows(own->name)});
-  if (!file.empty() && file != own->name) processes.push_back({id, NameOnWindows(file)});
+  if (differs) processes.push_back({id, NameOnWindows(file)});
 }
 
 // The id as the system's calls take it. There 0 and negative numbers stand for groups and for all processes.
