@@ -16,7 +16,7 @@ class SunbirdDiscoveryTest : public SunbirdTest {
   // A profile with calendars whose ids count from 2, each with one task "<profile>-<calendar>".
   void WriteCalendars(std::string_view profile, const std::vector<std::string>& names,
                       std::string_view app = kSunbirdFolder) const {
-    SqliteFile storage = Storage(profile, app);
+    StorageFile storage = Storage(profile, app);
     storage.Run(kCalendarTables);
     int id = 2;
     for (const std::string& name : names) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -30,6 +31,14 @@ inline constexpr const char* kCalendarTables = R"sql(
       flags INTEGER);
     CREATE TABLE cal_properties (item_id TEXT, key TEXT, value BLOB);
 )sql";
+
+// A database file that doesn't wait for the disk.
+class StorageFile : public SqliteFile {
+ public:
+  explicit StorageFile(const std::filesystem::path& native) : SqliteFile(native) {
+    Run("PRAGMA synchronous=OFF");
+  }
+};
 
 // Lists of call lines, put together in order.
 using Lines = std::vector<std::string>;
@@ -67,8 +76,8 @@ class SunbirdTest : public testing::Test {
   }
 
   // The storage.sdb of a profile, made on first use.
-  SqliteFile Storage(std::string_view profile = "p", std::string_view app = "Mozilla\\Sunbird") const {
-    return SqliteFile(folder_.Native(ProfileFolder(app, profile) + "\\storage.sdb"));
+  StorageFile Storage(std::string_view profile = "p", std::string_view app = "Mozilla\\Sunbird") const {
+    return StorageFile(folder_.Native(ProfileFolder(app, profile) + "\\storage.sdb"));
   }
 
   // Sunbird's profile "p" with the calendar "Home" of that id.
