@@ -1,0 +1,601 @@
+#include <cmath>
+
+#include "Common/NumberText.h"
+#include "Connectors/Mozilla/ThunderbirdFixture.h"
+
+namespace vorlent {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+using Calls = std::vector<std::string>;
+
+// A mailbox as the expected calls see it.
+struct Box {
+  std::string file;
+  std::vector<std::string> ids;  // of its mails of MailOf
+};
+
+class LocationThunderbirdPumpTest : public ThunderbirdFixture {
+ protected:
+  LocationThunderbirdPumpTest() {
+    tree.AddProfile("p", {"a"});
+    NoThunderbirdCheck() = false;
+  }
+
+  Box AddBox(const std::string& name, const std::vector<std::string>& ids) {
+    std::string text;
+    for (const std::string& id : ids)
+      text += MailOf(id);
+    return {tree.AddMailbox("p", "a", name, text), ids};
+  }
+
+  // A connector that has taken its address.
+  void Prepare(const std::string& address) {
+    Connect(address);
+    connector->InitLocation(address);
+    host.Log.Clear();
+    platform->calls.clear();
+  }
+
+  // The next record, "end" without one.
+  std::string Next() {
+    std::string record;
+    return connector->SourceGetNext(record) ? record : "end";
+  }
+
+  // --- What the host hears
+
+  static Calls Logged(const Calls& reports) {
+    return Calls{"Global.SetLogEnabled(true)"} + reports + Calls{"Global.SetLogEnabled(false)"};
+  }
+
+  Calls InitCalls() const {
+    const std::string title = "Import Thunderbird " + location->Address;
+    return Logged({Report(33, ""), Report(32, "0/100:" + title), Report(29, " " + title)}) +
+           Calls{"Global.SetProgressVisible(true)"};
+  }
+
+  Calls OpenCalls(const Box& box) const {
+    return Logged({Report(29, "  " + box.file),
+                   Report(33, "Import Thunderbird " + location->Address + ": " + box.file)});
+  }
+
+  static Calls EndCalls(int delivered) {
+    return Calls{"Global.SetProgressVisible(false)"} +
+           Logged({Report(32, ""), Report(29, "  finished (" + std::to_string(delivered) + " Items)")});
+  }
+
+  // The calls of a whole run in no time.
+  Calls RunCalls(const std::vector<Box>& boxes) const {
+    double total = 0;
+    for (const Box& box : boxes)
+      total += Size(box);
+    Calls calls = InitCalls();
+    double done = 0;
+    int delivered = 0;
+    for (const Box& box : boxes) {
+      calls = calls + OpenCalls(box);
+      double offset = 0;
+      for (const std::string& id : box.ids) {
+        const double percent = (offset + 1) / Size(box);
+        calls = calls + Logged({Report(32, NumberText((percent * Size(box) + done) * 100 / total))});
+        offset += static_cast<double>(MailOf(id).size());
+        ++delivered;
+      }
+      done += Size(box);
+      Calls closing;
+      if (total > 0) closing.push_back(Report(32, NumberText(done * 100 / total)));
+      closing.push_back(Report(29, "   " + std::to_string(box.ids.size()) + " Items in 0 Sekunden"));
+      calls = calls + Logged(closing);
+    }
+    return calls + EndCalls(delivered);
+  }
+
+  static double Size(const Box& box) { return static_cast<double>(ReadBytes(box.file).size()); }
+
+  Calls LogLines() {
+    Calls lines;
+    for (const std::string& call : host.Log.Only({"Global.Report(29,"})) {
+      lines.push_back(call.substr(18, call.size() - 18 - 10));
+    }
+    return lines;
+  }
+};
+
+// --- Whole runs
+// ----------------------------------------------------------------------------------------------
+
+TEST_F(LocationThunderbirdPumpTest, OneMailboxIsStreamedMailByMail) {
+  const Box box = AddBox("Inbox", {"1", "2"});
+  Prepare("thunderbird://p/a/Inbox/-");
+  const Calls records = Stream();
+  EXPECT_EQ(host.Log.Lines(), RunCalls({box}));
+  EXPECT_THAT(
+      records,
+      ElementsAre(
+          RecordOf("1", "S", "Account=a,Inbox", MailOf("1").size() + kSeparatorLine.size(), box.file, 0) +
+              "|Source=thunderbird://p/a/Inbox/",
+          RecordOf("2", "S", "Account=a,Inbox", MailOf("2").size(), box.file, MailOf("1").size()) +
+              "|Source=thunderbird://p/a/Inbox/"));
+  EXPECT_EQ(platform->CountOf("Yield"), 200);
+  EXPECT_EQ(connector->Count(), 0);
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailboxesAreStreamedOneBehindTheOther) {
+  const std::vector<Box> boxes = {AddBox("A", {"1", "2", "3"}), AddBox("B", {}), AddBox("C", {"4"})};
+  Prepare("thunderbird://p/a");
+  EXPECT_EQ(Stream().size(), 4U);
+  EXPECT_EQ(host.Log.Lines(), RunCalls(boxes));
+}
+
+TEST_F(LocationThunderbirdPumpTest, WithoutMailboxesTheRunEndsAtOnce) {
+  Prepare("thunderbird://p/a/*");
+  EXPECT_THAT(Stream(), IsEmpty());
+  EXPECT_EQ(host.Log.Lines(), InitCalls() + EndCalls(0));
+}
+
+TEST_F(LocationThunderbirdPumpTest, EmptyMailboxesReportNoPercentage) {
+  const Box box = AddBox("Inbox", {});
+  Prepare("thunderbird://p/a");
+  EXPECT_THAT(Stream(), IsEmpty());
+  EXPECT_EQ(host.Log.Lines(),
+            InitCalls() + OpenCalls(box) + Logged({Report(29, "   0 Items in 0 Sekunden")}) + EndCalls(0));
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailThatCameBehindTheCountOfBytesReportsNoPercentage) {
+  const Box box = AddBox("Inbox", {});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  host.Log.Clear();
+  // The mail arrives while the mailbox is opened.
+  host.Log.OnCall = [&](const std::string& line) {
+    if (line.starts_with("Global.Report(33,")) WriteBytes(box.file, MailOf("1"));
+  };
+  EXPECT_NE(Next(), "end");
+  EXPECT_EQ(host.Log.Lines(), OpenCalls(box) + Logged({}));
+}
+
+TEST_F(LocationThunderbirdPumpTest, SwitchOfTheLogIsBroughtBack) {
+  AddBox("Inbox", {"1"});
+  Prepare("thunderbird://p/a");
+  host.Global.IsLogEnabled = true;
+  Stream();
+  EXPECT_THAT(host.Log.Lines(), Not(testing::Contains("Global.SetLogEnabled(false)")));
+  EXPECT_TRUE(host.Global.IsLogEnabled);
+}
+
+TEST_F(LocationThunderbirdPumpTest, RunCanBeRepeated) {
+  const Box box = AddBox("Inbox", {"1"});
+  Prepare("thunderbird://p/a");
+  Stream();
+  host.Log.Clear();
+  EXPECT_EQ(Stream().size(), 1U);
+  EXPECT_EQ(host.Log.Lines(), RunCalls({box}));
+}
+
+TEST_F(LocationThunderbirdPumpTest, RunStartsAnewInTheMiddleOfAnother) {
+  AddBox("Inbox", {"1", "2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  EXPECT_EQ(Stream().size(), 2U);
+}
+
+TEST_F(LocationThunderbirdPumpTest, NothingCanBeFetchedBeforeTheFirstRun) {
+  AddBox("Inbox", {"1"});
+  Prepare("thunderbird://p/a");
+  try {
+    Next();
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_TRUE(failure.Is(ErrorNumber::ObjectNotSet));
+  }
+}
+
+TEST_F(LocationThunderbirdPumpTest, KeywordPathsOfTheMailboxesAreAddedToTheGivenTree) {
+  AddBox("A", {});
+  AddBox("A.sbd/B", {"1"});
+  Prepare("thunderbird://p/a");
+  const auto given = std::make_shared<test::RecordingTree>(host.Log, "given");
+  Stream(given);
+  EXPECT_THAT(host.Log.Only({"given"}), ElementsAre("given.AddKeywordPath(\"Account=a,A\")",
+                                                    "given.AddKeywordPath(\"Account=a,A,B\")"));
+}
+
+TEST_F(LocationThunderbirdPumpTest, SourceIsEscaped) {
+  AddBox("x|y", {"1"});
+  Prepare("thunderbird://p/a");
+  const Calls records = Stream();
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_TRUE(records[0].ends_with("|Source=thunderbird://p/a/x\\|y"));
+  EXPECT_EQ(GetParam(records[0], "Source"), "thunderbird://p/a/x|y");
+}
+
+// --- Times
+// ---------------------------------------------------------------------------------------------------
+
+struct TimeRow {
+  DateTime start;
+  std::int64_t milliseconds;
+  std::string text;
+};
+
+TEST_F(LocationThunderbirdPumpTest, TimeOfAMailboxIsRoundedAndGivesTheRate) {
+  AddBox("Inbox", {"1"});
+  const DateTime noon = {2010, 5, 9, 12, 0, 0, 0};
+  const DateTime late = {2010, 5, 9, 23, 59, 58, 0};
+  for (const TimeRow& row :
+       {TimeRow{noon, 0, "1 Items in 0 Sekunden"}, TimeRow{noon, 499, "1 Items in 0 Sekunden"},
+        TimeRow{noon, 500, "1 Items in 1 Sekunden = 1 Items/Sekunde"},
+        TimeRow{noon, 1499, "1 Items in 1 Sekunden = 1 Items/Sekunde"},
+        TimeRow{noon, 2000, "1 Items in 2 Sekunden = 0.5 Items/Sekunde"},
+        TimeRow{noon, 3000, "1 Items in 3 Sekunden = 0.333333333333333 Items/Sekunde"},
+        TimeRow{noon, 3600000, "1 Items in 3600 Sekunden = 0.000277777777777778 Items/Sekunde"},
+        // Midnight makes the time negative, and a rate is told of positive times only.
+        TimeRow{late, 7000, "1 Items in -86393 Sekunden"}}) {
+    SCOPED_TRACE(row.text);
+    Prepare("thunderbird://p/a");
+    platform->now = row.start;
+    host.Log.OnCall = [&](const std::string& line) {
+      if (line.starts_with("Global.Report(33,\"Import")) platform->AdvanceClock(row.milliseconds);
+    };
+    Stream();
+    EXPECT_EQ(LogLines()[2], "   " + row.text);
+  }
+}
+
+TEST_F(LocationThunderbirdPumpTest, EachMailboxHasItsOwnTimeAndCount) {
+  const Box a = AddBox("A", {"1", "2", "3"});
+  const Box b = AddBox("B", {"4"});
+  Prepare("thunderbird://p/a");
+  platform->onYield = [&] { platform->AdvanceClock(10); };
+  Stream();
+  EXPECT_THAT(LogLines(), ElementsAre(" Import Thunderbird thunderbird://p/a", "  " + a.file,
+                                      "   3 Items in 3 Sekunden = 1 Items/Sekunde", "  " + b.file,
+                                      "   1 Items in 1 Sekunden = 1 Items/Sekunde", "  finished (4 Items)"));
+}
+
+// --- Cancelling
+// ----------------------------------------------------------------------------------------------
+
+TEST_F(LocationThunderbirdPumpTest, CancelledRunStillDeliversTheMailAtHandAndThenEnds) {
+  const Box first = AddBox("A", {"1", "2", "3"});
+  AddBox("B", {"4"});
+  // In the first mail, in the middle, and in the last mail of the first mailbox.
+  for (int at = 1; at <= 3; ++at) {
+    SCOPED_TRACE(at);
+    Prepare("thunderbird://p/a");
+    host.Global.IsCancelled = false;
+    int yields = 0;
+    platform->onYield = [&] { host.Global.IsCancelled = ++yields >= at * 100; };
+    const Calls records = Stream();
+    ASSERT_EQ(records.size(), static_cast<std::size_t>(at));
+    EXPECT_EQ(GetParam(records.back(), "ID"), "20100509143005-" + std::to_string(at) + "@x");
+    EXPECT_THAT(LogLines(), ElementsAre(" Import Thunderbird thunderbird://p/a", "  " + first.file,
+                                        "  finished (" + std::to_string(at) + " Items)"));
+    EXPECT_EQ(host.Log.Only({"Global.SetProgressVisible"}).back(), "Global.SetProgressVisible(false)");
+  }
+}
+
+TEST_F(LocationThunderbirdPumpTest, CancelledRunDeletesNothingOfTheMailboxAtHand) {
+  const Box box = AddBox("A", {"1", "2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  connector->SourceDelete();
+  host.Global.IsCancelled = true;
+  EXPECT_NE(Next(), "end");
+  connector->SourceDelete();
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(ReadBytes(box.file), MailOf("1") + MailOf("2"));
+  EXPECT_TRUE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/A.msf"));
+}
+
+TEST_F(LocationThunderbirdPumpTest, CancelAtTheEndOfAMailboxEndsTheRunBehindIt) {
+  const Box first = AddBox("A", {"1"});
+  const Box second = AddBox("B", {"2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  connector->SourceDelete();
+  // Asked for only between the last mail and the end.
+  host.Global.IsCancelled = true;
+  EXPECT_EQ(Next(), "end");
+  EXPECT_THAT(LogLines(), ElementsAre(" Import Thunderbird thunderbird://p/a", "  " + first.file,
+                                      "   1 Items in 0 Sekunden", "  finished (1 Items)"));
+  EXPECT_EQ(StatusOf(ReadBytes(first.file), 0), '9');
+  EXPECT_EQ(ReadBytes(second.file), MailOf("2"));
+}
+
+TEST_F(LocationThunderbirdPumpTest, EndedRunEndsAgainWithoutHarm) {
+  AddBox("A", {"1"});
+  Prepare("thunderbird://p/a");
+  Stream();
+  host.Log.Clear();
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(host.Log.Lines(), EndCalls(1));
+}
+
+// --- Marking mails
+// -------------------------------------------------------------------------------------------
+
+TEST_F(LocationThunderbirdPumpTest, MarkedMailsGoAtTheEndOfTheirMailbox) {
+  const Box first = AddBox("A", {"1", "2", "3"});
+  const Box second = AddBox("B", {"4"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  for (const std::string id : {"1", "2", "3"}) {
+    EXPECT_EQ(GetParam(Next(), "ID"), "20100509143005-" + id + "@x");
+    if (id != "2") connector->SourceDelete();
+    EXPECT_EQ(ReadBytes(first.file), MailOf("1") + MailOf("2") + MailOf("3"));
+  }
+  EXPECT_EQ(GetParam(Next(), "ID"), "20100509143005-4@x");
+  const std::size_t size = MailOf("1").size();
+  std::string expected = MailOf("1") + MailOf("2") + MailOf("3");
+  const std::size_t digit = expected.find("Status: 0001") + 11;
+  expected[digit] = '9';
+  expected[digit + 2 * size] = '9';
+  EXPECT_EQ(ReadBytes(first.file), expected);
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/A.msf"));
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(ReadBytes(second.file), MailOf("4"));
+  EXPECT_TRUE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/B.msf"));
+  EXPECT_EQ(Stream().size(), 2U);
+}
+
+TEST_F(LocationThunderbirdPumpTest, MarkBehindTheLastMailOfARunStillDeletesIt) {
+  const Box box = AddBox("A", {"1"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  connector->SourceDelete();
+  EXPECT_EQ(StatusOf(ReadBytes(box.file), 0), '1');
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(StatusOf(ReadBytes(box.file), 0), '9');
+}
+
+TEST_F(LocationThunderbirdPumpTest, MarksOfAnEarlierMailboxAreForgotten) {
+  const Box first = AddBox("A", {"1"});
+  const Box second = AddBox("B", {"2"});
+  Prepare("thunderbird://p/a");
+  // A mark before the first mail, and one behind the end, belong to no mailbox.
+  connector->SourceDelete();
+  Stream();
+  connector->SourceDelete();
+  Stream();
+  EXPECT_EQ(ReadBytes(first.file), MailOf("1"));
+  EXPECT_EQ(ReadBytes(second.file), MailOf("2"));
+}
+
+// --- Failures
+// ------------------------------------------------------------------------------------------------
+
+TEST_F(LocationThunderbirdPumpTest, MissingMailboxFailsBeforeAnythingIsDelivered) {
+  AddBox("A", {"1"});
+  const Box missing = AddBox("B", {});
+  Prepare("thunderbird://p/a");
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/B"));
+  connector->SourceInit(nullptr, false);
+  host.Log.Clear();
+  for (int i = 0; i < 2; ++i) {
+    try {
+      Next();
+      FAIL();
+    } catch (const Failure& failure) {
+      EXPECT_TRUE(failure.Is(ErrorNumber::FileNotFound));
+    }
+    EXPECT_THAT(host.Log.Lines(), IsEmpty());
+  }
+  // Once it is there the same run begins.
+  WriteBytes(missing.file, MailOf("2"));
+  EXPECT_EQ(GetParam(Next(), "ID"), "20100509143005-1@x");
+  EXPECT_EQ(GetParam(Next(), "ID"), "20100509143005-2@x");
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailboxThatVanishesInTheRunFailsWhenItIsOpened) {
+  AddBox("A", {"1"});
+  AddBox("B", {"2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/B"));
+  EXPECT_THROW(Next(), Failure);
+  // The run stands in a mailbox without an open stream, which is at its end.
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(LogLines().back(), "  finished (1 Items)");
+}
+
+TEST_F(LocationThunderbirdPumpTest, FailedCallsOfTheHostRise) {
+  AddBox("A", {"1"});
+  // A whole run on a host of its own, in which the n-th call of that line fails.
+  const auto run = [&](test::RecordingHost& fresh, const std::string& failing, int nth) {
+    fresh.Global.TemporaryPath = temporary.Path() + "\\";
+    const auto pump = std::make_shared<Location_Thunderbird>();
+    pump->SetLocObject(fresh.MakeLocation("thunderbird://p/a"));
+    pump->InitLocation("thunderbird://p/a");
+    fresh.Log.Clear();
+    if (nth > 0) fresh.Log.FailOn(failing, nth);
+    pump->SourceInit(std::make_shared<test::RecordingTree>(fresh.Log, "given"), false);
+    for (std::string record; pump->SourceGetNext(record);) {
+    }
+  };
+  test::RecordingHost clean;
+  clean.Log.RecordReads = true;
+  run(clean, "", 0);
+  std::map<std::string, int> counts;
+  for (const std::string& line : clean.Log.Lines()) {
+    const int nth = ++counts[line];
+    // The record of a mail is made whatever its fields cost.
+    if (line == "Global.UserName") continue;
+    SCOPED_TRACE(line + " " + std::to_string(nth));
+    test::RecordingHost fresh;
+    EXPECT_THROW(run(fresh, line, nth), Failure);
+  }
+}
+
+TEST_F(LocationThunderbirdPumpTest, FailedReportLeavesTheLogOnAndTheRunWhereItStood) {
+  AddBox("A", {"1"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  host.Log.Clear();
+  host.Log.FailOn("Global.Report(29,");
+  EXPECT_THROW(Next(), Failure);
+  EXPECT_EQ(host.Log.Lines(),
+            Calls({"Global.SetLogEnabled(true)", Report(32, "100"), Report(29, "   1 Items in 0 Sekunden")}));
+  EXPECT_TRUE(host.Global.IsLogEnabled);
+}
+
+// --- Files of the mails
+// --------------------------------------------------------------------------------------
+
+// A mail with a text part and one attachment "a.txt" of the bytes "Hello".
+std::string MailWithAttachment(const std::string& id) {
+  return kSeparatorLine + "X-Mozilla-Status: 0000\r\nMessage-ID: <" + id +
+         "@x>\r\nDate: Sun, 9 May 2010 14:30:05 +0200\r\nSubject: A\r\nContent-Type: multipart/mixed; "
+         "boundary=\"b\"\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nText\r\n--b\r\nContent-Type: "
+         "text/plain\r\n"
+         "Content-Transfer-Encoding: base64\r\nContent-Disposition: attachment; filename=\"a.txt\"\r\n\r\n"
+         "SGVsbG8=\r\n--b--\r\n\r\n";
+}
+
+class MailFilesTest : public LocationThunderbirdPumpTest {
+ protected:
+  // The names in the temporary folder of the connector.
+  Calls OwnTemporaryNames() {
+    Calls names;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(temporary.Native() / TemporaryNames().front())) {
+      names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  // Reads a mailbox of these bytes into items.
+  void ReadInbox(const std::string& bytes) {
+    inbox = tree.AddMailbox("p", "a", "Inbox", bytes);
+    Read("thunderbird://p/a/Inbox/-");
+    platform->calls.clear();
+    host.Log.Clear();
+  }
+
+  std::string inbox;
+};
+
+TEST_F(MailFilesTest, FilesOfTheMailAtHandAloneAreInTheTemporaryFolder) {
+  inbox = tree.AddMailbox("p", "a", "Inbox", MailWithAttachment("1") + MailOf("2"));
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, true);
+  const std::string first = Next();
+  EXPECT_EQ(GetParam(first, "Data_SourceFile"), "");
+  EXPECT_EQ(OwnTemporaryNames(), Calls({"a.txt", "mail.eml"}));
+  const std::string attachment = GetParam(first, "DataFileAttach1");
+  EXPECT_EQ(ReadBytes(PeekToken(attachment, "\r\n")), "Hello");
+  const std::string second = Next();
+  EXPECT_EQ(OwnTemporaryNames(), Calls({"mail.eml"}));
+  EXPECT_EQ(ReadBytes(PeekToken(GetParam(second, "DataFile"), "\r\n")), MailOf("2"));
+  EXPECT_EQ(Next(), "end");
+  EXPECT_THAT(OwnTemporaryNames(), IsEmpty());
+}
+
+TEST_F(MailFilesTest, MailIsBroughtOutOfTheMailbox) {
+  ReadInbox(MailOf("1") + MailOf("2"));
+  const std::string target = temporary.Path() + "\\20100509143005-1@x.eml";
+  EXPECT_EQ(connector->GetFile(connector->Item(1), "File"), target);
+  EXPECT_EQ(ReadBytes(target), MailOf("1"));
+  EXPECT_THAT(platform->calls, ElementsAre("SetPointer(busy)", "SetPointer(default)"));
+  EXPECT_EQ(GetFileDate(target), "09.05.2010 14:30:05");
+  EXPECT_THAT(host.Log.Lines(), IsEmpty());
+}
+
+TEST_F(MailFilesTest, ContentsOfAttachmentsAreLeftOutOfTheMailAndBroughtOutAlone) {
+  ReadInbox(MailWithAttachment("1") + MailOf("2"));
+  const ItemPtr item = connector->Item(1);
+  EXPECT_EQ(ReadBytes(connector->GetFile(item, "FileAttach1")), "Hello");
+  EXPECT_TRUE(temporary.Exists("20100509143005-1@x#2_a.txt"));
+  std::string expected = MailWithAttachment("1");
+  expected.erase(expected.find("SGVsbG8=\r\n"), 10);
+  EXPECT_EQ(ReadBytes(connector->GetFile(item, "File")), expected);
+}
+
+TEST_F(MailFilesTest, PathAloneIsAskedForByAnyOtherOption) {
+  ReadInbox(MailOf("1"));
+  for (const GetFileOption option : {1, -1, 2}) {
+    platform->calls.clear();
+    EXPECT_EQ(connector->GetFile(connector->Item(1), "File", option),
+              temporary.Path() + "\\20100509143005-1@x.eml");
+    EXPECT_FALSE(temporary.Exists("20100509143005-1@x.eml"));
+    EXPECT_THAT(platform->calls, ElementsAre("SetPointer(busy)", "SetPointer(default)"));
+  }
+}
+
+TEST_F(MailFilesTest, FileThatTheItemDoesNotHaveLeavesTheBareFolder) {
+  ReadInbox(MailOf("1"));
+  EXPECT_EQ(connector->GetFile(connector->Item(1), "FileHTML", 1), temporary.Path() + "\\");
+}
+
+TEST_F(MailFilesTest, AttachmentNumberBeyondSixteenBitsIsAnOverflow) {
+  const auto item = host.MakeItem();
+  item->Data = {{"File", "x#70000_a"}, {"_SourceFile", "C:\\none"}, {"_SourceOffset", "0"}};
+  Connect("thunderbird://p");
+  try {
+    connector->GetFile(item, "File");
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_TRUE(failure.Is(ErrorNumber::Overflow));
+  }
+}
+
+TEST_F(MailFilesTest, OffsetBeyondTwoGigabytesIsAnOverflow) {
+  const auto item = host.MakeItem();
+  item->Data = {{"File", "x.eml"}, {"_SourceFile", "C:\\none"}, {"_SourceOffset", "2147483648"}};
+  Connect("thunderbird://p");
+  EXPECT_THROW(connector->GetFile(item, "File"), Failure);
+  EXPECT_THROW(connector->DeleteItem(item), Failure);
+}
+
+TEST_F(MailFilesTest, NoItemIsAFailureThatLeavesThePointerBusy) {
+  Connect("thunderbird://p");
+  EXPECT_THROW(connector->GetFile(nullptr, "File"), Failure);
+  EXPECT_THAT(platform->calls, ElementsAre("SetPointer(busy)"));
+}
+
+// --- Deleting an item
+// ----------------------------------------------------------------------------------------
+
+TEST_F(MailFilesTest, DeletedItemLeavesItsMailboxAtOnce) {
+  ReadInbox(MailOf("1") + MailOf("2"));
+  EXPECT_TRUE(connector->DeleteItem(connector->Item(2)));
+  std::string expected = MailOf("1") + MailOf("2");
+  expected[expected.rfind("Status: 0001") + 11] = '9';
+  EXPECT_EQ(ReadBytes(inbox), expected);
+  EXPECT_EQ(connector->Count(), 1);
+  EXPECT_THAT(host.Log.Lines(), ElementsAre("Global.Report(38,\"\",item2)",
+                                            "Location(\"thunderbird://p/a/Inbox/-\").SetChanged(true)"));
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox.msf"));
+}
+
+TEST_F(MailFilesTest, ItemGoesThoughTheUserKeepsTheMail) {
+  ReadInbox(MailOf("1"));
+  platform->processes = {{{17, "thunderbird.exe"}}};
+  platform->messageAnswers = {MessageAnswer::Cancel};
+  EXPECT_TRUE(connector->DeleteItem(connector->Item(1)));
+  EXPECT_EQ(ReadBytes(inbox), MailOf("1"));
+  EXPECT_EQ(connector->Count(), 0);
+}
+
+TEST_F(MailFilesTest, MailboxThatCannotBeOpenedKeepsTheItem) {
+  ReadInbox(MailOf("1"));
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/Inbox"));
+  tree.AddFolder("p", "a", "Inbox");
+  EXPECT_THROW(connector->DeleteItem(connector->Item(1)), Failure);
+  EXPECT_EQ(connector->Count(), 1);
+  EXPECT_THAT(host.Log.Lines(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vorlent
