@@ -202,6 +202,55 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(code, 1)
         self.assertIn("no item nosuch", err)
 
+    # --- Streaming and deleting -----------------------------------------------------------------------------------
+
+    def test_stream_keeps_each_mail_with_its_files_and_record(self):
+        code, out, err = self.run_program("stream", LOCAL + "/Inbox/-", "--output", "out")
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(len(out.splitlines()), 8)
+        folder = self.work / "out" / "20260114123000-nested-3@example.org"
+        self.assertEqual(sorted(path.name for path in folder.iterdir()),
+                         ["Lageplan.png", "mail.eml", "mail.html", "record.txt"])
+        self.assertIn(b"|Source=thunderbird://default/Local Folders/Inbox/", (folder / "record.txt").read_bytes())
+        self.assertIn("<b>herzlich</b> zum Sommerfest ein. Eintritt".encode(), (folder / "mail.html").read_bytes())
+
+    def test_stream_of_mails_of_one_id_keeps_them_all(self):
+        box = self.samples / INBOX
+        box.write_bytes(b"".join(b"From - x\r\nSubject: %d\r\n\r\n%d\r\n\r\n" % (n, n) for n in range(3)))
+        self.assertEqual(self.run_program("stream", LOCAL + "/Inbox/-", "--output", "out")[0], 0)
+        self.assertEqual(sorted(path.name for path in (self.work / "out").iterdir()),
+                         ["20000100000000-", "20000100000000--2", "20000100000000--3"])
+
+    def test_stream_with_delete_marks_the_streamed_mails_only(self):
+        before = (self.samples / INBOX).read_bytes()
+        self.assertEqual(self.run_program("stream", LOCAL + "/Inbox/-", "--delete")[0], 0)
+        after = (self.samples / INBOX).read_bytes()
+        self.assertEqual(len(before), len(after))
+        changed = [i for i in range(len(before)) if before[i] != after[i]]
+        self.assertEqual(len(changed), 8)
+        self.assertTrue(all(before[i - 21:i].startswith(b"X-Mozilla-Status: 000") for i in changed))
+        self.assertFalse((self.samples / (INBOX + ".msf")).exists())
+        code, _, err = self.run_program("read", LOCAL + "/Inbox/-")
+        self.assertEqual(code, 1)
+
+    def test_delete_by_number_and_id_changes_one_digit_each(self):
+        before = (self.samples / INBOX).read_bytes()
+        code, out, _ = self.run_program("delete", LOCAL + "/Inbox/-", "1", "20260114123000-nested-3@example.org")
+        self.assertEqual(code, 0)
+        self.assertIn("Local Folders/Inbox", out)
+        after = (self.samples / INBOX).read_bytes()
+        changed = [(before[i:i + 1], after[i:i + 1]) for i in range(len(before)) if before[i] != after[i]]
+        self.assertEqual(changed, [(b"1", b"9"), (b"1", b"9")])
+        subjects = [mail["Text"] for mail in self.read(LOCAL + "/Inbox/-")]
+        self.assertEqual(len(subjects), 6)
+        self.assertNotIn("Grüße aus Köln", subjects)
+
+    def test_delete_of_an_unknown_mail_deletes_the_others(self):
+        code, _, err = self.run_program("delete", LOCAL + "/Inbox/-", "nosuch", "1")
+        self.assertEqual(code, 1)
+        self.assertIn("no item nosuch", err)
+        self.assertEqual(len(self.read(LOCAL + "/Inbox/-")), 7)
+
     def test_control_characters_of_a_mail_do_not_reach_the_terminal(self):
         box = self.samples / INBOX
         box.write_bytes(b"From - x\r\nSubject: a\x1b[31mb\r\nDate: Mon, 12 Jan 2026 08:15:28 +0100\r\n\r\nx\r\n\r\n"

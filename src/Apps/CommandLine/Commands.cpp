@@ -10,6 +10,8 @@ const std::vector<Verb>& Verbs() {
        DeclareBrowse},
       {"read", "Read the items of an address: mails, bookmarks, events and tasks", "Reading", DeclareRead},
       {"get", "Bring the files of a mail out of its mailbox", "Reading", DeclareGet},
+      {"stream", "Read mail by mail without holding a mailbox, and keep the mails", "Reading", DeclareStream},
+      {"delete", "Mark mails as deleted in their mailbox", "Changing mailboxes", DeclareDelete},
   };
   return verbs;
 }

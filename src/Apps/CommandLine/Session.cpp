@@ -120,6 +120,17 @@ StandaloneLocationPtr Session::Open(const std::string& address) {
   return location;
 }
 
+StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
+  const StandaloneLocationPtr location = Open(address);
+  const auto connector = std::dynamic_pointer_cast<Location_Thunderbird>(location->Connector());
+  if (connector == nullptr) throw AppError(ExitCode::Usage, Shown(address) + " is no address of mail");
+  CheckMailboxes(*location);
+  if (connector->MailFiles().IsEmpty() && ComplainOfErrors()) {
+    throw AppError(ExitCode::Unreadable, Shown(address) + " could not be read");
+  }
+  return location;
+}
+
 StandaloneLocationPtr Session::Read(const std::string& address) {
   const StandaloneLocationPtr location = Open(address);
   CheckMailboxes(*location);

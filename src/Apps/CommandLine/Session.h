@@ -42,6 +42,11 @@ class Session {
   // Opens a Location on an address and lets the connector prepare it, without reading items.
   StandaloneLocationPtr Open(const std::string& address);
 
+  // Opens and makes sure that there are mailboxes. Raises AppError with ExitCode::Unreadable if a profile or
+  // an account doesn't exist or a mailbox of the address is missing, with ExitCode::Usage if it isn't one of
+  // mail.
+  StandaloneLocationPtr OpenMailboxes(const std::string& address);
+
   // Opens and reads. Raises AppError with ExitCode::Unreadable if that fails, or if nothing was read and the
   // component said why.
   StandaloneLocationPtr Read(const std::string& address);

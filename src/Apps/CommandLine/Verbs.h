@@ -8,5 +8,7 @@ namespace vorlent::app {
 void DeclareBrowse(CLI::App& command, Action& action);
 void DeclareRead(CLI::App& command, Action& action);
 void DeclareGet(CLI::App& command, Action& action);
+void DeclareStream(CLI::App& command, Action& action);
+void DeclareDelete(CLI::App& command, Action& action);
 
 }  // namespace vorlent::app

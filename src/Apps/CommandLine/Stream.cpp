@@ -1,0 +1,96 @@
+#include <filesystem>
+
+#include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/Verbs.h"
+#include "Common/StdModul.h"
+#include "Common/TextWriter.h"
+#include "Platform/Posix/PathMapping.h"
+
+namespace vorlent::app {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct StreamOptions {
+  std::string address;
+  std::string output;
+  bool json = false;
+  bool records = false;
+  bool remove = false;
+};
+
+// A new folder for a mail; mails of one ID get numbers behind it.
+fs::path NewMailFolder(const fs::path& parent, const std::string& id) {
+  const std::string name = os::ToNativeName(EncodeFileName(id));
+  fs::path folder = parent / name;
+  for (int number = 2; !fs::create_directory(folder); ++number)
+    folder = parent / (name + "-" + std::to_string(number));
+  return folder;
+}
+
+// Moves the files that the record names into the mail's folder and writes the record beside them.
+void Keep(const StandaloneItem& item, const std::string& record, const fs::path& parent) {
+  const fs::path folder = NewMailFolder(parent, item.ID());
+  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
+    if (!item.DataKey(i).starts_with("File")) continue;
+    std::string description = item.DataText(item.DataKey(i));
+    const std::string source = CutLine(description);
+    // Two attachments of one name are one file, which has moved with the first.
+    if (!FileExists(source)) continue;
+    const fs::path target = folder / os::ToNativeName(GetFileName(source));
+    os::Rename(source, os::ToWindowsPath(target.string()));
+  }
+  TextWriter writer(os::ToWindowsPath((folder / "record.txt").string()), os::File::Mode::Create);
+  writer.Write(record);
+  writer.Close();
+}
+
+void Print(const StandaloneItem& item, const StreamOptions& options) {
+  const std::string line = options.json      ? ItemJson(item)
+                           : options.records ? item.Record()
+                                             : Shown(item.Date()) + "  " + Shown(item.Text());
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fputc('\n', stdout);
+}
+
+ExitCode Stream(Session& session, const StreamOptions& options) {
+  const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(options.address));
+  const auto connector = RequireAs<MailConnector>(location->Connector());
+  if (options.remove && !session.Confirm("Every mail of " + options.address +
+                                         " will be marked as deleted in its mailbox. Go on?")) {
+    return ExitCode::Cancelled;
+  }
+  const bool keep = !options.output.empty();
+  if (keep) fs::create_directories(options.output);
+  connector->SourceInit(nullptr, keep);
+  std::size_t count = 0;
+  for (std::string record; connector->SourceGetNext(record); ++count) {
+    StandaloneItem item;
+    item.ImportRecord(record);
+    if (keep) Keep(item, record, options.output);
+    Print(item, options);
+    if (options.remove) connector->SourceDelete();
+    session.Output().CountMail();
+  }
+  if (session.ComplainOfErrors()) return ExitCode::Unreadable;
+  if (count > 0) return ExitCode::Done;
+  session.Output().Complain("no mails at " + options.address);
+  return ExitCode::Partly;
+}
+
+}  // namespace
+
+void DeclareStream(CLI::App& command, Action& action) {
+  const auto options = std::make_shared<StreamOptions>();
+  command.add_option("ADDRESS", options->address, "The mailboxes to stream")->required();
+  command.add_option("--output", options->output, "Keep each mail in DIR/ID/, with its files and its record")
+      ->type_name("DIR");
+  auto* json = command.add_flag("--json", options->json, "One JSON object per mail");
+  command.add_flag("--records", options->records, "The raw item records, one per line")->excludes(json);
+  command.add_flag("--delete", options->remove, "Mark each mail as deleted once its mailbox is done");
+  command.callback(
+      [options, &action] { action = [options](Session& session) { return Stream(session, *options); }; });
+}
+
+}  // namespace vorlent::app
