@@ -36,6 +36,7 @@ class CallLog {
 
   // The n-th call from now (from 1) whose line begins with `prefix` raises, and from then on all if `always`.
   void FailOn(std::string_view prefix, int nth = 1, bool always = false, int number = 440);
+  void ClearFaults() { faults_.clear(); }
 
   void Write(const std::string& line);
   void Read(const std::string& line);
