@@ -16,6 +16,7 @@
 #include "Platform/Failure.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Platform/Posix/System.h"
+#include "Support/AsOrdinaryUser.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
 
@@ -51,22 +52,6 @@ constexpr int kPathNotFound = 76;
 
 constexpr File::Mode kAllModes[] = {File::Mode::Read, File::Mode::ReadWrite, File::Mode::Create,
                                     File::Mode::Append};
-
-// Permissions don't bind the superuser: the test goes on as somebody else.
-class AsOrdinaryUser {
- public:
-  AsOrdinaryUser() {
-    if (geteuid() == 0) changed_ = seteuid(65534) == 0;
-  }
-  ~AsOrdinaryUser() {
-    if (changed_ && seteuid(0) != 0) std::abort();
-  }
-  AsOrdinaryUser(const AsOrdinaryUser&) = delete;
-  AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
-
- private:
-  bool changed_ = false;
-};
 
 // Files may grow to so many bytes only, as on a full disk.
 class ScopedSizeLimit {
@@ -212,6 +197,7 @@ TEST_F(FilesTest, FailureNamesPathAndReason) {
 
 TEST_F(FilesTest, WhatTheUserMayNotTouchIsPathAccess) {
   folder_.Write("closed/f", "x");
+  Permit("", 0755);
   Permit("closed", 0);
   const AsOrdinaryUser user;
   const std::string path = folder_.Path("closed\\f");

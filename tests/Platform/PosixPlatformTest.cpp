@@ -73,10 +73,12 @@ class MessageTest : public testing::Test {
       const ScopedDescriptor error(STDERR_FILENO, terminal);
       shown.answer = PosixPlatform().ShowMessage("Weiter?", "Titel", MessageIcon::Question, buttons);
     }
-    char buffer[4096];
-    const ssize_t count = read(user, buffer, sizeof buffer);
-    shown.text.assign(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    // Once nobody holds the terminal's side any more, what it still has comes to an end.
     close(terminal);
+    char buffer[4096];
+    for (ssize_t count = 0; (count = read(user, buffer, sizeof buffer)) > 0;) {
+      shown.text.append(buffer, static_cast<std::size_t>(count));
+    }
     close(user);
     return shown;
   }
