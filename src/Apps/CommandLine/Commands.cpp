@@ -11,6 +11,8 @@ const std::vector<Verb>& Verbs() {
       {"read", "Read the items of an address: mails, bookmarks, events and tasks", "Reading", DeclareRead},
       {"get", "Bring the files of a mail out of its mailbox", "Reading", DeclareGet},
       {"stream", "Read mail by mail without holding a mailbox, and keep the mails", "Reading", DeclareStream},
+      {"bookmarks", "Write the bookmarks of a Firefox profile as bookmarks.html", "Reading",
+       DeclareBookmarks},
       {"delete", "Mark mails as deleted in their mailbox", "Changing mailboxes", DeclareDelete},
   };
   return verbs;

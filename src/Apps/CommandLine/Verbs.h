@@ -9,6 +9,7 @@ void DeclareBrowse(CLI::App& command, Action& action);
 void DeclareRead(CLI::App& command, Action& action);
 void DeclareGet(CLI::App& command, Action& action);
 void DeclareStream(CLI::App& command, Action& action);
+void DeclareBookmarks(CLI::App& command, Action& action);
 void DeclareDelete(CLI::App& command, Action& action);
 
 }  // namespace vorlent::app

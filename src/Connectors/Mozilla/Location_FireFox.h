@@ -40,6 +40,9 @@ class Location_FireFox final : public LocationFrame<BookmarkConnector> {
   // Failures are swallowed; nothing if the host gives no list.
   std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr& expr) override;
 
+  // Folder of the profile read last, with a trailing separator; "" before the first was found.
+  const std::string& ProfileFolder() const { return profileFolder_; }
+
  private:
   ParameterSettings Parameters() const override { return {"$type=url", "KeywordTree,Log"}; }
   void Pasted(const ItemPtr& item, std::string_view import) override;

@@ -1,0 +1,69 @@
+#include <filesystem>
+#include <system_error>
+
+#include "Apps/CommandLine/Verbs.h"
+#include "Common/StdModul.h"
+#include "Connectors/Mozilla/Location_FireFox.h"
+
+namespace vorlent::app {
+
+namespace {
+
+struct BookmarksOptions {
+  std::string address;
+  std::string output;
+};
+
+void CopyExport(const std::string& from, const std::string& to) {
+  std::error_code error;
+  std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+  if (error) throw AppError(ExitCode::Unreadable, to + " could not be written: " + error.message());
+}
+
+ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
+  const std::string address = session.Address(options.address);
+  if (!address.starts_with("firefox://") || address.ends_with("/*")) {
+    throw AppError(ExitCode::Usage, options.address + " is no place of bookmarks",
+                   "Export those of a profile with: vorlent-mozilla bookmarks firefox://PROFILE/");
+  }
+  const StandaloneLocationPtr location = session.Read(address);
+  // A part of the bookmarks must not take the place of an earlier export.
+  if (session.Output().HasErrors()) {
+    throw AppError(ExitCode::Unreadable, session.Output().Errors().front(), "Nothing was written.");
+  }
+  if (location->ItemCount() == 0) {
+    throw AppError(ExitCode::Partly, "no bookmarks at " + options.address, "Nothing was written.");
+  }
+  const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location->Connector());
+  const std::string file = connector->ProfileFolder() + "bookmarks.html";
+  const std::string shown = NativeShown(file);
+  if (FileExists(file) && !session.Confirm(shown + " is there already. Replace it?"))
+    return ExitCode::Cancelled;
+  connector->Save();
+  if (options.output.empty()) {
+    std::puts(shown.c_str());
+    return ExitCode::Done;
+  }
+  CopyExport(os::NativePath(file), options.output);
+  session.Output().Say("written into the profile: " + shown);
+  std::puts(options.output.c_str());
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+void DeclareBookmarks(CLI::App& command, Action& action) {
+  const auto options = std::make_shared<BookmarksOptions>();
+  command
+      .add_option("ADDRESS", options->address,
+                  "Whose bookmarks, such as firefox://PROFILE/ or firefox://PROFILE/FOLDER/")
+      ->required();
+  command
+      .add_option("--output", options->output,
+                  "A copy for yourself. The bookmarks.html in the profile folder is written in any case")
+      ->type_name("FILE");
+  command.callback(
+      [options, &action] { action = [options](Session& session) { return Bookmarks(session, *options); }; });
+}
+
+}  // namespace vorlent::app
