@@ -3,11 +3,13 @@
 
 usage: command_line_test.py PROGRAM ROOT [unittest arguments]
 """
+import contextlib
 import json
 import os
 import pathlib
 import pwd
 import shutil
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -259,6 +261,87 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(code, 0)
         self.assertNotIn("\x1b", out)
         self.assertIn("a [31mb", out)
+
+    # --- Bookmarks ------------------------------------------------------------------------------------------------
+
+    def firefox(self, *names):
+        return self.samples.joinpath("AppData/Mozilla/FireFox/Profiles/k7f2m4ax.default", *names)
+
+    def database(self, sql):
+        with contextlib.closing(sqlite3.connect(self.firefox("places.sqlite"))) as places:
+            places.executescript(sql)
+
+    def test_bookmarks_are_read_and_leave_the_profile_as_it_was(self):
+        before = tree_bytes(self.samples)
+        first = self.read("firefox://default/menu/")[0]
+        self.assertEqual((first["Type"], first["Text"], first["Date"], first["Keywords"]),
+                         ("url", "Example", "15.01.2026 09:00:01", "menu"))
+        self.assertEqual(first["Data"], {"Url": "https://www.example.org/"})
+        self.assertEqual(self.run_program("browse", "firefox://default/menu/Größen & Maße/*")[0], 0)
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_bookmarks_are_exported_into_the_profile(self):
+        before = tree_bytes(self.samples)
+        code, out, err = self.run_program("bookmarks", "firefox://default")
+        file = self.firefox("bookmarks.html")
+        self.assertEqual((code, out, err), (0, f"{file}\n", ""))
+        text = file.read_text()
+        self.assertIn(">Größe \"XL\", Übermaß</A>\n", text)
+        self.assertEqual(text.count("<DT><A HREF="), 14)
+        file.unlink()
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_a_copy_of_the_export_goes_where_it_is_wanted(self):
+        copy = self.work / "copy.html"
+        code, out, err = self.run_program("bookmarks", "firefox://default/menu/", "--output", str(copy))
+        self.assertEqual((code, out), (0, f"{copy}\n"))
+        self.assertIn(f"written into the profile: {self.firefox('bookmarks.html')}", err)
+        self.assertEqual(copy.read_bytes(), self.firefox("bookmarks.html").read_bytes())
+
+    def test_export_that_can_not_be_copied_is_told(self):
+        code, out, err = self.run_program("bookmarks", "firefox://default", "--output", "/nosuch/copy.html")
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("/nosuch/copy.html could not be written", err)
+
+    def test_only_bookmarks_are_exported(self):
+        for address in (LOCAL + "/Inbox/-", "firefox://default/*"):
+            code, out, err = self.run_program("bookmarks", address)
+            self.assertEqual((code, out), (2, ""))
+            self.assertIn("is no place of bookmarks", err)
+
+    def test_nothing_is_exported_where_nothing_could_be_read(self):
+        self.firefox("bookmarks.html").write_bytes(b"earlier")
+        for sql, expected, message in (
+                ("DELETE FROM moz_bookmarks WHERE type=1", 1, "no bookmarks at firefox://default"),
+                ("ALTER TABLE moz_bookmarks DROP COLUMN title", 3, "no such column"),
+                ("DROP TABLE moz_bookmarks", 3, "no such table: moz_bookmarks")):
+            self.database(sql)
+            code, out, err = self.run_program("bookmarks", "firefox://default")
+            self.assertEqual((code, out), (expected, ""), err)
+            self.assertIn(message, err)
+        self.assertEqual(self.firefox("bookmarks.html").read_bytes(), b"earlier")
+
+    def test_a_locked_database_is_told(self):
+        with contextlib.closing(sqlite3.connect(self.firefox("places.sqlite"))) as firefox:
+            firefox.execute("BEGIN EXCLUSIVE")
+            for command in ("read", "bookmarks"):
+                code, out, err = self.run_program(command, "firefox://default")
+                self.assertEqual((code, out), (3, ""))
+                self.assertIn("please close FireFox", err)
+                self.assertIn("database is locked", err)
+
+    def test_more_rows_than_fit_into_a_folder_are_told(self):
+        self.database("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<40000) "
+                      "INSERT INTO moz_bookmarks(type, parent, position, title) SELECT 1, 6, i, 'x' FROM n")
+        code, out, err = self.run_program("read", "firefox://default")
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("the result has 40000 rows, at most 32767 fit", err)
+
+    def test_a_circle_of_folders_is_told(self):
+        self.database("INSERT INTO moz_bookmarks(id, type, parent, position, title) VALUES(0, 2, 6, 0, 'circle')")
+        code, out, err = self.run_program("read", "firefox://default")
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("folder 0 lies within itself", err)
 
 
 if __name__ == "__main__":
