@@ -22,8 +22,13 @@ template <class T>
 class KeyedList {
  public:
   KeyedList() = default;
-  KeyedList(KeyedList&&) noexcept = default;
-  KeyedList& operator=(KeyedList&&) noexcept = default;
+  // What was moved from is empty.
+  KeyedList(KeyedList&& other) noexcept { Swap(other); }
+  KeyedList& operator=(KeyedList&& other) noexcept {
+    KeyedList taken(std::move(other));
+    Swap(taken);
+    return *this;
+  }
   KeyedList(const KeyedList& other) { AppendAll(other); }
   KeyedList& operator=(const KeyedList& other) {
     if (this != &other) *this = KeyedList(other);
@@ -131,6 +136,15 @@ class KeyedList {
     bool live;
   };
 
+  void Swap(KeyedList& other) noexcept {
+    index_.swap(other.index_);
+    slots_.swap(other.slots_);
+    liveCounts_.swap(other.liveCounts_);
+    std::swap(first_, other.first_);
+    std::swap(holes_, other.holes_);
+    std::swap(removedInFront_, other.removedInFront_);
+  }
+
   void AppendAll(const KeyedList& other) {
     for (std::size_t i = other.first_; i < other.slots_.size(); ++i) {
       const Slot& slot = other.slots_[i];
@@ -183,9 +197,12 @@ class KeyedList {
       }
       CompactFront();
     } else {
-      if (liveCounts_.empty()) BuildLiveCounts();
       ++holes_;
-      AddToLiveCounts(at, -1);
+      if (liveCounts_.empty()) {
+        BuildLiveCounts();
+      } else {
+        AddToLiveCounts(at, -1);
+      }
       if (holes_ > slots_.size() / 2) CompactHoles();
     }
   }

@@ -21,9 +21,10 @@ Target ToWidth(Source value) {
 // A float is rounded to the nearest whole number, halves to the even one.
 template <std::integral Target, std::floating_point Source>
 Target ToWidth(Source value) {
+  using Limits = std::numeric_limits<Target>;
   const Source whole = std::nearbyint(value);
-  if (!(whole >= static_cast<Source>(std::numeric_limits<Target>::min()) &&
-        whole <= static_cast<Source>(std::numeric_limits<Target>::max()))) {
+  // The largest number of a wide type is no float, the power of two behind it always is.
+  if (!(whole >= static_cast<Source>(Limits::min()) && whole < std::ldexp(Source{1}, Limits::digits))) {
     throw Failure(ErrorNumber::Overflow, "overflow");
   }
   return static_cast<Target>(whole);

@@ -1,0 +1,130 @@
+#include "Platform/CodePage.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vorlent {
+namespace {
+
+// Code points of the bytes 80 to 9F, 0 for the five that the page leaves open. Printed by
+//   python3 -c "print([ord(bytes([b]).decode('cp1252', 'replace')) for b in range(128, 160)])"
+// with 65533 as 0.
+constexpr std::array<int, 32> kPage = {8364, 0,    8218, 402,  8222, 8230, 8224, 8225, 710,  8240, 352,
+                                       8249, 338,  0,    381,  0,    0,    8216, 8217, 8220, 8221, 8226,
+                                       8211, 8212, 732,  8482, 353,  8250, 339,  0,    382,  376};
+
+std::string AllBytes() {
+  std::string all;
+  for (int code = 0; code < 256; ++code)
+    all += static_cast<char>(code);
+  return all;
+}
+
+TEST(CodePage, MapsBytesAndCodePointsBothWays) {
+  for (int code = 0; code < 256; ++code) {
+    const auto byte = static_cast<unsigned char>(code);
+    const bool mapped = code >= 128 && code < 160 && kPage[static_cast<std::size_t>(code - 128)] != 0;
+    const auto expected = static_cast<char32_t>(mapped ? kPage[static_cast<std::size_t>(code - 128)] : code);
+    EXPECT_EQ(codepage::ToCodePoint(byte), expected) << code;
+    EXPECT_EQ(codepage::FromCodePoint(expected), byte) << code;
+  }
+}
+
+TEST(CodePage, HoldsNoOtherCodePoints) {
+  int held = 0;
+  for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint) {
+    if (codepage::FromCodePoint(codePoint)) ++held;
+  }
+  EXPECT_EQ(held, 256);
+  EXPECT_EQ(codepage::FromCodePoint(0x80), std::nullopt) << "the byte 80 is the euro sign";
+  EXPECT_EQ(codepage::FromCodePoint(0x100), std::nullopt);
+}
+
+TEST(CodePage, LiteralsAreCodePageBytes) {
+  EXPECT_EQ("äöüÄÖÜß"_cp, "\xE4\xF6\xFC\xC4\xD6\xDC\xDF");
+  EXPECT_EQ("€–Ÿ"_cp, "\x80\x96\x9F");
+  EXPECT_EQ("plain"_cp, "plain");
+  EXPECT_EQ(""_cp, "");
+  EXPECT_EQ("a\0b"_cp, std::string_view("a\0b", 3));
+  static_assert("ü"_cp.size() == 1);
+}
+
+TEST(CodePageToUtf8, EncodesEveryByte) {
+  EXPECT_EQ(CodePageToUtf8("Größe €"_cp), "Größe €");
+  EXPECT_EQ(CodePageToUtf8("\x81"), "\xC2\x81");
+  EXPECT_EQ(CodePageToUtf8(std::string("a\0b", 3)), std::string("a\0b", 3));
+  EXPECT_EQ(CodePageToUtf8(""), "");
+  EXPECT_EQ(Utf8ToCodePage(CodePageToUtf8(AllBytes())), AllBytes());
+  EXPECT_EQ(ExactUtf8ToCodePage(CodePageToUtf8(AllBytes())), AllBytes());
+}
+
+TEST(Utf8ToCodePage, PutsQuestionMarksForWhatIsLost) {
+  EXPECT_EQ(Utf8ToCodePage("Größe €"), "Größe €"_cp);
+  EXPECT_EQ(Utf8ToCodePage("aαz"), "a?z");
+  EXPECT_EQ(Utf8ToCodePage("😀!"), "?!");
+  EXPECT_EQ(Utf8ToCodePage("a\xE4z"), "a?z") << "a byte that is no UTF-8";
+  EXPECT_EQ(Utf8ToCodePage("\xE2\x82"), "??") << "each byte of a torn character by itself";
+  EXPECT_EQ(Utf8ToCodePage("?"), "?");
+}
+
+TEST(ExactUtf8ToCodePage, GivesNothingWhenACharacterIsLost) {
+  EXPECT_EQ(ExactUtf8ToCodePage("Größe €"), "Größe €"_cp);
+  EXPECT_EQ(ExactUtf8ToCodePage("really?"), "really?") << "a question mark of the text itself is no loss";
+  EXPECT_EQ(ExactUtf8ToCodePage(""), "");
+  EXPECT_EQ(ExactUtf8ToCodePage("aαz"), std::nullopt);
+  EXPECT_EQ(ExactUtf8ToCodePage("a\xE4z"), std::nullopt);
+  EXPECT_EQ(ExactUtf8ToCodePage("\xC2\x80"), std::nullopt) << "the control character 80 has no place";
+}
+
+TEST(IsMultiByteUtf8, TellsWellFormedTextWithAMultiByteCharacter) {
+  EXPECT_TRUE(IsMultiByteUtf8("ä"));
+  EXPECT_TRUE(IsMultiByteUtf8("plain and ä"));
+  EXPECT_TRUE(IsMultiByteUtf8("€😀"));
+  EXPECT_TRUE(IsMultiByteUtf8("\xF4\x8F\xBF\xBF")) << "10FFFF, the last";
+  EXPECT_TRUE(IsMultiByteUtf8("\xED\x9F\xBF\xEE\x80\x80")) << "around the surrogates";
+  EXPECT_TRUE(IsMultiByteUtf8("\xE0\xA0\x80\xF0\x90\x80\x80")) << "the first of three and of four bytes";
+  EXPECT_FALSE(IsMultiByteUtf8("plain"));
+  EXPECT_FALSE(IsMultiByteUtf8(""));
+}
+
+TEST(IsMultiByteUtf8, RefusesWhatRfc3629Forbids) {
+  for (const char* text : {"\xE4", "a\xE4z", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\x80", "\xBF", "\xC0\x80",
+                           "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
+                           "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "\xC3\xA4\xE4", "\xC3\x28"}) {
+    EXPECT_FALSE(IsMultiByteUtf8(text)) << testing::PrintToString(text);
+  }
+}
+
+TEST(DisplayUtf8, LeavesUtf8AndConvertsTheCodePage) {
+  EXPECT_EQ(DisplayUtf8("Größe"), "Größe");
+  EXPECT_EQ(DisplayUtf8("Größe"_cp), "Größe");
+  EXPECT_EQ(DisplayUtf8("plain"), "plain");
+  EXPECT_EQ(DisplayUtf8("\xC3\xA4\xE4"), "Ã¤ä") << "text that mixes both is code page as a whole";
+}
+
+TEST(LowerCase, KnowsTheLettersOfThePage) {
+  EXPECT_EQ(LowerCase("ABCXYZ09_[]"), "abcxyz09_[]");
+  EXPECT_EQ(LowerCase("ÄÖÜÀÞÑ"_cp), "äöüàþñ"_cp);
+  EXPECT_EQ(LowerCase("ŠŒŽŸ"_cp), "šœžÿ"_cp);
+  EXPECT_EQ(LowerCase("×ß÷€"_cp), "×ß÷€"_cp);
+  EXPECT_EQ(LowerCase(""), "");
+  EXPECT_EQ(LowerCase(LowerCase(AllBytes())), LowerCase(AllBytes()));
+}
+
+TEST(EqualNoCase, ComparesWithoutCase) {
+  EXPECT_TRUE(EqualNoCase("Größe"_cp, "GRÖßE"_cp));
+  EXPECT_TRUE(EqualNoCase("", ""));
+  EXPECT_TRUE(EqualNoCase("Ÿ"_cp, "ÿ"_cp));
+  EXPECT_FALSE(EqualNoCase("a", "ab"));
+  EXPECT_FALSE(EqualNoCase("ab", "a"));
+  EXPECT_FALSE(EqualNoCase("a", "ä"_cp));
+  EXPECT_FALSE(EqualNoCase("@", "`")) << "the neighbours of the letters are none";
+  EXPECT_FALSE(EqualNoCase("×"_cp, "÷"_cp));
+}
+
+}  // namespace
+}  // namespace vorlent
