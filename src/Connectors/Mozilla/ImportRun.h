@@ -1,0 +1,63 @@
+// The import run: mailboxes into a Location of the host.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Common/KeyedList.h"
+#include "Connectors/Mozilla/ImportCommand.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Host/HostGlobal.h"
+
+namespace vorlent {
+
+// Reads every mail of the command's mailboxes, makes an item of the target Location of each and moves its
+// files into it; with "action move" the imported mails of a mailbox are deleted behind its last one. Reports
+// progress and speed, and yields to the host between mails, which is when a wish to stop is seen.
+//
+// A target that isn't there is told to the user. Any other failure ends the run where it stands and rises:
+// the progress display stays open, and the mails of the mailbox at hand stay in it.
+class ImportRun {
+ public:
+  explicit ImportRun(std::string_view cmd);
+
+  // Carries the command out, once.
+  void Run();
+
+ private:
+  bool FindTarget();
+  void Open();
+  void ImportMailbox(std::int32_t position);
+  void ImportMails();
+  void ImportMail();
+  void TakeFiles(Item& item);
+  void DeleteImportedMails();
+  void ReportMailbox();
+  void Close();
+  void RebuildTopics();
+
+  void OpenTree();
+  void CloseTree();
+
+  std::string KeywordsOf(const std::string& mailbox) const;
+
+  HostGlobal& host_;
+  StdMail mail_;
+  ImportCommand command_;
+  std::string keywords_;
+  LocationPtr location_;
+  TreePtr tree_;  // with "option tree" only
+  std::int32_t itemsDone_ = 0;
+  double totalBytes_ = 0;
+  double bytesDone_ = 0;  // of the mailboxes finished so far
+
+  // Of the mailbox at hand.
+  double fileBytes_ = 0;
+  std::string fileKeywords_;
+  KeyedList<std::string> deleteList_;  // offsets of the imported mails, with "action move" only
+  double startTime_ = 0;
+  std::int32_t itemsBefore_ = 0;
+};
+
+}  // namespace vorlent
