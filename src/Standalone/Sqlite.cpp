@@ -1,0 +1,137 @@
+#include "Standalone/Sqlite.h"
+
+#include <sqlite3.h>
+
+#include "Common/Width.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+namespace {
+
+ErrorNumber NumberOf(int result) {
+  switch (result & 0xFF) {
+    case SQLITE_FULL:
+      return ErrorNumber::DiskFull;
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+      return ErrorNumber::PathAccess;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return ErrorNumber::PermissionDenied;
+    default:
+      return ErrorNumber::DeviceIo;
+  }
+}
+
+}  // namespace
+
+void SqliteStatement::Finalize::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+SqliteStatement::SqliteStatement(SqliteDatabase& database, std::string_view sql) : database_(&database) {
+  sqlite3_stmt* prepared = nullptr;
+  const int result = sqlite3_prepare_v3(database.Handle(), sql.data(), ToInt32(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+  statement_.reset(prepared);
+  Check(result);
+}
+
+SqliteStatement& SqliteStatement::Bind(int parameter, std::int64_t value) {
+  Check(sqlite3_bind_int64(statement_.get(), parameter, value));
+  return *this;
+}
+
+SqliteStatement& SqliteStatement::Bind(int parameter, std::string_view text) {
+  // A null pointer would bind NULL, and an empty view may hold one.
+  const char* bytes = text.data() == nullptr ? "" : text.data();
+  Check(sqlite3_bind_text64(statement_.get(), parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
+  return *this;
+}
+
+bool SqliteStatement::Step() {
+  const int result = sqlite3_step(statement_.get());
+  if (result == SQLITE_ROW) return true;
+  sqlite3_reset(statement_.get());
+  if (result != SQLITE_DONE) database_->RaiseFailure(result);
+  return false;
+}
+
+void SqliteStatement::Run() {
+  while (Step()) {
+  }
+}
+
+void SqliteStatement::Reset() {
+  sqlite3_reset(statement_.get());
+}
+
+std::int64_t SqliteStatement::Number(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
+
+std::string_view SqliteStatement::Text(int column) const {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
+  if (text == nullptr) return {};
+  return std::string_view(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column)));
+}
+
+void SqliteStatement::Check(int result) const {
+  if (result != SQLITE_OK) database_->RaiseFailure(result);
+}
+
+void SqliteDatabase::Close::operator()(sqlite3* handle) const {
+  sqlite3_close_v2(handle);
+}
+
+SqliteDatabase::SqliteDatabase(std::string_view path, int timeout) : path_(path) {
+  sqlite3* opened = nullptr;
+  const int result =
+      sqlite3_open_v2(os::NativePath(path).c_str(), &opened,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  handle_.reset(opened);
+  if (result != SQLITE_OK) RaiseFailure(result);
+  sqlite3_extended_result_codes(opened, 1);
+  sqlite3_busy_timeout(opened, timeout);
+}
+
+void SqliteDatabase::Execute(const std::string& statements) {
+  const int result = sqlite3_exec(handle_.get(), statements.c_str(), nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) RaiseFailure(result);
+}
+
+std::int64_t SqliteDatabase::LastRow() const {
+  return sqlite3_last_insert_rowid(handle_.get());
+}
+
+bool SqliteDatabase::InTransaction() const {
+  return sqlite3_get_autocommit(handle_.get()) == 0;
+}
+
+void SqliteDatabase::RaiseFailure(int result) const {
+  const char* reason = handle_ == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(handle_.get());
+  throw Failure(NumberOf(result), path_ + ": " + reason);
+}
+
+SqliteTransaction::SqliteTransaction(SqliteDatabase& database)
+    : database_(database), nested_(database.InTransaction()) {
+  database_.Execute(nested_ ? "SAVEPOINT part" : "BEGIN IMMEDIATE");
+}
+
+SqliteTransaction::~SqliteTransaction() {
+  // A failure such as a full disk may have ended the whole transaction already.
+  if (!open_ || !database_.InTransaction()) return;
+  const char* takeBack = nested_ ? "ROLLBACK TO part; RELEASE part" : "ROLLBACK";
+  sqlite3_exec(database_.Handle(), takeBack, nullptr, nullptr, nullptr);
+}
+
+void SqliteTransaction::Commit() {
+  database_.Execute(nested_ ? "RELEASE part" : "COMMIT");
+  open_ = false;
+}
+
+}  // namespace vorlent
