@@ -105,9 +105,13 @@ void CreateFolder(std::string_view path);
 void RemoveFolder(std::string_view path);
 // What was created, renamed and removed in a folder so far survives a crash of the machine once this returns.
 void SyncFolder(std::string_view path);
+// The same for all files and folders of the file system that holds the folder.
+void SyncFileSystem(std::string_view folder);
 // An existing target raises FileExists, unless it is the source by another case of letters. Across file
 // systems a file is copied, complete before the source goes; a folder raises PathAccess.
 void Rename(std::string_view source, std::string_view target);
+// As Rename, but never copies: false if the two places lie on different file systems.
+bool RenameInPlace(std::string_view source, std::string_view target);
 // Copies a plain file with its attributes and time of last change. Replaces the target, but not a read-only
 // one or the source itself; a target that could not be written whole is removed.
 void Copy(std::string_view source, std::string_view target);

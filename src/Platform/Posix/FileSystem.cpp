@@ -188,10 +188,24 @@ void SyncFolder(std::string_view path) {
   SyncNativeFolder(ToNativePath(path), path);
 }
 
-void SyncNativeFolder(const std::string& native, std::string_view path) {
-  const Descriptor folder(Retry([&] { return open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+namespace {
+
+Descriptor OpenFolder(const std::string& native, std::string_view path) {
+  Descriptor folder(Retry([&] { return open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   Require(folder.Get() >= 0, path);
+  return folder;
+}
+
+}  // namespace
+
+void SyncNativeFolder(const std::string& native, std::string_view path) {
+  const Descriptor folder = OpenFolder(native, path);
   Require(Retry([&] { return fsync(folder.Get()); }) == 0, path);
+}
+
+void SyncFileSystem(std::string_view folder) {
+  const Descriptor opened = OpenFolder(ToNativePath(folder), folder);
+  Require(Retry([&] { return syncfs(opened.Get()); }) == 0, folder);
 }
 
 }  // namespace vorlent::os

@@ -86,7 +86,7 @@ void MoveByCopy(std::string_view source, std::string_view target) {
   }
 }
 
-void Rename(std::string_view source, std::string_view target) {
+bool RenameInPlace(std::string_view source, std::string_view target) {
   const std::string from = ToNativePath(source);
   const std::string found = ToNativePath(target);
   struct stat status;
@@ -95,10 +95,13 @@ void Rename(std::string_view source, std::string_view target) {
   const bool isSameEntry = found == from;
   if (!isSameEntry && lstat(found.c_str(), &status) == 0) RaiseSystemFailure(EEXIST, target);
   const std::string to = ToNewNativePath(target);
-  if (to == from) return;
-  if (RenameToFreeName(from, to) == 0) return;
+  if (to == from || RenameToFreeName(from, to) == 0) return true;
   if (errno != EXDEV) RaiseSystemFailure(errno, target);
-  MoveByCopy(source, target);
+  return false;
+}
+
+void Rename(std::string_view source, std::string_view target) {
+  if (!RenameInPlace(source, target)) MoveByCopy(source, target);
 }
 
 }  // namespace vorlent::os
