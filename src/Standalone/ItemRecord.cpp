@@ -64,7 +64,7 @@ void ItemRecord::Import(std::string_view record) {
   }
   for (const Field& field : fields_) {
     const std::string_view key = KeyOf(field);
-    if (!imported.Has(key)) imported.Set({}, key, ValueOf(&field));
+    if (!imported.Has(key)) imported.Add(key, ValueOf(&field));
   }
   *this = std::move(imported);
 }
@@ -123,18 +123,19 @@ const ItemRecord::Field* ItemRecord::Find(std::string_view prefix, std::string_v
 }
 
 void ItemRecord::Set(std::string_view prefix, std::string_view key, std::string_view value) {
-  const std::uint32_t valueAt = AddText(value);
-  const auto valueSize = ToWidth<std::uint32_t>(value.size());
-  if (Find(prefix, key) != nullptr) {
-    Field& field = fields_[lastFound_];
-    field.valueAt = valueAt;
-    field.valueSize = valueSize;
-    field.plain = true;
-    return;
-  }
+  if (Find(prefix, key) == nullptr) return Append(prefix, key, value);
+  Field& field = fields_[lastFound_];
+  field.valueAt = AddText(value);
+  field.valueSize = static_cast<std::uint32_t>(value.size());
+  field.plain = true;
+}
+
+void ItemRecord::Append(std::string_view prefix, std::string_view key, std::string_view value) {
   const std::uint32_t keyAt = AddText(prefix);
   AddText(key);
-  Append({keyAt, ToWidth<std::uint32_t>(prefix.size() + key.size()), valueAt, valueSize, true});
+  const auto keySize = static_cast<std::uint32_t>(prefix.size() + key.size());
+  const std::uint32_t valueAt = AddText(value);
+  Append({keyAt, keySize, valueAt, static_cast<std::uint32_t>(value.size()), true});
 }
 
 void ItemRecord::Append(const Field& field) {

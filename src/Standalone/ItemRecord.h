@@ -24,6 +24,13 @@ class ItemRecord {
   bool Has(std::string_view key) const { return Find({}, key) != nullptr; }
   // Sets a field, behind all others if it is new.
   void Set(std::string_view key, std::string_view value) { Set({}, key, value); }
+  // Adds a field that the record doesn't have.
+  void Add(std::string_view key, std::string_view value) { Append({}, key, value); }
+
+  // All fields in order, positions from 0.
+  std::size_t FieldCount() const { return fields_.size(); }
+  std::string_view FieldKey(std::size_t index) const { return KeyOf(fields_[index]); }
+  std::string FieldValue(std::size_t index) const { return ValueOf(&fields_[index]); }
 
   // The data fields: those whose key begins with "Data", named by what follows. Positions count from 1; one
   // that doesn't exist raises SubscriptOutOfRange.
@@ -51,6 +58,7 @@ class ItemRecord {
   const Field* Find(std::string_view prefix, std::string_view key) const;
   const Field& DataField(std::int32_t pos) const;
   void Set(std::string_view prefix, std::string_view key, std::string_view value);
+  void Append(std::string_view prefix, std::string_view key, std::string_view value);
   void Append(const Field& field);
   std::uint32_t AddText(std::string_view text);
 

@@ -45,18 +45,48 @@ ObjectPtr StandaloneGlobal::GetObject(std::string_view name) {
   for (const StandaloneLocationPtr& location : OpenLocations()) {
     if (EqualNoCase(location->Name(), name)) return location;
   }
+  if (ArchivePtr archive = OpenArchiveNamed(name)) return archive;
+  return Archive::IsArchive(name) ? OpenArchive(name) : nullptr;
+}
+
+ArchivePtr StandaloneGlobal::OpenArchiveNamed(std::string_view name) const {
+  const std::string path = Archive::NameOf(name);
+  for (const ArchivePtr& archive : archives_) {
+    const bool isMeant =
+        EqualNoCase(archive->Name(), path) || EqualNoCase(GetFileName(archive->Name()), path);
+    if (archive->IsOpen() && isMeant) return archive;
+  }
   return nullptr;
+}
+
+ArchivePtr StandaloneGlobal::OpenArchive(std::string_view folder) {
+  std::erase_if(archives_, [](const ArchivePtr& archive) { return !archive->IsOpen(); });
+  const std::string name = Archive::NameOf(folder);
+  for (const ArchivePtr& archive : archives_) {
+    if (EqualNoCase(archive->Name(), name)) return archive;
+  }
+  auto archive = std::make_shared<Archive>(weak_from_this());
+  archive->Open(folder);
+  archives_.push_back(archive);
+  return archive;
 }
 
 ItemPtr StandaloneGlobal::FindItem(std::string_view id) {
   for (const StandaloneLocationPtr& location : OpenLocations()) {
     if (ItemPtr item = RequireAs<Connector>(location->Connector())->GetItem(id)) return item;
   }
+  for (const ArchivePtr& archive : archives_) {
+    if (!archive->IsOpen()) continue;
+    if (ItemPtr item = archive->FindItem(id)) return item;
+  }
   return nullptr;
 }
 
 KeyedList<LocationPtr> StandaloneGlobal::Locations() {
   KeyedList<LocationPtr> locations;
+  for (const ArchivePtr& archive : archives_) {
+    if (archive->IsOpen()) locations.Add(archive);
+  }
   for (const StandaloneLocationPtr& location : OpenLocations())
     locations.Add(location);
   return locations;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Host/HostGlobal.h"
+#include "Standalone/Archive.h"
 #include "Standalone/HostObserver.h"
 #include "Standalone/StandaloneError.h"
 #include "Standalone/StandaloneLocation.h"
@@ -23,12 +24,15 @@ namespace vorlent {
 class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<StandaloneGlobal> {
  public:
   explicit StandaloneGlobal(HostObserver& observer);
-  // Closes the Locations that are still open and removes the temporary folder.
+  // Closes the Locations and archives that are still open and removes the temporary folder.
   ~StandaloneGlobal() override;
 
-  // "topics", or an open Location by its name, letter case of no matter.
+  // "topics"; an open Location by its name or an archive by its last folder too, letter case of no matter; or
+  // an archive that is not open yet by its path.
   ObjectPtr GetObject(std::string_view name) override;
+  // In the open Locations, then in the open archives.
   ItemPtr FindItem(std::string_view id) override;
+  // The open archives, then the other open Locations.
   KeyedList<LocationPtr> Locations() override;
   void Report(std::int32_t code, std::string_view text, const ItemPtr& item) override;
   std::string GetOption(std::string_view key) override;
@@ -62,10 +66,14 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
 
   // Makes an opened Location known, for as long as someone holds it open.
   void Remember(const StandaloneLocationPtr& location);
+  // The archive of a folder, opened and made if need be, and kept open as long as the host unless someone
+  // closes it.
+  ArchivePtr OpenArchive(std::string_view folder);
 
  private:
   void ReportProgress(std::string_view text);
   std::vector<StandaloneLocationPtr> OpenLocations() const;
+  ArchivePtr OpenArchiveNamed(std::string_view name) const;
 
   HostObserver& observer_;
   std::shared_ptr<StandaloneWindow> window_;
@@ -73,6 +81,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   ConnectorFactory createConnector_;
   std::shared_ptr<TopicsLocation> topics_;
   std::vector<std::weak_ptr<StandaloneLocation>> openLocations_;
+  std::vector<ArchivePtr> archives_;
   std::map<std::string, std::string, std::less<>> options_;
   std::string tempPath_;
   std::string userName_;

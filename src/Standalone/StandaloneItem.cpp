@@ -5,13 +5,12 @@
 #include "Common/StdModul.h"
 #include "Host/Connector.h"
 #include "Host/Location.h"
+#include "Standalone/FileDescription.h"
 #include "Standalone/HostActions.h"
 
 namespace vorlent {
 
 namespace {
-
-constexpr std::string_view kFilePrefix = "File";
 
 // The stamps of a log text "<created>,<modified>*<mark>"; the mail's log is one stamp alone.
 struct LogStamps {
@@ -30,12 +29,6 @@ bool HasKeyword(std::string keywords, std::string_view keyword) {
     if (CutToken(keywords, ",") == keyword) return true;
   }
   return false;
-}
-
-// The name of the file that a description tells of, or the last component of its path.
-std::string NameInDescription(std::string description) {
-  std::string name = GetLineValue(description, "file");
-  return name.empty() ? GetFileName(CutLine(description)) : name;
 }
 
 }  // namespace
@@ -82,8 +75,7 @@ std::string StandaloneItem::FullText() const {
   std::string text = Text();
   for (std::int32_t pos = 1; pos <= DataCount(); ++pos) {
     text += "\r\n";
-    text += DataKey(pos).starts_with(kFilePrefix) ? NameInDescription(record_.DataValue(pos))
-                                                  : record_.DataValue(pos);
+    text += DescribesFile(DataKey(pos)) ? FileNameIn(record_.DataValue(pos)) : record_.DataValue(pos);
   }
   return text;
 }
@@ -138,7 +130,7 @@ std::vector<std::string> FileNames(const Item& item) {
   std::vector<std::string> names;
   for (std::int32_t pos = 1; pos <= item.DataCount(); ++pos) {
     const std::string key = item.DataKey(pos);
-    if (key.starts_with(kFilePrefix)) names.push_back(NameInDescription(item.DataText(key)));
+    if (DescribesFile(key)) names.push_back(FileNameIn(item.DataText(key)));
   }
   return names;
 }

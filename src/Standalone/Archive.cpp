@@ -1,0 +1,132 @@
+#include "Standalone/Archive.h"
+
+#include <utility>
+
+#include "Common/StdModul.h"
+#include "Common/Width.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+Archive::~Archive() {
+  Swallow([&] { Close(); });
+}
+
+bool Archive::IsArchive(std::string_view folder) {
+  return !folder.empty() && FileExists(AddPathSep(folder) + "archive.sqlite");
+}
+
+std::string Archive::NameOf(std::string_view folder) {
+  return RemovePathSep(folder);
+}
+
+LocationState Archive::Open(std::string_view folder) {
+  Close();
+  const std::string name = NameOf(folder);
+  if (!FolderExists(name)) {
+    MakePath(name);
+    // MakePath keeps silent; this one tells why there still is no folder.
+    if (!FolderExists(name)) os::CreateFolder(name);
+    os::SyncFolder(GetPath(name));
+  }
+  content_ = std::make_shared<ArchiveContent>(AddPathSep(name));
+  name_ = name;
+  return LocationState::Read;
+}
+
+void Archive::Close() {
+  if (!IsOpen()) return;
+  const std::shared_ptr<ArchiveContent> closing = std::exchange(content_, nullptr);
+  closing->Finish();
+}
+
+ItemPtr Archive::PasteRecord(std::string_view record) {
+  ArchiveContent& content = Opened();
+  content.SettleStep();
+  const auto item = ArchiveItem::Paste(content_, record);
+  item->SetLocation(shared_from_this());
+  SetItemCounter(ToInt32(std::int64_t{ItemCounter()} + 1));
+  SetLastItemTimer(static_cast<float>(SecondsSinceMidnight()));
+  return item;
+}
+
+ItemPtr Archive::ItemAt(std::int32_t pos) {
+  const std::int64_t number = Opened().NumberAt(pos);
+  return number == 0 ? nullptr : ItemOf(number);
+}
+
+std::int32_t Archive::ItemCount() const {
+  return IsOpen() ? content_->Count() : 0;
+}
+
+std::string Archive::GetSetting(std::string_view key) {
+  return Opened().Store().Setting(key);
+}
+
+void Archive::SetSetting(std::string_view key, std::string_view value) {
+  Opened().Store().SetSetting(key, value);
+}
+
+std::string Archive::FileLocation() const {
+  return IsOpen() ? content_->Files().Folder() : std::string();
+}
+
+ItemPtr Archive::FindItem(std::string_view id) {
+  const std::vector<std::int64_t> numbers = Opened().Store().NumbersOf(id);
+  return numbers.empty() ? nullptr : ItemOf(numbers.front());
+}
+
+std::vector<std::shared_ptr<ArchiveItem>> Archive::ItemsOf(std::string_view id) {
+  return ItemsOf(Opened().Store().NumbersOf(id));
+}
+
+std::vector<std::shared_ptr<ArchiveItem>> Archive::IncompleteItems() {
+  return ItemsOf(Opened().Store().IncompleteNumbers());
+}
+
+std::vector<std::shared_ptr<ArchiveItem>> Archive::Search(std::string_view words) {
+  ArchiveContent& content = Opened();
+  content.Index().Reach(content.Store().HighestNumber());
+  return ItemsOf(content.Index().Find(words));
+}
+
+std::vector<std::shared_ptr<ArchiveItem>> Archive::ItemsOf(const std::vector<std::int64_t>& numbers) {
+  std::vector<std::shared_ptr<ArchiveItem>> items;
+  for (const std::int64_t number : numbers) {
+    if (auto item = ItemOf(number)) items.push_back(std::move(item));
+  }
+  return items;
+}
+
+std::shared_ptr<ArchiveItem> Archive::ItemOf(std::int64_t number) {
+  ArchiveContent& content = Opened();
+  if (auto held = std::dynamic_pointer_cast<ArchiveItem>(content.HeldItem(number))) return held;
+  StoredItem stored;
+  if (!content.Store().Read(number, stored)) return nullptr;
+  auto item = std::make_shared<ArchiveItem>(content_, std::move(stored));
+  item->SetLocation(shared_from_this());
+  item->SetConnected(true);
+  content.Hold(number, item);
+  return item;
+}
+
+ArchiveContent& Archive::Opened() const {
+  if (!IsOpen()) throw Failure(ErrorNumber::ObjectNotSet, "the archive '" + name_ + "' isn't open");
+  return *content_;
+}
+
+Archive::Portions::Portions(Archive& archive) : content_(archive.content_) {
+  archive.Opened().Defer();
+}
+
+Archive::Portions::~Portions() {
+  Swallow([&] { Finish(); });
+}
+
+void Archive::Portions::Finish() {
+  if (const auto content = content_.lock()) content->Settle();
+  content_.reset();
+}
+
+}  // namespace vorlent

@@ -1,0 +1,170 @@
+#include "Standalone/ArchiveContent.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "Common/Width.h"
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kDatabaseName = "archive.sqlite";
+constexpr std::string_view kFilesName = "files\\";
+
+// Set while there may be something to put in order.
+constexpr std::string_view kOpen = "open";
+
+constexpr std::int64_t kItemsPerIndexing = 256;
+constexpr std::size_t kHeldItems = 1024;
+constexpr std::int64_t kDeferredItems = 1024;
+
+// The item's number in front of a file name "<number> <name>", 0 for a file that isn't the archive's.
+std::int64_t ItemOf(std::string_view fileName) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(fileName.data(), fileName.data() + fileName.size(), number);
+  const bool isOurs = error == std::errc() && end != fileName.data() + fileName.size() && *end == ' ';
+  return isOurs ? number : 0;
+}
+
+std::string FileNameOf(std::int64_t item, std::string_view name) {
+  return std::to_string(item) + " " + std::string(name);
+}
+
+}  // namespace
+
+ArchiveContent::ArchiveContent(const std::string& folder)
+    : files_(folder + std::string(kFilesName)),
+      store_(folder + std::string(kDatabaseName)),
+      index_(store_, files_),
+      changeNoted_(store_.State(kOpen) != 0) {
+  if (changeNoted_) PutInOrder();
+}
+
+std::int64_t ArchiveContent::Insert(const ItemRecord& record, std::int64_t fingerprint,
+                                    const std::vector<StoredFile>& files) {
+  NoteChange();
+  const std::int64_t number = store_.Insert(record, fingerprint, files);
+  if (numbers_ != nullptr) numbers_->push_back(number);
+  ++deferredItems_;
+  if (number - index_.Reached() > kItemsPerIndexing) index_.Reach(number - 1);
+  return number;
+}
+
+void ArchiveContent::Update(std::int64_t number, const ItemRecord& record,
+                            const std::vector<StoredFile>& files) {
+  NoteChange();
+  SqliteTransaction transaction(store_.Database());
+  store_.Update(number, record, files);
+  index_.Update(number, record);
+  transaction.Commit();
+}
+
+void ArchiveContent::Remove(const StoredItem& item) {
+  NoteChange();
+  {
+    SqliteTransaction transaction(store_.Database());
+    store_.Remove(item.number);
+    index_.Remove(item.number);
+    transaction.Commit();
+  }
+  if (numbers_ != nullptr) std::erase(*numbers_, item.number);
+  for (const StoredFile& file : item.files) {
+    // Two descriptions may share a file, and one may be missing.
+    if (files_.Exists(item.number, file.name)) files_.Remove(item.number, file.name);
+  }
+}
+
+std::int64_t ArchiveContent::NumberAt(std::int32_t pos) {
+  return pos < 1 || pos > Count() ? 0 : Numbers()[static_cast<std::size_t>(pos) - 1];
+}
+
+std::int32_t ArchiveContent::Count() {
+  return ToInt32(Numbers().size());
+}
+
+const std::vector<std::int64_t>& ArchiveContent::Numbers() {
+  if (numbers_ == nullptr) numbers_ = std::make_unique<std::vector<std::int64_t>>(store_.AllNumbers());
+  return *numbers_;
+}
+
+ItemPtr ArchiveContent::HeldItem(std::int64_t number) const {
+  const auto found = heldItems_.find(number);
+  return found == heldItems_.end() ? nullptr : found->second.lock();
+}
+
+void ArchiveContent::Hold(std::int64_t number, const ItemPtr& item) {
+  if (heldItems_.size() >= heldItemsLimit_) {
+    std::erase_if(heldItems_, [](const auto& entry) { return entry.second.expired(); });
+    heldItemsLimit_ = std::max(kHeldItems, 2 * heldItems_.size());
+  }
+  heldItems_.insert_or_assign(number, item);
+}
+
+void ArchiveContent::Defer() {
+  NoteChange();
+  files_.Defer();
+  deferred_ = std::make_unique<SqliteTransaction>(store_.Database());
+  deferredItems_ = 0;
+}
+
+void ArchiveContent::SettleStep() {
+  if (deferred_ == nullptr || deferredItems_ < kDeferredItems) return;
+  Settle();
+  Defer();
+}
+
+void ArchiveContent::Settle() {
+  if (deferred_ == nullptr) return;
+  // Files first: what the database tells of must be there.
+  files_.Settle();
+  deferred_->Commit();
+  deferred_.reset();
+}
+
+void ArchiveContent::Finish() {
+  Settle();
+  index_.Reach(store_.HighestNumber());
+  if (changeNoted_ && filesExpected_ == 0) store_.SetState(kOpen, 0);
+  changeNoted_ = false;
+}
+
+void ArchiveContent::NoteChange() {
+  if (!changeNoted_) store_.SetState(kOpen, 1);
+  changeNoted_ = true;
+}
+
+void ArchiveContent::PutInOrder() {
+  std::set<std::int64_t> folders = files_.FolderNumbers();
+  for (std::int64_t number = 0; number <= store_.HighestNumber() / ArchiveFiles::kItemsPerFolder; ++number) {
+    folders.insert(number);
+  }
+  for (const std::int64_t number : folders)
+    PutInOrder(number);
+}
+
+void ArchiveContent::PutInOrder(std::int64_t folderNumber) {
+  const std::int64_t first = folderNumber * ArchiveFiles::kItemsPerFolder;
+  const auto wanted = store_.FilesOf(first, first + ArchiveFiles::kItemsPerFolder - 1);
+  std::set<std::string> wantedNames;
+  for (const auto& [item, file] : wanted)
+    wantedNames.insert(FileNameOf(item, file.name));
+  std::set<std::string> names;
+  for (const std::string& name : files_.NamesIn(folderNumber)) {
+    if (ItemOf(name) == 0) continue;
+    if (wantedNames.contains(name)) {
+      names.insert(name);
+    } else {
+      files_.RemoveFromFolder(folderNumber, name);
+    }
+  }
+  SqliteTransaction transaction(store_.Database());
+  for (const auto& [item, file] : wanted) {
+    const bool isMissing = !names.contains(FileNameOf(item, file.name));
+    if (isMissing != file.missing) store_.MarkMissing(item, file.key, isMissing);
+  }
+  transaction.Commit();
+}
+
+}  // namespace vorlent

@@ -1,0 +1,75 @@
+// What an open archive consists of, shared by the archive and its items.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "Host/Item.h"
+#include "Standalone/ArchiveFiles.h"
+#include "Standalone/ArchiveIndex.h"
+#include "Standalone/ArchiveStore.h"
+
+namespace vorlent {
+
+// Opens what lies in a folder, or makes it. If the archive was not closed the last time, what was left half
+// done is put in order: files that no item has are removed, items that lack a file are marked.
+class ArchiveContent {
+ public:
+  explicit ArchiveContent(const std::string& folder);
+
+  ArchiveStore& Store() { return store_; }
+  ArchiveFiles& Files() { return files_; }
+  ArchiveIndex& Index() { return index_; }
+
+  // Adds an item. Those added before it are complete by now, and the index takes them up every so often.
+  std::int64_t Insert(const ItemRecord& record, std::int64_t fingerprint,
+                      const std::vector<StoredFile>& files);
+  void Update(std::int64_t number, const ItemRecord& record, const std::vector<StoredFile>& files);
+  // Files that items told of and that have not come yet become more, or fewer. An archive that is closed
+  // while some are awaited is put in order at its next opening.
+  void FilesExpected(std::int64_t change) { filesExpected_ += change; }
+  // Removes an item and then its files.
+  void Remove(const StoredItem& item);
+
+  // The item's number by its position from 1, 0 for a position that there isn't.
+  std::int64_t NumberAt(std::int32_t pos);
+  std::int32_t Count();
+
+  // The object that stands for an item as long as someone holds it, so that there is only one; null if there
+  // is none.
+  ItemPtr HeldItem(std::int64_t number) const;
+  void Hold(std::int64_t number, const ItemPtr& item);
+
+  // From Defer to Settle all changes are one: durable, all at once, when Settle returns. A crash before that
+  // loses them, so it is for sources that keep what they give. Settle begins anew after so and so many
+  // changes.
+  void Defer();
+  void SettleStep();
+  void Settle();
+
+  // The index reaches all items, and the next opening finds nothing to put in order.
+  void Finish();
+
+ private:
+  void NoteChange();
+  void PutInOrder();
+  void PutInOrder(std::int64_t folderNumber);
+  const std::vector<std::int64_t>& Numbers();
+
+  ArchiveFiles files_;
+  ArchiveStore store_;
+  ArchiveIndex index_;
+  bool changeNoted_;
+  std::unique_ptr<SqliteTransaction> deferred_;
+  std::int64_t deferredItems_ = 0;
+  std::int64_t filesExpected_ = 0;
+  std::unordered_map<std::int64_t, std::weak_ptr<Item>> heldItems_;
+  std::size_t heldItemsLimit_ = 0;
+  std::unique_ptr<std::vector<std::int64_t>> numbers_;  // of all items in order, read on first use
+};
+
+}  // namespace vorlent

@@ -1,0 +1,161 @@
+#include "Standalone/ArchiveFiles.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <utility>
+
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::size_t kFolderDigits = 6;
+
+// File systems hold names of up to 255 bytes; the item's number and a suffix come to this one.
+constexpr std::size_t kLongestName = 200;
+constexpr std::size_t kLongestExtension = 16;
+
+// A copy on its way. The source is still there as long as there is a file of that name.
+constexpr std::string_view kPartSuffix = ".part";
+
+void MakeWritable(const std::string& path) {
+  const int attributes = os::ReadAttributes(path);
+  if ((attributes & os::kReadOnly) != 0) os::WriteAttributes(path, attributes & ~os::kReadOnly);
+}
+
+// Removes a file, read-only or not, by exactly that name.
+void Delete(const std::string& path) {
+  MakeWritable(path);
+  os::RemoveFile(path);
+}
+
+std::size_t NativeSize(std::string_view name) {
+  return DisplayUtf8(name).size();
+}
+
+std::string ShortName(std::string name) {
+  std::size_t dot = name.rfind('.');
+  if (dot == std::string::npos || name.size() - dot > kLongestExtension) dot = name.size();
+  const std::string extension = name.substr(dot);
+  name.resize(dot);
+  while (NativeSize(name) + NativeSize(extension) > kLongestName)
+    name.resize(name.size() - 1);
+  return name + extension;
+}
+
+}  // namespace
+
+ArchiveFiles::ArchiveFiles(std::string folder) : folder_(std::move(folder)) {
+  if (FolderExists(folder_)) return;
+  const std::string folderItself = RemovePathSep(folder_);
+  os::CreateFolder(folderItself);
+  os::SyncFolder(GetPath(folderItself));
+}
+
+std::string ArchiveFiles::PathOf(std::int64_t item, std::string_view name) const {
+  return FolderOf(item / kItemsPerFolder) + std::to_string(item) + " " + std::string(name);
+}
+
+std::string ArchiveFiles::SafeName(std::string_view name) {
+  const bool isSafe = std::none_of(name.begin(), name.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 32 ||
+           std::string_view("\\/:*?\"<>|").find(c) != std::string_view::npos;
+  });
+  std::string safe = isSafe ? std::string(name) : EncodeFileName(name.substr(0, kLongestName));
+  return NativeSize(safe) > kLongestName ? ShortName(std::move(safe)) : safe;
+}
+
+void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_view name, bool move) {
+  const std::int64_t folderNumber = item / kItemsPerFolder;
+  EnsureFolder(folderNumber);
+  const std::string target = PathOf(item, name);
+  if (move) {
+    // The bytes must be safe before their new name is.
+    if (!deferred_) os::File::Open(source, os::File::Mode::Read).Sync();
+    if (os::RenameInPlace(source, target)) {
+      if (!deferred_) os::SyncFolder(FolderOf(folderNumber));
+      return;
+    }
+  }
+  const std::string part = target + std::string(kPartSuffix);
+  os::Copy(source, part);
+  os::Rename(part, target);
+  os::SyncFolder(FolderOf(folderNumber));
+  if (move) Delete(std::string(source));
+}
+
+void ArchiveFiles::AllowWriting(std::int64_t item, std::string_view name) {
+  MakeWritable(PathOf(item, name));
+}
+
+void ArchiveFiles::Remove(std::int64_t item, std::string_view name) {
+  Delete(PathOf(item, name));
+}
+
+bool ArchiveFiles::Exists(std::int64_t item, std::string_view name) const {
+  return FileExists(PathOf(item, name));
+}
+
+bool ArchiveFiles::HaveSameBytes(std::int64_t item, std::int64_t otherItem, std::string_view name) const {
+  os::File a = os::File::Open(PathOf(item, name), os::File::Mode::Read);
+  os::File b = os::File::Open(PathOf(otherItem, name), os::File::Mode::Read);
+  if (a.Length() != b.Length()) return false;
+  constexpr std::size_t kBlock = 256 * 1024;
+  const auto blockOfA = std::make_unique<char[]>(kBlock);
+  const auto blockOfB = std::make_unique<char[]>(kBlock);
+  for (;;) {
+    const std::size_t countOfA = a.Read(blockOfA.get(), kBlock);
+    const std::size_t countOfB = b.Read(blockOfB.get(), kBlock);
+    if (countOfA != countOfB || !std::equal(blockOfA.get(), blockOfA.get() + countOfA, blockOfB.get()))
+      return false;
+    if (countOfA < kBlock) return true;
+  }
+}
+
+void ArchiveFiles::Settle() {
+  if (deferred_) os::SyncFileSystem(folder_);
+  deferred_ = false;
+}
+
+std::set<std::int64_t> ArchiveFiles::FolderNumbers() const {
+  std::set<std::int64_t> numbers;
+  for (const std::string& name : os::ListNames(folder_, "*.*", os::kDirectory)) {
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+    const bool isOurs =
+        error == std::errc() && end == name.data() + name.size() && name.size() >= kFolderDigits;
+    if (isOurs) numbers.insert(number);
+  }
+  return numbers;
+}
+
+std::vector<std::string> ArchiveFiles::NamesIn(std::int64_t folderNumber) const {
+  return os::ListNames(FolderOf(folderNumber), "*.*", os::kHidden | os::kSystem);
+}
+
+void ArchiveFiles::RemoveFromFolder(std::int64_t folderNumber, std::string_view name) {
+  Delete(FolderOf(folderNumber) + std::string(name));
+}
+
+std::string ArchiveFiles::FolderOf(std::int64_t folderNumber) const {
+  const std::string digits = std::to_string(folderNumber);
+  const std::string zeros(digits.size() < kFolderDigits ? kFolderDigits - digits.size() : 0, '0');
+  return folder_ + zeros + digits + "\\";
+}
+
+void ArchiveFiles::EnsureFolder(std::int64_t folderNumber) {
+  if (folderNumber == knownFolder_) return;
+  const std::string folder = FolderOf(folderNumber);
+  if (!FolderExists(folder)) {
+    os::CreateFolder(RemovePathSep(folder));
+    os::SyncFolder(folder_);
+  }
+  knownFolder_ = folderNumber;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,53 @@
+// The files of an archive.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vorlent {
+
+// A file of an item lies in a folder for every hundred items and is called by the item's number and a name of
+// its own: "files\000012\1234 mail.eml". Failures are those of os::File and name the path.
+class ArchiveFiles {
+ public:
+  static constexpr std::int64_t kItemsPerFolder = 100;
+
+  // The folder of the files, with its closing separator; made if need be.
+  explicit ArchiveFiles(std::string folder);
+
+  const std::string& Folder() const { return folder_; }
+  std::string PathOf(std::int64_t item, std::string_view name) const;
+  // A bare name that can stand in the archive's file system, whatever the source was called.
+  static std::string SafeName(std::string_view name);
+
+  // Brings a file in. It is whole at its place and safe from a crash of the machine before the source goes
+  // and before this returns; `move` says whether the source goes. A place that is taken raises FileExists.
+  void Take(std::string_view source, std::int64_t item, std::string_view name, bool move);
+  // Takes the read-only attribute from a file.
+  void AllowWriting(std::int64_t item, std::string_view name);
+  void Remove(std::int64_t item, std::string_view name);
+  bool Exists(std::int64_t item, std::string_view name) const;
+  bool HaveSameBytes(std::int64_t item, std::int64_t otherItem, std::string_view name) const;
+
+  // Between these, files that are moved in are safe only once Settle returns, all at once.
+  void Defer() { deferred_ = true; }
+  void Settle();
+
+  // The numbers of the folders that are there, and the names "<item> <name>" in one.
+  std::set<std::int64_t> FolderNumbers() const;
+  std::vector<std::string> NamesIn(std::int64_t folderNumber) const;
+  void RemoveFromFolder(std::int64_t folderNumber, std::string_view name);
+
+ private:
+  std::string FolderOf(std::int64_t folderNumber) const;
+  void EnsureFolder(std::int64_t folderNumber);
+
+  std::string folder_;
+  std::int64_t knownFolder_ = -1;
+  bool deferred_ = false;
+};
+
+}  // namespace vorlent

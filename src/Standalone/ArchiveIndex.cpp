@@ -1,0 +1,125 @@
+#include "Standalone/ArchiveIndex.h"
+
+#include <array>
+
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+#include "Standalone/FileDescription.h"
+#include "Standalone/MailText.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kReached = "indexed";
+
+// Items that one transaction takes up at most, so that the log of an import of any size stays small.
+constexpr std::int64_t kItemsPerStep = 256;
+
+// Data fields that say nothing to a person.
+bool IsSearched(std::string_view key) {
+  return !key.starts_with('_') && key != "Size" && key != "Attribute" && !DescribesFile(key);
+}
+
+struct Head {
+  explicit Head(const ItemRecord& record)
+      : text(DisplayUtf8(record.Value("Text"))), keywords(DisplayUtf8(record.Value("Keywords"))) {
+    for (std::int32_t pos = 1; pos <= record.DataCount(); ++pos) {
+      const std::string key = record.DataKey(pos);
+      if (IsSearched(key)) {
+        data.append(DisplayUtf8(record.DataValue(pos))) += '\n';
+      } else if (DescribesFile(key)) {
+        files.append(DisplayUtf8(FileNameIn(record.DataValue(pos)))) += '\n';
+      }
+    }
+  }
+
+  std::string text, keywords, data, files;
+};
+
+// The words in the form of a query: each a quoted string, with its "*" behind it.
+std::vector<std::string> QueriesOf(std::string_view words) {
+  std::vector<std::string> queries;
+  for (std::string rest(words); !rest.empty();) {
+    std::string word = DisplayUtf8(TrimBlank(CutToken(rest, " ")));
+    const bool anyEnding = word.ends_with('*');
+    while (word.ends_with('*'))
+      word.pop_back();
+    if (word.empty()) continue;
+    ReplaceText(word, "\"", "\"\"");
+    queries.push_back("\"" + word + (anyEnding ? "\"*" : "\""));
+  }
+  return queries;
+}
+
+}  // namespace
+
+ArchiveIndex::ArchiveIndex(ArchiveStore& store, ArchiveFiles& files)
+    : store_(store),
+      files_(files),
+      insertHead_(store.Database(),
+                  "INSERT INTO search (rowid, text, keywords, data, files) VALUES (?, ?, ?, ?, ?)"),
+      updateHead_(store.Database(),
+                  "REPLACE INTO search (rowid, text, keywords, data, files) VALUES (?, ?, ?, ?, ?)"),
+      removeHead_(store.Database(), "DELETE FROM search WHERE rowid = ?"),
+      insertBody_(store.Database(), "INSERT INTO bodies (rowid, body) VALUES (?, ?)"),
+      reached_(store.State(kReached)) {}
+
+void ArchiveIndex::Reach(std::int64_t number) {
+  while (reached_ < number) {
+    SqliteTransaction transaction(store_.Database());
+    const std::int64_t last = std::min(number, reached_ + kItemsPerStep);
+    for (std::int64_t next = reached_ + 1; next <= last; ++next) {
+      if (StoredItem item; store_.Read(next, item)) Insert(item);
+    }
+    store_.SetState(kReached, last);
+    transaction.Commit();
+    reached_ = last;
+  }
+}
+
+void ArchiveIndex::Insert(const StoredItem& item) {
+  WriteHead(insertHead_, item.number, item.record);
+  std::string body;
+  for (const StoredFile& file : item.files) {
+    if (file.key == "File") body += TextOfMailFile(files_.PathOf(item.number, file.name));
+    if (file.key == "FileHTML") body += TextOfHtmlFile(files_.PathOf(item.number, file.name));
+  }
+  if (!body.empty()) insertBody_.Bind(1, item.number).Bind(2, body).Run();
+}
+
+void ArchiveIndex::WriteHead(SqliteStatement& statement, std::int64_t number, const ItemRecord& record) {
+  const Head head(record);
+  statement.Bind(1, number).Bind(2, head.text).Bind(3, head.keywords).Bind(4, head.data).Bind(5, head.files);
+  statement.Run();
+}
+
+void ArchiveIndex::Update(std::int64_t number, const ItemRecord& record) {
+  if (number <= reached_) WriteHead(updateHead_, number, record);
+}
+
+// What the index of bodies holds of the item stays there: numbers are never used again, and only items that
+// exist are found.
+void ArchiveIndex::Remove(std::int64_t number) {
+  removeHead_.Bind(1, number).Run();
+}
+
+std::vector<std::int64_t> ArchiveIndex::Find(std::string_view words) {
+  const std::vector<std::string> queries = QueriesOf(words);
+  std::vector<std::int64_t> numbers;
+  if (queries.empty()) return numbers;
+  std::string sql = "SELECT number FROM items WHERE true";
+  for (std::size_t i = 1; i <= queries.size(); ++i) {
+    const std::string parameter = "?" + std::to_string(i);
+    sql += " AND number IN (SELECT rowid FROM search WHERE search MATCH " + parameter +
+           " UNION SELECT rowid FROM bodies WHERE bodies MATCH " + parameter + ")";
+  }
+  SqliteStatement select(store_.Database(), sql + " ORDER BY number");
+  for (std::size_t i = 0; i < queries.size(); ++i)
+    select.Bind(static_cast<int>(i) + 1, queries[i]);
+  while (select.Step())
+    numbers.push_back(select.Number(0));
+  return numbers;
+}
+
+}  // namespace vorlent

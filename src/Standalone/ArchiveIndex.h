@@ -1,0 +1,42 @@
+// The full-text index of an archive.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Standalone/ArchiveFiles.h"
+#include "Standalone/ArchiveStore.h"
+
+namespace vorlent {
+
+// Words of an item's text, keywords, data and file names, and of the beginning of its mail. Items are taken
+// up in order of their numbers, many at once, since that is far cheaper than one by one; how far the index
+// reaches is kept in the database beside it.
+class ArchiveIndex {
+ public:
+  ArchiveIndex(ArchiveStore& store, ArchiveFiles& files);
+
+  // Takes up the items up to a number that aren't in the index yet.
+  void Reach(std::int64_t number);
+  std::int64_t Reached() const { return reached_; }
+  // Follows a change of an item's fields, its removal.
+  void Update(std::int64_t number, const ItemRecord& record);
+  void Remove(std::int64_t number);
+
+  // The numbers of the items that hold every one of the words, the oldest first; letter case and accents of
+  // no matter, "*" behind a word stands for any ending. No words find nothing. `words` is code page.
+  std::vector<std::int64_t> Find(std::string_view words);
+
+ private:
+  void Insert(const StoredItem& item);
+  void WriteHead(SqliteStatement& statement, std::int64_t number, const ItemRecord& record);
+
+  ArchiveStore& store_;
+  ArchiveFiles& files_;
+  SqliteStatement insertHead_, updateHead_, removeHead_, insertBody_;
+  std::int64_t reached_;
+};
+
+}  // namespace vorlent

@@ -1,0 +1,89 @@
+// The items of an archive.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "Standalone/ArchiveContent.h"
+#include "Standalone/StandaloneItem.h"
+
+namespace vorlent {
+
+// Every change of a field is in the archive, durable, when the member returns. Once the archive is closed,
+// changes and files raise ObjectNotSet.
+class ArchiveItem : public StandaloneItem {
+ public:
+  // An item that is in the archive.
+  ArchiveItem(std::weak_ptr<ArchiveContent> content, StoredItem stored);
+
+  // Adds an item to the archive. The record's file descriptions name the files that TakeFile is going to
+  // bring in, unless the record says that its files lie in a mailbox.
+  static std::shared_ptr<ArchiveItem> Paste(const std::shared_ptr<ArchiveContent>& content,
+                                            std::string_view record);
+
+  void SetID(std::string_view id) override;
+  void SetType(std::string_view type) override;
+  void ImportRecord(std::string_view record) override;
+
+  // True ends what began with PasteRecord: an item that the archive has already, to the last byte of its
+  // files, is not kept twice. The older one stays, with all that was done to it since, and this object is
+  // that item from then on. An older one that lacks files goes.
+  void SetConnected(bool connected) override;
+
+  std::string DataFile(std::string_view key, std::int32_t index) const override;
+
+  // Once this returns the file is in the archive, safe from a crash of the machine. `options` are words
+  // joined by
+  // "|": "move" lets the source go, after that; "nofileattribute" takes the read-only attribute from the
+  // file. A file that the item took already under another key is shared. A source that isn't there raises
+  // FileNotFound, and the item is marked as one that lacks a file.
+  void TakeFile(std::string_view key, std::string_view path, std::string_view options,
+                std::string_view metaData) override;
+
+  std::int64_t Number() const { return number_; }
+  // Whether a file that belongs to the item didn't make it into the archive.
+  bool IsIncomplete() const;
+
+ protected:
+  void Changed(std::int32_t action, std::string_view value) override;
+
+ private:
+  struct File {
+    enum class State { Expected, In, Missing };
+
+    std::string name;    // among the item's files
+    std::string source;  // where an expected one is to come from
+    State state = State::Expected;
+  };
+
+  // The item's data in the archive as it is held here.
+  void Become(StoredItem stored);
+  std::shared_ptr<ArchiveContent> Content() const;
+  std::vector<StoredFile> StoredFiles() const;
+  void Save();
+
+  void Expect(std::string_view key, std::string_view path);
+  std::string FreeName(std::string_view bareName);
+  void BringIn(std::string_view key, std::string_view options);
+  void Describe(std::string_view key, std::string_view metaData);
+
+  void MergeWithTwins();
+  // Whether each file of the other item that is there is the same to the last byte as this item's.
+  bool HasFilesOf(const StoredItem& twin) const;
+
+  std::weak_ptr<ArchiveContent> content_;
+  std::int64_t number_ = 0;
+  std::map<std::string, File, std::less<>> files_;               // by key
+  std::unordered_map<std::string, std::string> namesOfSources_;  // names by the path that they come from
+  std::unordered_set<std::string> usedNames_;                    // in lower case
+  std::vector<std::int64_t> twins_;  // items of the same fingerprint, found when this one was pasted
+};
+
+}  // namespace vorlent

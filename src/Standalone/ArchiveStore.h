@@ -1,0 +1,89 @@
+// The database of an archive: items, their fields, and which files belong to them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Standalone/ItemRecord.h"
+#include "Standalone/Sqlite.h"
+
+namespace vorlent {
+
+// A file of an item: the data field that describes it, and its bare name among the item's files. Where a
+// description in a record begins with the path of the file, the database keeps only the lines behind it.
+struct StoredFile {
+  std::string key;
+  std::string name;
+  bool missing = false;  // should be there and isn't
+};
+
+struct StoredItem {
+  std::int64_t number = 0;
+  ItemRecord record;
+  std::vector<StoredFile> files;
+};
+
+// Every change is durable once the member that makes it returns, unless a transaction of the caller encloses
+// it. Numbers of items are never used again. Failures are those of SqliteDatabase.
+//
+// The database can be read with any SQLite tool: texts are stored as UTF-8, each byte of the code page as its
+// character.
+class ArchiveStore {
+ public:
+  // Opens the database and makes it if need be. It is this program's alone until it is closed.
+  explicit ArchiveStore(std::string_view path);
+
+  SqliteDatabase& Database() { return database_; }
+
+  // Adds an item and returns its number. `fingerprint` tells two mails of one ID apart.
+  std::int64_t Insert(const ItemRecord& record, std::int64_t fingerprint,
+                      const std::vector<StoredFile>& files);
+  // Writes an item's fields anew, and adds or renames files.
+  void Update(std::int64_t number, const ItemRecord& record, const std::vector<StoredFile>& files);
+  void Remove(std::int64_t number);
+
+  // False if there is no item of that number.
+  bool Read(std::int64_t number, StoredItem& item);
+  // The numbers of all items of an ID, the oldest first; of those with the same fingerprint in the second
+  // form.
+  std::vector<std::int64_t> NumbersOf(std::string_view id);
+  std::vector<std::int64_t> NumbersOf(std::string_view id, std::int64_t fingerprint);
+  std::vector<std::int64_t> AllNumbers();
+  std::int64_t Count();
+  // 0 for an empty archive.
+  std::int64_t HighestNumber();
+
+  // The files of the items numbered `first` to `last`.
+  struct ItemFile {
+    std::int64_t item;
+    StoredFile file;
+  };
+  std::vector<ItemFile> FilesOf(std::int64_t first, std::int64_t last);
+  void MarkMissing(std::int64_t number, std::string_view key, bool missing);
+  // The numbers of all items that lack a file.
+  std::vector<std::int64_t> IncompleteNumbers();
+
+  // Settings of the archive, "" if absent.
+  std::string Setting(std::string_view key);
+  void SetSetting(std::string_view key, std::string_view value);
+
+  // Numbers that the archive keeps about itself, 0 if absent.
+  std::int64_t State(std::string_view key);
+  void SetState(std::string_view key, std::int64_t value);
+
+ private:
+  void WriteFields(std::int64_t number, const ItemRecord& record, const std::vector<StoredFile>& files);
+  std::vector<std::int64_t> Numbers(SqliteStatement& select);
+
+  SqliteDatabase database_;
+  SqliteStatement insertItem_, updateItem_, removeItem_, selectItem_;
+  SqliteStatement insertField_, removeFields_, selectFields_;
+  SqliteStatement insertFile_, removeFiles_, selectFiles_, selectFilesOfRange_, markFile_;
+  SqliteStatement selectById_, selectTwins_, selectNumbers_, selectCount_, selectHighest_;
+  SqliteStatement selectIncomplete_;
+  SqliteStatement selectSetting_, replaceSetting_, selectState_, replaceState_;
+};
+
+}  // namespace vorlent

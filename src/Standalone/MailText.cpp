@@ -1,0 +1,152 @@
+#include "Standalone/MailText.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+
+namespace vorlent {
+
+namespace {
+
+// What a person looks for stands at the beginning of a mail, and an index of all would be as large as the
+// mails.
+constexpr std::size_t kIndexedBytes = 32 * 1024;
+
+// A line without a blank of at least this length is encoded data.
+constexpr std::size_t kDataLine = 60;
+
+std::string ReadBeginning(std::string_view path) {
+  std::string bytes;
+  Swallow([&] {
+    os::File file = os::File::Open(path, os::File::Mode::Read);
+    bytes.resize(kIndexedBytes);
+    bytes.resize(file.Read(bytes.data(), bytes.size()));
+  });
+  return bytes;
+}
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+// "=XX" is a byte, "=" at the end of a line joins it with the next; anything else stays.
+std::string UndoQuotedPrintable(std::string_view text) {
+  std::string plain;
+  plain.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '=') {
+      plain += text[i];
+      continue;
+    }
+    const std::string_view behind = text.substr(i + 1, 2);
+    if (behind.starts_with('\n')) {
+      ++i;
+    } else if (behind == "\r\n") {
+      i += 2;
+    } else if (behind.size() == 2 && HexDigit(behind[0]) >= 0 && HexDigit(behind[1]) >= 0) {
+      plain += static_cast<char>(HexDigit(behind[0]) * 16 + HexDigit(behind[1]));
+      i += 2;
+    } else {
+      plain += '=';
+    }
+  }
+  return plain;
+}
+
+// The position behind the empty line that ends the header; all is header without one.
+std::size_t BodyStart(std::string_view mail) {
+  std::size_t start = mail.size();
+  for (const std::string_view end : {"\r\n\r\n", "\n\n", "\n\r\n"}) {
+    if (const std::size_t at = mail.find(end); at != std::string_view::npos)
+      start = std::min(start, at + end.size());
+  }
+  return start;
+}
+
+std::string WithoutDataLines(std::string_view text) {
+  std::string kept;
+  kept.reserve(text.size());
+  for (std::size_t start = 0; start < text.size();) {
+    const std::size_t end = std::min(text.find('\n', start), text.size());
+    const std::string_view line = text.substr(start, end - start);
+    if (line.size() < kDataLine || line.find(' ') != std::string_view::npos) kept.append(line) += '\n';
+    start = end + 1;
+  }
+  return kept;
+}
+
+// A search of ASCII text without regard to case.
+std::size_t FindNoCase(std::string_view text, std::string_view word, std::size_t from) {
+  const auto found = std::search(
+      text.begin() + static_cast<std::ptrdiff_t>(std::min(from, text.size())), text.end(), word.begin(),
+      word.end(), [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
+  return found == text.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
+}
+
+struct Entity {
+  std::string_view name;
+  std::string_view text;
+};
+constexpr std::array<Entity, 12> kEntities = {{{"amp", "&"},
+                                               {"lt", "<"},
+                                               {"gt", ">"},
+                                               {"quot", "\""},
+                                               {"nbsp", " "},
+                                               {"auml", "\xC3\xA4"},
+                                               {"ouml", "\xC3\xB6"},
+                                               {"uuml", "\xC3\xBC"},
+                                               {"Auml", "\xC3\x84"},
+                                               {"Ouml", "\xC3\x96"},
+                                               {"Uuml", "\xC3\x9C"},
+                                               {"szlig", "\xC3\x9F"}}};
+
+void ResolveEntities(std::string& text) {
+  for (const Entity& entity : kEntities) {
+    ReplaceText(text, "&" + std::string(entity.name) + ";", entity.text);
+  }
+}
+
+}  // namespace
+
+std::string TextOfMail(std::string_view mail) {
+  const std::string body = WithoutDataLines(mail.substr(BodyStart(mail)));
+  const bool isQuotedPrintable = FindNoCase(mail, "quoted-printable", 0) != std::string_view::npos;
+  return DisplayUtf8(isQuotedPrintable ? UndoQuotedPrintable(body) : body);
+}
+
+std::string TextOfHtml(std::string_view html) {
+  std::string text;
+  for (std::size_t at = 0; at < html.size();) {
+    const std::size_t tag = std::min(html.find('<', at), html.size());
+    text.append(html.substr(at, tag - at)) += ' ';
+    std::size_t end = html.find('>', tag);
+    for (const std::string_view hidden : {"style", "script"}) {
+      if (FindNoCase(html.substr(tag, hidden.size() + 1), hidden, 0) == 1) {
+        end = FindNoCase(html, "</" + std::string(hidden), tag);
+        if (end != std::string_view::npos) end = html.find('>', end);
+      }
+    }
+    at = end == std::string_view::npos ? html.size() : end + 1;
+  }
+  text = DisplayUtf8(text);
+  ResolveEntities(text);
+  return text;
+}
+
+std::string TextOfMailFile(std::string_view path) {
+  return TextOfMail(ReadBeginning(path));
+}
+
+std::string TextOfHtmlFile(std::string_view path) {
+  return TextOfHtml(ReadBeginning(path));
+}
+
+}  // namespace vorlent

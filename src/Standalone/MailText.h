@@ -1,0 +1,20 @@
+// The readable text of a stored mail, for searching.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vorlent {
+
+// The words of the first part of a mail file as UTF-8: its body without the header, with quoted-printable
+// undone and without lines of encoded data. What can't be read gives "".
+std::string TextOfMailFile(std::string_view path);
+
+// The words of the first part of an HTML file as UTF-8, without its tags, styles and scripts.
+std::string TextOfHtmlFile(std::string_view path);
+
+// The steps on their own.
+std::string TextOfMail(std::string_view mail);
+std::string TextOfHtml(std::string_view html);
+
+}  // namespace vorlent

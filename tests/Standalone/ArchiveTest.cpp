@@ -1,0 +1,456 @@
+#include "Standalone/Archive.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Support/TemporaryFolder.h"
+
+namespace vorlent {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class ArchiveTest : public ::testing::Test {
+ protected:
+  ArchiveTest() { Reopen(); }
+
+  void Reopen() {
+    if (archive_ != nullptr) archive_->Close();
+    archive_ = std::make_shared<Archive>(std::weak_ptr<StandaloneGlobal>());
+    archive_->Open(folder_.Path("archive"));
+  }
+
+  // A record field that describes a file, which is written for it.
+  std::string FileField(const std::string& key, const std::string& name, std::string_view bytes) {
+    const std::string path = folder_.Write("temp/" + name, bytes);
+    return "|Data" + key + "=" +
+           EscapeValue(path + "\nfile=" + name + "\nsize=" + std::to_string(bytes.size()));
+  }
+
+  // What the import does with a record.
+  std::shared_ptr<ArchiveItem> Import(const std::string& record) {
+    const auto item = std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord(record));
+    item->SetConnected(false);
+    for (std::int32_t pos = 1; pos <= item->DataCount(); ++pos) {
+      const std::string key = item->DataKey(pos);
+      if (!key.starts_with("File")) continue;
+      std::string description = item->DataText(key);
+      const std::string path = CutLine(description);
+      item->TakeFile(key, path, "move|nofileattribute", description);
+    }
+    item->SetConnected(true);
+    return item;
+  }
+
+  std::string BytesOf(const ItemPtr& item, const std::string& key) {
+    return ReadBytes(item->DataFile(key, 0));
+  }
+
+  // The names of all files of the archive, relative to its folder of files.
+  std::vector<std::string> StoredNames() {
+    std::vector<std::string> names;
+    const auto root = folder_.Native("archive/files");
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+      if (entry.is_regular_file()) names.push_back(std::filesystem::relative(entry.path(), root).string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  std::vector<std::string> Found(std::string_view words) {
+    std::vector<std::string> ids;
+    for (const auto& item : archive_->Search(words))
+      ids.push_back(item->ID());
+    return ids;
+  }
+
+  TemporaryFolder folder_;
+  ArchivePtr archive_;
+};
+
+TEST_F(ArchiveTest, ANewArchiveIsEmptyAndNamedByItsFolder) {
+  EXPECT_EQ(archive_->Name(), folder_.Path("archive"));
+  EXPECT_EQ(archive_->ItemCount(), 0);
+  EXPECT_EQ(archive_->ItemAt(1), nullptr);
+  EXPECT_EQ(archive_->FindItem("x"), nullptr);
+  EXPECT_EQ(archive_->FileLocation(), folder_.Path("archive") + "\\files\\");
+  EXPECT_TRUE(Archive::IsArchive(folder_.Path("archive")));
+  EXPECT_FALSE(Archive::IsArchive(folder_.Path("elsewhere")));
+  EXPECT_FALSE(Archive::IsArchive(""));
+}
+
+TEST_F(ArchiveTest, AnItemComesBackWithAllItsFieldsInOrder) {
+  archive_->PasteRecord(
+      "ID=1-a@b|Type=mail|Text=a\\|b\\nc|Keywords=Account=x,In\\\\box|DataFrom=Gr\xFC\xDF"
+      "e|DataTo=\xC3\xA4 utf8|DataZero=a" +
+      std::string(1, '\0') + "b|Date=09.05.2010 14:30:05|Owner=user|Log=20100510080000|Source=s");
+  Reopen();
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  const auto item = AsStandalone(archive_->ItemAt(1));
+  EXPECT_EQ(item->ID(), "1-a@b");
+  EXPECT_EQ(item->Type(), "mail");
+  EXPECT_EQ(item->Text(), "a|b\r\nc");
+  EXPECT_EQ(item->Keywords(), "Account=x,In\\box");
+  EXPECT_EQ(item->DataCount(), 3);
+  EXPECT_EQ(item->DataKey(1), "From");
+  EXPECT_EQ(item->DataText("From"),
+            "Gr\xFC\xDF"
+            "e");
+  EXPECT_EQ(item->DataText("To"), "\xC3\xA4 utf8");
+  EXPECT_EQ(item->DataText("Zero"), std::string("a\0b", 3));
+  EXPECT_EQ(item->Date(), "09.05.2010 14:30:05");
+  EXPECT_EQ(item->Owner(), "user");
+  EXPECT_EQ(item->Log(), "20100510080000");
+  EXPECT_EQ(item->Source(), "s");
+  EXPECT_TRUE(item->IsConnected());
+  EXPECT_EQ(item->Address(), folder_.Path("archive") + "#1-a@b");
+}
+
+TEST_F(ArchiveTest, EveryByteOfTheCodePageComesBack) {
+  std::string all;
+  for (int c = 1; c < 256; ++c)
+    all += static_cast<char>(c);
+  archive_->PasteRecord("ID=1|DataAll=" + EscapeValue(all));
+  Reopen();
+  std::string expected = all;
+  expected.erase(expected.find('\r'), 1);
+  ReplaceText(expected, "\n", "\r\n");
+  EXPECT_EQ(archive_->ItemAt(1)->DataText("All"), expected);
+}
+
+TEST_F(ArchiveTest, ARecordWithoutAnIDGetsOne) {
+  const std::string id = archive_->PasteRecord("Type=url|Text=x")->ID();
+  EXPECT_EQ(id.size(), 38u);
+  EXPECT_NE(archive_->FindItem(id), nullptr);
+}
+
+TEST_F(ArchiveTest, FilesMoveInAndAreFoundAgain) {
+  const auto item = Import("ID=1|Type=mail" + FileField("File", "mail.eml", "From - \r\n\r\nHallo\r\n") +
+                           FileField("FileAttach1", "Beleg.pdf", "%PDF"));
+  EXPECT_FALSE(folder_.Exists("temp/mail.eml"));
+  EXPECT_FALSE(folder_.Exists("temp/Beleg.pdf"));
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 Beleg.pdf", "000000/1 mail.eml"));
+  for (int round = 0; round < 2; ++round) {
+    const ItemPtr found = archive_->FindItem("1");
+    EXPECT_EQ(BytesOf(found, "File"), "From - \r\n\r\nHallo\r\n");
+    EXPECT_EQ(BytesOf(found, "FileAttach1"), "%PDF");
+    EXPECT_EQ(found->DataText("FileAttach1"),
+              found->DataFile("FileAttach1", 0) + "\r\nfile=Beleg.pdf\r\nsize=4");
+    EXPECT_EQ(found->DataFile("FileAttach1", 1), "");
+    EXPECT_EQ(found->DataFile("FileAttach2", 0), "");
+    EXPECT_EQ(found->FullText(), "\r\nmail.eml\r\nBeleg.pdf");
+    Reopen();
+  }
+}
+
+TEST_F(ArchiveTest, WithoutMoveTheSourceStays) {
+  const std::string path = folder_.Write("temp/a.txt", "abc");
+  const ItemPtr item = archive_->PasteRecord("ID=1");
+  item->TakeFile("FileAttach1", path, "copy", "file=a.txt");
+  EXPECT_TRUE(folder_.Exists("temp/a.txt"));
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "abc");
+  Reopen();
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "FileAttach1"), "abc");
+  EXPECT_EQ(archive_->ItemAt(1)->DataText("FileAttach1"),
+            archive_->ItemAt(1)->DataFile("FileAttach1", 0) + "\r\nfile=a.txt");
+}
+
+TEST_F(ArchiveTest, TwoDescriptionsOfOneFileShareIt) {
+  const std::string field = FileField("FileAttach1", "a.txt", "abc");
+  std::string second = field;
+  ReplaceText(second, "FileAttach1", "FileAttach2");
+  const auto item = Import("ID=1" + field + second);
+  EXPECT_EQ(item->DataFile("FileAttach1", 0), item->DataFile("FileAttach2", 0));
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 a.txt"));
+  Reopen();
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "FileAttach2"), "abc");
+}
+
+TEST_F(ArchiveTest, FilesOfOneNameFromTwoPlacesAreKeptApart) {
+  const auto item =
+      Import("ID=1" + FileField("FileAttach1", "a.txt", "1") + FileField("FileAttach2", "sub/A.TXT", "2"));
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "1");
+  EXPECT_EQ(BytesOf(item, "FileAttach2"), "2");
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 (2) A.TXT", "000000/1 a.txt"));
+}
+
+TEST_F(ArchiveTest, AFileTakenAnewReplacesTheOld) {
+  const auto item = Import("ID=1" + FileField("File", "mail.eml", "old"));
+  item->TakeFile("File", folder_.Write("temp/mail.eml", "new"), "move", "file=mail.eml");
+  EXPECT_EQ(BytesOf(item, "File"), "new");
+  EXPECT_EQ(StoredNames().size(), 1u);
+  Reopen();
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "new");
+}
+
+TEST_F(ArchiveTest, OddAndLongNamesFindAPlace) {
+  const std::string longName = std::string(230, 'x') + ".pdf";
+  const auto item = Import("ID=1" + FileField("FileAttach1", longName, "long") +
+                           FileField("FileAttach2", "a%2520b \xE4.txt", "odd"));
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "long");
+  EXPECT_EQ(BytesOf(item, "FileAttach2"), "odd");
+  EXPECT_TRUE(item->DataFile("FileAttach1", 0).ends_with(".pdf"));
+}
+
+TEST_F(ArchiveTest, AMissingSourceRaisesAndMarksTheItem) {
+  const auto pasted = std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord(
+      "ID=1|DataFile=" + EscapeValue(folder_.Path("temp\\gone.eml") + "\nfile=mail.eml")));
+  EXPECT_FALSE(pasted->IsIncomplete());
+  try {
+    pasted->TakeFile("File", folder_.Path("temp\\gone.eml"), "move", "file=mail.eml");
+    FAIL() << "was taken";
+  } catch (const Failure& failure) {
+    EXPECT_THAT(failure.what(), HasSubstr("gone.eml"));
+  }
+  EXPECT_TRUE(pasted->IsIncomplete());
+  Reopen();
+  EXPECT_EQ(archive_->IncompleteItems().size(), 1u);
+  EXPECT_TRUE(archive_->ItemsOf("1").front()->IsIncomplete());
+}
+
+TEST_F(ArchiveTest, AnItemThatLackedAFileCanTakeItLater) {
+  const std::string record = "ID=1" + FileField("File", "mail.eml", "text");
+  archive_->PasteRecord(record);
+  archive_.reset();
+  Reopen();
+  ASSERT_EQ(archive_->IncompleteItems().size(), 1u);
+  const auto item = archive_->ItemsOf("1").front();
+  item->TakeFile("File", folder_.Path("temp\\mail.eml"), "move", "file=mail.eml");
+  EXPECT_FALSE(item->IsIncomplete());
+  EXPECT_EQ(BytesOf(item, "File"), "text");
+  Reopen();
+  EXPECT_THAT(archive_->IncompleteItems(), IsEmpty());
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "text");
+}
+
+TEST_F(ArchiveTest, TheReadOnlyAttributeStaysOutsideIfAsked) {
+  const std::string path = folder_.Write("temp/ro.txt", "abc");
+  std::filesystem::permissions(folder_.Native("temp/ro.txt"), std::filesystem::perms::owner_read);
+  const ItemPtr item = archive_->PasteRecord("ID=1");
+  item->TakeFile("FileAttach1", path, "move|nofileattribute", "file=ro.txt");
+  EXPECT_EQ(GetFileAttr(item->DataFile("FileAttach1", 0)) & 1, 0);
+  EXPECT_FALSE(folder_.Exists("temp/ro.txt"));
+}
+
+TEST_F(ArchiveTest, ARecordWhoseFilesLieInAMailboxHasNone) {
+  const auto item = std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord(
+      "ID=1|DataFile=1.eml|DataFileHTML=C:\\\\x\\\\1.html|Data_SourceFile=C:\\\\Inbox|Data_SourceOffset=0"));
+  EXPECT_FALSE(item->IsIncomplete());
+  Reopen();
+  EXPECT_THAT(archive_->IncompleteItems(), IsEmpty());
+  EXPECT_EQ(archive_->ItemAt(1)->DataText("FileHTML"), "C:\\x\\1.html");
+}
+
+// --- Repeated IDs
+
+TEST_F(ArchiveTest, AMailOfTheSameIDButOtherContentIsAnItemOfItsOwn) {
+  Import("ID=20100509143005-|Type=mail|Text=a" + FileField("File", "mail.eml", "first"));
+  Import("ID=20100509143005-|Type=mail|Text=b" + FileField("File", "mail.eml", "second"));
+  ASSERT_EQ(archive_->ItemCount(), 2);
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "first");
+  EXPECT_EQ(BytesOf(archive_->ItemAt(2), "File"), "second");
+  EXPECT_EQ(archive_->ItemsOf("20100509143005-").size(), 2u);
+  EXPECT_EQ(archive_->FindItem("20100509143005-")->Text(), "a");
+}
+
+TEST_F(ArchiveTest, MailsThatDifferInAByteOfTheirTextAloneAreBothKept) {
+  const std::string head = "ID=20100509143005-|Type=mail|Text=a";
+  Import(head + FileField("File", "mail.eml", "1111"));
+  Import(head + FileField("File", "mail.eml", "1112"));
+  EXPECT_EQ(archive_->ItemCount(), 2);
+  EXPECT_EQ(StoredNames().size(), 2u);
+}
+
+TEST_F(ArchiveTest, AMailImportedAgainIsKeptOnceWithWhatWasDoneToIt) {
+  const std::string head = "ID=1|Type=mail|Text=a|Keywords=Account=x,Inbox";
+  Import(head + FileField("File", "mail.eml", "From - \r\n\r\ntext") + "|Log=20100101000000")
+      ->AddKeyword("Wichtig");
+  const auto again =
+      Import(head + FileField("File", "mail.eml", "From - \r\n\r\ntext") + "|Log=20110101000000");
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  EXPECT_EQ(again->Keywords(), "Account=x,Inbox,Wichtig");
+  EXPECT_EQ(BytesOf(again, "File"), "From - \r\n\r\ntext");
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 mail.eml"));
+  again->AddKeyword("Post");
+  Reopen();
+  EXPECT_EQ(AsStandalone(archive_->ItemAt(1))->Keywords(), "Account=x,Inbox,Wichtig,Post");
+  EXPECT_THAT(Found("text"), ElementsAre("1"));
+}
+
+TEST_F(ArchiveTest, TheSameMailInTwoFoldersIsKeptInBoth) {
+  Import("ID=1|Keywords=Account=x,Inbox" + FileField("File", "mail.eml", "text"));
+  Import("ID=1|Keywords=Account=x,Sent" + FileField("File", "mail.eml", "text"));
+  EXPECT_EQ(archive_->ItemCount(), 2);
+}
+
+TEST_F(ArchiveTest, AMailImportedAgainTakesThePlaceOfOneThatLacksAFile) {
+  const std::string record =
+      "ID=1|Text=a" + FileField("File", "mail.eml", "text") + FileField("FileAttach1", "a.pdf", "pdf");
+  const ItemPtr half = archive_->PasteRecord(record);
+  half->TakeFile("File", folder_.Path("temp\\mail.eml"), "move", "file=mail.eml\r\nsize=4");
+  std::filesystem::remove(folder_.Native("temp/a.pdf"));
+  EXPECT_THROW(half->TakeFile("FileAttach1", folder_.Path("temp\\a.pdf"), "move", "file=a.pdf\r\nsize=3"),
+               Failure);
+  folder_.Write("temp/a.pdf", "pdf");
+  folder_.Write("temp/mail.eml", "text");
+  const auto whole = Import(record);
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  EXPECT_FALSE(whole->IsIncomplete());
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "FileAttach1"), "pdf");
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/2 a.pdf", "000000/2 mail.eml"));
+}
+
+// --- Changes
+
+TEST_F(ArchiveTest, ChangesOfAnItemAreKept) {
+  const ItemPtr item = archive_->PasteRecord("ID=1|Type=mail|Text=old|Date=01.01.2010 00:00:00");
+  item->SetText("new");
+  item->AddKeyword("Post");
+  item->SetData("X", "a\nb", false);
+  item->SetType("url");
+  AsStandalone(item)->SetDate("02.01.2010 00:00:00");
+  item->SetID("2");
+  Reopen();
+  const auto found = AsStandalone(archive_->FindItem("2"));
+  ASSERT_NE(found, nullptr);
+  EXPECT_EQ(found->Text(), "new");
+  EXPECT_EQ(found->Keywords(), "Post");
+  EXPECT_EQ(found->DataText("X"), "a\nb");
+  EXPECT_EQ(found->Type(), "url");
+  EXPECT_EQ(found->Date(), "02.01.2010 00:00:00");
+}
+
+TEST_F(ArchiveTest, OneObjectStandsForAnItemWhileItIsHeld) {
+  const ItemPtr pasted = archive_->PasteRecord("ID=1");
+  EXPECT_EQ(archive_->FindItem("1"), pasted);
+  EXPECT_EQ(archive_->ItemAt(1), pasted);
+}
+
+TEST_F(ArchiveTest, ItemsOfAClosedArchiveRefuseChanges) {
+  const ItemPtr item = archive_->PasteRecord("ID=1|Text=a");
+  archive_->Close();
+  EXPECT_EQ(item->Text(), "a");
+  EXPECT_THROW(item->SetText("b"), Failure);
+  EXPECT_THROW(archive_->PasteRecord("ID=2"), Failure);
+  EXPECT_THROW(archive_->ItemAt(1), Failure);
+  EXPECT_EQ(archive_->ItemCount(), 0);
+}
+
+TEST_F(ArchiveTest, SettingsAreKept) {
+  EXPECT_EQ(archive_->GetSetting("Keywords"), "");
+  archive_->SetSetting("Keywords", "Größe"_cp);
+  Reopen();
+  EXPECT_EQ(archive_->GetSetting("Keywords"), "Größe"_cp);
+}
+
+// --- Search
+
+TEST_F(ArchiveTest, WordsAreFoundInSubjectPeopleKeywordsAttachmentNamesAndText) {
+  Import(
+      "ID=1|Type=mail|Text=Rechnung f\xFCr M\xE4rz|Keywords=Account=x,Finanzen|DataFrom=Anna "
+      "<anna@firma.de>" +
+      FileField("File", "mail.eml", "From - \r\nSubject: nurimkopf\r\n\r\nLieber Bernd,\r\n") +
+      FileField("FileAttach1", "Lieferschein_2024.pdf", "%PDF"));
+  Import("ID=2|Type=mail|Text=Hallo" + FileField("File", "mail.eml", "From - \r\n\r\nNichts\r\n"));
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_THAT(Found("Rechnung"), ElementsAre("1"));
+    EXPECT_THAT(Found("m\xE4rz"), ElementsAre("1"));
+    EXPECT_THAT(Found("finanzen"), ElementsAre("1"));
+    EXPECT_THAT(Found("anna@firma.de"), ElementsAre("1"));
+    EXPECT_THAT(Found("Lieferschein"), ElementsAre("1"));
+    EXPECT_THAT(Found("2024"), ElementsAre("1"));
+    EXPECT_THAT(Found("bernd"), ElementsAre("1"));
+    EXPECT_THAT(Found("Liefer*"), ElementsAre("1"));
+    EXPECT_THAT(Found("Liefer"), IsEmpty());
+    EXPECT_THAT(Found("Rechnung Bernd"), ElementsAre("1"));
+    EXPECT_THAT(Found("Rechnung Nichts"), IsEmpty());
+    EXPECT_THAT(Found("nurimkopf"), IsEmpty());
+    EXPECT_THAT(Found(""), IsEmpty());
+    EXPECT_THAT(Found("\"Rech\" OR -x NEAR("), IsEmpty());
+    EXPECT_THAT(Found("eml"), ElementsAre("1", "2"));
+    Reopen();
+  }
+}
+
+TEST_F(ArchiveTest, TheIndexFollowsChanges) {
+  const ItemPtr item = archive_->PasteRecord("ID=1|Text=vorher");
+  EXPECT_THAT(Found("vorher"), ElementsAre("1"));
+  item->SetText("nachher");
+  EXPECT_THAT(Found("vorher"), IsEmpty());
+  EXPECT_THAT(Found("nachher"), ElementsAre("1"));
+  item->AddKeyword("Topf");
+  EXPECT_THAT(Found("topf"), ElementsAre("1"));
+}
+
+TEST_F(ArchiveTest, ManyItemsAreFoundByPositionAndWord) {
+  Archive::Portions portions(*archive_);
+  for (int i = 1; i <= 700; ++i) {
+    archive_->PasteRecord("ID=n" + std::to_string(i) + "|Text=wort" + std::to_string(i));
+  }
+  EXPECT_EQ(archive_->ItemCount(), 700);
+  EXPECT_EQ(archive_->ItemAt(333)->ID(), "n333");
+  EXPECT_THAT(Found("wort1"), ElementsAre("n1"));
+  EXPECT_THAT(Found("wort700"), ElementsAre("n700"));
+  EXPECT_EQ(Found("wort*").size(), 700u);
+}
+
+// --- Opening
+
+TEST_F(ArchiveTest, AnArchiveThatIsOpenElsewhereIsRefused) {
+  Archive other{std::weak_ptr<StandaloneGlobal>()};
+  try {
+    other.Open(folder_.Path("archive"));
+    FAIL() << "was opened twice";
+  } catch (const Failure& failure) {
+    EXPECT_TRUE(failure.Is(ErrorNumber::PermissionDenied)) << failure.what();
+    EXPECT_THAT(failure.what(), HasSubstr("archive.sqlite"));
+  }
+  EXPECT_FALSE(other.IsOpen());
+}
+
+TEST_F(ArchiveTest, ADamagedDatabaseIsRefusedByName) {
+  folder_.Write("broken/archive.sqlite", std::string(8192, 'x'));
+  Archive other{std::weak_ptr<StandaloneGlobal>()};
+  EXPECT_THROW(other.Open(folder_.Path("broken")), Failure);
+  EXPECT_EQ(folder_.Read("broken/archive.sqlite"), std::string(8192, 'x'));
+}
+
+TEST_F(ArchiveTest, AFolderThatCantBeMadeIsRefusedByName) {
+  folder_.Write("file", "x");
+  Archive other{std::weak_ptr<StandaloneGlobal>()};
+  try {
+    other.Open(folder_.Path("file\\archive"));
+    FAIL() << "was opened";
+  } catch (const Failure& failure) {
+    EXPECT_THAT(failure.what(), HasSubstr("archive"));
+  }
+}
+
+TEST_F(ArchiveTest, PortionsBecomeDurableInTheEnd) {
+  {
+    Archive::Portions portions(*archive_);
+    for (int i = 0; i < 3; ++i) {
+      Import("ID=" + std::to_string(i) +
+             FileField("File", "mail.eml", "From - \r\n\r\ntext" + std::to_string(i)));
+    }
+    EXPECT_EQ(archive_->ItemCount(), 3);
+    EXPECT_THAT(Found("text1"), ElementsAre("1"));
+    portions.Finish();
+  }
+  Reopen();
+  EXPECT_EQ(archive_->ItemCount(), 3);
+  EXPECT_EQ(BytesOf(archive_->ItemAt(3), "File"), "From - \r\n\r\ntext2");
+}
+
+}  // namespace
+}  // namespace vorlent
