@@ -38,7 +38,7 @@ class File {
   };
 
   File() = default;
-  // A folder is refused in every mode with PathAccess.
+  // A folder and a pipe are refused in every mode with PathAccess; no call waits for another program.
   static File Open(std::string_view path, Mode mode);
 
   File(File&& other) noexcept;

@@ -161,10 +161,14 @@ TEST_F(FilesTest, PipeIsRefusedWithoutWaitingForItsOtherEnd) {
   }
 }
 
-TEST_F(FilesTest, DeviceIsRefused) {
-  for (const auto mode : kAllModes) {
-    EXPECT_EQ(NumberOf([&] { File::Open("C:\\dev\\null", mode); }), kPathAccess);
-  }
+TEST_F(FilesTest, DeviceOfBytesIsAFileThatIsNeverEmptied) {
+  for (const auto mode : kAllModes)
+    EXPECT_NO_THROW(File::Open("C:\\dev\\null", mode));
+  File full = File::Open("C:\\dev\\full", File::Mode::Create);
+  EXPECT_EQ(NumberOf([&] { full.Write("x", 1); }), kDiskFull);
+  EXPECT_EQ(NumberOf([&] { os::Copy("C:\\dev\\zero", folder_.Path("x")); }), kPathAccess);
+  EXPECT_EQ(NumberOf([&] { os::Copy(folder_.Write("f", "abc"), "C:\\dev\\null"); }), kPathAccess);
+  EXPECT_FALSE(folder_.Exists("x"));
 }
 
 TEST_F(FilesTest, OpenFileIsNotPassedOnToOtherPrograms) {

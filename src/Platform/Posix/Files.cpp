@@ -28,17 +28,19 @@ int OpenFlags(File::Mode mode) {
 
 // --- Descriptors -----------------------------------------------------------------------------------------
 
-Descriptor OpenPlainFile(std::string_view path, int flags, mode_t permissions) {
-  // Opening must have no effect before the entry is known to be a plain file: no waiting, no emptying.
+OpenedFile OpenFile(std::string_view path, int flags, mode_t permissions) {
+  // Opening must have no effect before the entry is known: no waiting, no emptying.
   const std::string native = ToNativePath(path);
-  Descriptor file(
-      Retry([&] { return open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions); }));
-  Require(file.Get() >= 0, path);
-  struct stat status;
-  Require(fstat(file.Get(), &status) == 0, path);
-  if (S_ISDIR(status.st_mode)) RefuseAccess(path, "is a folder");
-  if (!S_ISREG(status.st_mode)) RefuseAccess(path, "is no plain file");
-  if ((flags & O_ACCMODE) != O_RDONLY && (status.st_mode & S_IWUSR) == 0) RefuseAccess(path, "is read-only");
+  OpenedFile file{Descriptor(Retry([&] {
+                    return open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions);
+                  })),
+                  {}};
+  Require(file.descriptor.Get() >= 0, path);
+  Require(fstat(file.descriptor.Get(), &file.status) == 0, path);
+  if (S_ISDIR(file.status.st_mode)) RefuseAccess(path, "is a folder");
+  if (!file.IsPlain() && !S_ISCHR(file.status.st_mode)) RefuseAccess(path, "is no file of bytes");
+  const bool writes = (flags & O_ACCMODE) != O_RDONLY;
+  if (writes && (file.status.st_mode & S_IWUSR) == 0) RefuseAccess(path, "is read-only");
   return file;
 }
 
@@ -65,11 +67,13 @@ void WriteTo(int descriptor, const char* bytes, std::size_t size, std::string_vi
 // --- File ------------------------------------------------------------------------------------------------
 
 File File::Open(std::string_view path, Mode mode) {
-  Descriptor descriptor = OpenPlainFile(path, OpenFlags(mode));
-  if (mode == Mode::Create) Require(Retry([&] { return ftruncate(descriptor.Get(), 0); }) == 0, path);
+  OpenedFile opened = OpenFile(path, OpenFlags(mode));
+  if (mode == Mode::Create && opened.IsPlain()) {
+    Require(Retry([&] { return ftruncate(opened.descriptor.Get(), 0); }) == 0, path);
+  }
   File file;
   file.path_ = path;
-  file.handle_ = descriptor.Release();
+  file.handle_ = opened.descriptor.Release();
   return file;
 }
 

@@ -13,12 +13,6 @@ namespace {
 
 constexpr std::size_t kBufferSize = 256 * 1024;
 
-struct stat StatusOf(const Descriptor& file, std::string_view path) {
-  struct stat status;
-  Require(fstat(file.Get(), &status) == 0, path);
-  return status;
-}
-
 void CopyBytes(const Descriptor& from, std::string_view source, const Descriptor& to,
                std::string_view target) {
   const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
@@ -29,26 +23,28 @@ void CopyBytes(const Descriptor& from, std::string_view source, const Descriptor
   } while (count == kBufferSize);
 }
 
-// Copies into a target opened with `creation`; nobody may read it who couldn't read the source. Once this
-// returns the bytes are on the disk.
-void CopyFile(std::string_view source, std::string_view target, int creation) {
-  const Descriptor from = OpenPlainFile(source, O_RDONLY);
-  const struct stat status = StatusOf(from, source);
-  const mode_t permissions = status.st_mode & 0777;
-  Descriptor to = OpenPlainFile(target, O_WRONLY | O_CREAT | creation, permissions | S_IWUSR);
-  const struct stat targetStatus = StatusOf(to, target);
-  if (targetStatus.st_dev == status.st_dev && targetStatus.st_ino == status.st_ino) {
-    RefuseAccess(target, "is the file to be copied");
-  }
+enum class Replacing { Allowed, Refused };
+enum class Syncing { No, Yes };
+
+// Nobody may read the copy who couldn't read the source.
+void CopyFile(std::string_view source, std::string_view target, Replacing replacing, Syncing syncing) {
+  const OpenedFile from = OpenFile(source, O_RDONLY);
+  if (!from.IsPlain()) RefuseAccess(source, "is no plain file");
+  const mode_t permissions = from.status.st_mode & 0777;
+  const int creation = O_CREAT | (replacing == Replacing::Refused ? O_EXCL : 0);
+  OpenedFile to = OpenFile(target, O_WRONLY | creation, permissions | S_IWUSR);
+  const bool isItself = to.status.st_dev == from.status.st_dev && to.status.st_ino == from.status.st_ino;
+  if (!to.IsPlain()) RefuseAccess(target, "is no plain file");
+  if (isItself) RefuseAccess(target, "is the file to be copied");
   try {
-    Require(Retry([&] { return ftruncate(to.Get(), 0); }) == 0, target);
-    CopyBytes(from, source, to, target);
+    Require(Retry([&] { return ftruncate(to.descriptor.Get(), 0); }) == 0, target);
+    CopyBytes(from.descriptor, source, to.descriptor, target);
     // A file system that keeps no permissions or times refuses these two; the copy is whole nevertheless.
-    const timespec times[] = {status.st_atim, status.st_mtim};
-    (void)futimens(to.Get(), times);
-    (void)fchmod(to.Get(), permissions);
-    Require(Retry([&] { return fsync(to.Get()); }) == 0, target);
-    Require(close(to.Release()) == 0 || errno == EINTR, target);
+    const timespec times[] = {from.status.st_atim, from.status.st_mtim};
+    (void)futimens(to.descriptor.Get(), times);
+    (void)fchmod(to.descriptor.Get(), permissions);
+    if (syncing == Syncing::Yes) Require(Retry([&] { return fsync(to.descriptor.Get()); }) == 0, target);
+    Require(close(to.descriptor.Release()) == 0 || errno == EINTR, target);
   } catch (const Failure&) {
     unlink(ToNativePath(target).c_str());
     throw;
@@ -70,11 +66,11 @@ int RenameToFreeName(const std::string& source, const std::string& target) {
 }  // namespace
 
 void Copy(std::string_view source, std::string_view target) {
-  CopyFile(source, target, 0);
+  CopyFile(source, target, Replacing::Allowed, Syncing::No);
 }
 
 void MoveByCopy(std::string_view source, std::string_view target) {
-  CopyFile(source, target, O_EXCL);
+  CopyFile(source, target, Replacing::Refused, Syncing::Yes);
   const std::string nativeTarget = ToNativePath(target);
   try {
     const std::size_t slash = nativeTarget.rfind('/');

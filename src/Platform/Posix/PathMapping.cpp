@@ -157,15 +157,36 @@ struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
 
+// Tells which names Windows takes for one name.
+class NameMatcher {
+ public:
+  explicit NameMatcher(const std::string& nativeName)
+      : name_(nativeName), key_(NameKey(ToWindowsName(nativeName))), isAscii_(IsAscii(nativeName)) {}
+
+  bool Matches(std::string_view entry) const {
+    // The common case first, as a probe for a missing file passes through here for every entry of its folder.
+    return isAscii_ ? EqualNoCase(entry, name_) : NameKey(ToWindowsName(entry)) == key_;
+  }
+
+ private:
+  static bool IsAscii(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+  }
+
+  std::string name_;
+  std::string key_;
+  bool isAscii_;
+};
+
 // The entry of a folder that Windows takes for `name`; of several the first in sorted order. "" if there is
 // none.
 std::string FindWithoutCase(const std::string& folder, const std::string& name) {
   const std::unique_ptr<DIR, CloseFolder> listing(opendir(folder.empty() ? "." : folder.c_str()));
   if (!listing) return "";
-  const std::string wanted = NameKey(ToWindowsName(name));
+  const NameMatcher wanted(name);
   std::string found;
   while (const dirent* entry = readdir(listing.get())) {
-    if (NameKey(ToWindowsName(entry->d_name)) != wanted) continue;
+    if (!wanted.Matches(entry->d_name)) continue;
     if (found.empty() || found > entry->d_name) found = entry->d_name;
   }
   return found;

@@ -50,10 +50,18 @@ class Descriptor {
   int value_;
 };
 
-// Opens a plain file without following into a device or waiting at a pipe. Anything that is no plain file
-// raises PathAccess, and so does, unless it is only read, a file without write permission, whoever the user
-// is.
-Descriptor OpenPlainFile(std::string_view path, int flags, mode_t permissions = 0666);
+// An open file and what it is.
+struct OpenedFile {
+  Descriptor descriptor;
+  struct stat status;
+
+  bool IsPlain() const { return S_ISREG(status.st_mode); }
+};
+
+// Opens a file without ever waiting for one to answer. What bytes can't simply be read from or written to,
+// such as a folder or a pipe, raises PathAccess, and so does, unless it is only read, a file without write
+// permission, whoever the user is.
+OpenedFile OpenFile(std::string_view path, int flags, mode_t permissions = 0666);
 
 // Reads up to `size` bytes, fewer only at the end; writes all bytes.
 std::size_t ReadFrom(int descriptor, char* buffer, std::size_t size, std::string_view path);
