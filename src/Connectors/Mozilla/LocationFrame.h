@@ -47,6 +47,17 @@ Item& Require(const ItemPtr& item);
 
 }  // namespace frame
 
+// An interface with Einlesen, which reads items and tree of the Location's address. That of the bookmarks
+// keeps it from the host.
+template <class Interface>
+class Reading : public Interface {};
+
+template <>
+class Reading<BookmarkConnector> : public BookmarkConnector {
+ public:
+  virtual LocationState Einlesen() = 0;
+};
+
 // A connector of the interface given (MailConnector, BookmarkConnector or CalendarConnector), but for what is
 // the connector's own: Parameters, Einlesen and Withdraw, which each connector has, and what it cares to
 // override.
@@ -55,7 +66,8 @@ Item& Require(const ItemPtr& item);
 // learn of it. Every member needs LocObject or the host, and a failed call of either rises, but for GetItem,
 // HasID and PasteItem.
 template <class Interface>
-class LocationFrame : public Interface, public std::enable_shared_from_this<LocationFrame<Interface>> {
+class LocationFrame : public Reading<Interface>,
+                      public std::enable_shared_from_this<LocationFrame<Interface>> {
  public:
   LocationPtr LocObject() const final { return locObject_; }
   void SetLocObject(const LocationPtr& location) final { locObject_ = location; }
@@ -71,10 +83,7 @@ class LocationFrame : public Interface, public std::enable_shared_from_this<Loca
     return PrepareAddress(file);
   }
 
-  LocationState OpenLocation(std::string_view) final { return Einlesen(); }
-
-  // Reads items and tree of the Location's address.
-  virtual LocationState Einlesen() = 0;
+  LocationState OpenLocation(std::string_view) final { return this->Einlesen(); }
 
   // Nothing stays connected between calls.
   void Disconnect() final {}
@@ -130,7 +139,7 @@ class LocationFrame : public Interface, public std::enable_shared_from_this<Loca
   }
 
   void Reload() override {
-    frame::ReadBesideTopics(this->shared_from_this(), [this] { Einlesen(); });
+    frame::ReadBesideTopics(this->shared_from_this(), [this] { this->Einlesen(); });
   }
 
  protected:

@@ -15,7 +15,6 @@ constexpr std::string_view kAppFolder = "Thunderbird";
 constexpr std::string_view kBrowseMark = "/*";
 constexpr std::string_view kNoSubfoldersMark = "/-";
 constexpr std::string_view kDisks = ".";
-constexpr std::string_view kSummary = ".msf";
 constexpr std::string_view kSubfolders = ".sbd";
 
 // Cuts the mark that keeps subfolders out, and tells whether they are wanted.
@@ -23,6 +22,11 @@ bool CutSubfolderMark(std::string& path) {
   if (!path.ends_with(kNoSubfoldersMark)) return true;
   path.resize(path.size() - kNoSubfoldersMark.size());
   return false;
+}
+
+// A file is a mailbox if its summary lies beside it.
+bool IsMailbox(const std::string& path) {
+  return FileExists(path + ".msf");
 }
 
 std::string WithoutSubfolderSuffix(std::string_view name) {
@@ -184,7 +188,7 @@ void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tr
   for (const std::string& name : os::ListNames(folder.dir, "*.*", 0)) {
     const std::string path = folder.dir + name;
     const std::string keywords = folder.keywords + "," + name;
-    if (FileExists(path + ".msf")) ReadMailbox({path, folder.location + name, keywords}, visit);
+    if (IsMailbox(path)) ReadMailbox({path, folder.location + name, keywords}, visit);
     if (FolderExists(path + ".sbd")) {
       const TreePtr child = tree->AddChild(name, name);
       ReadMailFolder({path + ".sbd\\", name + "/", keywords}, child, visit);
@@ -199,7 +203,7 @@ void Location_Thunderbird::ReadDriveFolder(const Place& folder, const TreePtr& t
   ListFolder(folder.dir, &files, &folders, "*.*");
   for (const std::string& name : files) {
     const std::string path = folder.dir + name;
-    if (!FileExists(path + ".msf")) continue;
+    if (!IsMailbox(path)) continue;
     ReadMailbox({path, folder.location + name, folder.keywords + "," + name}, visit);
   }
   for (const std::string& name : folders) {
