@@ -48,12 +48,14 @@ std::string Saved(StdIni ini) {
   return bytes;
 }
 
-// What is saved reads as the same document, unless a section had no name of its own to be saved under.
+// What is saved reads as the same document, unless a section has no name to be saved under: behind another it
+// becomes a part of that, and in front a first line that lost its indentation may have become a header.
 void CheckSaving(const StdIni& ini) {
   const auto names = Names(ini);
   for (std::size_t i = 1; i < names.size(); ++i) {
     if (names[i].empty()) return;
   }
+  if (!names.empty() && names[0].empty() && ini.GetSectionValue("").starts_with('[')) return;
   const std::string saved = Saved(ini);
   StdIni again;
   if (!Swallow([&] { again.LoadString(saved); })) return;
