@@ -5,8 +5,7 @@
 
 namespace vorlent {
 
-// --- Control
-// -------------------------------------------------------------------------------------------------
+// --- Control --------------------------------------------------------------------------------------------
 
 void Control::Identify(std::string_view name, ControlKind kind, std::int16_t page) {
   name_ = name;
@@ -37,8 +36,7 @@ void Control::Changed() const {
   if (OnChange) OnChange();
 }
 
-// --- OptionButton
-// --------------------------------------------------------------------------------------------
+// --- OptionButton ---------------------------------------------------------------------------------------
 
 void OptionButton::Set() {
   for (OptionButton* other : others_)
@@ -55,15 +53,13 @@ void OptionButton::JoinGroup(OptionButton& other) {
   other.others_.push_back(this);
 }
 
-// --- CheckBox
-// ------------------------------------------------------------------------------------------------
+// --- CheckBox -------------------------------------------------------------------------------------------
 
 void CheckBox::UserToggles() {
   if (Enabled()) SetTicked(!ticked_);
 }
 
-// --- TextBox
-// -------------------------------------------------------------------------------------------------
+// --- TextBox --------------------------------------------------------------------------------------------
 
 void TextBox::SetText(std::string_view text) {
   if (Assign(text_, std::string(text)) && OnTextChanged) OnTextChanged();
@@ -73,15 +69,13 @@ void TextBox::UserTypes(std::string_view text) {
   if (Enabled()) SetText(text);
 }
 
-// --- Button
-// --------------------------------------------------------------------------------------------------
+// --- Button ---------------------------------------------------------------------------------------------
 
 void Button::UserPresses() {
   if (Enabled() && OnPressed) OnPressed();
 }
 
-// --- DropDown
-// ------------------------------------------------------------------------------------------------
+// --- DropDown -------------------------------------------------------------------------------------------
 
 void DropDown::Add(std::string_view entry) {
   entries_.emplace_back(entry);

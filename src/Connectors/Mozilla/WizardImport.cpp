@@ -29,8 +29,7 @@ LocationPtr OpenLocation(std::string_view address) {
 
 }  // namespace
 
-// --- Life of the control
-// -------------------------------------------------------------------------------------
+// --- Life of the control --------------------------------------------------------------------------------
 
 WizardImport::WizardImport() : startFolder_(Platform::Current().CurrentFolder()) {
   for (std::size_t page = 0; page < pictures_.size(); ++page) {
@@ -82,8 +81,7 @@ std::string WizardImport::Parameter() {
   return command.Text();
 }
 
-// --- Page 1: the tree of folders
-// -----------------------------------------------------------------------------
+// --- Page 1: the tree of folders ------------------------------------------------------------------------
 //
 // The tag of a row has the address it came from, without the "*" of a folder with subfolders, and on a second
 // line its paths. A folder's children are fetched when it is first opened; until then a placeholder stands
@@ -155,8 +153,7 @@ void WizardImport::ChooseFile() {
   if (!name.empty()) text1_.SetText(folder + name);
 }
 
-// --- Page 3: the target
-// --------------------------------------------------------------------------------------
+// --- Page 3: the target ---------------------------------------------------------------------------------
 
 void WizardImport::ChooseNewTarget() {
   const std::string name = HostObjects::Current().Dialogs().ChooseLocation("Ziel-Datenquelle", "", "");
@@ -180,8 +177,7 @@ void WizardImport::ShowTargetInfo() {
   labelInfo_.SetCaption(info);
 }
 
-// --- Size
-// ----------------------------------------------------------------------------------------------------
+// --- Size -----------------------------------------------------------------------------------------------
 
 // A step whose result would be impossible, such as a negative width in a small window, leaves its control as
 // it is.

@@ -7,8 +7,7 @@
 
 namespace vorlent {
 
-// --- SheetRow
-// ------------------------------------------------------------------------------------------------
+// --- SheetRow -------------------------------------------------------------------------------------------
 
 void SheetRow::SetExpanded(bool expanded) {
   if (std::exchange(expanded_, expanded) != expanded) sheet_->Changed();
@@ -26,8 +25,7 @@ SheetRow* SheetRow::FirstChild() const {
   return row.indent_ > indent_ ? &row : nullptr;
 }
 
-// --- Rows
-// ----------------------------------------------------------------------------------------------------
+// --- Rows -----------------------------------------------------------------------------------------------
 
 SheetRow& Sheet::Row(std::int32_t position) const {
   CheckPosition(position, RowCount());
@@ -53,7 +51,7 @@ SheetRow& Sheet::AddRow(std::string_view text, std::string_view icon, std::int16
   SheetRow& added = *(slots_[gapStart_] = std::move(row));
   ++gapStart_;
   --gapLength_;
-  Changed();
+  ShapeChanged();
   return added;
 }
 
@@ -62,13 +60,13 @@ void Sheet::RemoveRow(std::int32_t position) {
   MoveGap(static_cast<std::size_t>(position) - 1);
   slots_[GapEnd()].reset();
   ++gapLength_;
-  Changed();
+  ShapeChanged();
 }
 
 void Sheet::ClearRows() {
   slots_.clear();
   gapStart_ = gapLength_ = 0;
-  Changed();
+  ShapeChanged();
 }
 
 std::size_t Sheet::SlotAt(std::int32_t position) const {
@@ -82,8 +80,12 @@ void Sheet::CheckPosition(std::int32_t position, std::int32_t last) const {
   }
 }
 
-// --- The gap
-// -------------------------------------------------------------------------------------------------
+void Sheet::ShapeChanged() {
+  ++shape_;
+  Changed();
+}
+
+// --- The gap --------------------------------------------------------------------------------------------
 
 void Sheet::MoveGap(std::size_t start) {
   if (gapLength_ == 0) gapStart_ = start;
@@ -110,8 +112,7 @@ void Sheet::GrowGap() {
     PutRow(slot, slot + gapLength_);
 }
 
-// --- The user
-// ------------------------------------------------------------------------------------------------
+// --- The user -------------------------------------------------------------------------------------------
 
 void Sheet::UserTicks(SheetRow& row, CheckState state) {
   if (!Enabled() || row.state_ == state) return;

@@ -71,6 +71,9 @@ class Sheet : public Control {
   // Has the view draw all rows anew.
   void RefreshRows() { Changed(); }
 
+  // Another number whenever rows came or went.
+  std::uint64_t Shape() const { return shape_; }
+
   // A value of the drawn control's layout, in twips: the height of a row.
   int RowLayout() const { return rowLayout_; }
   void SetRowLayout(int value) { Assign(rowLayout_, value); }
@@ -93,11 +96,13 @@ class Sheet : public Control {
   void MoveGap(std::size_t start);
   void PutRow(std::size_t from, std::size_t to);
   void GrowGap();
+  void ShapeChanged();
 
   std::vector<std::unique_ptr<SheetRow>> slots_;
   std::size_t gapStart_ = 0;
   std::size_t gapLength_ = 0;
   std::uint64_t nextSerial_ = 1;
+  std::uint64_t shape_ = 0;
   int rowLayout_ = 0;
 };
 

@@ -67,8 +67,7 @@ TEST_F(ActionsTest, WizardThatCannotBeShownFails) {
   EXPECT_EQ(SwallowedNumber([&] { actions.execute("importmails"); }), 440);
 }
 
-// --- Automatic topics
-// ----------------------------------------------------------------------------------------
+// --- Automatic topics -----------------------------------------------------------------------------------
 
 class AutoTopicsTest : public ActionsTest {
  protected:

@@ -148,8 +148,7 @@ class ImportRunTest : public testing::Test {
   std::shared_ptr<test::RecordingLocation> target = host.MakeLocation("Archiv");
 };
 
-// --- Whole runs
-// ----------------------------------------------------------------------------------------------
+// --- Whole runs -----------------------------------------------------------------------------------------
 
 TEST_F(ImportRunTest, OneMailboxIsImportedMailByMail) {
   const std::string box = Box("Inbox", Mail("one") + Mail("two"));
@@ -205,8 +204,7 @@ TEST_F(ImportRunTest, ExpungedMailsArePassedOver) {
   EXPECT_THAT(Log(), testing::Contains("\"  1 Items in 0 Sekunden\""));
 }
 
-// --- Target
-// --------------------------------------------------------------------------------------------------
+// --- Target ---------------------------------------------------------------------------------------------
 
 TEST_F(ImportRunTest, TargetThatIsNotThereIsToldAndNothingElseHappens) {
   const std::string box = Box("Inbox", Mail("one"));
@@ -229,8 +227,7 @@ TEST_F(ImportRunTest, ObjectThatIsNoLocationIsNoTarget) {
   EXPECT_EQ(platform->CountOf("ShowMessage"), 1);
 }
 
-// --- What becomes of a mail
-// ----------------------------------------------------------------------------------
+// --- What becomes of a mail -----------------------------------------------------------------------------
 
 TEST_F(ImportRunTest, RecordOfTheMailGoesToTheTarget) {
   const std::string box = Box("Inbox", Mail("one"));
@@ -311,8 +308,7 @@ TEST_F(ImportRunTest, HostIsGivenAHundredTurnsBehindEachMailBeforeItIsAskedToSto
   EXPECT_EQ(host.Log.Only({"Global.Cancelled"}).size(), 3U) << "behind each mail and behind the mailbox";
 }
 
-// --- Keywords
-// ------------------------------------------------------------------------------------------------
+// --- Keywords -------------------------------------------------------------------------------------------
 
 class ImportKeywordsTest : public ImportRunTest {
  protected:
@@ -356,8 +352,7 @@ TEST_F(ImportKeywordsTest, MailboxOutsideAllAccountsHasItsPath) {
   EXPECT_EQ(KeywordsOf({"import " + box, "keyword k"}), path + ",Inbox,x,k");
 }
 
-// --- Structure
-// -----------------------------------------------------------------------------------------------
+// --- Structure ------------------------------------------------------------------------------------------
 
 TEST_F(ImportKeywordsTest, TreeGetsThePathOfEachMailboxBeforeItsFirstMail) {
   const std::string a = Box("mail/A", Mail("a1"));
@@ -396,8 +391,7 @@ TEST_F(ImportRunTest, HostWithoutAMainWindowFailsBeforeTheFirstMail) {
   EXPECT_THAT(Calls(), ElementsAreArray(Opening()));
 }
 
-// --- Copy and move
-// -------------------------------------------------------------------------------------------
+// --- Copy and move --------------------------------------------------------------------------------------
 
 TEST_F(ImportRunTest, CopyLeavesTheMailboxAsItWas) {
   const std::string bytes = Mail("one") + Mail("two");
@@ -460,8 +454,7 @@ TEST_F(ImportRunTest, MailsStayIfTheUserKeepsThunderbirdOpen) {
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
 }
 
-// --- Cancelling
-// ----------------------------------------------------------------------------------------------
+// --- Cancelling -----------------------------------------------------------------------------------------
 
 class ImportCancelTest : public ImportRunTest, public testing::WithParamInterface<int> {};
 
@@ -502,8 +495,7 @@ TEST_F(ImportRunTest, CancelledInAnEmptyMailboxSkipsTheNext) {
               ElementsAreArray(Opening() + OpenBox("A") + logOff + CloseBox("50", "0") + Closing("0")));
 }
 
-// --- Speed
-// ---------------------------------------------------------------------------------------------------
+// --- Speed ----------------------------------------------------------------------------------------------
 
 TEST_F(ImportRunTest, RateIsItemsBySeconds) {
   const struct {
@@ -550,8 +542,7 @@ TEST_F(ImportRunTest, MailboxReadAcrossMidnightHasNegativeSecondsAndNoRate) {
                                  "\"  1 Items in -86396 Sekunden\"", "\" 00:00:02 finished (1 Items)\""));
 }
 
-// --- Failures
-// ------------------------------------------------------------------------------------------------
+// --- Failures -------------------------------------------------------------------------------------------
 
 TEST_F(ImportRunTest, MissingMailboxFailsBeforeAnyMailWasRead) {
   const std::string bytes = Mail("one");

@@ -94,8 +94,7 @@ class WizardImportTest : public testing::Test {
   std::unique_ptr<WizardImport> wizard_;
 };
 
-// --- Creation
-// ------------------------------------------------------------------------------------------------
+// --- Creation -------------------------------------------------------------------------------------------
 
 TEST_F(WizardImportTest, WizardHasFourPages) {
   EXPECT_EQ(Wizard().Pages(), 4);
@@ -134,8 +133,7 @@ TEST_F(WizardImportTest, FailureWhileLocationsAreAskedRises) {
   EXPECT_EQ(SwallowedNumber([&] { Wizard(); }), 440);
 }
 
-// --- ShowPage
-// ------------------------------------------------------------------------------------------------
+// --- ShowPage -------------------------------------------------------------------------------------------
 
 TEST_F(WizardImportTest, OnlyThePageAskedForIsShown) {
   for (std::int16_t page = 1; page <= 4; ++page) {
@@ -185,8 +183,7 @@ TEST_F(WizardImportTest, PageTwoReachedWithoutPageOneStaysEmpty) {
   EXPECT_EQ(Mailboxes().RowCount(), 0);
 }
 
-// --- The tree
-// ------------------------------------------------------------------------------------------------
+// --- The tree -------------------------------------------------------------------------------------------
 
 TEST_F(WizardImportTest, OpeningARowFetchesItsChildrenOnce) {
   OfferFolders();
@@ -370,8 +367,7 @@ TEST_F(WizardImportTest, FailureWhileFetchingRisesWithThePlaceholderGone) {
   EXPECT_THAT(host.Log.Only({"Location(\"\").Close"}), IsEmpty());
 }
 
-// --- The path and the file dialog
-// ----------------------------------------------------------------------------
+// --- The path and the file dialog -----------------------------------------------------------------------
 
 TEST_F(WizardImportTest, TypingAPathChoosesTheFile) {
   Get<TextBox>("Text1").UserTypes("C");
@@ -422,8 +418,7 @@ TEST_F(WizardImportTest, CancelledFileDialogChangesNothing) {
   EXPECT_TRUE(Option1());
 }
 
-// --- Page 2: the list of mailboxes
-// ---------------------------------------------------------------------------
+// --- Page 2: the list of mailboxes ----------------------------------------------------------------------
 
 class WizardMailboxesTest : public WizardImportTest {
  protected:
@@ -590,8 +585,7 @@ TEST_F(WizardMailboxesTest, ListIsMadeAnewOnEachStepForward) {
   EXPECT_THAT(MailboxTexts(), ElementsAre(At("Sent")));
 }
 
-// --- Page 3: the target
-// --------------------------------------------------------------------------------------
+// --- Page 3: the target ---------------------------------------------------------------------------------
 
 TEST_F(WizardImportTest, TargetIsDescribedByItsSettings) {
   Offer("Leer");
@@ -644,8 +638,7 @@ TEST_F(WizardImportTest, NoNewTargetChosenKeepsTheOld) {
   EXPECT_EQ(Get<DropDown>("Combo1").Text(), "Archiv");
 }
 
-// --- The command
-// ---------------------------------------------------------------------------------------------
+// --- The command ----------------------------------------------------------------------------------------
 
 TEST_F(WizardImportTest, WhatTheUserChoseBecomesTheCommand) {
   Offer("Archiv");
@@ -678,8 +671,7 @@ TEST_F(WizardImportTest, ParameterGivenIsIgnored) {
   EXPECT_EQ(Wizard().Parameter(), before);
 }
 
-// --- Layout
-// --------------------------------------------------------------------------------------------------
+// --- Layout ---------------------------------------------------------------------------------------------
 
 class WizardLayoutTest : public WizardImportTest {
  protected:
