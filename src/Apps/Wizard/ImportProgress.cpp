@@ -1,0 +1,147 @@
+#include "Apps/Wizard/ImportProgress.h"
+
+#include <QLocale>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "Apps/Wizard/QtText.h"
+#include "Common/StdModul.h"
+
+namespace vorlent::wizard {
+
+namespace {
+
+constexpr int kBarSteps = 10'000;
+constexpr qint64 kShowPause = 100;  // milliseconds between two changes of the numbers
+constexpr qint64 kFirstRate = 500;  // before that a rate says nothing
+
+QString Duration(qint64 milliseconds) {
+  const qint64 seconds = (milliseconds + 999) / 1000;
+  return QString("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar('0'));
+}
+
+}  // namespace
+
+ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
+    : QDialog(parent),
+      cancel_(std::move(cancel)),
+      status_(new QLabel(this)),
+      bar_(new QProgressBar(this)),
+      rate_(new QLabel(this)),
+      log_(new QPlainTextEdit(this)),
+      button_(new QPushButton(this)) {
+  status_->setObjectName("Status");
+  bar_->setObjectName("Progress");
+  rate_->setObjectName("Rate");
+  log_->setObjectName("Log");
+  button_->setObjectName("Cancel");
+  status_->setTextFormat(Qt::PlainText);
+  status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  status_->setMinimumWidth(1);
+  status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  bar_->setRange(0, kBarSteps);
+  log_->setReadOnly(true);
+  log_->setLineWrapMode(QPlainTextEdit::NoWrap);
+  log_->setTabChangesFocus(true);
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(rate_, 1);
+  buttons->addWidget(button_);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(status_);
+  layout->addWidget(bar_);
+  layout->addWidget(log_, 1);
+  layout->addLayout(buttons);
+  resize(560, 300);
+  connect(button_, &QPushButton::clicked, this, &ImportProgress::reject);
+}
+
+// --- What the host reports ------------------------------------------------------------------------------
+
+void ImportProgress::ProgressOpened(std::string_view title) {
+  opened_ = isRunning_ = true;
+  mails_ = mailsBefore_ = 0;
+  setWindowTitle(ToQt(title));
+  bar_->setValue(0);
+  rate_->clear();
+  log_->clear();
+  button_->setText("&Abbrechen");
+  button_->setEnabled(true);
+  button_->setFocus();
+  running_.start();
+  lastShown_.start();
+  show();
+}
+
+void ImportProgress::ProgressMoved(double percent) {
+  ++mails_;
+  if (lastShown_.elapsed() < kShowPause) return;
+  lastShown_.start();
+  ShowRate(percent);
+}
+
+void ImportProgress::ProgressClosed() {
+  isRunning_ = false;
+  rate_->clear();
+}
+
+void ImportProgress::StatusChanged(std::string_view text) {
+  status_->setText(ToQt(text));
+}
+
+void ImportProgress::LogLine(std::string_view line) {
+  log_->appendPlainText(ToQt(line));
+  // The line behind a mailbox counts its mails; so the step of the display at its end is not taken for one.
+  const std::size_t items = line.find(" Items in ");
+  if (items == std::string_view::npos) return;
+  mailsBefore_ += static_cast<int>(ReadNumber(line.substr(0, items)));
+  mails_ = mailsBefore_;
+}
+
+void ImportProgress::LocationUnreadable(std::string_view reason) {
+  errors_ += ToQt(reason) + "\n";
+}
+
+void ImportProgress::ErrorRaised(std::int32_t, std::string_view, bool, std::string_view text) {
+  errors_ += ToQt(text) + "\n";
+}
+
+void ImportProgress::ShowRate(double percent) {
+  bar_->setValue(static_cast<int>(percent * kBarSteps / 100));
+  const qint64 elapsed = running_.elapsed();
+  if (!button_->isEnabled() || elapsed < kFirstRate || percent <= 0) return;
+  const double rate = mails_ * 1000.0 / static_cast<double>(elapsed);
+  const auto left = static_cast<qint64>(static_cast<double>(elapsed) * (100 - percent) / percent);
+  rate_->setText(QString("%1 Mails, %2 Mails/Sekunde, noch %3")
+                     .arg(mails_)
+                     .arg(QLocale(QLocale::German).toString(rate, 'f', 1))
+                     .arg(Duration(left)));
+}
+
+// --- The end --------------------------------------------------------------------------------------------
+
+void ImportProgress::ShowResult(const QString& failure) {
+  isRunning_ = false;
+  const QString count = QString("%1 Mails importiert").arg(mails_);
+  if (failure.isEmpty()) {
+    bar_->setValue(kBarSteps);
+    status_->setText(button_->isEnabled() ? count + "." : count + ", dann abgebrochen.");
+  } else {
+    status_->setText("Der Import ist gescheitert: " + failure);
+  }
+  rate_->clear();
+  button_->setText("&Schließen");
+  button_->setEnabled(true);
+  button_->setDefault(true);
+  button_->setFocus();
+  exec();
+}
+
+void ImportProgress::reject() {
+  if (!isRunning_) return QDialog::reject();
+  cancel_();
+  button_->setEnabled(false);
+  rate_->setText("Wird hinter der laufenden Mail abgebrochen ...");
+}
+
+}  // namespace vorlent::wizard

@@ -1,0 +1,33 @@
+#include "Apps/Wizard/QtDialogs.h"
+
+#include <QApplication>
+#include <QFileDialog>
+
+#include "Apps/Wizard/QtText.h"
+#include "Apps/Wizard/WizardFrame.h"
+#include "Component/Component.h"
+#include "Connectors/Mozilla/WizardImport.h"
+#include "Platform/Posix/PathMapping.h"
+
+namespace vorlent::wizard {
+
+std::string QtDialogs::ShowWizard(std::string_view title, std::string_view progId,
+                                  std::string_view parameter) {
+  const auto wizard = RequireAs<WizardImport>(CreateObject(progId));
+  wizard->SetParameter(parameter);
+  WizardFrame frame(*wizard, title, QApplication::activeWindow());
+  if (frame.exec() != QDialog::Accepted) return {};
+  const std::string command = wizard->Parameter();
+  prepare_(command);
+  return command;
+}
+
+std::string QtDialogs::ChooseLocation(std::string_view title, std::string_view, std::string_view) {
+  QFileDialog dialog(QApplication::activeWindow(), ToQt(title) + ": Ordner eines Archivs, auch eines neuen");
+  dialog.setFileMode(QFileDialog::Directory);
+  dialog.setOption(QFileDialog::ShowDirsOnly);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+  return openTarget_(os::ToWindowsPath(dialog.selectedFiles().front().toStdString()));
+}
+
+}  // namespace vorlent::wizard

@@ -1,0 +1,35 @@
+// A sheet of the wizard on the screen.
+#pragma once
+
+#include <QTreeView>
+#include <functional>
+
+#include "Apps/Wizard/SheetModel.h"
+#include "Connectors/Mozilla/WizardSheet.h"
+
+namespace vorlent::wizard {
+
+// Runs something the user did, and deals with its failure.
+using UserStep = std::function<void(const std::function<void()>& step)>;
+
+// A tree with check boxes: the space bar ticks the row at hand, the arrow keys open and close it. What the
+// sheet changes by itself is shown once control is back with Qt, at the latest with the next Sync.
+class SheetView : public QTreeView {
+ public:
+  SheetView(Sheet& sheet, UserStep user, QWidget* parent);
+  ~SheetView() override;
+
+  void Sync();
+
+ private:
+  void SyncLater();
+  void ShowExpanded(const QModelIndex& index, bool expanded);
+
+  Sheet& sheet_;
+  UserStep user_;
+  SheetModel* model_;
+  bool syncing_ = false;
+  bool syncIsDue_ = false;
+};
+
+}  // namespace vorlent::wizard
