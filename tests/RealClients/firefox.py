@@ -1,0 +1,206 @@
+#!/usr/bin/env python3
+"""The connector between two profiles that Firefox itself has made.
+
+Firefox starts on an empty home and imports a bookmarks file. The command line reads the profile and exports its
+bookmarks, and a second Firefox on an empty home imports the export. The bookmarks of both are compared as their
+databases hold them: titles, urls, order, dates to the second. While the first Firefox runs its database is refused.
+
+usage: firefox.py PROGRAM
+"""
+import contextlib
+import datetime
+import json
+import os
+import pathlib
+import sqlite3
+import subprocess
+import sys
+import tempfile
+
+from marionette import Application
+
+IMPORTED = """<!DOCTYPE NETSCAPE-Bookmark-file-1>
+<META HTTP-EQUIV="Content-Type" CONTENT="text/html; charset=UTF-8">
+<TITLE>Bookmarks</TITLE>
+<H1>Bookmarks Menu</H1>
+<DL><p>
+    <DT><A HREF="https://www.example.org/" ADD_DATE="1262304000" LAST_MODIFIED="1273415405">Example</A>
+    <DT><H3 ADD_DATE="1262304001" LAST_MODIFIED="1262304002">Größen &amp; Maße</H3>
+    <DL><p>
+        <DT><A HREF="https://www.example.org/gr%C3%B6%C3%9Fe?a=1&b=2" ADD_DATE="1262304003">Größe &quot;XL&quot;</A>
+        <DT><H3>Innen, außen</H3>
+        <DL><p>
+            <DT><A HREF="https://www.example.org/tief" ADD_DATE="1767225600" LAST_MODIFIED="1767225601">Tief</A>
+            <DT><A HREF="https://www.example.org/tiefer" ADD_DATE="1782864000" LAST_MODIFIED="1782864001">5 €</A>
+        </DL><p>
+        <DT><A HREF="https://www.example.org/zuletzt" ADD_DATE="1262304004" LAST_MODIFIED="1262304005">Zuletzt</A>
+    </DL><p>
+    <HR>
+    <DT><H3>Doppelt</H3>
+    <DL><p>
+        <DT><A HREF="https://www.example.org/first" ADD_DATE="1262304006" LAST_MODIFIED="1262304007">Erster</A>
+    </DL><p>
+    <DT><A HREF="https://www.example.org/emoji" ADD_DATE="1262304008" LAST_MODIFIED="1262304009">Fire 🦊 fox</A>
+    <DT><H3 PERSONAL_TOOLBAR_FOLDER="true">Symbolleiste</H3>
+    <DL><p>
+        <DT><A HREF="https://www.example.org/toolbar" ADD_DATE="1262304010" LAST_MODIFIED="1262304011">Leiste</A>
+        <DT><H3>Leerer Ordner</H3>
+        <DL><p>
+        </DL><p>
+    </DL><p>
+    <DT><H3 UNFILED_BOOKMARKS_FOLDER="true">Weitere</H3>
+    <DL><p>
+        <DT><A HREF="file:///C:/Daten/a.html" ADD_DATE="1262304012" LAST_MODIFIED="1262304013">it's | here\\</A>
+    </DL><p>
+</DL><p>
+"""
+TITLES = ["Example", "Größe \"XL\"", "Tief", "5 €", "Zuletzt", "Erster", "Fire 🦊 fox", "Leiste", "it's | here\\"]
+
+# Replaces all bookmarks; what Firefox brings along would only be in the way.
+IMPORT = """
+const { BookmarkHTMLUtils } = ChromeUtils.importESModule("resource://gre/modules/BookmarkHTMLUtils.sys.mjs");
+const { PlacesUtils } = ChromeUtils.importESModule("resource://gre/modules/PlacesUtils.sys.mjs");
+await PlacesUtils.bookmarks.eraseEverything();
+await BookmarkHTMLUtils.importFromFile(arguments[0], { replace: true });
+return PathUtils.profileDir;
+"""
+
+
+def fail(text):
+    print("FAILED:", text)
+    sys.exit(1)
+
+
+def expect(what, found, expected):
+    if found != expected:
+        fail(f"{what}:\n  found    {found}\n  expected {expected}")
+
+
+class Home:
+    """A user's empty home, the Firefox that lives there, and the command line run by that user."""
+
+    def __init__(self, program, folder):
+        self.program = program
+        self.folder = folder
+        self.folder.mkdir()
+        self.profile = None
+
+    @contextlib.contextmanager
+    def firefox_with(self, bookmarks):
+        """Firefox running, the file imported."""
+        application = Application(["firefox-esr"], self.folder, self.folder / "log")
+        try:
+            self.profile = pathlib.Path(application.run(IMPORT, str(bookmarks)))
+            yield
+        finally:
+            application.quit()
+
+    def run(self, *arguments):
+        environment = {**os.environ, "HOME": str(self.folder), "TZ": "Europe/Berlin", "LC_ALL": "C.UTF-8"}
+        environment.pop("XDG_CONFIG_HOME", None)
+        done = subprocess.run([self.program, *arguments], env=environment, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
+        return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+    def succeed(self, *arguments):
+        code, out, err = self.run(*arguments)
+        if code != 0:
+            fail(f"{arguments} ended with {code}: {err}")
+        return out
+
+    def files(self):
+        """What lies in the profile beside its database, with its bytes."""
+        return {path.name: path.read_bytes() for path in self.profile.glob("places.sqlite*")}
+
+    def places(self):
+        """The bookmarks as the database holds them, below the root: (title, url or children, date in seconds).
+
+        Separators are left out, and folders stand before the bookmarks beside them, as in every export.
+        """
+        with tempfile.TemporaryDirectory() as copy:
+            for name, content in self.files().items():
+                pathlib.Path(copy, name).write_bytes(content)
+            with contextlib.closing(sqlite3.connect(pathlib.Path(copy, "places.sqlite"))) as database:
+                rows = database.execute(
+                    "SELECT b.id, b.type, b.title, b.parent, p.url, b.dateAdded, b.lastModified FROM moz_bookmarks b "
+                    "LEFT JOIN moz_places p ON b.fk=p.id ORDER BY b.position").fetchall()
+
+        def below(folder):
+            folders, bookmarks = [], []
+            for row, kind, title, parent, url, added, modified in rows:
+                if parent != folder:
+                    continue
+                if kind == 2:
+                    folders.append((title or "", below(row)))
+                elif kind == 1:
+                    bookmarks.append((title or url, url, (modified or added) // 1000000))
+            return folders + bookmarks
+
+        return below(next(row for row, _, _, parent, *_ in rows if parent == 0))
+
+
+def flat(tree, keywords=()):
+    """The bookmarks of a tree as the connector tells them: each with its folders."""
+    for entry in tree:
+        if isinstance(entry[1], list):
+            yield from flat(entry[1], (*keywords, entry[0]))
+        else:
+            yield (entry[0], entry[1], entry[2], ",".join(keywords))
+
+
+def in_code_page(tree):
+    """The tree with the titles that the component can hold."""
+    def title(text):
+        return text.encode("cp1252", "replace").decode("cp1252")
+    return [(title(entry[0]), in_code_page(entry[1])) if isinstance(entry[1], list) else (title(entry[0]), *entry[1:])
+            for entry in tree]
+
+
+def seconds(date):
+    moment = datetime.datetime.strptime(date, "%d.%m.%Y %H:%M:%S").replace(tzinfo=datetime.timezone.utc)
+    return int(moment.timestamp())
+
+
+def check_reading(home, tree):
+    before = home.files()
+    items = [json.loads(line) for line in home.succeed("read", "firefox://", "--json").splitlines()]
+    found = [(item["Text"], item["Data"]["Url"], seconds(item["Date"]), item["Keywords"]) for item in items]
+    expect("bookmarks as read", sorted(found), sorted(flat(tree)))
+    titles = [title.replace("🦊", "?") for title in TITLES]
+    expect("their order", [item["Text"] for item in items if item["Text"] in titles], titles)
+    expect("files of the profile behind the reading", home.files(), before)
+    menu = home.succeed("browse", "firefox://*")
+    if "Profil '" not in menu:
+        fail(f"no profile is listed: {menu}")
+
+
+def main():
+    program = str(pathlib.Path(sys.argv[1]).resolve())
+    with tempfile.TemporaryDirectory() as folder:
+        imported = pathlib.Path(folder, "imported.html")
+        imported.write_text(IMPORTED, encoding="utf-8")
+        exported = pathlib.Path(folder, "exported.html")
+
+        first = Home(program, pathlib.Path(folder, "first"))
+        with first.firefox_with(imported):
+            code, _, err = first.run("read", "firefox://")
+            if code != 3 or "database is locked" not in err:
+                fail(f"a running Firefox: ended with {code}: {err}")
+        print("Firefox wrote", first.profile)
+        tree = in_code_page(first.places())
+        expect("number of imported bookmarks", len(list(flat(tree))), len(TITLES))
+        check_reading(first, tree)
+        first.succeed("bookmarks", "firefox://", "--output", str(exported))
+        expect("file in the profile", (first.profile / "bookmarks.html").read_bytes(), exported.read_bytes())
+
+        second = Home(program, pathlib.Path(folder, "second"))
+        with second.firefox_with(exported):
+            pass
+        # What was exported comes into the menu, the first profile's roots as plain folders.
+        menu = next(entry[1] for entry in second.places() if entry[0] == "menu")
+        expect("bookmarks of the second profile", menu, tree)
+        print(f"{len(TITLES)} bookmarks came back as they were: titles, urls, order and dates")
+
+
+if __name__ == "__main__":
+    main()
