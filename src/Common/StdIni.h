@@ -8,9 +8,9 @@
 
 namespace vorlent {
 
-// A document of at most 200 sections, each with its text kept as one block, so that comments, blank lines and the
-// order of keys survive. Sections and keys are found without regard to letter case. A position outside 1 to 200
-// raises SubscriptOutOfRange; a file that can't be read or written raises its failure.
+// A document of at most 200 sections, each with its text kept as one block, so that comments, blank lines and
+// the order of keys survive. Sections and keys are found without regard to letter case. A position outside 1
+// to 200 raises SubscriptOutOfRange; a file that can't be read or written raises its failure.
 class StdIni {
  public:
   std::int32_t Count() const { return count_; }

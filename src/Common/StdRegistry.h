@@ -7,8 +7,8 @@
 
 namespace vorlent {
 
-// A value as text, `defaultText` if the key or the value is missing. `hive` is 0 to 6, or -1 if the key text begins
-// with the hive's name; the value "@" is the key's own.
+// A value as text, `defaultText` if the key or the value is missing. `hive` is 0 to 6, or -1 if the key text
+// begins with the hive's name; the value "@" is the key's own.
 std::string GetRegistryValue(std::int32_t hive, std::string_view key, std::string_view value,
                              std::string_view defaultText);
 

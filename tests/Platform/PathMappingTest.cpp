@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
@@ -349,10 +350,17 @@ TEST_F(AppDataTest, FolderWithTheWindowsLayoutIsTakenAsItIs) {
   EXPECT_EQ(os::AppDataPath(), folder_.Path("AppData"));
 }
 
-TEST_F(AppDataTest, HomeBelowAnotherDriveIsNamedByIt) {
+TEST_F(AppDataTest, HomeBelowAnotherDriveIsNamedFromTheRoot) {
   folder_.Write(".thunderbird/profiles.ini", "t");
+  folder_.Write("elsewhere/prefs.js", "");
   os::SetDrive('H', folder_.Native().string());
-  EXPECT_EQ(os::AppDataPath(), "H:\\AppData");
+  EXPECT_EQ(os::AppDataPath(), folder_.Path("AppData"));
+  os::SetDrive('R', "/");
+  os::SetDrive('C', "");
+  EXPECT_EQ(os::AppDataPath(), "R" + folder_.Path("AppData").substr(1));
+  // A profile that profiles.ini names by an absolute path is found for that.
+  const std::string profile = folder_.Path("elsewhere").substr(2);
+  EXPECT_TRUE(FileExists(AddPath(os::AppDataPath() + "\\Thunderbird\\", profile) + "\\prefs.js"));
   EXPECT_EQ(os::FileLength("H:\\AppData\\Thunderbird\\profiles.ini"), 1u);
 }
 

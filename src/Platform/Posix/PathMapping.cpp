@@ -216,6 +216,30 @@ std::string Resolve(const std::string& native) {
   return resolved;
 }
 
+// --- From native to Windows ------------------------------------------------------------------------------
+
+std::string DriveName(std::size_t index) {
+  return {static_cast<char>('A' + index), ':'};
+}
+
+// Names and separators of a native path.
+std::string ToWindowsNames(std::string_view native) {
+  std::string path;
+  for (std::size_t at = 0; at < native.size();) {
+    if (native[at] == '/') {
+      path += '\\';
+      ++at;
+      continue;
+    }
+    const std::size_t end = std::min(native.find('/', at), native.size());
+    path += ToWindowsName(native.substr(at, end - at));
+    at = end;
+  }
+  return path;
+}
+
+// --- Names without regard to case ------------------------------------------------------------------------
+
 // Upper-case forms of the page's characters.
 constexpr std::array<char, 256> kUpperCase = [] {
   std::array<char, 256> upper{};
@@ -290,36 +314,30 @@ std::string ToNewNativePath(std::string_view path) {
 std::string ToWindowsPath(std::string_view nativePath) {
   if (nativePath.empty()) return "";
   const std::string native = std::filesystem::absolute(nativePath).string();
-  const std::string* root = nullptr;
-  std::string path;
+  std::string drive;
+  std::size_t rootSize = 0;
   for (std::size_t i = 0; i < Current().drives.size(); ++i) {
-    const auto& drive = Current().drives[i];
-    const bool holds = drive && native.starts_with(*drive) && native[drive->size()] == '/';
-    if (!holds && !(drive && native == *drive)) continue;
-    if (root != nullptr && root->size() >= drive->size()) continue;
-    root = &*drive;
-    path = {static_cast<char>('A' + i), ':'};
+    const auto& folder = Current().drives[i];
+    const bool holds = folder && native.starts_with(*folder) &&
+                       (native.size() == folder->size() || native[folder->size()] == '/');
+    if (!holds || (!drive.empty() && folder->size() <= rootSize)) continue;
+    drive = DriveName(i);
+    rootSize = folder->size();
   }
-  std::string_view names = native;
-  if (root != nullptr) names.remove_prefix(root->size());
-  if (names.empty()) path += '\\';
-  for (std::size_t at = 0; at < names.size();) {
-    if (names[at] == '/') {
-      path += '\\';
-      ++at;
-      continue;
-    }
-    const std::size_t end = std::min(names.find('/', at), names.size());
-    path += ToWindowsName(names.substr(at, end - at));
-    at = end;
-  }
-  return path;
+  const std::string names = ToWindowsNames(std::string_view(native).substr(rootSize));
+  return drive + (names.empty() ? "\\" : names);
 }
 
 std::string AppDataPath() {
   if (Current().appData) return ToWindowsPath(Current().appData->empty() ? "/" : *Current().appData);
   const auto home = Home();
-  return home ? ToWindowsPath(*home + std::string(kAppDataName)) : "";
+  if (!home) return "";
+  // Absolute native paths in the applications' files are resolved against this one. So it begins at the root.
+  const auto& drives = Current().drives;
+  const auto root = std::find(drives.begin(), drives.end(), std::string());
+  const std::string drive =
+      root == drives.end() ? "" : DriveName(static_cast<std::size_t>(root - drives.begin()));
+  return drive + ToWindowsNames(*home + std::string(kAppDataName));
 }
 
 // --- Names -----------------------------------------------------------------------------------------------

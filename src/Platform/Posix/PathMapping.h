@@ -44,7 +44,8 @@ std::string ToNewNativePath(std::string_view path);
 // from the root without a drive if none does; "" for "".
 std::string ToWindowsPath(std::string_view nativePath);
 
-// The Windows path of the application-data folder, "" if no home can be told.
+// The Windows path of the application-data folder, "" if no home can be told. That of the user's own begins
+// at the root: with the letter of a drive that stands for the root, without a drive if there is none.
 //
 // The user's own is no real folder: "AppData" in the home stands for the home itself, and the names
 // "Thunderbird", "Mozilla\FireFox" and "Mozilla\Sunbird" below it for the first of the places where these
