@@ -74,8 +74,10 @@ void ArchiveItem::Become(StoredItem stored) {
   files_.clear();
   namesOfSources_.clear();
   usedNames_.clear();
+  arrivedNames_.clear();
   for (StoredFile& file : stored.files) {
     usedNames_.insert(LowerCase(file.name));
+    if (!file.missing) arrivedNames_.insert(file.name);
     files_[file.key] = {file.name, {}, file.missing ? File::State::Missing : File::State::In};
     Describe(file.key, DataText(file.key));
   }
@@ -166,9 +168,7 @@ void ArchiveItem::BringIn(std::string_view key, std::string_view options) {
   ArchiveFiles& files = content->Files();
   File& file = files_.find(key)->second;
   // Two descriptions of one path: the file came with the first.
-  const bool isShared = std::any_of(files_.begin(), files_.end(), [&](const auto& entry) {
-    return entry.second.state == File::State::In && entry.second.name == file.name;
-  });
+  const bool isShared = arrivedNames_.contains(file.name);
   content->FilesExpected(-1);
   if (!isShared) {
     try {
@@ -181,6 +181,7 @@ void ArchiveItem::BringIn(std::string_view key, std::string_view options) {
     if (HasOption(options, "nofileattribute")) files.AllowWriting(number_, file.name);
   }
   file.state = File::State::In;
+  arrivedNames_.insert(file.name);
 }
 
 // Puts the file's place in front of the lines that describe it.

@@ -83,6 +83,7 @@ class ArchiveItem : public StandaloneItem {
   std::map<std::string, File, std::less<>> files_;               // by key
   std::unordered_map<std::string, std::string> namesOfSources_;  // names by the path that they come from
   std::unordered_set<std::string> usedNames_;                    // in lower case
+  std::unordered_set<std::string> arrivedNames_;                 // those whose files are in
   std::vector<std::int64_t> twins_;  // items of the same fingerprint, found when this one was pasted
 };
 

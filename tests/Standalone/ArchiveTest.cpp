@@ -11,7 +11,7 @@
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
-#include "Support/TemporaryFolder.h"
+#include "Standalone/MemoryFolder.h"
 
 namespace vorlent {
 namespace {
@@ -74,7 +74,7 @@ class ArchiveTest : public ::testing::Test {
     return ids;
   }
 
-  TemporaryFolder folder_;
+  MemoryFolder folder_;
   ArchivePtr archive_;
 };
 
@@ -163,6 +163,19 @@ TEST_F(ArchiveTest, WithoutMoveTheSourceStays) {
   EXPECT_EQ(BytesOf(archive_->ItemAt(1), "FileAttach1"), "abc");
   EXPECT_EQ(archive_->ItemAt(1)->DataText("FileAttach1"),
             archive_->ItemAt(1)->DataFile("FileAttach1", 0) + "\r\nfile=a.txt");
+}
+
+TEST_F(ArchiveTest, AFileFromAnotherFileSystemIsTakenToo) {
+  const std::filesystem::path place = std::filesystem::current_path() / "archive-test-source.txt";
+  std::filesystem::remove(place);
+  const std::string path = "C:" + place.string();
+  WriteBytes(path, "abc");
+  std::filesystem::permissions(place, std::filesystem::perms::owner_read);
+  const ItemPtr item = archive_->PasteRecord("ID=1");
+  item->TakeFile("FileAttach1", path, "move", "file=a.txt");
+  EXPECT_FALSE(std::filesystem::exists(place));
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "abc");
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 archive-test-source.txt"));
 }
 
 TEST_F(ArchiveTest, TwoDescriptionsOfOneFileShareIt) {
