@@ -1,6 +1,7 @@
 #include "Connectors/Mozilla/WizardForm.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "Platform/CodePage.h"
@@ -49,7 +50,7 @@ std::unique_ptr<Control> Make(const ControlSpec& spec) {
 
 const std::vector<ControlSpec>& WizardControlTable() {
   // clang-format off
-  static const std::vector<ControlSpec> table = {
+  static const ControlSpec rows[] = {
       {"Picture1",    Kind::Page,         1, kPageBounds, ""},
       {"Label2",      Kind::Label,        1, {0, 0, 900, 195}, "Datenquelle:"},
       {"Option1",     Kind::OptionButton, 1, {0, 360, 1815, 255}, "Thunderbird-Folder", true},
@@ -83,6 +84,7 @@ const std::vector<ControlSpec>& WizardControlTable() {
       {"T_Keywords",  Kind::TextBox,      4, {0, 960, 5895, 1845}, "", true},
   };
   // clang-format on
+  static const std::vector<ControlSpec> table(std::begin(rows), std::end(rows));
   return table;
 }
 
