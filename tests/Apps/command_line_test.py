@@ -343,6 +343,145 @@ class CommandLine(unittest.TestCase):
         self.assertEqual((code, out), (3, ""))
         self.assertIn("folder 0 lies within itself", err)
 
+    # --- Calendars ------------------------------------------------------------------------------------------------
+
+    def sunbird(self, *names):
+        return self.samples.joinpath("AppData/Mozilla/Sunbird/Profiles/h7w2m4tz.default", *names)
+
+    def calendar_rows(self, sql):
+        with contextlib.closing(sqlite3.connect(self.sunbird("storage.sdb"))) as storage:
+            return storage.execute(sql).fetchall()
+
+    def work_items(self):
+        return self.read("sunbird://default/Arbeit")
+
+    def add_event(self, *arguments):
+        code, out, err = self.run_program("calendar", "add", "sunbird://default/Arbeit", *arguments)
+        self.assertEqual((code, err), (0, ""))
+        return out.split()[-1]
+
+    def test_calendars_are_listed_and_read_and_left_as_they_were(self):
+        before = tree_bytes(self.samples)
+        code, out, _ = self.run_program("browse", "sunbird://default", "--json")
+        self.assertEqual((code, [json.loads(line)["Data"]["Location"] for line in out.splitlines()]),
+                         (0, ["sunbird://default/Privat/", "sunbird://default/Arbeit/"]))
+        items = self.read("sunbird://default/Privat")
+        self.assertEqual([item["Text"] for item in items][:3],
+                         ["Nacht der Zeitumstellung", "Frühstück | Brunch", "Die doppelte Stunde"])
+        self.assertEqual((items[0]["Date"], items[0]["Data"]["DateEnd"]), ("27.03.2010 23:30", "28.03.2010 03:30"))
+        self.assertEqual(items[1]["Data"]["Location"], "Café Müller | Terrasse")
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_an_event_is_added_changed_moved_and_removed(self):
+        identity = self.add_event("--text", "Übergabe", "--start", "09.05.2010 14:30", "--end", "09.05.2010 15:00")
+        self.assertEqual(self.calendar_rows(
+            f"SELECT cal_id, title, event_start, event_end, flags FROM cal_events WHERE id='{identity}'"),
+            [(2, "Übergabe", 1273408200000000, 1273410000000000, 4)])
+        event = next(item for item in self.work_items() if item["ID"] == identity)
+        self.assertEqual((event["Text"], event["Date"], event["Data"]["DateEnd"], event["Data"]["Location"]),
+                         ("Übergabe", "09.05.2010 14:30", "09.05.2010 15:00", ""))
+
+        code, out, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", identity, "--text", "Besuch",
+                                          "--start", "28.03.2010 01:30", "--end", "28.03.2010 03:30",
+                                          "--location", "Großer Saal")
+        self.assertEqual((code, out, err), (0, f"changed: 'Besuch' {identity}\n", ""))
+        event = next(item for item in self.work_items() if item["ID"] == identity)
+        self.assertEqual((event["Text"], event["Date"], event["Data"]["DateEnd"], event["Data"]["Location"]),
+                         ("Besuch", "28.03.2010 01:30", "28.03.2010 03:30", "Großer Saal"))
+        self.assertEqual(self.calendar_rows(f"SELECT event_end-event_start FROM cal_events WHERE id='{identity}'"),
+                         [(3600000000,)])
+        self.assertEqual(self.calendar_rows(f"SELECT key, value FROM cal_properties WHERE item_id='{identity}'"),
+                         [("LOCATION", "Großer Saal")])
+
+        code, out, err = self.run_program("calendar", "remove", "sunbird://default/Arbeit", identity)
+        self.assertEqual((code, out, err), (0, "removed: 'Besuch'\n", ""))
+        self.assertNotIn(identity, [item["ID"] for item in self.work_items()])
+        self.assertEqual(self.calendar_rows(f"SELECT * FROM cal_properties WHERE item_id='{identity}'"), [])
+
+    def test_an_event_lasts_an_hour_unless_told_otherwise(self):
+        identity = self.add_event("--text", "x", "--start", "28.03.2010 01:30")
+        event = next(item for item in self.work_items() if item["ID"] == identity)
+        self.assertEqual(event["Data"]["DateEnd"], "28.03.2010 03:30")
+
+    def test_a_second_location_is_added_behind_the_first_and_that_is_told(self):
+        code, out, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", "1", "--location", "Raum 7")
+        self.assertEqual(code, 0)
+        self.assertIn("keeps the location 'Raum 5' in front of the new one", err)
+        self.assertEqual(self.work_items()[0]["Data"]["Location"], "Raum 5")
+        self.assertEqual(self.calendar_rows("SELECT value FROM cal_properties WHERE key='LOCATION' AND "
+                                            "item_id LIKE '%f05'"), [("Raum 5",), ("Raum 6",), ("Raum 7",)])
+
+    def test_a_task_is_added_changed_and_removed(self):
+        identity = self.add_event("--task", "--text", "Anrufen | dringend")
+        self.assertEqual([item["Text"] for item in self.work_items() if item["ID"] == identity],
+                         ["Anrufen | dringend"])
+        self.assertEqual(self.run_program("calendar", "set", "sunbird://default/Arbeit", identity, "--text", "Ab")[0],
+                         0)
+        self.assertEqual(self.calendar_rows(f"SELECT cal_id, title FROM cal_todos WHERE id='{identity}'"), [(2, "Ab")])
+        self.assertEqual(self.run_program("calendar", "remove", "sunbird://default/Arbeit", identity, "2")[0], 0)
+        self.assertEqual(self.calendar_rows("SELECT * FROM cal_todos WHERE cal_id=2"), [])
+
+    def test_rows_of_the_first_calendar_are_written_under_0(self):
+        code, _, _ = self.run_program("calendar", "add", "sunbird://default/Privat", "--task", "--text", "Blumen")
+        self.assertEqual(code, 0)
+        self.assertEqual(self.calendar_rows("SELECT cal_id FROM cal_todos WHERE title='Blumen'"), [(0,)])
+        self.assertIn("Blumen", [item["Text"] for item in self.read("sunbird://default/Privat")])
+
+    def test_the_database_log_shows_every_statement(self):
+        code, _, err = self.run_program("--log", "calendar", "set", "sunbird://default/Arbeit", "1", "--text", "Neu")
+        self.assertEqual(code, 0)
+        self.assertRegex(err, r"RedoAction: \d{14} 5d0c7a66-1f0e-4b5c-9a51-0a7b9c3e6f05 ChangeText: Neu")
+        self.assertRegex(err, r"DBConnect: \w+ \(Driver=\{SQLite3 ODBC Driver\};Database=.*storage.sdb;Timeout=2000\)")
+        self.assertRegex(err, r"0<-UPDATE cal_events SET title='Neu', last_modified=\d+000000 WHERE id='5d0c")
+
+    def test_a_text_that_the_database_refuses_is_told_and_changes_nothing(self):
+        before = tree_bytes(self.samples)
+        for text in ("Anna's", "x'; DELETE FROM cal_events; --"):
+            code, out, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", "1", "--text", text)
+            self.assertEqual((code, out), (1, ""))
+            self.assertIn("the database refused: UPDATE cal_events SET title='" + text, err)
+            self.assertIn("WHERE id='5d0c7a66-1f0e-4b5c-9a51-0a7b9c3e6f05'; -> 1\n", err)
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_a_locked_calendar_is_told(self):
+        with contextlib.closing(sqlite3.connect(self.sunbird("storage.sdb"))) as sunbird:
+            sunbird.execute("BEGIN EXCLUSIVE")
+            code, out, err = self.run_program("calendar", "remove", "sunbird://default/Arbeit", "1")
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("database is locked", err)
+
+    def test_times_that_the_calendar_can_not_keep_are_wrong_use(self):
+        before = tree_bytes(self.samples)
+        for command, message in (
+                (("add", "--text", "x", "--start", "soon"), "'soon' is no date and time"),
+                (("add", "--text", "x", "--start", "01.02.2038 00:00"), "is no time that the calendar can keep"),
+                (("add", "--text", "x", "--start", "09.05.2010 14:30", "--end", "09.05.2010 14:29"), "lies before"),
+                (("add", "--text", "x"), "an event needs a --start"),
+                (("add", "--text", "x", "--task", "--end", "09.05.2010 14:30"), "a task has no start"),
+                (("set", "1", "--end", "01.01.2010 00:00"), "lies before"),
+                (("set", "2", "--location", "x"), "a task has no start"),
+                (("set", "1"), "nothing to set")):
+            code, out, err = self.run_program("calendar", command[0], "sunbird://default/Arbeit", *command[1:])
+            self.assertEqual((code, out), (2, ""), command)
+            self.assertIn(message, err)
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_only_one_calendar_is_changed_at_a_time(self):
+        for address in ("sunbird://", "sunbird://default", "sunbird://default/*", "thunderbird://default/Local Folders",
+                        "firefox://default/menu/"):
+            code, out, err = self.run_program("calendar", "remove", address, "1")
+            self.assertEqual((code, out), (2, ""))
+            self.assertIn(f"'{address}' names no calendar", err)
+
+    def test_missing_calendars_and_items_are_told(self):
+        code, _, err = self.run_program("calendar", "remove", "sunbird://default/Nichts", "1")
+        self.assertEqual(code, 3)
+        self.assertIn("sunbird://default/Nichts could not be read", err)
+        code, _, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", "99", "--text", "x")
+        self.assertEqual(code, 1)
+        self.assertIn("no item 99 at sunbird://default/Arbeit", err)
+        self.assertEqual(self.run_program("calendar")[0], 2)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=1)

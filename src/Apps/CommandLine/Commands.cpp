@@ -14,6 +14,8 @@ const std::vector<Verb>& Verbs() {
       {"bookmarks", "Write the bookmarks of a Firefox profile as bookmarks.html", "Reading",
        DeclareBookmarks},
       {"delete", "Mark mails as deleted in their mailbox", "Changing mailboxes", DeclareDelete},
+      {"calendar", "Add, change and remove events and tasks of a calendar", "Changing calendars",
+       DeclareCalendar},
   };
   return verbs;
 }

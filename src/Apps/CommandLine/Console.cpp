@@ -32,13 +32,13 @@ void Console::LocationUnreadable(std::string_view reason) {
   NoteError(reason);
 }
 
-void Console::ErrorRaised(std::int32_t kind, std::string_view, bool, std::string_view text) {
-  // The calendar connector raises the kinds 1 and 2 for each call of its database; these belong to its log.
+void Console::ErrorRaised(std::int32_t kind, std::string_view, bool flag, std::string_view text) {
   constexpr std::int32_t kNotFound = 3;
   if (kind == kNotFound) {
     NoteError(text);
-  } else {
-    DatabaseLogLine(text);
+  } else if (!flag) {
+    // All other kinds tell of calls of the calendar database, whose log has those that went well.
+    NoteError("the database refused: " + std::string(text));
   }
 }
 

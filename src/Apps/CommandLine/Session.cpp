@@ -67,7 +67,7 @@ Session::Session(const GlobalOptions& options)
   SetDefaultLineRule(options.lineRule == "windows" ? LineRule::Windows : LineRule::Native);
   Platform::Install(std::make_shared<ConsolePlatform>(*console_));
   host_ = std::make_shared<StandaloneHost>(*console_);
-  host_->Global().SetLogEnabled(options.verbose);
+  host_->Global().SetLogEnabled(options.verbose || options.databaseLog);
   HostObjects::Install(host_);
   cancelFlag = &host_->Global().CancelFlag();
   std::signal(SIGINT, Interrupt);

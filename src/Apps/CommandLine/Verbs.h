@@ -11,5 +11,6 @@ void DeclareGet(CLI::App& command, Action& action);
 void DeclareStream(CLI::App& command, Action& action);
 void DeclareBookmarks(CLI::App& command, Action& action);
 void DeclareDelete(CLI::App& command, Action& action);
+void DeclareCalendar(CLI::App& command, Action& action);
 
 }  // namespace vorlent::app

@@ -1,0 +1,204 @@
+#include <optional>
+
+#include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/Verbs.h"
+#include "Common/StdModul.h"
+#include "Common/StdTime.h"
+#include "Common/Width.h"
+#include "Standalone/SourceEdits.h"
+
+namespace vorlent::app {
+
+namespace {
+
+struct CalendarOptions {
+  std::string address;
+  std::vector<std::string> items;
+  bool task = false;
+  std::optional<std::string> text, start, end, location;
+};
+
+constexpr std::int32_t kDefaultSeconds = 3600;
+
+[[noreturn]] void Refuse(const std::string& text, const std::string& hint = {}) {
+  throw AppError(ExitCode::Usage, text, hint);
+}
+
+// Changes go to the calendar that was read last, so an address must name exactly one.
+StandaloneLocationPtr ReadCalendar(Session& session, const std::string& given) {
+  const std::string address = session.Address(given);
+  std::string rest = address;
+  const std::string scheme = CutToken(rest, "://");
+  const std::string profile = CutToken(rest, "/");
+  const std::string calendar = CutToken(rest, "/");
+  if ((scheme != "sunbird" && scheme != "lightning") || profile.empty() || calendar.empty() ||
+      calendar == "*") {
+    Refuse("'" + given + "' names no calendar", "Use an address such as sunbird://PROFILE/CALENDAR.");
+  }
+  return session.Read(address);
+}
+
+// Seconds since 1970 in UTC of a local date text. Raises AppError for what the calendar can't keep.
+std::int32_t Moment(const std::string& date) {
+  std::int32_t moment = 0;
+  const std::string utc = LocalToUtcText(date);
+  if (utc.empty()) Refuse("'" + date + "' is no date and time", "Write it as \"09.05.2010 14:30\".");
+  if (!Swallow([&] { moment = StampToEpoch(DisplayToStamp(utc)); })) {
+    Refuse("'" + date + "' is no time that the calendar can keep", "It ends on 19 January 2038.");
+  }
+  return moment;
+}
+
+void CheckTimes(const std::string& start, const std::string& end) {
+  if (Moment(end) < Moment(start)) Refuse("the end '" + end + "' lies before the start '" + start + "'");
+}
+
+// Tells what the database refused, and ends the command accordingly.
+ExitCode Finish(Session& session, const std::string& done) {
+  if (!session.ComplainOfErrors()) {
+    std::puts(done.c_str());
+    return ExitCode::Done;
+  }
+  session.Output().Say("A ' in a text ends it for the database; --log shows each statement.");
+  return ExitCode::Partly;
+}
+
+std::string Quoted(const Item& item) {
+  return "'" + Shown(item.Text()) + "'";
+}
+
+// Texts go into the calendar as the UTF-8 in which it keeps them.
+std::string NewRecord(const CalendarOptions& options, const std::string& calendar) {
+  const std::string now = NowStamp();
+  std::string record = std::string("Type=") + (options.task ? "task" : "termin");
+  record += "|Text=" + EscapeValue(options.text.value_or(""));
+  if (!options.task) {
+    std::string afterwards = EpochToStamp(ToInt32(std::int64_t{Moment(*options.start)} + kDefaultSeconds));
+    const std::string end = options.end.value_or(UtcToLocalText(ParseDate(StampToDisplay(afterwards))));
+    CheckTimes(*options.start, end);
+    record += "|Date=" + *options.start + "|DataDateEnd=" + end;
+    record += "|DataLocation=" + EscapeValue(options.location.value_or(""));
+  }
+  return record + "|DataCalendar=" + EscapeValue(calendar) + "|Log=" + now + "," + now + "*1";
+}
+
+ExitCode Add(Session& session, const CalendarOptions& options) {
+  if (options.task && (options.start || options.end || options.location)) {
+    Refuse("a task has no start, end or location");
+  }
+  if (!options.task && !options.start) Refuse("an event needs a --start", "Or make it a --task.");
+  const StandaloneLocationPtr location = ReadCalendar(session, options.address);
+  std::string path = location->Name();
+  CutToken(path, "://");
+  CutToken(path, "/");
+  const ItemPtr item = location->PasteRecord(NewRecord(options, CutToken(path, "/")));
+  return Finish(session, "added: " + Quoted(*item) + " " + Shown(item->ID()));
+}
+
+void Edit(StandaloneItem& item, const CalendarOptions& options) {
+  if (options.text) item.SetText(*options.text);
+  if (options.start) item.SetDate(*options.start);
+  if (options.end) item.SetData("DateEnd", *options.end, false);
+  if (options.location) item.SetData("Location", *options.location, false);
+}
+
+StandaloneItemPtr FindExisting(Session& session, Location& location, const std::string& wanted,
+                               const std::string& address) {
+  const StandaloneItemPtr item = FindItem(location, wanted);
+  if (item == nullptr) session.Output().Complain("no item " + wanted + " at " + address);
+  return item;
+}
+
+ExitCode Set(Session& session, const CalendarOptions& options) {
+  if (!options.text && !options.start && !options.end && !options.location) Refuse("nothing to set");
+  const StandaloneLocationPtr location = ReadCalendar(session, options.address);
+  const StandaloneItemPtr item = FindExisting(session, *location, options.items.front(), options.address);
+  if (item == nullptr) return ExitCode::Partly;
+  if (item->Type() == "task" && (options.start || options.end || options.location)) {
+    Refuse("a task has no start, end or location");
+  }
+  if (item->Type() == "termin") {
+    CheckTimes(options.start.value_or(item->Date()), options.end.value_or(item->DataText("DateEnd")));
+  }
+  const std::string oldLocation = item->DataText("Location");
+  SourceEdits edits;
+  session.Host().SetItemListener(&edits);
+  Edit(*item, options);
+  session.Host().SetItemListener(nullptr);
+  const ExitCode code = Finish(session, "changed: " + Quoted(*item) + " " + Shown(item->ID()));
+  if (options.location && !oldLocation.empty() && oldLocation != *options.location) {
+    session.Output().Say("The calendar keeps the location '" + Shown(oldLocation) +
+                         "' in front of the new one, and reading takes the first.");
+  }
+  return code;
+}
+
+ExitCode Remove(Session& session, const CalendarOptions& options) {
+  const StandaloneLocationPtr location = ReadCalendar(session, options.address);
+  const auto connector = RequireAs<Connector>(location->Connector());
+  ExitCode code = ExitCode::Done;
+  // Numbers mean places in the list before anything is removed.
+  std::vector<StandaloneItemPtr> items;
+  for (const std::string& wanted : options.items) {
+    const StandaloneItemPtr item = FindExisting(session, *location, wanted, options.address);
+    if (item == nullptr) {
+      code = ExitCode::Partly;
+    } else {
+      items.push_back(item);
+    }
+  }
+  for (const StandaloneItemPtr& item : items) {
+    if (!session.Confirm("Remove " + Quoted(*item) + " from the calendar?")) return ExitCode::Cancelled;
+    session.Output().Forget();
+    connector->DeleteItem(item);
+    if (Finish(session, "removed: " + Quoted(*item)) != ExitCode::Done) code = ExitCode::Partly;
+  }
+  return code;
+}
+
+using Run = ExitCode (*)(Session&, const CalendarOptions&);
+using OptionsPtr = std::shared_ptr<CalendarOptions>;
+
+// A command below "calendar"; all of them take the calendar's address first.
+CLI::App& Declare(CLI::App& parent, Action& action, const std::string& name, const std::string& summary,
+                  const OptionsPtr& options, Run run) {
+  CLI::App& command = *parent.add_subcommand(name, summary);
+  command.add_option("ADDRESS", options->address, "Which calendar: sunbird://PROFILE/CALENDAR")->required();
+  command.callback([options, &action, run] {
+    action = [options, run](Session& session) { return run(session, *options); };
+  });
+  return command;
+}
+
+void DeclareTexts(CLI::App& command, const OptionsPtr& options) {
+  command.add_option("--text", options->text, "What it is called");
+  command.add_option("--start", options->start, "When it begins in local time, such as \"09.05.2010 14:30\"");
+  command.add_option("--end", options->end, "When it ends");
+  command.add_option("--location", options->location, "Where it takes place");
+}
+
+}  // namespace
+
+void DeclareCalendar(CLI::App& command, Action& action) {
+  command.require_subcommand(1);
+  const auto adding = std::make_shared<CalendarOptions>();
+  CLI::App& add =
+      Declare(command, action, "add", "Add an event, which lasts an hour unless told otherwise", adding, Add);
+  DeclareTexts(add, adding);
+  add.get_option("--text")->required();
+  add.add_flag("--task", adding->task, "Add a task instead");
+
+  const auto setting = std::make_shared<CalendarOptions>();
+  CLI::App& set = Declare(command, action, "set", "Change an event or a task", setting, Set);
+  set.add_option("ID", setting->items, "ID of the item, or its number in the list of `read`")
+      ->required()
+      ->expected(1);
+  DeclareTexts(set, setting);
+
+  const auto removing = std::make_shared<CalendarOptions>();
+  CLI::App& remove = Declare(command, action, "remove", "Remove events and tasks", removing, Remove);
+  remove.add_option("ID", removing->items, "IDs of the items, or their numbers in the list of `read`")
+      ->required();
+}
+
+}  // namespace vorlent::app
