@@ -3,9 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <charconv>
 #include <new>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,62 +14,15 @@
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Standalone/ConnectionText.h"
 #include "Standalone/LiftedQuery.h"
 
 namespace vorlent {
 
 namespace {
 
-constexpr int kDefaultTimeout = 2000;
-
 // Prepared statements that a connection keeps for the next query of the same form.
 constexpr std::size_t kIdleStatements = 8;
-
-struct ConnectionText {
-  std::string database;
-  std::optional<int> timeout = kDefaultTimeout;  // nothing if it is no number
-};
-
-// The value at the front of a connection text, cut with its ";". In braces a doubled closing one stands for
-// one.
-std::string CutValue(std::string& text) {
-  text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
-  if (!text.starts_with('{')) return Trim(CutToken(text, ";"));
-  std::string value;
-  std::size_t at = 1;
-  for (; at < text.size(); ++at) {
-    if (text[at] == '}') {
-      if (text.compare(at, 2, "}}") != 0) break;
-      ++at;
-    }
-    value += text[at];
-  }
-  text.erase(0, at);
-  CutToken(text, ";");
-  return value;
-}
-
-std::optional<int> ParseTimeout(std::string_view text) {
-  int timeout = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), timeout);
-  if (error != std::errc() || end != text.data() + text.size() || timeout < 0) return std::nullopt;
-  return timeout;
-}
-
-ConnectionText ParseConnectionText(std::string text) {
-  ConnectionText parsed;
-  while (!text.empty()) {
-    const std::size_t equals = text.find_first_of("=;");
-    if (equals == std::string::npos) break;
-    const bool hasValue = text[equals] == '=';
-    const std::string key = Trim(CutToken(text, hasValue ? "=" : ";"));
-    if (!hasValue) continue;
-    const std::string value = CutValue(text);
-    if (EqualNoCase(key, "Database")) parsed.database = value;
-    if (EqualNoCase(key, "Timeout")) parsed.timeout = ParseTimeout(value);
-  }
-  return parsed;
-}
 
 struct CloseConnection {
   void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
