@@ -208,7 +208,7 @@ class CommandLine(unittest.TestCase):
 
     def test_stream_keeps_each_mail_with_its_files_and_record(self):
         code, out, err = self.run_program("stream", LOCAL + "/Inbox/-", "--output", "out")
-        self.assertEqual((code, err), (0, ""))
+        self.assertEqual((code, err), (0, "found 9 = delivered 8 + expunged 1 + failed 0\n"))
         self.assertEqual(len(out.splitlines()), 8)
         folder = self.work / "out" / "20260114123000-nested-3@example.org"
         self.assertEqual(sorted(path.name for path in folder.iterdir()),
@@ -252,6 +252,116 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(code, 1)
         self.assertIn("no item nosuch", err)
         self.assertEqual(len(self.read(LOCAL + "/Inbox/-")), 7)
+
+    # --- Archive --------------------------------------------------------------------------------------------------
+
+    def import_inbox(self, *arguments):
+        return self.run_program("import", LOCAL + "/Inbox/-", "--target", "archive", *arguments)
+
+    def search(self, *words):
+        code, out, _ = self.run_program("search", "archive", *words, "--json", sample=False)
+        return [json.loads(line) for line in out.splitlines()]
+
+    def test_import_accounts_for_every_mail_and_copy_leaves_the_mailbox(self):
+        before = tree_bytes(self.samples)
+        code, out, err = self.import_inbox()
+        self.assertEqual((code, out, err), (0, "", "found 9 = imported 8 + expunged 1 + failed 0\n"))
+        self.assertEqual(tree_bytes(self.samples), before)
+        self.assertEqual(len(self.search()), 8)
+
+    def test_import_with_move_marks_the_imported_mails(self):
+        before = (self.samples / INBOX).read_bytes()
+        self.assertEqual(self.import_inbox("--move")[0], 0)
+        after = (self.samples / INBOX).read_bytes()
+        self.assertEqual(len(before), len(after))
+        self.assertEqual(sum(a != b for a, b in zip(before, after)), 8)
+        code, _, err = self.import_inbox("--move")
+        self.assertEqual((code, err), (0, "found 9 = imported 0 + expunged 9 + failed 0\n"))
+        self.assertEqual(len(self.search()), 8)
+
+    def test_an_import_repeated_keeps_each_mail_once(self):
+        self.import_inbox()
+        self.import_inbox()
+        self.assertEqual(len(self.search()), 8)
+
+    def test_search_finds_words_of_subjects_and_of_attachment_names(self):
+        self.import_inbox()
+        self.assertEqual([mail["Text"] for mail in self.search("Lageplan")], ["Einladung: Sommerfest für  5 €"])
+        self.assertEqual([mail["Text"] for mail in self.search("Grüße")], ["Grüße aus Köln"])
+        code, out, err = self.run_program("search", "archive", "nirgends", sample=False)
+        self.assertEqual((code, out), (1, ""))
+
+    def test_keywords_and_topics_reach_the_items(self):
+        self.import_inbox("--keyword", "Privat", "--autotopic", "Rechnung = Finanzen, Post")
+        mails = {mail["Text"]: mail["Keywords"] for mail in self.search()}
+        self.assertEqual(mails["Neuigkeiten"], "Account=Local Folders,Inbox,Privat")
+        self.assertEqual(mails["Rechnung | Januar"], "Account=Local Folders,Inbox,Privat,Finanzen,Post")
+
+    def test_log_of_an_import(self):
+        _, _, err = self.import_inbox("--verbose")
+        lines = err.splitlines()
+        self.assertRegex(lines[0], r"^Import Thunderbird .*archive$")
+        self.assertRegex(lines[1], r"^ \d\d:\d\d:\d\d: S:\\AppData\\Thunderbird\\.*\\Inbox$")
+        self.assertRegex(lines[2], r"^  8 Items in \d+ Sekunden")
+        self.assertRegex(lines[3], r"^ \d\d:\d\d:\d\d finished \(8 Items\)$")
+
+    def test_import_of_a_mailbox_file(self):
+        code, _, err = self.run_program("import", str(self.samples / INBOX), "--target", "archive")
+        self.assertEqual((code, err), (0, "found 9 = imported 8 + expunged 1 + failed 0\n"))
+
+    def test_import_of_a_missing_mailbox_makes_no_archive(self):
+        for source in ("/nosuch", LOCAL + "/NoSuch"):
+            code, _, err = self.run_program("import", source, "--target", "archive")
+            self.assertEqual(code, 3)
+            self.assertIn("no such mailbox", err)
+            self.assertFalse((self.work / "archive").exists())
+
+    def test_search_in_a_folder_without_an_archive_says_so_and_makes_none(self):
+        code, _, err = self.run_program("search", "archive", "x", sample=False)
+        self.assertEqual(code, 3)
+        self.assertIn("there is no archive", err)
+        self.assertFalse((self.work / "archive").exists())
+
+    def test_a_restored_mail_reads_as_it_was(self):
+        self.import_inbox()
+        code, out, _ = self.run_program("restore", LOCAL + "/Sent/-", "20260114123000-nested-3@example.org", "--archive",
+                                        "archive")
+        self.assertEqual(code, 0)
+        self.assertIn("appended: 'Einladung: Sommerfest", out)
+        restored = self.read(LOCAL + "/Sent/-")[1]
+        original = self.read(LOCAL + "/Inbox/-")[2]
+        self.assertEqual(restored["ID"], original["ID"])
+        self.assertEqual(restored["Text"], original["Text"])
+        for address, number, folder in ((LOCAL + "/Sent/-", "2", "restored"), (LOCAL + "/Inbox/-", "3", "original")):
+            self.assertEqual(self.run_program("get", address, number, "FileAttach1", "--output", folder)[0], 0)
+        self.assertEqual([path.read_bytes() for path in (self.work / "restored").iterdir()],
+                         [path.read_bytes() for path in (self.work / "original").iterdir()])
+
+    def test_a_shortcut_links_to_the_archived_mail(self):
+        self.import_inbox()
+        before = (self.samples / INBOX).with_name("Sent").read_bytes()
+        self.assertEqual(self.run_program("shortcut", LOCAL + "/Sent/-", "1", "--archive", "archive")[0], 0)
+        after = (self.samples / INBOX).with_name("Sent").read_bytes()
+        self.assertTrue(after.startswith(before))
+        self.assertIn(b'Content-Type: text/html\r\n\r\n<A HREF="sendarium:', after)
+        self.assertTrue(after.endswith("\">Mail aus Archiv öffnen</A>\r\n\r\n".encode("cp1252")))
+
+    def test_restore_of_an_unknown_mail_writes_nothing(self):
+        self.import_inbox()
+        before = tree_bytes(self.samples)
+        code, _, err = self.run_program("restore", LOCAL + "/Sent/-", "nosuch", "--archive", "archive")
+        self.assertEqual(code, 1)
+        self.assertIn("no item nosuch", err)
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_restore_into_a_read_only_mailbox_says_so(self):
+        self.import_inbox()
+        (self.samples / INBOX).with_name("Sent").chmod(0o444)
+        code, _, err = self.run_program("restore", LOCAL + "/Sent/-", "1", "--archive", "archive")
+        self.assertEqual(code, 1)
+        self.assertIn("could not be appended", err)
+
+    # --- Bookmarks and calendars ----------------------------------------------------------------------------------
 
     def test_control_characters_of_a_mail_do_not_reach_the_terminal(self):
         box = self.samples / INBOX

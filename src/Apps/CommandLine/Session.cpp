@@ -131,6 +131,13 @@ StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
   return location;
 }
 
+ArchivePtr Session::OpenArchive(const std::string& nativeFolder) {
+  const std::string folder = ComponentPath(std::filesystem::absolute(nativeFolder).string());
+  if (!Archive::IsArchive(folder))
+    throw AppError(ExitCode::Unreadable, nativeFolder + ": there is no archive");
+  return host_->Global().OpenArchive(folder);
+}
+
 StandaloneLocationPtr Session::Read(const std::string& address) {
   const StandaloneLocationPtr location = Open(address);
   CheckMailboxes(*location);

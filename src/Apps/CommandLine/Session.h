@@ -8,6 +8,7 @@
 
 #include "Apps/CommandLine/AppError.h"
 #include "Apps/CommandLine/Console.h"
+#include "Standalone/Archive.h"
 #include "Standalone/StandaloneHost.h"
 #include "Standalone/StandaloneLocation.h"
 
@@ -46,6 +47,9 @@ class Session {
   // an account doesn't exist or a mailbox of the address is missing, with ExitCode::Usage if it isn't one of
   // mail.
   StandaloneLocationPtr OpenMailboxes(const std::string& address);
+
+  // Opens an archive that is there. Raises AppError with ExitCode::Unreadable if it isn't.
+  ArchivePtr OpenArchive(const std::string& nativeFolder);
 
   // Opens and reads. Raises AppError with ExitCode::Unreadable if that fails, or if nothing was read and the
   // component said why.

@@ -1,9 +1,11 @@
 #include <filesystem>
 
 #include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/MailSum.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
+#include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Platform/Posix/PathMapping.h"
 
 namespace vorlent::app {
@@ -56,7 +58,7 @@ void Print(const StandaloneItem& item, const StreamOptions& options) {
 
 ExitCode Stream(Session& session, const StreamOptions& options) {
   const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(options.address));
-  const auto connector = RequireAs<MailConnector>(location->Connector());
+  const auto connector = RequireAs<Location_Thunderbird>(location->Connector());
   if (options.remove && !session.Confirm("Every mail of " + options.address +
                                          " will be marked as deleted in its mailbox. Go on?")) {
     return ExitCode::Cancelled;
@@ -64,19 +66,26 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
   const bool keep = !options.output.empty();
   if (keep) fs::create_directories(options.output);
   connector->SourceInit(nullptr, keep);
-  std::size_t count = 0;
-  for (std::string record; connector->SourceGetNext(record); ++count) {
-    StandaloneItem item;
-    item.ImportRecord(record);
-    if (keep) Keep(item, record, options.output);
-    Print(item, options);
-    if (options.remove) connector->SourceDelete();
-    session.Output().CountMail();
+  std::string failure;
+  std::size_t failedBefore = 0;
+  try {
+    for (std::string record; connector->SourceGetNext(record);) {
+      StandaloneItem item;
+      item.ImportRecord(record);
+      if (keep) Keep(item, record, options.output);
+      Print(item, options);
+      // A mail that could not be written whole stays where it is complete.
+      const bool whole = connector->Account().failed.size() == failedBefore;
+      failedBefore = connector->Account().failed.size();
+      if (options.remove && whole) connector->SourceDelete();
+      session.Output().CountMail();
+    }
+  } catch (const Failure& raised) {
+    failure = raised.what();
   }
-  if (session.ComplainOfErrors()) return ExitCode::Unreadable;
-  if (count > 0) return ExitCode::Done;
-  session.Output().Complain("no mails at " + options.address);
-  return ExitCode::Partly;
+  const MailAccount& account = connector->Account();
+  const ExitCode code = ShowSum(session, account, "delivered", failure);
+  return account.Found() == 0 && code == ExitCode::Done ? ExitCode::Partly : code;
 }
 
 }  // namespace

@@ -12,5 +12,9 @@ void DeclareStream(CLI::App& command, Action& action);
 void DeclareBookmarks(CLI::App& command, Action& action);
 void DeclareDelete(CLI::App& command, Action& action);
 void DeclareCalendar(CLI::App& command, Action& action);
+void DeclareImport(CLI::App& command, Action& action);
+void DeclareRestore(CLI::App& command, Action& action);
+void DeclareShortcut(CLI::App& command, Action& action);
+void DeclareSearch(CLI::App& command, Action& action);
 
 }  // namespace vorlent::app

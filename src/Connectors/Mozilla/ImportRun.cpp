@@ -15,6 +15,9 @@ namespace vorlent {
 
 namespace {
 
+// It outlives the run, whose object is gone by the time someone asks.
+MailAccount account;
+
 // The host's pane of structures, if the user has it open, else the one that shows them instead.
 std::int32_t TreePane(HostMainWindow& window) {
   return window.IsPaneShown(3) ? 3 : 2;
@@ -32,7 +35,12 @@ ImportRun::ImportRun(std::string_view cmd) : host_(HostObjects::Current().Global
   keywords_ = command_.KeywordText();
 }
 
+const MailAccount& ImportRun::LastAccount() {
+  return account;
+}
+
 void ImportRun::Run() {
+  account = MailAccount();
   if (!FindTarget()) return;
   Open();
   for (std::int32_t position = 1; position <= ToInt32(command_.mailboxes.size()); ++position) {
@@ -94,12 +102,20 @@ std::string ImportRun::KeywordsOf(const std::string& mailbox) const {
 }
 
 void ImportRun::ImportMails() {
-  while (mail_.ReadHeader(true, true)) {
-    ImportMail();
+  while (account.Guard(mail_, [&] { return ImportNextMail(); })) {
+    account.CountDelivered(mail_);
     for (int i = 0; i < 100; ++i)
       Platform::Current().Yield();
     if (host_.Cancelled()) return;
   }
+}
+
+bool ImportRun::ImportNextMail() {
+  const std::int32_t expungedBefore = mail_.ExpungedCount();
+  const bool found = mail_.ReadHeader(true, true);
+  account.expunged += mail_.ExpungedCount() - expungedBefore;
+  if (found) ImportMail();
+  return found;
 }
 
 void ImportRun::ImportMail() {
@@ -109,7 +125,8 @@ void ImportRun::ImportMail() {
   ++itemsDone_;
   TakeFiles(*item);
   item->SetConnected(true);
-  if (command_.move) deleteList_.Add(mail_.GetHeader("Address"));
+  // A mail of which a file could not be written whole isn't imported: it stays where it is complete.
+  if (command_.move && mail_.WriteFailure().empty()) deleteList_.Add(mail_.GetHeader("Address"));
 
   host_.SetLogEnabled(true);
   host_.Report(report::kProgress, NumberText((mail_.Percent() * fileBytes_ + bytesDone_) * 100 / totalBytes_),

@@ -7,6 +7,7 @@
 
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/ImportCommand.h"
+#include "Connectors/Mozilla/MailAccount.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/HostGlobal.h"
 
@@ -25,11 +26,15 @@ class ImportRun {
   // Carries the command out, once.
   void Run();
 
+  // What became of the mails of the run that began last, also if it failed.
+  static const MailAccount& LastAccount();
+
  private:
   bool FindTarget();
   void Open();
   void ImportMailbox(std::int32_t position);
   void ImportMails();
+  bool ImportNextMail();
   void ImportMail();
   void TakeFiles(Item& item);
   void DeleteImportedMails();

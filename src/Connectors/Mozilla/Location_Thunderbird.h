@@ -8,6 +8,7 @@
 
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/LocationFrame.h"
+#include "Connectors/Mozilla/MailAccount.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
 
@@ -39,6 +40,9 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // "Restore" appends the item's stored mail to the first mailbox of the address, "Shortcut" a mail that
   // links to it.
   std::string ExecuteAction(std::string_view cmd) override;
+
+  // What became of the mails of the present or last run of the stream.
+  const MailAccount& Account() const { return account_; }
 
   // Paths of the mailboxes that InitLocation found, whether they exist or not.
   const KeyedList<std::string>& MailFiles() const { return mailFiles_; }
@@ -72,7 +76,8 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
     double totalBytes = 0;
     double doneBytes = 0;
     double fileBytes = 0;
-    std::unique_ptr<StdMail> mail;  // nothing but in a run
+    std::int64_t expungedBefore = 0;  // account's expunged mails at the start of a mailbox
+    std::unique_ptr<StdMail> mail;    // nothing but in a run
     std::string keywords;
   };
 
@@ -96,6 +101,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // The stream (Location_Thunderbird_Pump.cpp).
   void StartRun();
   void OpenSource();
+  bool ReadSource();
   void FinishSource();
   void Deliver(std::string& srcitm);
   void EndRun();
@@ -117,6 +123,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   KeyedList<std::string> deleteOffsets_;  // marked in the present mailbox
   std::string currentOffset_;             // of the mail delivered last
   SourceState source_;
+  MailAccount account_;
 };
 
 }  // namespace vorlent

@@ -67,8 +67,13 @@ bool Location_Thunderbird::SourceGetNext(std::string& srcitm) {
     }
     if (source_.mail == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "no run of the stream has begun");
     source_.mail->DeleteLastTempfiles();
-    if (source_.mail->ReadHeader(saveAttachments_, true)) {
-      Deliver(srcitm);
+    const bool delivered = account_.Guard(*source_.mail, [&] {
+      const bool found = ReadSource();
+      if (found) Deliver(srcitm);
+      return found;
+    });
+    if (delivered) {
+      account_.CountDelivered(*source_.mail);
       return true;
     }
     FinishSource();
@@ -83,6 +88,7 @@ void Location_Thunderbird::SourceDelete() {
 
 void Location_Thunderbird::StartRun() {
   source_.deliveredCount = 0;
+  account_ = MailAccount();
   source_.doneBytes = 0;
   source_.mail = GetMailObject();
   source_.totalBytes = 0;
@@ -96,6 +102,7 @@ void Location_Thunderbird::OpenSource() {
   const std::string& file = mailFiles_.Item(sourceIndex_);
   source_.fileBytes = FileSize(file);
   source_.fileCount = source_.deliveredCount;
+  source_.expungedBefore = account_.expunged;
   source_.seconds = SecondsSinceMidnight();
   WithLog([&] {
     Report(report::kLog, "  " + file);
@@ -106,6 +113,12 @@ void Location_Thunderbird::OpenSource() {
   source_.keywords = GetKeywordsOfFile(file);
   if (HasObject(sourceTree_)) sourceTree_->AddKeywordPath(source_.keywords);
   ClearCollection(deleteOffsets_);
+}
+
+bool Location_Thunderbird::ReadSource() {
+  const bool found = source_.mail->ReadHeader(saveAttachments_, true);
+  account_.expunged = source_.expungedBefore + source_.mail->ExpungedCount();
+  return found;
 }
 
 // Marked mails go only here, with the reader closed.

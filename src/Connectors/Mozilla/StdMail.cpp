@@ -59,6 +59,7 @@ void StdMail::InitStream(std::int16_t saveflag) {
   saveFlag_ = saveflag;
   stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
   pending_.Clear();
+  expungedCount_ = 0;
   ResetMailScan();
 }
 

@@ -63,6 +63,17 @@ class StdMail : public Object {
   const std::string& mailtmppfad() const { return mailtmppfad_; }
   void Setmailtmppfad(std::string_view prefix) { mailtmppfad_ = prefix; }
 
+  // Zero-based offset of the mail that ReadHeader read last, or failed to read.
+  std::int32_t Offset() const { return offset_; }
+
+  // Mails that ReadHeader passed over as expunged since InitStream.
+  std::int32_t ExpungedCount() const { return expungedCount_; }
+
+  // Why a file of the mail read last could not be written whole, "" if all were. ReadHeader goes on behind
+  // such a failure; whoever is about to delete the mail should ask. A line with a bad quoted-printable code
+  // doesn't count.
+  const std::string& WriteFailure() const { return writeFailure_; }
+
   // The value of a header, "" if there is none; with `all` the whole line, name included. Never raises.
   std::string GetHeader(std::string_view key, bool all = false) const;
 
@@ -167,6 +178,9 @@ class StdMail : public Object {
   double readCount_ = 0;
   bool hasHTML_ = false;
   std::string mailtmppfad_;
+  std::int32_t offset_ = 0;
+  std::int32_t expungedCount_ = 0;
+  std::string writeFailure_;
 
   LineFile stream_;
   PendingText pending_;

@@ -57,6 +57,8 @@ class StdMail::HeaderReader {
   std::string TempPath(std::string_view name) const { return mail_.mailtmppfad_ + std::string(name); }
   double CountedLength(std::string_view line) const;
   void Count(std::string_view line);
+  template <class Step>
+  void WriteStep(Step&& step);
   void WriteToMailFile(std::string_view line);
   void FlushPartHeader();
   void CloseFile(TextWriter& file);
@@ -93,6 +95,7 @@ bool StdMail::HeaderReader::Read() {
   mail_.lineCount_ = 0;
   mail_.readCount_ = 0;
   mail_.lastLineEmpty_ = true;
+  mail_.writeFailure_.clear();
   do {
     if (!FindMail()) return EndWithoutMail();
   } while (!ReadHeaderBlock());
@@ -133,6 +136,7 @@ bool StdMail::HeaderReader::TakeSearchLine() {
 
 // Reads the header block behind the line at hand. False for an expunged mail.
 bool StdMail::HeaderReader::ReadHeaderBlock() {
+  mail_.offset_ = start_ - 1;
   mail_.readCount_ = CountedLength(line_);
   bool lastLineEmpty = line_.empty();
   if (save_) {
@@ -179,6 +183,7 @@ void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
 }
 
 void StdMail::HeaderReader::DropExpungedMail() {
+  ++mail_.expungedCount_;
   if (!save_) return;
   const std::string path = mailFile_.Path();
   mailFile_.Close();
@@ -281,7 +286,7 @@ void StdMail::HeaderReader::BeginAttachment() {
   const std::string path = TempPath("att" + std::to_string(Parts().Count()));
   KillFile(path);
   mail_.AddTempfile(path);
-  Swallow([&] { attachmentFile_ = TextWriter(path, os::File::Mode::Create); });
+  WriteStep([&] { attachmentFile_ = TextWriter(path, os::File::Mode::Create); });
   partHeader_.clear();
 }
 
@@ -293,7 +298,7 @@ void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
   std::string type;
   Swallow([&] { type = GetPartContentType(header); });
   if (type != "text/html") return;
-  Swallow([&] { htmlFile_ = TextWriter(TempPath("mail.html"), os::File::Mode::Create); });
+  WriteStep([&] { htmlFile_ = TextWriter(TempPath("mail.html"), os::File::Mode::Create); });
   mail_.hasHTML_ = true;
 }
 
@@ -301,11 +306,11 @@ void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
 void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
   if (!save_) return;
   if (attachmentFile_.IsOpen()) {
-    Swallow([&] { WritePartLine(attachmentFile_, line, encoding_); });
+    WriteStep([&] { WritePartLine(attachmentFile_, line, encoding_); });
   } else {
     WriteToMailFile(line);
   }
-  if (htmlFile_.IsOpen()) Swallow([&] { WritePartLine(htmlFile_, line, encoding_); });
+  if (htmlFile_.IsOpen()) WriteStep([&] { WritePartLine(htmlFile_, line, encoding_); });
 }
 
 // --- End
@@ -345,12 +350,24 @@ void StdMail::HeaderReader::Count(std::string_view line) {
   mail_.readCount_ += CountedLength(line);
 }
 
+// A step that writes to one of the mail's files, its failure swallowed but noted. A bad quoted-printable code
+// is the sender's failure, not one of writing.
+template <class Step>
+void StdMail::HeaderReader::WriteStep(Step&& step) {
+  try {
+    step();
+  } catch (const Failure& failure) {
+    if (!failure.Is(ErrorNumber::TypeMismatch) && mail_.writeFailure_.empty())
+      mail_.writeFailure_ = failure.what();
+  }
+}
+
 void StdMail::HeaderReader::WriteToMailFile(std::string_view line) {
-  if (save_) Swallow([&] { mailFile_.WriteLine(line); });
+  if (save_) WriteStep([&] { mailFile_.WriteLine(line); });
 }
 
 void StdMail::HeaderReader::FlushPartHeader() {
-  if (!partHeader_.empty()) Swallow([&] { mailFile_.Write(partHeader_); });
+  if (!partHeader_.empty()) WriteStep([&] { mailFile_.Write(partHeader_); });
   partHeader_.clear();
 }
 
@@ -363,7 +380,7 @@ void StdMail::HeaderReader::ClosePartFiles() {
 void StdMail::HeaderReader::CloseFile(TextWriter& file) {
   if (!file.IsOpen()) return;
   const std::string path = file.Path();
-  Swallow([&] { file.Close(); });
+  WriteStep([&] { file.Close(); });
   SetFileDate(path, mail_.GetDate());
 }
 

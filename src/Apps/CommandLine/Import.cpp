@@ -1,0 +1,130 @@
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/MailSum.h"
+#include "Apps/CommandLine/Verbs.h"
+#include "Common/StdModul.h"
+#include "Component/Component.h"
+#include "Connectors/Mozilla/ImportCommand.h"
+#include "Connectors/Mozilla/ImportRun.h"
+#include "Connectors/Mozilla/Location_Thunderbird.h"
+
+namespace vorlent::app {
+
+namespace {
+
+struct ImportOptions {
+  std::vector<std::string> sources;
+  std::string target;
+  std::vector<std::string> keywords;
+  std::vector<std::string> autoTopics;
+  bool move = false;
+  bool tree = false;
+};
+
+// Stands in for the wizard: the command line has chosen already.
+class ChosenCommand : public HostDialogs {
+ public:
+  explicit ChosenCommand(std::string command) : command_(std::move(command)) {}
+  std::string ShowWizard(std::string_view, std::string_view, std::string_view) override { return command_; }
+  std::string ChooseLocation(std::string_view, std::string_view, std::string_view) override { return {}; }
+
+ private:
+  std::string command_;
+};
+
+// The mailboxes of an address, or the one that a native path names.
+std::vector<std::string> MailboxesOf(Session& session, const std::string& source) {
+  if (source.find("://") == std::string::npos) {
+    if (!std::filesystem::is_regular_file(source)) {
+      throw AppError(ExitCode::Unreadable, source + ": no such mailbox");
+    }
+    return {ComponentPath(std::filesystem::absolute(source).lexically_normal().string())};
+  }
+  const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(source));
+  const auto connector = RequireAs<Location_Thunderbird>(location->Connector());
+  std::vector<std::string> files;
+  for (const std::string& file : connector->MailFiles()) files.push_back(file);
+  return files;
+}
+
+ImportCommand CommandOf(Session& session, const ImportOptions& options, const std::string& target) {
+  ImportCommand command;
+  command.target = target;
+  command.move = options.move;
+  command.tree = options.tree;
+  for (const std::string& keyword : options.keywords)
+    command.keywords.push_back(ComponentText(keyword));
+  for (const std::string& source : options.sources) {
+    for (std::string& mailbox : MailboxesOf(session, source))
+      command.mailboxes.push_back(std::move(mailbox));
+  }
+  return command;
+}
+
+bool ConfirmMove(Session& session, const ImportCommand& command) {
+  if (!command.move) return true;
+  std::string question = "The mails will be marked as deleted, once they are imported, in\n";
+  for (const std::string& mailbox : command.mailboxes)
+    question += "  " + NativeShown(mailbox) + "\n";
+  return session.Confirm(question + "Go on?");
+}
+
+void SetAutoTopics(Session& session, const std::vector<std::string>& rules) {
+  std::string setting;
+  for (const std::string& rule : rules)
+    setting += ComponentText(rule) + "\n";
+  session.Host().Global().SetOption("autotopic", setting);
+}
+
+ExitCode Import(Session& session, const ImportOptions& options) {
+  // Mailboxes first: a wrong address makes no archive.
+  const std::string folder = ComponentPath(std::filesystem::absolute(options.target).string());
+  const ImportCommand command = CommandOf(session, options, Archive::NameOf(folder));
+  if (command.mailboxes.empty()) throw AppError(ExitCode::Partly, "there are no mailboxes to import");
+  if (!ConfirmMove(session, command)) return ExitCode::Cancelled;
+  const ArchivePtr archive = session.Host().Global().OpenArchive(folder);
+  SetAutoTopics(session, options.autoTopics);
+  session.Host().SetDialogs(std::make_shared<ChosenCommand>(command.Text()));
+  const auto actions = RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"));
+  std::string failure;
+  try {
+    // Where mails stay in their mailboxes, a crash costs nothing that can't be imported again.
+    std::optional<Archive::Portions> portions;
+    if (!command.move) portions.emplace(*archive);
+    actions->execute("importmails");
+    if (portions) portions->Finish();
+  } catch (const Failure& raised) {
+    failure = raised.what();
+  }
+  session.Output().ProgressClosed();
+  return ShowSum(session, ImportRun::LastAccount(), "imported", failure);
+}
+
+}  // namespace
+
+void DeclareImport(CLI::App& command, Action& action) {
+  const auto options = std::make_shared<ImportOptions>();
+  command
+      .add_option("SOURCE", options->sources,
+                  "Mailbox files, or addresses such as thunderbird://PROFILE/ACCOUNT")
+      ->required();
+  command.add_option("--target", options->target, "Folder of the archive; made if it isn't there")
+      ->type_name("DIR")
+      ->required();
+  command.add_flag("--move", options->move, "Mark the imported mails as deleted in their mailboxes");
+  command.add_option("--keyword", options->keywords, "A keyword for all mails")->allow_extra_args(false);
+  command
+      .add_option("--autotopic", options->autoTopics,
+                  "A rule WORD=KEYWORD,... : mails that hold the word get the keywords")
+      ->allow_extra_args(false);
+  command.add_flag("--tree", options->tree,
+                   "Add the mailboxes' keyword paths to the host's tree of structures");
+  command.callback(
+      [options, &action] { action = [options](Session& session) { return Import(session, *options); }; });
+}
+
+}  // namespace vorlent::app

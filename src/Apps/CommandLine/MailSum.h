@@ -1,0 +1,17 @@
+// The closing account of a run over mails.
+#pragma once
+
+#include <string>
+
+#include "Apps/CommandLine/Session.h"
+#include "Connectors/Mozilla/MailAccount.h"
+
+namespace vorlent::app {
+
+// Prints the sum, such as "found 9 = imported 8 + expunged 1 + failed 0", and each failure with mailbox,
+// offset and reason; `failure` is what ended the run, "" if it came to its end. The result is the run's exit
+// code.
+ExitCode ShowSum(Session& session, const MailAccount& account, const std::string& verb,
+                 const std::string& failure);
+
+}  // namespace vorlent::app

@@ -1,0 +1,67 @@
+#include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/Verbs.h"
+
+namespace vorlent::app {
+
+namespace {
+
+struct SearchOptions {
+  std::string archive;
+  std::vector<std::string> words;
+  bool json = false;
+  bool files = false;
+};
+
+std::vector<StandaloneItemPtr> Find(Archive& archive, const SearchOptions& options) {
+  if (options.words.empty()) return ItemsOf(archive);
+  std::string words;
+  for (const std::string& word : options.words)
+    words += ComponentText(word) + " ";
+  const auto found = archive.Search(words);
+  return {found.begin(), found.end()};
+}
+
+void PrintFiles(const StandaloneItem& item) {
+  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
+    const std::string key = item.DataKey(i);
+    if (key.starts_with("File")) std::printf("%s\n", NativeShown(item.DataFile(key, 0)).c_str());
+  }
+}
+
+ExitCode Search(Session& session, const SearchOptions& options) {
+  const ArchivePtr archive = session.OpenArchive(options.archive);
+  const std::vector<StandaloneItemPtr> items = Find(*archive, options);
+  if (items.empty()) {
+    session.Output().Complain("nothing found in " + options.archive);
+    return ExitCode::Partly;
+  }
+  if (!options.json && !options.files) {
+    std::fputs(ItemTables(items, TerminalWidth(0)).c_str(), stdout);
+    return ExitCode::Done;
+  }
+  for (const StandaloneItemPtr& item : items) {
+    if (options.json) {
+      std::puts(ItemJson(*item).c_str());
+    } else {
+      PrintFiles(*item);
+    }
+  }
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+void DeclareSearch(CLI::App& command, Action& action) {
+  const auto options = std::make_shared<SearchOptions>();
+  command.add_option("ARCHIVE", options->archive, "Folder of the archive")->type_name("DIR")->required();
+  command.add_option(
+      "WORD", options->words,
+      "Words that the mails hold in subject, names, keywords, text or names of attachments; all mails "
+      "without any");
+  auto* json = command.add_flag("--json", options->json, "One JSON object per line");
+  command.add_flag("--files", options->files, "The paths of the mails' files")->excludes(json);
+  command.callback(
+      [options, &action] { action = [options](Session& session) { return Search(session, *options); }; });
+}
+
+}  // namespace vorlent::app
