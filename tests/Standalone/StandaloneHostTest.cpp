@@ -455,7 +455,8 @@ class EnumerationTest : public StandaloneHostTest {
 
   std::string SubKeywords(std::string_view condition, std::string_view keyword) {
     std::string joined;
-    for (const std::string& child : *EnumOf(condition)->SubKeywords(keyword))
+    const auto children = EnumOf(condition)->SubKeywords(keyword);
+    for (const std::string& child : *children)
       joined += child + ";";
     return joined;
   }
