@@ -288,7 +288,9 @@ def prefs(profile, accounts):
 
 
 def main():
-    shutil.rmtree(THUNDERBIRD, ignore_errors=True)
+    # The sample calendars that stand in the same profile stay.
+    for mails in THUNDERBIRD.glob("Profiles/*/Mail"):
+        shutil.rmtree(mails)
     write(THUNDERBIRD / "profiles.ini", crlf("""\
 [General]
 StartWithLastProfile=1

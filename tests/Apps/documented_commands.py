@@ -39,13 +39,19 @@ def commands(block):
     return result
 
 
+def line_matches(expected, got):
+    if expected.endswith("..."):
+        return got.startswith(expected[:-3])
+    return got.rstrip() == expected.rstrip()
+
+
 def matches(expected, got):
     """Whether the lines that came are those expected, "..." standing for any."""
     if not expected:
         return not got
     if expected[0].strip() == "...":
         return any(matches(expected[1:], got[i:]) for i in range(len(got) + 1))
-    return bool(got) and got[0].rstrip() == expected[0].rstrip() and matches(expected[1:], got[1:])
+    return bool(got) and line_matches(expected[0], got[0]) and matches(expected[1:], got[1:])
 
 
 def run_document(program, root, document):

@@ -14,6 +14,7 @@ const std::vector<Verb>& Verbs() {
       {"bookmarks", "Write the bookmarks of a Firefox profile as bookmarks.html", "Reading",
        DeclareBookmarks},
       {"import", "Copy or move mails into an archive", "Archive", DeclareImport},
+      {"wizard", "Import with the wizard, in windows", "Archive", DeclareWizard},
       {"search", "Find mails in an archive", "Archive", DeclareSearch},
       {"restore", "Append an archived mail to a mailbox, attachments included", "Changing mailboxes",
        DeclareRestore},

@@ -47,7 +47,8 @@ std::vector<std::string> MailboxesOf(Session& session, const std::string& source
   const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(source));
   const auto connector = RequireAs<Location_Thunderbird>(location->Connector());
   std::vector<std::string> files;
-  for (const std::string& file : connector->MailFiles()) files.push_back(file);
+  for (const std::string& file : connector->MailFiles())
+    files.push_back(file);
   return files;
 }
 

@@ -2,10 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <cstdio>
+
 namespace vorlent::app {
 
 ExitCode ShowSum(Session& session, const MailAccount& account, const std::string& verb,
                  const std::string& failure) {
+  // The sum comes last, also where both outputs go to one place.
+  std::fflush(stdout);
   for (const MailAccount::Failed& mail : account.failed) {
     session.Output().Complain(
         fmt::format("{}, mail at offset {}: {}", NativeShown(mail.mailbox), mail.offset, Shown(mail.reason)));

@@ -61,7 +61,6 @@ ExitCode RunAction(const GlobalOptions& options, const Action& action) {
 int Main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   CLI::App app("Mails, bookmarks and calendars out of Mozilla profiles, and back.", "vorlent-mozilla");
-  app.footer(kFooter);
   app.set_version_flag("--version", "vorlent-mozilla 1.0");
   app.require_subcommand(1);
   app.fallthrough();
@@ -73,6 +72,8 @@ int Main(int argc, char** argv) {
     command->group(std::string(verb.group));
     verb.declare(*command, action);
   }
+  // Behind the subcommands, which would take it over.
+  app.footer(kFooter);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -16,5 +16,6 @@ void DeclareImport(CLI::App& command, Action& action);
 void DeclareRestore(CLI::App& command, Action& action);
 void DeclareShortcut(CLI::App& command, Action& action);
 void DeclareSearch(CLI::App& command, Action& action);
+void DeclareWizard(CLI::App& command, Action& action);
 
 }  // namespace vorlent::app
