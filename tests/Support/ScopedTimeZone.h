@@ -1,10 +1,9 @@
 // The system's time zone for one test.
 #pragma once
 
-#include <cstdlib>
-#include <ctime>
-#include <optional>
 #include <string>
+
+#include "Support/ScopedEnvironment.h"
 
 namespace vorlent {
 
@@ -12,25 +11,10 @@ namespace vorlent {
 // lives.
 class ScopedTimeZone {
  public:
-  explicit ScopedTimeZone(const std::string& name) {
-    if (const char* before = std::getenv("TZ")) before_ = before;
-    Set(name);
-  }
-  ~ScopedTimeZone() { Set(before_); }
-  ScopedTimeZone(const ScopedTimeZone&) = delete;
-  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+  explicit ScopedTimeZone(const std::string& name) : variable_("TZ", name.c_str()) {}
 
  private:
-  static void Set(const std::optional<std::string>& name) {
-    if (name) {
-      setenv("TZ", name->c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-
-  std::optional<std::string> before_;
+  ScopedEnvironment variable_;
 };
 
 }  // namespace vorlent
