@@ -89,7 +89,7 @@ class LocationFrame : public Reading<Interface>,
   void Disconnect() final {}
 
   ItemPtr NewItem(bool conn = false) final {
-    const ItemPtr item = HostObjects::Current().NewItem();
+    ItemPtr item = HostObjects::Current().NewItem();
     item->SetLocation(this->shared_from_this());
     if (conn) item->SetConnected(true);
     itemStore_.Add(item, item->ID());

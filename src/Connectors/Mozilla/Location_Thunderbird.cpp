@@ -49,7 +49,7 @@ std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view k
   const vorlent::Item& item = frame::Require(itm);
   std::string lines = item.DataText(key);
   std::string name = CutLine(lines);
-  const std::string target = HostObjects::Current().Global().TempPath() + name;
+  std::string target = HostObjects::Current().Global().TempPath() + name;
   if (getfileoption == 0) {
     const auto mail = GetMailObject();
     const std::string offset = item.DataText("_SourceOffset");

@@ -1,7 +1,5 @@
 #include "Connectors/Mozilla/MailRestore.h"
 
-#include <algorithm>
-
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
@@ -17,7 +15,7 @@ constexpr std::string_view kAttachmentKey = "FileAttach";
 constexpr std::string_view kSubfolderStep = ".sbd\\";
 
 // Base64 lines of 72 characters.
-constexpr std::size_t kBase64Chunk = 72 / 4 * 3;
+constexpr std::size_t kBase64Chunk = std::size_t{72} / 4 * 3;
 constexpr std::size_t kQuotedPrintableChunk = 70;
 
 bool IsAttachmentKey(std::string_view key) {
@@ -121,7 +119,7 @@ void MailRestorer::Restore(LineFile& source) {
     }
   });
   // A mail that got a new boundary, or whose closing line was not found.
-  if (!shortcut_ && !closeLine_.empty() && hasAttachments_ && !attachmentsWritten_) {
+  if (!closeLine_.empty() && !attachmentsWritten_) {
     PutAttachments();
     Write(closeLine_);
   }
@@ -185,7 +183,7 @@ void MailRestorer::BeginParts(const std::string& contentType) {
 }
 
 void MailRestorer::TakeBodyLine(std::string_view line) {
-  if (!attachmentsWritten_ && !closeLine_.empty() && line == closeLine_) PutAttachments();
+  if (!closeLine_.empty() && !attachmentsWritten_ && line == closeLine_) PutAttachments();
   Write(line);
 }
 

@@ -61,7 +61,7 @@ class MailRestorer {
   Stage stage_ = Stage::FirstLine;
   std::string header_;  // name of the header at hand, in lower case
   std::string startLine_;
-  std::string closeLine_;  // "" while the mail has no parts that take attachments
+  std::string closeLine_;  // "" unless the mail has parts that take attachments
 };
 
 }  // namespace vorlent
