@@ -221,7 +221,8 @@ QWidget* FormView::MakeSheet(Sheet& sheet, QWidget* page) {
 void FormView::ConnectLabels() {
   for (std::size_t i = 0; i + 1 < shown_.size(); ++i) {
     auto* label = dynamic_cast<QLabel*>(shown_[i].widget);
-    if (label == nullptr || shown_[i].control->Caption().empty()) continue;
+    // Table and widgets stand in the same order. A label that starts without a caption shows text of its own.
+    if (label == nullptr || WizardControlTable()[i].caption.empty()) continue;
     QWidget* next = shown_[i + 1].widget;
     if (next->focusPolicy() == Qt::NoFocus) continue;
     label->setText(WithMnemonic(*shown_[i].control, ToQt(shown_[i].control->Caption())));

@@ -30,6 +30,7 @@ ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
       rate_(new QLabel(this)),
       log_(new QPlainTextEdit(this)),
       button_(new QPushButton(this)) {
+  setModal(true);
   status_->setObjectName("Status");
   bar_->setObjectName("Progress");
   rate_->setObjectName("Rate");

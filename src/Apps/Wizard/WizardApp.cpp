@@ -88,7 +88,9 @@ int RunWizardApp(const WizardAppOptions& options) {
   };
   // Mails that stay in their mailbox need not be safe one by one.
   std::optional<Archive::Portions> portions;
+  bool wizardFinished = false;
   const auto prepare = [&](const std::string& text) {
+    wizardFinished = true;
     const ImportCommand command = ImportCommand::Parse(text);
     const auto archive = std::dynamic_pointer_cast<Archive>(host->Global().GetObject(command.target));
     if (archive != nullptr && !command.move) portions.emplace(*archive);
@@ -109,7 +111,7 @@ int RunWizardApp(const WizardAppOptions& options) {
   } catch (const Failure& failure) {
     failed = wizard::ToQt(failure.what());
   }
-  if (!progress.WasOpened() && failed.isEmpty()) return kCancelled;
+  if (!progress.WasOpened() && failed.isEmpty()) return wizardFinished ? kFailed : kCancelled;
   progress.ShowResult(failed);
   if (!failed.isEmpty()) return kFailed;
   return host->Global().Cancelled() ? kCancelled : kDone;

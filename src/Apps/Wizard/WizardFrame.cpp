@@ -18,6 +18,8 @@ constexpr auto kFrameLetters = "zwfa";
 constexpr int kStartWidth = 8400;
 constexpr int kStartHeight = 6600;
 
+constexpr int kMargin = 12;  // pixels
+
 }  // namespace
 
 WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* parent)
@@ -41,7 +43,9 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   QFont bold = title_->font();
   bold.setBold(true);
   title_->setFont(bold);
+  step_->setObjectName("Step");
   auto* headingLayout = new QVBoxLayout(heading_);
+  headingLayout->setContentsMargins(kMargin, 0, kMargin, 0);
   headingLayout->setSpacing(2);
   headingLayout->addStretch();
   headingLayout->addWidget(title_);
@@ -56,13 +60,14 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   buttons->addStretch();
   buttons->addWidget(back_);
   buttons->addWidget(next_);
-  buttons->addSpacing(12);
+  buttons->addSpacing(kMargin);
   buttons->addWidget(finish_);
   buttons->addWidget(cancel_);
 
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(12, 0, 12, 12);
+  layout->setContentsMargins(kMargin, 0, kMargin, kMargin);
   layout->addWidget(form_, 1);
+  layout->addSpacing(kMargin / 2);
   layout->addWidget(line);
   layout->addLayout(buttons);
   form_->setMinimumSize(form_->DesignSize());
@@ -100,7 +105,7 @@ void WizardFrame::Finish() {
 
 void WizardFrame::resizeEvent(QResizeEvent* event) {
   QDialog::resizeEvent(event);
-  heading_->setGeometry(0, 0, width(), ToPixels(kPageTop, *this) - 12);
+  heading_->setGeometry(0, 0, width(), ToPixels(kPageTop, *this) - kMargin);
   heading_->raise();
 }
 
