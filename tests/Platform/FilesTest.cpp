@@ -17,6 +17,7 @@
 #include "Platform/Posix/PathMapping.h"
 #include "Platform/Posix/System.h"
 #include "Support/AsOrdinaryUser.h"
+#include "Support/PrintDateTime.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
 

@@ -8,6 +8,12 @@
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
 
+// The C library keeps a copy of LOCPATH for each locale it loads from there; the leak checker is told that
+// this is so.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:argz_add_sep";
+}
+
 namespace vorlent {
 namespace {
 

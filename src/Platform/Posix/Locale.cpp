@@ -5,25 +5,25 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace vorlent::os {
 
 namespace {
 
-// What the user's locale for numbers is told by, so that a change is seen.
-std::string LocaleSettings() {
-  std::string settings;
-  for (const char* name : {"LC_ALL", "LC_NUMERIC", "LANG", "LOCPATH"}) {
+// The name of the user's locale for numbers: the first of these variables that is set.
+std::string NumberLocale() {
+  for (const char* name : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
     const char* value = std::getenv(name);
-    settings += value == nullptr ? "" : value;
-    settings += '\n';
+    if (value != nullptr && *value != '\0') return value;
   }
-  return settings;
+  return "C";
 }
 
 // The process's own locale stays, since code that formats for files relies on it.
-char LoadDecimalSign() {
-  const locale_t numbers = newlocale(LC_NUMERIC_MASK, "", nullptr);
+char LoadDecimalSign(const std::string& name) {
+  if (name == "C" || name == "POSIX") return '.';
+  const locale_t numbers = newlocale(LC_NUMERIC_MASK, name.c_str(), nullptr);
   if (numbers == nullptr) return '.';
   const std::string sign = nl_langinfo_l(RADIXCHAR, numbers);
   freelocale(numbers);
@@ -33,12 +33,13 @@ char LoadDecimalSign() {
 }  // namespace
 
 char DecimalSign() {
-  static std::string settings;
+  // Kept, as a locale is loaded from files; by its name, so that a change is seen.
+  static std::string known = "C";
   static char sign = '.';
-  std::string present = LocaleSettings();
-  if (present != settings) {
-    sign = LoadDecimalSign();
-    settings = std::move(present);
+  std::string name = NumberLocale();
+  if (name != known) {
+    sign = LoadDecimalSign(name);
+    known = std::move(name);
   }
   return sign;
 }
