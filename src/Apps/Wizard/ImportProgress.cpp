@@ -1,11 +1,13 @@
 #include "Apps/Wizard/ImportProgress.h"
 
+#include <QApplication>
 #include <QLocale>
+#include <QMessageBox>
 #include <QVBoxLayout>
 #include <utility>
 
 #include "Apps/Wizard/QtText.h"
-#include "Common/StdModul.h"
+#include "Connectors/Mozilla/ImportRun.h"
 
 namespace vorlent::wizard {
 
@@ -18,6 +20,13 @@ constexpr qint64 kFirstRate = 500;  // before that a rate says nothing
 QString Duration(qint64 milliseconds) {
   const qint64 seconds = (milliseconds + 999) / 1000;
   return QString("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar('0'));
+}
+
+QString SumOf(const MailAccount& account) {
+  QString sum = QString("%1 Mails importiert").arg(account.delivered);
+  if (account.expunged > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(account.expunged);
+  if (!account.failed.empty()) sum += QString(", %1 gescheitert").arg(account.failed.size());
+  return sum;
 }
 
 }  // namespace
@@ -61,7 +70,6 @@ ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
 
 void ImportProgress::ProgressOpened(std::string_view title) {
   opened_ = isRunning_ = true;
-  mails_ = mailsBefore_ = 0;
   setWindowTitle(ToQt(title));
   bar_->setValue(0);
   rate_->clear();
@@ -75,7 +83,6 @@ void ImportProgress::ProgressOpened(std::string_view title) {
 }
 
 void ImportProgress::ProgressMoved(double percent) {
-  ++mails_;
   if (lastShown_.elapsed() < kShowPause) return;
   lastShown_.start();
   ShowRate(percent);
@@ -92,42 +99,50 @@ void ImportProgress::StatusChanged(std::string_view text) {
 
 void ImportProgress::LogLine(std::string_view line) {
   log_->appendPlainText(ToQt(line));
-  // The line behind a mailbox counts its mails; so the step of the display at its end is not taken for one.
-  const std::size_t items = line.find(" Items in ");
-  if (items == std::string_view::npos) return;
-  mailsBefore_ += static_cast<int>(ReadNumber(line.substr(0, items)));
-  mails_ = mailsBefore_;
 }
 
 void ImportProgress::LocationUnreadable(std::string_view reason) {
-  errors_ += ToQt(reason) + "\n";
+  Tell(reason);
 }
 
 void ImportProgress::ErrorRaised(std::int32_t, std::string_view, bool, std::string_view text) {
-  errors_ += ToQt(text) + "\n";
+  Tell(text);
+}
+
+void ImportProgress::Tell(std::string_view error) {
+  if (isRunning_) {
+    log_->appendPlainText(ToQt(error));
+  } else {
+    QMessageBox::warning(QApplication::activeWindow(), QString(), ToQt(error));
+  }
 }
 
 void ImportProgress::ShowRate(double percent) {
   bar_->setValue(static_cast<int>(percent * kBarSteps / 100));
   const qint64 elapsed = running_.elapsed();
   if (!button_->isEnabled() || elapsed < kFirstRate || percent <= 0) return;
-  const double rate = mails_ * 1000.0 / static_cast<double>(elapsed);
+  const auto mails = static_cast<qlonglong>(ImportRun::LastAccount().delivered);
+  const double rate = static_cast<double>(mails) * 1000.0 / static_cast<double>(elapsed);
   const auto left = static_cast<qint64>(static_cast<double>(elapsed) * (100 - percent) / percent);
   rate_->setText(QString("%1 Mails, %2 Mails/Sekunde, noch %3")
-                     .arg(mails_)
+                     .arg(mails)
                      .arg(QLocale(QLocale::German).toString(rate, 'f', 1))
                      .arg(Duration(left)));
 }
 
 // --- The end --------------------------------------------------------------------------------------------
 
-void ImportProgress::ShowResult(const QString& failure) {
+void ImportProgress::ShowResult(const MailAccount& account, const QString& failure) {
   isRunning_ = false;
-  const QString count = QString("%1 Mails importiert").arg(mails_);
+  for (const MailAccount::Failed& mail : account.failed) {
+    log_->appendPlainText(
+        QString("%1, Mail an Stelle %2: %3").arg(ToQt(mail.mailbox)).arg(mail.offset).arg(ToQt(mail.reason)));
+  }
   if (failure.isEmpty()) {
     bar_->setValue(kBarSteps);
-    status_->setText(button_->isEnabled() ? count + "." : count + ", dann abgebrochen.");
+    status_->setText(SumOf(account) + (button_->isEnabled() ? "." : ", dann abgebrochen."));
   } else {
+    log_->appendPlainText(SumOf(account) + ", dann gescheitert.");
     status_->setText("Der Import ist gescheitert: " + failure);
   }
   rate_->clear();

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "Connectors/Mozilla/MailAccount.h"
 #include "Standalone/HostObserver.h"
 
 namespace vorlent::wizard {
@@ -32,16 +33,16 @@ class ImportProgress : public QDialog, public HostObserver {
 
   // Whether a run was ever begun.
   bool WasOpened() const { return opened_; }
-  // Errors that were told while nothing was open to show them, each with a line feed.
-  const QString& Errors() const { return errors_; }
-  // The run ended, by itself or with a failure (a text for the user, else empty). Waits until the window is
-  // closed.
-  void ShowResult(const QString& failure);
+  // The run ended, by itself or with a failure (a text for the user, else empty): shows what became of every
+  // mail. Waits until the window is closed.
+  void ShowResult(const MailAccount& account, const QString& failure);
 
   // Asks to stop while the run is on, and closes the window behind it.
   void reject() override;
 
  private:
+  // What the host has to say against a Location: into the log of a run, before it in a message box.
+  void Tell(std::string_view error);
   void ShowRate(double percent);
 
   std::function<void()> cancel_;
@@ -50,13 +51,10 @@ class ImportProgress : public QDialog, public HostObserver {
   QLabel* rate_;
   QPlainTextEdit* log_;
   QPushButton* button_;
-  QString errors_;
   QElapsedTimer running_;
   QElapsedTimer lastShown_;
   bool opened_ = false;
   bool isRunning_ = false;
-  int mails_ = 0;
-  int mailsBefore_ = 0;  // of the mailboxes that are finished
 };
 
 }  // namespace vorlent::wizard

@@ -16,6 +16,7 @@
 #include "Apps/Wizard/QtText.h"
 #include "Component/Component.h"
 #include "Connectors/Mozilla/ImportCommand.h"
+#include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Standalone/StandaloneHost.h"
@@ -112,8 +113,9 @@ int RunWizardApp(const WizardAppOptions& options) {
     failed = wizard::ToQt(failure.what());
   }
   if (!progress.WasOpened() && failed.isEmpty()) return wizardFinished ? kFailed : kCancelled;
-  progress.ShowResult(failed);
-  if (!failed.isEmpty()) return kFailed;
+  const MailAccount& account = ImportRun::LastAccount();
+  progress.ShowResult(account, failed);
+  if (!failed.isEmpty() || !account.failed.empty()) return kFailed;
   return host->Global().Cancelled() ? kCancelled : kDone;
 }
 
