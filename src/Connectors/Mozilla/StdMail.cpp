@@ -90,10 +90,6 @@ void StdMail::ResetMailScan() {
   atStreamStart_ = true;
 }
 
-bool StdMail::IsFromLine(std::string_view line) const {
-  return lastLineEmpty_ && (line.starts_with("From - ") || line.starts_with(">From - "));
-}
-
 // Whether the present mail ended before this line, which must be judged before it is processed. At the
 // stream's start expunged mails are passed over, and `line` becomes the separator of the first one that
 // isn't.

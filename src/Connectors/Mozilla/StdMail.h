@@ -164,7 +164,10 @@ class StdMail : public Object {
   std::string_view ReadStreamLine();
   bool IsStreamDone();
   void ResetMailScan();
-  bool IsFromLine(std::string_view line) const;
+  // Whether a mail begins on this line. Asked for every line of a mailbox.
+  bool IsFromLine(std::string_view line) const {
+    return lastLineEmpty_ && (line.starts_with("From - ") || line.starts_with(">From - "));
+  }
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
   std::int32_t CollectUpToStatus(std::string& collected);
