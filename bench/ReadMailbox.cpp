@@ -1,0 +1,244 @@
+// Measures the reading of mailboxes against the plain work that it can't do without: reading the file in
+// blocks, looking for its line ends, and writing the same files. Exits with 1 if a required ratio or bound is
+// missed.
+//
+//   bench_ReadMailbox [--size MB] [--runs N]   speed on mailboxes of that size (256, 5)
+//   bench_ReadMailbox --memory [--size MB]     peak memory on mailboxes of that size (1024)
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Common/TextWriter.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "MailboxGenerator.h"
+#include "Platform/Files.h"
+#include "Support/RecordingHost.h"
+#include "Support/TemporaryFolder.h"
+
+namespace vorlent {
+namespace {
+
+constexpr std::size_t kBlock = 256 * 1024;
+constexpr double kMegabyte = 1024.0 * 1024.0;
+constexpr double kMemoryBoundMegabytes = 32;
+
+// Processor time, in the system's calls too: what other programs do meanwhile doesn't count.
+double Seconds(const std::function<void()>& work) {
+  const std::clock_t start = std::clock();
+  work();
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+// One line of the table: what is measured, and the times of its runs.
+struct Measure {
+  std::string name;
+  std::function<void()> work;
+  std::uint64_t bytes;  // that the speed is reckoned on
+  std::vector<double> times = {};
+
+  double Median() const {
+    std::vector<double> sorted = times;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted[sorted.size() / 2];
+  }
+  double Speed() const { return static_cast<double>(bytes) / kMegabyte / Median(); }
+};
+
+// Runs all measures in turn, so that a disturbance of the machine hits them alike.
+void Run(std::vector<Measure*> measures, int runs) {
+  for (int run = 0; run <= runs; ++run) {
+    for (Measure* measure : measures) {
+      const double time = Seconds(measure->work);
+      if (run > 0) measure->times.push_back(time);  // the first run warms the caches
+    }
+  }
+}
+
+void Print(const Measure& measure) {
+  std::printf("  %-34s %8.0f MB/s\n", measure.name.c_str(), measure.Speed());
+}
+
+bool PrintAgainst(const Measure& measure, const Measure& floor, double required) {
+  const double ratio = floor.Median() / measure.Median();
+  const bool reached = ratio >= required;
+  std::printf("  %-34s %8.0f MB/s   %.2f of %s, required %.2f: %s\n", measure.name.c_str(), measure.Speed(),
+              ratio, floor.name.c_str(), required, reached ? "ok" : "MISSED");
+  return reached;
+}
+
+double PeakMegabytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmHWM:")) return std::stod(line.substr(6)) / 1024;
+  }
+  return 0;
+}
+
+std::uint64_t sink;  // keeps the floors from being optimised away
+
+void ReadBlocks(const std::string& path, char* buffer) {
+  os::File file = os::File::Open(path, os::File::Mode::Read);
+  while (const std::size_t size = file.Read(buffer, kBlock))
+    sink += static_cast<unsigned char>(buffer[size - 1]);
+}
+
+void ScanLines(const std::string& path, char* buffer) {
+  os::File file = os::File::Open(path, os::File::Mode::Read);
+  while (const std::size_t size = file.Read(buffer, kBlock)) {
+    const char* at = buffer;
+    const char* const end = buffer + size;
+    while (const void* found = std::memchr(at, '\r', static_cast<std::size_t>(end - at))) {
+      at = static_cast<const char*>(found) + 1;
+      ++sink;
+    }
+  }
+}
+
+class Mailbox {
+ public:
+  Mailbox(MailboxKind kind, std::uint64_t size)
+      : path_(folder_.Path("Inbox")), prefix_(folder_.MakeFolder("tmp") + "\\") {
+    mails_ = GenerateMailbox(path_, kind, size);
+    size_ = os::FileLength(path_);
+  }
+
+  const std::string& Path() const { return path_; }
+  std::uint64_t Size() const { return size_; }
+  int Mails() const { return mails_; }
+
+  // Reads all mails as the connector does. Calls `behindMail` while the mail's files are there.
+  void Read(bool saveattachments, const std::function<void()>& behindMail = {}) {
+    StdMail mail;
+    mail.SetMailboxFile(path_);
+    mail.Setmailtmppfad(prefix_);
+    mail.InitStream();
+    int mails = 0;
+    for (; mail.ReadHeader(saveattachments); ++mails) {
+      sink += mail.GetData("Account=a,Inbox", saveattachments).size();
+      if (behindMail) behindMail();
+      mail.DeleteLastTempfiles();
+    }
+    if (mails != mails_) throw Failure(ErrorNumber::Host, "not all mails were found");
+  }
+
+  // Reads once for the files that saving makes.
+  void NoteFiles() {
+    Read(true, [&] {
+      std::vector<std::uint64_t> sizes;
+      for (const auto& entry : std::filesystem::directory_iterator(folder_.Native("tmp"))) {
+        sizes.push_back(entry.file_size());
+        written_ += entry.file_size();
+      }
+      files_.push_back(std::move(sizes));
+    });
+  }
+
+  std::uint64_t Written() const { return written_; }
+
+  // Writes files of the same sizes, and removes them like the reader.
+  void WriteSameFiles(const char* buffer) const {
+    for (const std::vector<std::uint64_t>& mail : files_) {
+      for (std::size_t i = 0; i < mail.size(); ++i) {
+        os::File file = os::File::Open(prefix_ + std::to_string(i), os::File::Mode::Create);
+        for (std::uint64_t left = mail[i]; left > 0;) {
+          const std::size_t size = static_cast<std::size_t>(std::min<std::uint64_t>(left, 64 * 1024));
+          file.Write(buffer, size);
+          left -= size;
+        }
+        file.Close();
+      }
+      for (std::size_t i = 0; i < mail.size(); ++i)
+        os::RemoveFile(prefix_ + std::to_string(i));
+    }
+  }
+
+ private:
+  TemporaryFolder folder_;
+  std::string path_;
+  std::string prefix_;
+  std::uint64_t size_ = 0;
+  int mails_ = 0;
+  std::uint64_t written_ = 0;
+  std::vector<std::vector<std::uint64_t>> files_;
+};
+
+bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int runs, double requiredOfScan,
+                  double requiredOfWriting) {
+  Mailbox mailbox(kind, size);
+  mailbox.NoteFiles();
+  const auto buffer = std::make_unique<char[]>(kBlock);
+  Measure blocks{"read in blocks", [&] { ReadBlocks(mailbox.Path(), buffer.get()); }, mailbox.Size()};
+  Measure scan{"scan for line ends", [&] { ScanLines(mailbox.Path(), buffer.get()); }, mailbox.Size()};
+  Measure read{"ReadHeader and GetData", [&] { mailbox.Read(false); }, mailbox.Size()};
+  Measure write{"write the same files", [&] { mailbox.WriteSameFiles(buffer.get()); }, mailbox.Written()};
+  Measure save{"ReadHeader and GetData with saving", [&] { mailbox.Read(true); }, mailbox.Written()};
+  Run({&blocks, &scan, &read, &write, &save}, runs);
+
+  std::printf("%s: %.0f MB, %d mails, median of %d runs, processor time\n", title,
+              static_cast<double>(mailbox.Size()) / kMegabyte, mailbox.Mails(), runs);
+  Print(blocks);
+  Print(scan);
+  const bool readFast = PrintAgainst(read, scan, requiredOfScan);
+  Print(write);
+  const bool savedFast = PrintAgainst(save, write, requiredOfWriting);
+  std::printf("  peak memory so far %.1f MB\n\n", PeakMegabytes());
+  return readFast && savedFast;
+}
+
+bool MeasureMemory(const char* title, MailboxKind kind, std::uint64_t size) {
+  Mailbox mailbox(kind, size);
+  mailbox.Read(false);
+  mailbox.Read(true);
+  const double peak = PeakMegabytes();
+  const bool kept = peak < kMemoryBoundMegabytes;
+  std::printf("%s: %.0f MB, %d mails: peak memory %.1f MB, required below %.0f: %s\n", title,
+              static_cast<double>(mailbox.Size()) / kMegabyte, mailbox.Mails(), peak, kMemoryBoundMegabytes,
+              kept ? "ok" : "MISSED");
+  return kept;
+}
+
+int Main(int argc, char** argv) {
+  std::optional<std::uint64_t> megabytes;
+  int runs = 5;
+  bool memory = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--memory") {
+      memory = true;
+    } else if (argument == "--size" && i + 1 < argc) {
+      megabytes = std::stoull(argv[++i]);
+    } else if (argument == "--runs" && i + 1 < argc) {
+      runs = std::stoi(argv[++i]);
+    } else {
+      std::fprintf(stderr, "usage: %s [--memory] [--size MB] [--runs N]\n", argv[0]);
+      return 2;
+    }
+  }
+  const test::RecordingHost host;
+  const std::uint64_t size = megabytes.value_or(memory ? 1024 : 256) * 1024 * 1024;
+  bool ok = true;
+  if (memory) {
+    ok &= MeasureMemory("attachments", MailboxKind::Attachments, size);
+    ok &= MeasureMemory("one mail", MailboxKind::SingleMail, size);
+  } else {
+    ok &= MeasureSpeed("attachment-heavy", MailboxKind::Attachments, size, runs, 0.5, 0.6);
+    ok &= MeasureSpeed("text-heavy", MailboxKind::Text, size, runs, 0.25, 0.6);
+  }
+  return ok ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace vorlent
+
+int main(int argc, char** argv) {
+  return vorlent::Main(argc, argv);
+}
