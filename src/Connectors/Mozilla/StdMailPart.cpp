@@ -61,17 +61,20 @@ void ReadPartEncoding(std::string_view line, PartEncoding& encoding) {
                                                              : PartEncoding::None;
 }
 
-void WritePartLine(TextWriter& file, std::string_view line, PartEncoding encoding) {
+void PartContent::WriteLine(TextWriter& file, std::string_view line, PartEncoding encoding) {
   switch (encoding) {
     case PartEncoding::Base64:
-      Base64DecodeToFile(file, line);
+      Base64DecodeInto(line, decoded_);
+      file.Write(decoded_);
       break;
     case PartEncoding::QuotedPrintable:
       // RFC 2045: a "=" at the end is a soft line break, which is no part of the content.
       if (line.ends_with('=')) {
-        file.Write(QuotedPrintableDecode(line.substr(0, line.size() - 1)));
+        QuotedPrintableDecodeInto(line.substr(0, line.size() - 1), decoded_);
+        file.Write(decoded_);
       } else {
-        file.WriteLine(QuotedPrintableDecode(line));
+        QuotedPrintableDecodeInto(line, decoded_);
+        file.WriteLine(decoded_);
       }
       break;
     case PartEncoding::None:

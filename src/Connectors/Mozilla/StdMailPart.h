@@ -46,9 +46,15 @@ enum class PartEncoding { None, Base64, QuotedPrintable };
 // Takes over the encoding that a line of a part's header tells, if it is the one that does.
 void ReadPartEncoding(std::string_view line, PartEncoding& encoding);
 
-// Writes a line of a part's content, decoded. A base64 line is decoded by itself. Raises for a
-// quoted-printable line with a bad code, and then writes nothing.
-void WritePartLine(TextWriter& file, std::string_view line, PartEncoding encoding);
+// Writes lines of a part's content, decoded. A base64 line is decoded by itself.
+class PartContent {
+ public:
+  // Raises for a line that can't be decoded, and then writes nothing of it.
+  void WriteLine(TextWriter& file, std::string_view line, PartEncoding encoding);
+
+ private:
+  std::string decoded_;  // kept from line to line for its memory
+};
 
 // The two lines that separate the parts of a multipart. Those of a pair that was never set match no line.
 class BoundaryPair {

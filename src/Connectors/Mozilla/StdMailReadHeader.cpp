@@ -82,6 +82,7 @@ class StdMail::HeaderReader {
   BoundaryPair subPair_;  // of the nested multipart seen last
   bool inPartHeader_ = false;
   PartEncoding encoding_ = PartEncoding::None;
+  PartContent content_;
   std::string partHeader_;  // boundary and header lines that reach mail.eml unless they are an attachment's
 };
 
@@ -306,11 +307,11 @@ void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
 void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
   if (!save_) return;
   if (attachmentFile_.IsOpen()) {
-    WriteStep([&] { WritePartLine(attachmentFile_, line, encoding_); });
+    WriteStep([&] { content_.WriteLine(attachmentFile_, line, encoding_); });
   } else {
     WriteToMailFile(line);
   }
-  if (htmlFile_.IsOpen()) WriteStep([&] { WritePartLine(htmlFile_, line, encoding_); });
+  if (htmlFile_.IsOpen()) WriteStep([&] { content_.WriteLine(htmlFile_, line, encoding_); });
 }
 
 // --- End

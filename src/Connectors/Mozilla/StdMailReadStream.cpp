@@ -54,6 +54,7 @@ class StdMail::StreamReader {
   bool inPartHeader_ = false;
   std::int16_t partIndex_ = 0;
   PartEncoding encoding_ = PartEncoding::None;
+  PartContent content_;
   bool partIsInline_ = true;
 };
 
@@ -128,7 +129,7 @@ void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
   } else if (file_.IsOpen() && mail_.saveFlag_ == partIndex_) {
-    WritePartLine(file_, line, encoding_);
+    content_.WriteLine(file_, line, encoding_);
   }
 }
 
