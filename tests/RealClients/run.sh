@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # The component beside the real applications, where they are installed or can be within two minutes. What isn't run
-# is said. Uses the optimised build.
+# is said.
+#
+# usage: run.sh [PROGRAM], the optimised build's without one
 set -uo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 source "$root/scripts/packages.sh"
-build release
+program=${1:-$root/build/release/bin/vorlent-mozilla}
+[ $# -gt 0 ] || build release
 failed=0
 
 try() {
@@ -15,7 +18,7 @@ try() {
       return
     fi
   fi
-  if timeout 300 python3 "$root/tests/RealClients/$script" "$root/build/release/bin/vorlent-mozilla"; then
+  if timeout 300 python3 "$root/tests/RealClients/$script" "$program"; then
     echo "$script: passed"
   else
     echo "$script: FAILED"
