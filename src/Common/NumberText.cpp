@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <string_view>
 
 #include "Platform/Locale.h"
 
@@ -11,6 +12,12 @@ namespace vorlent {
 namespace {
 
 constexpr int kSignificantDigits = 15;
+
+std::string Padded(std::string_view digits, bool negative, std::size_t width) {
+  std::string text = negative ? "-" : "";
+  if (digits.size() < width) text.append(width - digits.size(), '0');
+  return text.append(digits);
+}
 
 }  // namespace
 
@@ -29,14 +36,18 @@ std::string NumberText(double value) {
 }
 
 std::string PaddedNumber(double value, std::size_t width) {
-  std::array<char, 320> buffer{};  // holds the largest number there is
+  std::array<char, 320> buffer;  // holds the largest number there is
   const double whole = std::nearbyint(std::fabs(value));
   const auto [end, error] =
       std::to_chars(buffer.data(), buffer.data() + buffer.size(), whole, std::chars_format::fixed, 0);
-  const auto digits = static_cast<std::size_t>(end - buffer.data());
-  std::string text = value < 0 && whole > 0 ? "-" : "";
-  if (digits < width) text.append(width - digits, '0');
-  return text.append(buffer.data(), digits);
+  return Padded(std::string_view(buffer.data(), end), value < 0 && whole > 0, width);
+}
+
+std::string PaddedNumber(int value, std::size_t width) {
+  std::array<char, 16> buffer;
+  const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+  const std::string_view text(buffer.data(), end);
+  return Padded(value < 0 ? text.substr(1) : text, value < 0, width);
 }
 
 }  // namespace vorlent

@@ -17,5 +17,6 @@ std::string NumberText(Number value) {
 // A number rounded to a whole one (halves to the even one), padded with "0" to `width` digits; a longer
 // number keeps all its digits, a negative one has its sign in front of them.
 std::string PaddedNumber(double value, std::size_t width);
+std::string PaddedNumber(int value, std::size_t width);
 
 }  // namespace vorlent

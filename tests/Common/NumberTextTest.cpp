@@ -65,6 +65,14 @@ TEST(PaddedNumber, PadsToTheWidth) {
   EXPECT_EQ(PaddedNumber(-5, 2), "-05");
 }
 
+TEST(PaddedNumber, WholeNumbersOfBothKindsReadAlike) {
+  for (const int value : {0, 7, 12, 100, 2010, -1, -9, -12, 2147483647, -2147483647 - 1}) {
+    for (const std::size_t width : {0U, 1U, 2U, 4U, 12U}) {
+      EXPECT_EQ(PaddedNumber(value, width), PaddedNumber(static_cast<double>(value), width)) << value;
+    }
+  }
+}
+
 TEST(PaddedNumber, RoundsHalvesToTheEvenNumber) {
   EXPECT_EQ(PaddedNumber(4.5, 2), "04");
   EXPECT_EQ(PaddedNumber(5.5, 2), "06");
