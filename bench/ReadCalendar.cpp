@@ -1,0 +1,140 @@
+// How long the calendar connector takes for a large calendar, beside the bare statements stepped through with
+// SQLite on the same file.
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Host/Connector.h"
+#include "Platform/Posix/PathMapping.h"
+#include "Standalone/StandaloneHost.h"
+#include "Support/ScopedTimeZone.h"
+#include "Support/SqliteFile.h"
+#include "Support/TemporaryFolder.h"
+
+namespace vorlent {
+namespace {
+
+constexpr int kEvents = 50'000;
+constexpr int kRuns = 5;
+constexpr double kLimit = 2.5;
+
+constexpr const char* kEventQuery =
+    "SELECT time_created/1000000 As created, last_modified/1000000 As modified, title, "
+    "event_start/1000000 AS start, event_end/1000000 As ende, id FROM cal_events WHERE cal_id=2";
+constexpr const char* kTaskQuery =
+    "SELECT time_created/1000000 As created, last_modified/1000000 As modified, title, id FROM cal_todos "
+    "WHERE cal_id=2";
+
+// Events over twenty years, each with a location.
+void WriteCalendar(const std::filesystem::path& file) {
+  SqliteFile storage(file);
+  storage.Run(
+      "PRAGMA synchronous=OFF; BEGIN;"
+      "CREATE TABLE cal_calendars_prefs (id INTEGER PRIMARY KEY, calendar INTEGER, name TEXT, value TEXT);"
+      "CREATE TABLE cal_events (cal_id INTEGER, id TEXT, time_created INTEGER, last_modified INTEGER, title "
+      "TEXT,"
+      " flags INTEGER, event_start INTEGER, event_end INTEGER, event_start_tz TEXT, event_end_tz TEXT);"
+      "CREATE TABLE cal_todos (cal_id INTEGER, id TEXT, time_created INTEGER, last_modified INTEGER, title "
+      "TEXT,"
+      " flags INTEGER);"
+      "CREATE TABLE cal_properties (item_id TEXT, key TEXT, value BLOB);"
+      "CREATE INDEX idx_cal_properies_item_id ON cal_properties(item_id);"
+      "INSERT INTO cal_calendars_prefs (calendar, name, value) VALUES (2, 'name', 'Home');"
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" +
+      std::to_string(kEvents) +
+      ") INSERT INTO cal_events SELECT 2, printf('%08x-1f0e-4b5c-9a51-0a7b9c3e6f01', "
+      "i*2654435761&4294967295),"
+      " (946684800+i*12000)*1000000, (946684800+i*12345)*1000000, 'Besprechung Nummer '||i, 4,"
+      " (946684800+i*12600)*1000000, (946684800+i*12600+5400)*1000000, 'UTC', 'UTC' FROM n;"
+      "INSERT INTO cal_properties SELECT id, 'CATEGORIES', 'Arbeit' FROM cal_events WHERE rowid%2=0;"
+      "INSERT INTO cal_properties SELECT id, 'LOCATION', 'Raum '||rowid FROM cal_events;"
+      "COMMIT");
+}
+
+// Runs one statement to its end, each row's columns fetched as text. Returns the number of rows.
+int StepThrough(sqlite3* database, const std::string& sql,
+                const std::function<void(sqlite3_stmt*)>& onRow = nullptr) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) std::abort();
+  int rows = 0;
+  for (; sqlite3_step(statement) == SQLITE_ROW; ++rows) {
+    for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+      if (sqlite3_column_text(statement, i) == nullptr) std::abort();
+    }
+    if (onRow) onRow(statement);
+  }
+  sqlite3_finalize(statement);
+  return rows;
+}
+
+void RunBareStatements(const std::filesystem::path& file) {
+  sqlite3* database = nullptr;
+  if (sqlite3_open(file.c_str(), &database) != SQLITE_OK) std::abort();
+  int locations = 0;
+  const int events = StepThrough(database, kEventQuery, [&](sqlite3_stmt* event) {
+    const std::string id = reinterpret_cast<const char*>(sqlite3_column_text(event, 5));
+    locations += StepThrough(
+        database, "SELECT value FROM cal_properties WHERE item_id='" + id + "' AND key='LOCATION'");
+  });
+  StepThrough(database, kTaskQuery);
+  sqlite3_close(database);
+  if (events != kEvents || locations != kEvents) std::abort();
+}
+
+double Milliseconds(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+class SilentObserver : public HostObserver {};
+
+int Run() {
+  const ScopedTimeZone zone("Europe/Berlin");
+  const TemporaryFolder folder;
+  folder.Write("Mozilla\\Sunbird\\profiles.ini",
+               "[General]\r\n\r\n[Profile0]\r\nName=p\r\nPath=Profiles/p\r\n");
+  folder.MakeFolder("Mozilla\\Sunbird\\Profiles\\p");
+  const std::filesystem::path file = folder.Native("Mozilla\\Sunbird\\Profiles\\p\\storage.sdb");
+  WriteCalendar(file);
+
+  os::SetAppDataFolder(folder.Native().string());
+  SilentObserver observer;
+  const auto host = std::make_shared<StandaloneHost>(observer);
+  HostObjects::Install(host);
+  const StandaloneLocationPtr location = host->MakeLocation();
+  location->Open("sunbird://p/Home");
+
+  // The best of several runs of each, in turn, so that a busy moment of the machine strikes both alike.
+  double bare = 1e9;
+  double connector = 1e9;
+  for (int run = 0; run < kRuns; ++run) {
+    bare = std::min(bare, Milliseconds([&] { RunBareStatements(file); }));
+    connector = std::min(connector, Milliseconds([&] { location->Load(); }));
+  }
+  if (location->ItemCount() != kEvents) std::abort();
+  location->Close();
+  HostObjects::Install(nullptr);
+
+  const double ratio = connector / bare;
+  std::printf("%-36s %10s %12s\n", "", "ms", "events/s");
+  std::printf("%-36s %10.1f %12.0f\n", "bare statements", bare, kEvents / bare * 1000);
+  std::printf("%-36s %10.1f %12.0f\n", "connector, to items of the host", connector,
+              kEvents / connector * 1000);
+  std::printf("%d events with locations: %.2f times the bare statements, at most %.1f allowed: %s\n", kEvents,
+              ratio, kLimit, ratio <= kLimit ? "met" : "MISSED");
+  return ratio <= kLimit ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace vorlent
+
+int main() {
+  return vorlent::Run();
+}
