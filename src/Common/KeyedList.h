@@ -97,7 +97,8 @@ class KeyedList {
 
    private:
     void SkipHoles() {
-      while (at_ < slots_->size() && !(*slots_)[at_].live) ++at_;
+      while (at_ < slots_->size() && !(*slots_)[at_].live)
+        ++at_;
     }
 
     Slots* slots_;
@@ -172,7 +173,8 @@ class KeyedList {
 
   std::size_t SlotOf(std::string_view key) const {
     const auto found = index_.find(key);
-    if (found == index_.end()) throw Failure(ErrorNumber::InvalidCall, "no entry of key '" + std::string(key) + "'");
+    if (found == index_.end())
+      throw Failure(ErrorNumber::InvalidCall, "no entry of key '" + std::string(key) + "'");
     return found->second - removedInFront_;
   }
 
@@ -277,7 +279,8 @@ class KeyedList {
   // The slot of the live entry with that rank.
   std::size_t FindRank(std::size_t rank) const {
     std::size_t step = 1;
-    while (step * 2 <= liveCounts_.size()) step *= 2;
+    while (step * 2 <= liveCounts_.size())
+      step *= 2;
     std::size_t passed = 0;
     for (; step > 0; step /= 2) {
       if (passed + step <= liveCounts_.size() && liveCounts_[passed + step - 1] < rank) {

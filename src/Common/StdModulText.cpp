@@ -62,7 +62,6 @@ std::size_t FindHit(std::string_view text, std::string_view word, std::size_t fr
 }  // namespace
 
 // --- Cutting and finding
-// -------------------------------------------------------------------------------------
 
 std::string CutToken(std::string& s, std::string_view sep) {
   const std::size_t end = s.find(sep);
@@ -165,7 +164,6 @@ std::string GetLineValue(std::string_view text, std::string_view key) {
 }
 
 // --- Records
-// -------------------------------------------------------------------------------------------------
 
 std::string GetParam(std::string_view record, std::string_view key) {
   while (!record.empty()) {
@@ -225,7 +223,6 @@ std::string UnescapeValue(std::string_view value) {
 }
 
 // --- Other text
-// ----------------------------------------------------------------------------------------------
 
 void ReplaceText(std::string& s, std::string_view find, std::string_view repl, bool ignoreCase,
                  bool wholeWord) {

@@ -59,7 +59,8 @@ std::string ToCodePage(std::string_view text, bool& exact) {
 std::string CodePageToUtf8(std::string_view text) {
   std::string out;
   out.reserve(text.size());
-  for (const char c : text) AppendUtf8(out, codepage::ToCodePoint(static_cast<unsigned char>(c)));
+  for (const char c : text)
+    AppendUtf8(out, codepage::ToCodePoint(static_cast<unsigned char>(c)));
   return out;
 }
 
@@ -92,13 +93,15 @@ std::string DisplayUtf8(std::string_view text) {
 
 std::string LowerCase(std::string_view text) {
   std::string out(text);
-  for (char& c : out) c = static_cast<char>(codepage::ToLower(static_cast<unsigned char>(c)));
+  for (char& c : out)
+    c = static_cast<char>(codepage::ToLower(static_cast<unsigned char>(c)));
   return out;
 }
 
 bool EqualNoCase(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return codepage::ToLower(static_cast<unsigned char>(x)) == codepage::ToLower(static_cast<unsigned char>(y));
+    return codepage::ToLower(static_cast<unsigned char>(x)) ==
+           codepage::ToLower(static_cast<unsigned char>(y));
   });
 }
 

@@ -27,7 +27,8 @@ constexpr char32_t ToCodePoint(unsigned char byte) {
 
 // The byte of a code point, nothing where the page doesn't hold it.
 constexpr std::optional<unsigned char> FromCodePoint(char32_t codePoint) {
-  if (codePoint < 0x80 || (codePoint >= 0xA0 && codePoint <= 0xFF)) return static_cast<unsigned char>(codePoint);
+  if (codePoint < 0x80 || (codePoint >= 0xA0 && codePoint <= 0xFF))
+    return static_cast<unsigned char>(codePoint);
   const auto found = std::find(kUpperControls.begin(), kUpperControls.end(), codePoint);
   if (found == kUpperControls.end()) return std::nullopt;
   return static_cast<unsigned char>(0x80 + (found - kUpperControls.begin()));
@@ -35,7 +36,8 @@ constexpr std::optional<unsigned char> FromCodePoint(char32_t codePoint) {
 
 // The lower-case form of one character of the page.
 constexpr unsigned char ToLower(unsigned char c) {
-  if ((c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7)) return static_cast<unsigned char>(c + 0x20);
+  if ((c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7))
+    return static_cast<unsigned char>(c + 0x20);
   if (c == 0x8A || c == 0x8C || c == 0x8E) return static_cast<unsigned char>(c + 0x10);
   return c == 0x9F ? 0xFF : c;
 }
@@ -50,7 +52,8 @@ struct CodePageLiteral {
       const auto lead = static_cast<unsigned char>(utf8[i]);
       const std::size_t count = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : 3;
       char32_t codePoint = count == 1 ? lead : count == 2 ? lead & 0x1F : lead & 0x0F;
-      for (std::size_t k = 1; k < count; ++k) codePoint = codePoint << 6 | (utf8[i + k] & 0x3F);
+      for (std::size_t k = 1; k < count; ++k)
+        codePoint = codePoint << 6 | (utf8[i + k] & 0x3F);
       // A character that the page doesn't hold makes this access no constant expression, and so a compile error.
       bytes[length++] = static_cast<char>(codepage::FromCodePoint(codePoint).value());
       i += count;

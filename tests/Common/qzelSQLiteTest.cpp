@@ -42,7 +42,6 @@ class qzelSQLiteTest : public testing::Test {
 };
 
 // --- Opening and closing
-// -------------------------------------------------------------------------------------
 
 TEST_F(qzelSQLiteTest, OpeningWithoutFileNameIsRefused) {
   EXPECT_FALSE(database_.openFile());
@@ -132,7 +131,6 @@ TEST_F(qzelSQLiteTest, VersionIsThatOfTheLibrary) {
 }
 
 // --- Results
-// -------------------------------------------------------------------------------------------------
 
 TEST_F(qzelSQLiteTest, ResultIsHeldInTheOrderOfTheDatabase) {
   Open();
@@ -295,7 +293,6 @@ TEST_F(qzelSQLiteTest, TooManyRowsTellHowMany) {
 }
 
 // --- Beside other programs
-// -----------------------------------------------------------------------------------
 
 TEST_F(qzelSQLiteTest, LockedDatabaseIsAnErrorAtOnce) {
   SqliteFile other(folder_.Native("people.sqlite"));

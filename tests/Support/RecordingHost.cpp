@@ -51,7 +51,6 @@ std::string Quoted(std::string_view text) {
 }
 
 // --- CallLog
-// ---------------------------------------------------------------------------------------------------
 
 std::string CallLog::Text() const {
   std::string out;
@@ -95,7 +94,6 @@ void CallLog::Check(const std::string& line) {
 }
 
 // --- RecordingItem
-// ---------------------------------------------------------------------------------------------
 
 RecordingItem::RecordingItem(CallLog& log, int number)
     : Name("item" + std::to_string(number)), IdText("{NEW-" + std::to_string(number) + "}"), log_(log) {}
@@ -257,7 +255,6 @@ void RecordingItem::TakeFile(std::string_view key, std::string_view path, std::s
 }
 
 // --- RecordingTree
-// ---------------------------------------------------------------------------------------------
 
 RecordingTree::RecordingTree(CallLog& log, std::string name, std::string text, std::string keyword)
     : Name(std::move(name)), NodeText(std::move(text)), Keyword(std::move(keyword)), log_(log) {}
@@ -345,7 +342,6 @@ std::string RecordingTree::Dump(int depth) const {
 }
 
 // --- RecordingError
-// --------------------------------------------------------------------------------------------
 
 void RecordingError::Raise(std::int32_t kind, std::string_view source, bool flag, std::string_view text) {
   log_.Write("Error.Raise(" + std::to_string(kind) + "," + Quoted(source) + "," + Word(flag) + "," +
@@ -368,7 +364,6 @@ std::shared_ptr<HostError> RecordingErrorFactory::Error() {
 }
 
 // --- RecordingLocation
-// -----------------------------------------------------------------------------------------
 
 RecordingLocation::RecordingLocation(RecordingHost& host, std::string name)
     : Address(std::move(name)), host_(host) {}
@@ -466,7 +461,6 @@ std::string RecordingLocation::FileLocation() const {
 }
 
 // --- RecordingTopics, RecordingWindow
-// --------------------------------------------------------------------------
 
 void RecordingTopics::SetNotify(bool notify) {
   log_.Write("Topics.SetNotify(" + Word(notify) + ")");
@@ -498,7 +492,6 @@ bool RecordingWindow::IsPaneShown(std::int32_t pane) {
 }
 
 // --- RecordingGlobal
-// -------------------------------------------------------------------------------------------
 
 RecordingGlobal::RecordingGlobal(RecordingHost& host)
     : Window(std::make_shared<RecordingWindow>(host.Log)),
@@ -582,7 +575,6 @@ std::shared_ptr<HostErrorFactory> RecordingGlobal::ErrorFactory() {
 }
 
 // --- RecordingEnum, RecordingDialogs
-// ---------------------------------------------------------------------------
 
 void RecordingEnum::Init(LocationPtr& location, ExpressionPtr& expression) {
   host_.Log.Write("Enum.Init(" + NameOf(location) + "," +
@@ -608,7 +600,6 @@ std::string RecordingDialogs::ChooseLocation(std::string_view title, std::string
 }
 
 // --- RecordingHost
-// ---------------------------------------------------------------------------------------------
 
 class RecordingHost::Objects : public HostObjects {
  public:

@@ -18,7 +18,6 @@ constexpr std::string_view kLineEnd = "\r\n";
 }  // namespace
 
 // --- Text to be read again
-// -----------------------------------------------------------------------------------
 
 void StdMail::PendingText::Clear() {
   text_.clear();
@@ -52,7 +51,6 @@ std::string StdMail::PendingText::TakeAll() {
 }
 
 // --- Stream
-// --------------------------------------------------------------------------------------------------
 
 void StdMail::InitStream(std::int16_t saveflag) {
   stream_ = LineFile();
@@ -145,7 +143,6 @@ std::int32_t StdMail::CollectUpToStatus(std::string& collected) {
 }
 
 // --- Headers
-// -------------------------------------------------------------------------------------------------
 
 StdMail::TextList& StdMail::HeaderStore() const {
   if (headers_ == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "no header store");
@@ -200,7 +197,6 @@ std::string StdMail::GetDate() const {
 }
 
 // --- Files
-// ---------------------------------------------------------------------------------------------------
 
 void StdMail::Delete(std::string_view file) const {
   TextWriter(file, os::File::Mode::Create).Close();

@@ -106,7 +106,6 @@ bool StdMail::HeaderReader::Read() {
 }
 
 // --- Finding a mail
-// ------------------------------------------------------------------------------------------
 
 // Goes to the line on which the next mail begins.
 bool StdMail::HeaderReader::FindMail() {
@@ -133,7 +132,6 @@ bool StdMail::HeaderReader::TakeSearchLine() {
 }
 
 // --- Header block
-// --------------------------------------------------------------------------------------------
 
 // Reads the header block behind the line at hand. False for an expunged mail.
 bool StdMail::HeaderReader::ReadHeaderBlock() {
@@ -192,7 +190,6 @@ void StdMail::HeaderReader::DropExpungedMail() {
 }
 
 // --- Body
-// ----------------------------------------------------------------------------------------------------
 
 void StdMail::HeaderReader::ReadBody() {
   boundary_ = GetHeaderParam(mail_.GetHeader("content-type"), "boundary");
@@ -315,7 +312,6 @@ void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
 }
 
 // --- End
-// -----------------------------------------------------------------------------------------------------
 
 void StdMail::HeaderReader::FinishMail() {
   Swallow([&] { mail_.HeaderStore().Add(":" + std::to_string(start_ - 1), "address"); });
@@ -339,7 +335,6 @@ void StdMail::HeaderReader::CloseStreamBehindMail() {
 }
 
 // --- Steps
-// ---------------------------------------------------------------------------------------------------
 
 // Length of the line read last together with its end.
 double StdMail::HeaderReader::CountedLength(std::string_view line) const {

@@ -166,7 +166,6 @@ void StdMail::StreamReader::EndPartHeader() {
 }
 
 // --- Operations on top
-// ---------------------------------------------------------------------------------------
 
 void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
   if (!bodyfile.empty()) {

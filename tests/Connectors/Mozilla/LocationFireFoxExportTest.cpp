@@ -49,7 +49,6 @@ class LocationFireFoxExportTest : public FireFoxTest {
 };
 
 // --- The file
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxExportTest, EmptyLocationIsAHeaderAndAnEmptyList) {
   WriteProfiles({"x"});
@@ -287,7 +286,6 @@ TEST_F(LocationFireFoxExportTest, FileGoesToTheProfileFoundLast) {
 }
 
 // --- Files that can't be written
-// -----------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxExportTest, ReadOnlyFileRaisesAndStays) {
   const auto connector = OpenEmpty();
@@ -328,7 +326,6 @@ TEST_F(LocationFireFoxExportTest, DateBeyondThirtyTwoBitsIsAnOverflow) {
 }
 
 // --- Reload
-// --------------------------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxExportTest, ReloadReadsAndSavesWithoutTouchingTheTopics) {
   Places().AddBookmark(1, "a", "http://a/");
@@ -358,7 +355,6 @@ TEST_F(LocationFireFoxExportTest, ReloadThatRaisesSavesNothing) {
 }
 
 // --- PasteItem and DeleteItem
-// --------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxExportTest, ConnectedPasteIsReported) {
   const auto connector = OpenEmpty();

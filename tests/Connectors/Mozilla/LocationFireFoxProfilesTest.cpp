@@ -27,7 +27,6 @@ class LocationFireFoxProfilesTest : public FireFoxTest {
 };
 
 // --- The frame
-// -----------------------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxProfilesTest, InitLocationRegistersTheParameterItemAndLooksAtNothingElse) {
   const auto connector = Connect("firefox://x/");
@@ -71,7 +70,6 @@ TEST_F(LocationFireFoxProfilesTest, BookmarksHaveNoFiles) {
 }
 
 // --- Addresses of other kinds
-// --------------------------------------------------------------------------------
 
 class ForeignAddress : public FireFoxTest, public testing::WithParamInterface<const char*> {};
 
@@ -96,7 +94,6 @@ INSTANTIATE_TEST_SUITE_P(Of, ForeignAddress,
                                          " firefox://x/"));
 
 // --- profiles.ini
-// --------------------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxProfilesTest, StarListsTheProfiles) {
   WriteProfiles({"x", "y", "z"});
@@ -254,7 +251,6 @@ TEST_F(LocationFireFoxProfilesTest, SlashesOfTheProfilePathSeparateFolders) {
 }
 
 // --- The database
-// --------------------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxProfilesTest, ProfileWithoutDatabaseIsEmptyWithoutAMessage) {
   WriteProfiles({"x"});

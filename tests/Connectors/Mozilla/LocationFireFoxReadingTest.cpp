@@ -45,7 +45,6 @@ class LocationFireFoxReadingTest : public FireFoxTest {
 };
 
 // --- Reading
-// -------------------------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxReadingTest, WholeProfileBecomesItemsAndTree) {
   AddMenu();
@@ -248,7 +247,6 @@ TEST_F(LocationFireFoxReadingTest, FoldersWithoutBookmarksAreNodesToo) {
 }
 
 // --- Reading below a folder
-// ----------------------------------------------------------------------------------
 
 struct PathCase {
   const char* name;
@@ -307,7 +305,6 @@ TEST_F(LocationFireFoxReadingTest, AllFoldersOfAStepsTitleAreFollowed) {
 }
 
 // --- Failures while reading
-// ----------------------------------------------------------------------------------
 
 TEST_F(LocationFireFoxReadingTest, FailureInTheMiddleKeepsWhatWasRead) {
   AddMenu();
@@ -464,7 +461,6 @@ TEST_F(DeepFolders, LevelsAreCountedInSixteenBits) {
 }
 
 // --- Listing
-// -------------------------------------------------------------------------------------------------
 
 class Listing : public LocationFireFoxReadingTest {};
 
@@ -579,7 +575,6 @@ TEST_F(Listing, EntriesAreCountedInSixteenBits) {
 }
 
 // --- Keywords
-// ------------------------------------------------------------------------------------------------
 
 class SubKeywords : public LocationFireFoxReadingTest {
  protected:

@@ -256,7 +256,6 @@ TEST_F(LocationFrameTest, EnumIsBoundToTheLocationAndMayReplaceBoth) {
 }
 
 // --- PasteItem
-// -----------------------------------------------------------------------------------------------
 
 TEST_F(LocationFrameTest, PastedItemTakesTheIDOfItsRecord) {
   const ItemPtr item = connector->PasteItem("ID=a|Type=mail|Text=Hello", false);
@@ -345,7 +344,6 @@ TEST_F(LocationFrameTest, ManyRecordsArePastedInLinearTime) {
 }
 
 // --- DeleteItem
-// ----------------------------------------------------------------------------------------------
 
 TEST_F(LocationFrameTest, DeletedItemLeavesTheStoreAndTheHostIsTold) {
   const ItemPtr item = connector->PasteItem("ID=a", false);
@@ -386,7 +384,6 @@ TEST_F(LocationFrameTest, ConnectorDecidesTheResultOfADeletion) {
 }
 
 // --- Reload
-// --------------------------------------------------------------------------------------------------
 
 TEST_F(LocationFrameTest, ReloadKeepsTheTopicsOutWhileItReads) {
   host.AddTopics();
@@ -427,7 +424,6 @@ TEST_F(LocationFrameTest, ConnectorGoesThoughItsItemsStay) {
 }
 
 // --- Messages
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(LocationFrameTest, UnreadableLocationIsReportedAndMayBeShown) {
   frame::ReportUnreadable("why");

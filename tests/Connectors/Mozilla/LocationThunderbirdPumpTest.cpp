@@ -106,7 +106,6 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
 };
 
 // --- Whole runs
-// ----------------------------------------------------------------------------------------------
 
 TEST_F(LocationThunderbirdPumpTest, OneMailboxIsStreamedMailByMail) {
   const Box box = AddBox("Inbox", {"1", "2"});
@@ -215,7 +214,6 @@ TEST_F(LocationThunderbirdPumpTest, SourceIsEscaped) {
 }
 
 // --- Times
-// ---------------------------------------------------------------------------------------------------
 
 struct TimeRow {
   DateTime start;
@@ -259,7 +257,6 @@ TEST_F(LocationThunderbirdPumpTest, EachMailboxHasItsOwnTimeAndCount) {
 }
 
 // --- Cancelling
-// ----------------------------------------------------------------------------------------------
 
 TEST_F(LocationThunderbirdPumpTest, CancelledRunStillDeliversTheMailAtHandAndThenEnds) {
   const Box first = AddBox("A", {"1", "2", "3"});
@@ -320,7 +317,6 @@ TEST_F(LocationThunderbirdPumpTest, EndedRunEndsAgainWithoutHarm) {
 }
 
 // --- Marking mails
-// -------------------------------------------------------------------------------------------
 
 TEST_F(LocationThunderbirdPumpTest, MarkedMailsGoAtTheEndOfTheirMailbox) {
   const Box first = AddBox("A", {"1", "2", "3"});
@@ -371,7 +367,6 @@ TEST_F(LocationThunderbirdPumpTest, MarksOfAnEarlierMailboxAreForgotten) {
 }
 
 // --- Failures
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(LocationThunderbirdPumpTest, MissingMailboxFailsBeforeAnythingIsDelivered) {
   AddBox("A", {"1"});
@@ -450,7 +445,6 @@ TEST_F(LocationThunderbirdPumpTest, FailedReportLeavesTheLogOnAndTheRunWhereItSt
 }
 
 // --- Files of the mails
-// --------------------------------------------------------------------------------------
 
 // A mail with a text part and one attachment "a.txt" of the bytes "Hello".
 std::string MailWithAttachment(const std::string& id) {
@@ -565,7 +559,6 @@ TEST_F(MailFilesTest, NoItemIsAFailureThatLeavesThePointerBusy) {
 }
 
 // --- Deleting an item
-// ----------------------------------------------------------------------------------------
 
 TEST_F(MailFilesTest, DeletedItemLeavesItsMailboxAtOnce) {
   ReadInbox(MailOf("1") + MailOf("2"));

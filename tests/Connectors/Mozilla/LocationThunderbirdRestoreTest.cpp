@@ -74,7 +74,6 @@ class RestoreTest : public ThunderbirdFixture {
 };
 
 // --- The command
-// ---------------------------------------------------------------------------------------------
 
 TEST_F(RestoreTest, ActionsAreRestoreAndShortcut) {
   Connect("thunderbird://p");
@@ -144,7 +143,6 @@ TEST_F(RestoreTest, FirstMailboxOfTheWalkIsTheTarget) {
 }
 
 // --- Mails without attachments
-// -------------------------------------------------------------------------------
 
 struct PlainRow {
   std::string source;
@@ -201,7 +199,6 @@ TEST_F(RestoreTest, RestoredMailIsAppended) {
 }
 
 // --- Attachments
-// ---------------------------------------------------------------------------------------------
 
 TEST_F(RestoreTest, MailWithAttachmentsBecomesTheFirstPartOfAMixedOne) {
   Store("Subject: x\r\nContent-Type: text/plain; charset=utf-8\r\n\r\nbody\r\n");
@@ -287,7 +284,6 @@ TEST_F(RestoreTest, MissingAttachmentLeavesItsPartEmpty) {
 }
 
 // --- Encoding a file
-// -----------------------------------------------------------------------------------------
 
 class EncodeTest : public RestoreTest {
  protected:
@@ -349,7 +345,6 @@ TEST_F(EncodeTest, MissingFileWritesNothing) {
 }
 
 // --- There and back
-// ------------------------------------------------------------------------------------------
 
 TEST_F(RestoreTest, RestoredMailReadsAsTheSameMail) {
   const std::vector<std::size_t> sizes = {0, 1, 53, 54, 55, 108, 5000000};
@@ -389,7 +384,6 @@ TEST_F(RestoreTest, RestoredMailReadsAsTheSameMail) {
 }
 
 // --- Shortcuts
-// -----------------------------------------------------------------------------------------------
 
 TEST_F(RestoreTest, ShortcutIsTheHeaderAndALink) {
   Store(
@@ -410,7 +404,6 @@ TEST_F(RestoreTest, ShortcutOfAHeaderWithoutAnEndHasNoLink) {
 }
 
 // --- Folders of the mailbox
-// ----------------------------------------------------------------------------------
 
 TEST_F(RestoreTest, FoldersAndParentMailboxesAreMade) {
   Store("Subject: x\r\n\r\nbody\r\n");
@@ -437,7 +430,6 @@ TEST_F(RestoreTest, MailboxItselfIsNotMadeWithItsPath) {
 }
 
 // --- Failures
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(RestoreTest, MailboxThatCannotBeWrittenIsSwallowed) {
   Store("Subject: x\r\n\r\nbody\r\n");

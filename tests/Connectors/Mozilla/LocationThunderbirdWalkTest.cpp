@@ -52,7 +52,6 @@ class LocationThunderbirdWalkTest : public ThunderbirdFixture {
 };
 
 // --- InitLocation
-// --------------------------------------------------------------------------------------------
 
 TEST_F(LocationThunderbirdWalkTest, InitLocationSetsUpTheParametersAndTheTreeWithoutReading) {
   tree.AddProfile("p", {"a"});
@@ -156,7 +155,6 @@ TEST_F(LocationThunderbirdWalkTest, AllProfilesEndWithTheDisksWhichNoAccountStan
 }
 
 // --- The tree and the keywords
-// -------------------------------------------------------------------------------
 
 TEST_F(LocationThunderbirdWalkTest, AccountIsReadWithItsFolders) {
   tree.AddProfile("p", {"a"});
@@ -338,7 +336,6 @@ TEST_F(LocationThunderbirdWalkTest, EinlesenLeavesTheMailboxesOfInitLocation) {
 }
 
 // --- The disks
-// -----------------------------------------------------------------------------------------------
 
 class DiskWalkTest : public LocationThunderbirdWalkTest {
  protected:
@@ -422,7 +419,6 @@ TEST_F(DiskWalkTest, DrivesAreBrowsed) {
 }
 
 // --- Browsing
-// ------------------------------------------------------------------------------------------------
 
 class BrowseTest : public LocationThunderbirdWalkTest {
  protected:
@@ -533,7 +529,6 @@ TEST_F(BrowseTest, SegmentsBehindAStarAreStillWalked) {
 }
 
 // --- Reading a mailbox
-// ---------------------------------------------------------------------------------------
 
 class ReadMailboxTest : public LocationThunderbirdWalkTest {
  protected:

@@ -46,7 +46,6 @@ class StdMailDataTest : public StdMailTest {
 };
 
 // --- The whole record
-// ----------------------------------------------------------------------------------------
 
 TEST_F(StdMailDataTest, RecordPointsIntoTheMailboxWithoutFiles) {
   const std::string record = RecordOf(kPlainHeaders);
@@ -111,7 +110,6 @@ TEST_F(StdMailDataTest, HostThatGivesNoNameLeavesTheOwnerEmpty) {
 }
 
 // --- Identity
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(StdMailDataTest, IdentityIsTheDateAndTheMessageIdWithoutSpecialCharacters) {
   EXPECT_EQ(Identity("Date: Sun, 9 May 2010 14:30:05\nMessage-ID: <a_b c#d>\n"), "20100509143005-abcd");
@@ -126,7 +124,6 @@ TEST_F(StdMailDataTest, MailsOfOneDateWithoutMessageIdHaveOneIdentity) {
 }
 
 // --- Header fields
-// -------------------------------------------------------------------------------------------
 
 TEST_F(StdMailDataTest, HeadersAreDecodedAndEscaped) {
   const std::string record = RecordOf(
@@ -194,7 +191,6 @@ TEST_F(StdMailDataTest, OffsetIsThatOfTheMail) {
 }
 
 // --- Files
-// ---------------------------------------------------------------------------------------------------
 
 constexpr std::string_view kTextAndAttachment =
     "--B\n\ntext\n--B\nContent-Disposition: attachment; filename=\"a b.txt\"\n\ncontent\n--B--\n";

@@ -134,7 +134,6 @@ TEST_F(StdMailDeleteTest, MailboxThatCannotBeOpenedRaisesAndKeepsTheSummary) {
 }
 
 // --- Line ends
-// -----------------------------------------------------------------------------------------------
 
 TEST_F(StdMailDeleteTest, WindowsRuleTakesEveryLineEndForTwoBytes) {
   // Behind a line end of one byte that leads to the digit before the last.
@@ -160,7 +159,6 @@ TEST_F(StdMailDeleteTest, NativeRuleDeletesInAMailboxOfMixedLineEnds) {
 }
 
 // --- The running mail client
-// ---------------------------------------------------------------------------------
 
 constexpr std::string_view kOneMail = "From - x\r\nX-Mozilla-Status: 0001\r\n\r\n";
 constexpr std::string_view kOneMailDeleted = "From - x\r\nX-Mozilla-Status: 0009\r\n\r\n";

@@ -31,7 +31,6 @@ class StdMailReadHeaderTest : public StdMailTest {
 };
 
 // --- Finding a mail
-// ------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, EmptyMailboxHasNoMail) {
   Open("");
@@ -167,7 +166,6 @@ TEST_F(StdMailReadHeaderTest, ProgressIsTheBeginningOfTheMailInTheFile) {
 }
 
 // --- mail.eml
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, PlainMailIsSavedAsItStands) {
   const std::string first = Crlf("From - x\n" + std::string(kPlainHeaders) + "\nbody\n--B\n\n");
@@ -256,7 +254,6 @@ TEST_F(StdMailReadHeaderTest, TemporaryPrefixIsTakenAsItStands) {
 }
 
 // --- Attachments
-// ---------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, AttachmentGoesToItsOwnFileAndLeavesNoTraceInTheMail) {
   const std::string header =
@@ -368,7 +365,6 @@ TEST_F(StdMailReadHeaderTest, LineOfAnAttachmentMayLookLikeASeparatorOnlyBehindT
 }
 
 // --- Part headers
-// --------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, PartHeaderWithoutEndGoesOnToTheNextBoundary) {
   const std::string body = "--B\nContent-Disposition: a; filename=f\ntext\n--B\n\ntext\n--B--\n";
@@ -401,7 +397,6 @@ TEST_F(StdMailReadHeaderTest, LastEncodingOfAHeaderBlockCounts) {
 }
 
 // --- Boundaries
-// ----------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, BoundaryLineIsComparedAsAWhole) {
   const std::string body = "--B \n--BB\n--b\n --B\n--B-\n--B---\n-- B\n--\n----\n";
@@ -498,7 +493,6 @@ TEST_F(StdMailReadHeaderTest, NestedBoundaryIsForgottenWithTheNextMail) {
 }
 
 // --- Failures by phase
-// ---------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
   folder_.MakeFolder("tmp\\mail.eml");
@@ -548,7 +542,6 @@ TEST_F(StdMailReadHeaderTest, NestedBoundaryThatCannotBeDecodedIsNone) {
 }
 
 // --- Line rules
-// ----------------------------------------------------------------------------------------------
 
 // What ReadHeader tells about a whole mailbox.
 std::string Describe(StdMail& mail, const TemporaryFolder& folder, bool saveattachments) {
@@ -633,7 +626,6 @@ TEST_F(StdMailReadHeaderTest, WindowsRuleCountsTwoBytesForALoneCarriageReturn) {
 }
 
 // --- Odd mailboxes
-// -------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadHeaderTest, ZeroBytesAreText) {
   const std::string body("zero\0byte\r\n\0\r\n", 14);

@@ -33,7 +33,6 @@ class StdMailReadStreamTest : public StdMailTest {
 };
 
 // --- One mail after the other
-// --------------------------------------------------------------------------------
 
 TEST_F(StdMailReadStreamTest, EmptyMailboxHasNoMailAndLeavesNoFile) {
   Open("");
@@ -107,7 +106,6 @@ TEST_F(StdMailReadStreamTest, MailMayBeginWithoutASeparator) {
 }
 
 // --- The look at the first mail's status
-// ---------------------------------------------------------------------
 
 TEST_F(StdMailReadStreamTest, ExpungedMailIsSkipped) {
   OpenLines(
@@ -171,7 +169,6 @@ TEST_F(StdMailReadStreamTest, ContentTypeOfManyLinesIsJoinedInLinearTime) {
 }
 
 // --- What is written
-// -----------------------------------------------------------------------------------------
 
 constexpr std::string_view kTwoParts =
     "preamble\n"
@@ -305,7 +302,6 @@ TEST_F(StdMailReadStreamTest, BoundaryOfOneMailIsNotThatOfTheNext) {
 }
 
 // --- Failures
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadStreamTest, BadQuotedPrintableCodeRaisesAndLeavesWhatWasWritten) {
   WriteMultipart("--B\nContent-Transfer-Encoding: quoted-printable\n\none\nbad =XX\ntwo\n--B--\n");
@@ -354,7 +350,6 @@ TEST_F(StdMailReadStreamTest, PartsAbove32767AreAnOverflow) {
 }
 
 // --- Line rules
-// ----------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadStreamTest, BothLineRulesAgreeOnAFileOfCarriageReturnsAndLineFeeds) {
   WriteMultipart(kTwoParts);
@@ -378,7 +373,6 @@ TEST_F(StdMailReadStreamTest, NativeRuleReadsLoneLineFeeds) {
 }
 
 // --- Writing a mail
-// ------------------------------------------------------------------------------------------
 
 TEST_F(StdMailReadStreamTest, SavedMailIsHeadersAndBodyLines) {
   OpenLines(std::string(kFront) + "Subject: a\n b\n\none\n\ntwo\nend\n", -1);
@@ -408,7 +402,6 @@ TEST_F(StdMailReadStreamTest, SavingToAPlaceThatCannotBeWrittenRaises) {
 }
 
 // --- One part by its offset
-// ----------------------------------------------------------------------------------
 
 class SaveAttachmentFileTest : public StdMailTest {
  protected:

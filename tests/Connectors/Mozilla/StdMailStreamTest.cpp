@@ -19,7 +19,6 @@ class StdMailStreamTest : public StdMailTest {
 };
 
 // --- A new object
-// --------------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, NewObjectHasEmptyLists) {
   const StdMail mail;
@@ -42,7 +41,6 @@ TEST_F(StdMailStreamTest, ReadersOfAnObjectWithoutStreamFindNoMail) {
 }
 
 // --- Opening and closing
-// -------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, MissingMailboxIsCreatedEmpty) {
   mail_.InitStream();
@@ -90,7 +88,6 @@ TEST_F(StdMailStreamTest, ReadingLeavesTheMailboxAsItWas) {
 }
 
 // --- Separators
-// ----------------------------------------------------------------------------------------------
 
 struct SeparatorRow {
   const char* mailbox;
@@ -128,7 +125,6 @@ INSTANTIATE_TEST_SUITE_P(
                     SeparatorRow{"\n\n\n", {}}));
 
 // --- Header store
-// --------------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, SeparatorStandsFirstWithoutKeyAndTheOffsetLast) {
   ReadMailWith("Subject: Hello\n");
@@ -260,7 +256,6 @@ TEST_F(StdMailStreamTest, DateIsDisplayText) {
 }
 
 // --- AddHeader
-// -----------------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, AddedHeadersFollowTheRulesOfTheStore) {
   mail_.AddHeader("Date: 1");
@@ -300,7 +295,6 @@ TEST_F(StdMailStreamTest, AddedContinuationOfADroppedHeaderTakesTheLastOneAway) 
 }
 
 // --- Body
-// ----------------------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, BodyIsTheCollectedLines) {
   OpenLines("From - x\nX-Mozilla-Status: 0001\n\none\n\nthree\nlast, which the reader never sees\n", -1);
@@ -321,7 +315,6 @@ TEST_F(StdMailStreamTest, BodyIsAsLongAsTheLinesWereWhenCollected) {
 }
 
 // --- Emptying a file
-// -----------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, DeleteLeavesAnEmptyFile) {
   const std::string path = folder_.Write("box", std::string(1000, 'x'));
@@ -340,7 +333,6 @@ TEST_F(StdMailStreamTest, DeleteOfAFileThatCannotBeWrittenRaises) {
 }
 
 // --- Temporary files
-// -----------------------------------------------------------------------------------------
 
 TEST_F(StdMailStreamTest, RegisteredFilesAreDeletedOnce) {
   const std::string a = folder_.Write("a", "");

@@ -40,7 +40,6 @@ class Thunderbird_ModuleTest : public testing::Test {
 };
 
 // --- Profiles
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(Thunderbird_ModuleTest, AllProfilesAreListedWithTheFoldersOfTheirAccountsAndTheDisksBehindThem) {
   tree.AddProfile("p", {"a", "b"});
@@ -110,7 +109,6 @@ TEST_F(Thunderbird_ModuleTest, PreferenceThatOccursTwiceRisesOutOfTheListOfProfi
 }
 
 // --- Accounts
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(Thunderbird_ModuleTest, AccountsAreListedInTheOrderOfTheAccountManager) {
   tree.Folder().Write("p/prefs.js",
@@ -244,7 +242,6 @@ TEST_F(Thunderbird_ModuleTest, DriveIsNamedByOneLetterWhetherItExistsOrNot) {
 }
 
 // --- Mail folders
-// --------------------------------------------------------------------------------------------
 
 class MailFoldersTest : public Thunderbird_ModuleTest {
  protected:
@@ -307,7 +304,6 @@ TEST_F(MailFoldersTest, FolderHasEntriesIfItHoldsAnything) {
 }
 
 // --- Keywords of a file
-// --------------------------------------------------------------------------------------
 
 TEST_F(Thunderbird_ModuleTest, KeywordsOfAFileAreItsAccountAndFolders) {
   tree.AddProfile("p", {"a"});
