@@ -16,7 +16,7 @@ constexpr std::string_view kFilesName = "files\\";
 // Set while there may be something to put in order.
 constexpr std::string_view kOpen = "open";
 
-constexpr std::int64_t kItemsPerIndexing = 256;
+constexpr std::int64_t kItemsPerIndexing = 1024;
 constexpr std::size_t kHeldItems = 1024;
 constexpr std::int64_t kDeferredItems = 1024;
 

@@ -86,7 +86,11 @@ void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_
   os::Copy(source, part);
   os::Rename(part, target);
   os::SyncFolder(FolderOf(folderNumber));
-  if (move) Delete(std::string(source));
+  if (move) RemoveSource(source);
+}
+
+void ArchiveFiles::RemoveSource(std::string_view source) {
+  Delete(std::string(source));
 }
 
 void ArchiveFiles::AllowWriting(std::int64_t item, std::string_view name) {

@@ -26,6 +26,8 @@ class ArchiveFiles {
   // Brings a file in. It is whole at its place and safe from a crash of the machine before the source goes
   // and before this returns; `move` says whether the source goes. A place that is taken raises FileExists.
   void Take(std::string_view source, std::int64_t item, std::string_view name, bool move);
+  // Removes a file that was taken from where it came from, read-only or not.
+  static void RemoveSource(std::string_view source);
   // Takes the read-only attribute from a file.
   void AllowWriting(std::int64_t item, std::string_view name);
   void Remove(std::int64_t item, std::string_view name);

@@ -1,6 +1,6 @@
 #include "Standalone/ArchiveIndex.h"
 
-#include <array>
+#include <algorithm>
 
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
@@ -14,7 +14,11 @@ namespace {
 constexpr std::string_view kReached = "indexed";
 
 // Items that one transaction takes up at most, so that the log of an import of any size stays small.
-constexpr std::int64_t kItemsPerStep = 256;
+constexpr std::int64_t kItemsPerStep = 1024;
+
+// What a person looks for stands at the beginning of a mail, and an index of all would cost more than the
+// import.
+constexpr std::size_t kIndexedBytes = 2 * 1024;
 
 // Data fields that say nothing to a person.
 bool IsSearched(std::string_view key) {
@@ -81,10 +85,14 @@ void ArchiveIndex::Reach(std::int64_t number) {
 void ArchiveIndex::Insert(const StoredItem& item) {
   WriteHead(insertHead_, item.number, item.record);
   std::string body;
+  // The HTML text comes undone of its encoding, so it goes first.
   for (const StoredFile& file : item.files) {
-    if (file.key == "File") body += TextOfMailFile(files_.PathOf(item.number, file.name));
     if (file.key == "FileHTML") body += TextOfHtmlFile(files_.PathOf(item.number, file.name));
   }
+  for (const StoredFile& file : item.files) {
+    if (file.key == "File") body += TextOfMailFile(files_.PathOf(item.number, file.name));
+  }
+  body.resize(std::min(body.size(), kIndexedBytes));
   if (!body.empty()) insertBody_.Bind(1, item.number).Bind(2, body).Run();
 }
 

@@ -122,29 +122,41 @@ std::string ArchiveItem::DataFile(std::string_view key, std::int32_t index) cons
 
 void ArchiveItem::TakeFile(std::string_view key, std::string_view path, std::string_view options,
                            std::string_view metaData) {
-  const std::shared_ptr<ArchiveContent> content = Content();
   const auto before = files_.find(key);
-  const bool isExpected = before != files_.end() && before->second.state == File::State::Expected &&
-                          before->second.source == path;
-  const std::string replaced =
-      before != files_.end() && before->second.state == File::State::In ? before->second.name : std::string();
+  if (before != files_.end() && before->second.state == File::State::In) {
+    return Replace(before->second, key, path, options, metaData);
+  }
+  const bool isAwaited = before != files_.end() && before->second.state == File::State::Expected;
+  const bool isExpected = isAwaited && before->second.source == path;
   std::string described = DataText(key);
   CutLine(described);
   if (!isExpected || described != metaData) {
     // The item tells of the file before that comes, so that there is never a file without an item.
-    if (!isExpected) {
-      // What came from that path before has left it.
-      if (FileExists(path)) namesOfSources_.erase(std::string(path));
-      const bool wasAwaited = before != files_.end() && before->second.state == File::State::Expected;
-      Expect(key, path);
-      if (!wasAwaited) content->FilesExpected(1);
-    }
+    if (!isAwaited) Content()->FilesExpected(1);
+    if (!isExpected) Expect(key, path);
     record_.SetData(key, std::string(path).append("\r\n").append(metaData));
     Save();
   }
   BringIn(key, options);
   Describe(key, metaData);
-  if (!replaced.empty()) content->Files().Remove(number_, replaced);
+}
+
+// The file that is there stays the item's until the new one is safe beside it, and the source until that is
+// the item's.
+void ArchiveItem::Replace(File& file, std::string_view key, std::string_view path, std::string_view options,
+                          std::string_view metaData) {
+  const std::shared_ptr<ArchiveContent> content = Content();
+  const std::string name = FreeName(GetFileName(path));
+  content->Files().Take(path, number_, name, false);
+  const std::string replaced = std::exchange(file.name, name);
+  if (HasOption(options, "nofileattribute")) content->Files().AllowWriting(number_, file.name);
+  Describe(key, metaData);
+  Save();
+  arrivedNames_.insert(file.name);
+  if (HasOption(options, "move")) ArchiveFiles::RemoveSource(path);
+  const bool isShared = std::any_of(files_.begin(), files_.end(),
+                                    [&](const auto& entry) { return entry.second.name == replaced; });
+  if (!isShared) content->Files().Remove(number_, replaced);
 }
 
 // A file of a path that was told before shares its name.
@@ -198,8 +210,9 @@ std::shared_ptr<ArchiveContent> ArchiveItem::Content() const {
 
 std::vector<StoredFile> ArchiveItem::StoredFiles() const {
   std::vector<StoredFile> stored;
-  for (const auto& [key, file] : files_)
-    stored.push_back({key, file.name});
+  for (const auto& [key, file] : files_) {
+    stored.push_back({key, file.name, file.state == File::State::Missing});
+  }
   return stored;
 }
 
@@ -223,7 +236,9 @@ void ArchiveItem::MergeWithTwins() {
       continue;
     }
     content->Remove({number_, {}, StoredFiles()});
-    return Become(std::move(twin));
+    Become(std::move(twin));
+    if (content->HeldItem(number_) == nullptr) content->Hold(number_, shared_from_this());
+    return;
   }
 }
 

@@ -72,6 +72,8 @@ class ArchiveItem : public StandaloneItem {
   void Expect(std::string_view key, std::string_view path);
   std::string FreeName(std::string_view bareName);
   void BringIn(std::string_view key, std::string_view options);
+  void Replace(File& file, std::string_view key, std::string_view path, std::string_view options,
+               std::string_view metaData);
   void Describe(std::string_view key, std::string_view metaData);
 
   void MergeWithTwins();

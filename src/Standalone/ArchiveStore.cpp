@@ -5,6 +5,7 @@
 
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
+#include "Platform/Failure.h"
 
 namespace vorlent {
 
@@ -153,6 +154,10 @@ void ArchiveStore::Update(std::int64_t number, const ItemRecord& record,
   const ColumnValues values(record);
   values.Bind(updateItem_, 1);
   updateItem_.Bind(static_cast<int>(kItemColumns.size()) + 1, number).Run();
+  if (database_.ChangedRows() == 0) {
+    throw Failure(ErrorNumber::ObjectNotSet,
+                  "the item '" + record.Value("ID") + "' is no longer in the archive");
+  }
   removeFields_.Bind(1, number).Run();
   WriteFields(number, record, files);
   transaction.Commit();

@@ -40,7 +40,8 @@ class ArchiveStore {
   // Adds an item and returns its number. `fingerprint` tells two mails of one ID apart.
   std::int64_t Insert(const ItemRecord& record, std::int64_t fingerprint,
                       const std::vector<StoredFile>& files);
-  // Writes an item's fields anew, and adds or renames files.
+  // Writes an item's fields anew, and adds or renames files. Raises ObjectNotSet if there is no such item any
+  // more.
   void Update(std::int64_t number, const ItemRecord& record, const std::vector<StoredFile>& files);
   void Remove(std::int64_t number);
 

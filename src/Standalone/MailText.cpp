@@ -13,9 +13,8 @@ namespace vorlent {
 
 namespace {
 
-// What a person looks for stands at the beginning of a mail, and an index of all would be as large as the
-// mails.
-constexpr std::size_t kIndexedBytes = 32 * 1024;
+// Enough for a header and the words behind it.
+constexpr std::size_t kBytesRead = 16 * 1024;
 
 // A line without a blank of at least this length is encoded data.
 constexpr std::size_t kDataLine = 60;
@@ -24,7 +23,7 @@ std::string ReadBeginning(std::string_view path) {
   std::string bytes;
   Swallow([&] {
     os::File file = os::File::Open(path, os::File::Mode::Read);
-    bytes.resize(kIndexedBytes);
+    bytes.resize(kBytesRead);
     bytes.resize(file.Read(bytes.data(), bytes.size()));
   });
   return bytes;

@@ -108,6 +108,10 @@ std::int64_t SqliteDatabase::LastRow() const {
   return sqlite3_last_insert_rowid(handle_.get());
 }
 
+std::int64_t SqliteDatabase::ChangedRows() const {
+  return sqlite3_changes64(handle_.get());
+}
+
 bool SqliteDatabase::InTransaction() const {
   return sqlite3_get_autocommit(handle_.get()) == 0;
 }

@@ -59,6 +59,8 @@ class SqliteDatabase {
   void Execute(const std::string& statements);
   // The number of the row inserted last.
   std::int64_t LastRow() const;
+  // How many rows the last INSERT, UPDATE or DELETE touched.
+  std::int64_t ChangedRows() const;
 
   bool InTransaction() const;
 

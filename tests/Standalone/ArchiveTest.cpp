@@ -206,6 +206,26 @@ TEST_F(ArchiveTest, AFileTakenAnewReplacesTheOld) {
   EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "new");
 }
 
+TEST_F(ArchiveTest, AReplacedFileThatIsSharedStays) {
+  const std::string field = FileField("FileAttach1", "a.txt", "abc");
+  std::string second = field;
+  ReplaceText(second, "FileAttach1", "FileAttach2");
+  const auto item = Import("ID=1" + field + second);
+  item->TakeFile("FileAttach1", folder_.Write("temp/b.txt", "new"), "move", "file=b.txt");
+  EXPECT_FALSE(folder_.Exists("temp/b.txt"));
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "new");
+  EXPECT_EQ(BytesOf(item, "FileAttach2"), "abc");
+}
+
+TEST_F(ArchiveTest, AFileThatCantBeReplacedStays) {
+  const auto item = Import("ID=1" + FileField("File", "mail.eml", "old"));
+  EXPECT_THROW(item->TakeFile("File", folder_.Path("temp\\none"), "move", ""), Failure);
+  EXPECT_EQ(BytesOf(item, "File"), "old");
+  Reopen();
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "old");
+  EXPECT_THAT(archive_->IncompleteItems(), IsEmpty());
+}
+
 TEST_F(ArchiveTest, OddAndLongNamesFindAPlace) {
   const std::string longName = std::string(230, 'x') + ".pdf";
   const auto item = Import("ID=1" + FileField("FileAttach1", longName, "long") +
@@ -226,6 +246,7 @@ TEST_F(ArchiveTest, AMissingSourceRaisesAndMarksTheItem) {
     EXPECT_THAT(failure.what(), HasSubstr("gone.eml"));
   }
   EXPECT_TRUE(pasted->IsIncomplete());
+  pasted->AddKeyword("Halb");
   Reopen();
   EXPECT_EQ(archive_->IncompleteItems().size(), 1u);
   EXPECT_TRUE(archive_->ItemsOf("1").front()->IsIncomplete());
@@ -349,6 +370,18 @@ TEST_F(ArchiveTest, OneObjectStandsForAnItemWhileItIsHeld) {
   EXPECT_EQ(archive_->ItemAt(1), pasted);
 }
 
+TEST_F(ArchiveTest, AnItemThatWasReplacedRefusesChanges) {
+  const std::string record = "ID=1|Text=a" + FileField("File", "mail.eml", "text");
+  const ItemPtr half = archive_->PasteRecord(record);
+  std::filesystem::remove(folder_.Native("temp/mail.eml"));
+  EXPECT_THROW(half->TakeFile("File", folder_.Path("temp\\mail.eml"), "move", ""), Failure);
+  folder_.Write("temp/mail.eml", "text");
+  Import(record);
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  EXPECT_THROW(half->SetText("b"), Failure);
+  EXPECT_EQ(archive_->ItemAt(1)->DataCount(), 1);
+}
+
 TEST_F(ArchiveTest, ItemsOfAClosedArchiveRefuseChanges) {
   const ItemPtr item = archive_->PasteRecord("ID=1|Text=a");
   archive_->Close();
@@ -407,14 +440,14 @@ TEST_F(ArchiveTest, TheIndexFollowsChanges) {
 
 TEST_F(ArchiveTest, ManyItemsAreFoundByPositionAndWord) {
   Archive::Portions portions(*archive_);
-  for (int i = 1; i <= 700; ++i) {
+  for (int i = 1; i <= 2100; ++i) {
     archive_->PasteRecord("ID=n" + std::to_string(i) + "|Text=wort" + std::to_string(i));
   }
-  EXPECT_EQ(archive_->ItemCount(), 700);
+  EXPECT_EQ(archive_->ItemCount(), 2100);
   EXPECT_EQ(archive_->ItemAt(333)->ID(), "n333");
   EXPECT_THAT(Found("wort1"), ElementsAre("n1"));
-  EXPECT_THAT(Found("wort700"), ElementsAre("n700"));
-  EXPECT_EQ(Found("wort*").size(), 700u);
+  EXPECT_THAT(Found("wort2100"), ElementsAre("n2100"));
+  EXPECT_EQ(Found("wort*").size(), 2100u);
 }
 
 // --- Opening
