@@ -160,13 +160,12 @@ void ListFolder(std::string_view p, KeyedList<std::string>* files, KeyedList<std
   if (files != nullptr) ClearCollection(*files);
   if (folders != nullptr) ClearCollection(*folders);
   const std::string folder = AddPathSep(p);
-  std::vector<std::string> names;
-  Swallow([&] { names = os::ListNames(folder, pattern, folders != nullptr ? kAllEntries : kPlainFiles); });
-  for (std::string& name : names) {
-    const std::int32_t attributes = GetFileAttr(folder + name);
-    const bool isFile = attributes < 1 || (attributes & os::kDirectory) == 0;
-    KeyedList<std::string>* list = isFile ? files : folders;
-    if (list != nullptr) list->Add(std::move(name));
+  std::vector<os::FolderEntry> entries;
+  Swallow(
+      [&] { entries = os::ListEntries(folder, pattern, folders != nullptr ? kAllEntries : kPlainFiles); });
+  for (os::FolderEntry& entry : entries) {
+    KeyedList<std::string>* list = entry.isFolder ? folders : files;
+    if (list != nullptr) list->Add(std::move(entry.name));
   }
 }
 

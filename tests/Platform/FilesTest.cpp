@@ -430,6 +430,18 @@ TEST_F(FilesTest, ListingIsSortedWithoutRegardToCase) {
   EXPECT_THAT(os::ListNames(folder_.Path(), "*.*", 0), ElementsAre("A", "a1", "b", "B2", "c.txt", "_x"));
 }
 
+TEST_F(FilesTest, EntriesTellWhetherTheyAreFolders) {
+  folder_.Write("file", "");
+  folder_.MakeFolder("folder");
+  std::filesystem::create_symlink("folder", folder_.Native("linkToFolder"));
+  std::filesystem::create_symlink("file", folder_.Native("linkToFile"));
+  std::filesystem::create_symlink("nowhere", folder_.Native("linkToNothing"));
+  std::vector<std::string> shown;
+  for (const os::FolderEntry& entry : os::ListEntries(folder_.Path(), "*", os::kDirectory))
+    shown.push_back(entry.name + (entry.isFolder ? "/" : ""));
+  EXPECT_THAT(shown, ElementsAre("file", "folder/", "linkToFile", "linkToFolder/", "linkToNothing"));
+}
+
 TEST_F(FilesTest, AttributesChooseWhatIsListed) {
   folder_.Write("file", "");
   folder_.Write("locked", "");

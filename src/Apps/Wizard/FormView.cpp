@@ -100,13 +100,8 @@ void FormView::Add(Control& control) {
   QWidget* widget = MakeWidget(control, page, update);
   widget->setObjectName(ToQt(control.Name()));
   shown_.push_back({&control, widget, std::move(update)});
-  // A sheet tells its view itself what to show; its place is set with the layout of its page.
   const std::size_t at = shown_.size() - 1;
-  const std::function<void()> before = control.OnChange;
-  control.OnChange = [this, at, before] {
-    if (before) before();
-    Update(shown_[at]);
-  };
+  control.OnChange = [this, at] { Update(shown_[at]); };
 }
 
 QWidget* FormView::MakeWidget(Control& control, QWidget* page, std::function<void()>& update) {

@@ -1,6 +1,7 @@
 #include "Apps/Wizard/SheetModel.h"
 
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include "Apps/Wizard/QtText.h"
@@ -12,7 +13,7 @@ struct SheetModel::Node {
   int place = 0;  // among the parent's children
   SheetRow* row = nullptr;
   std::uint64_t serial = 0;
-  QString text;
+  std::string text;
   bool hasIcon = false;
   CheckState state = CheckState::Clear;
   bool expanded = false;
@@ -57,7 +58,7 @@ QVariant SheetModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-      return node.text;
+      return ToQt(node.text);
     case Qt::DecorationRole:
       return node.hasIcon ? QVariant(icon_) : QVariant();
     case Qt::CheckStateRole:
@@ -155,7 +156,7 @@ std::unique_ptr<SheetModel::Node> SheetModel::NewNode(Node& parent, std::int32_t
   node->parent = &parent;
   node->row = &row;
   node->serial = row.Serial();
-  node->text = ToQt(row.Text());
+  node->text = row.Text();
   node->hasIcon = !row.Icon().empty();
   node->state = row.State();
   const std::vector<std::int32_t> below = DirectRows(position + 1, end);

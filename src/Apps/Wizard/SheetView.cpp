@@ -53,11 +53,11 @@ SheetView::SheetView(Sheet& sheet, UserStep user, QWidget* parent)
   connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) {
     if (!syncing_) user_([&] { sheet_.UserCloses(model_->RowOf(index)); });
   });
-  sheet_.OnChange = [this] { SyncLater(); };
+  sheet_.OnRowsChange = [this] { SyncLater(); };
 }
 
 SheetView::~SheetView() {
-  sheet_.OnChange = nullptr;
+  sheet_.OnRowsChange = nullptr;
 }
 
 void SheetView::Sync() {
@@ -66,7 +66,6 @@ void SheetView::Sync() {
   syncing_ = true;
   model_->Sync();
   syncing_ = false;
-  setEnabled(sheet_.Enabled());
   if (!currentIndex().isValid()) setCurrentIndex(model_->index(0, 0));
 }
 

@@ -10,7 +10,7 @@ namespace vorlent {
 // --- SheetRow -------------------------------------------------------------------------------------------
 
 void SheetRow::SetExpanded(bool expanded) {
-  if (std::exchange(expanded_, expanded) != expanded) sheet_->Changed();
+  if (std::exchange(expanded_, expanded) != expanded) sheet_->RowsChanged();
 }
 
 std::int32_t SheetRow::Index() const {
@@ -80,9 +80,13 @@ void Sheet::CheckPosition(std::int32_t position, std::int32_t last) const {
   }
 }
 
+void Sheet::RowsChanged() const {
+  if (OnRowsChange) OnRowsChange();
+}
+
 void Sheet::ShapeChanged() {
   ++shape_;
-  Changed();
+  RowsChanged();
 }
 
 // --- The gap --------------------------------------------------------------------------------------------
@@ -117,7 +121,7 @@ void Sheet::GrowGap() {
 void Sheet::UserTicks(SheetRow& row, CheckState state) {
   if (!Enabled() || row.state_ == state) return;
   row.state_ = state;
-  Changed();
+  RowsChanged();
   if (OnCheckChanged) OnCheckChanged(row, nullptr, state);
 }
 

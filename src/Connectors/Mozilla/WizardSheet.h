@@ -69,7 +69,7 @@ class Sheet : public Control {
   void RemoveRow(std::int32_t position);
   void ClearRows();
   // Has the view draw all rows anew.
-  void RefreshRows() { Changed(); }
+  void RefreshRows() { RowsChanged(); }
 
   // Another number whenever rows came or went.
   std::uint64_t Shape() const { return shape_; }
@@ -82,6 +82,9 @@ class Sheet : public Control {
   void UserTicks(SheetRow& row, CheckState state);
   void UserOpens(SheetRow& row);
   void UserCloses(SheetRow& row);
+
+  // For the view: called behind every change of rows, be it what they are or what they show.
+  std::function<void()> OnRowsChange;
 
   // The events. `other` is of no use to this wizard and always null.
   std::function<void(SheetRow& row, SheetRow* other, CheckState state)> OnCheckChanged;
@@ -96,6 +99,7 @@ class Sheet : public Control {
   void MoveGap(std::size_t start);
   void PutRow(std::size_t from, std::size_t to);
   void GrowGap();
+  void RowsChanged() const;
   void ShapeChanged();
 
   std::vector<std::unique_ptr<SheetRow>> slots_;

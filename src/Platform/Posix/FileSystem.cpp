@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <tuple>
 #include <utility>
 
 #include "Platform/Failure.h"
@@ -113,11 +114,10 @@ bool IsFolder(DIR* listing, const dirent& entry) {
 }
 
 // Whether a listing with these attributes shows an entry, whose name can be said in a Windows path.
-bool IsShown(DIR* listing, const dirent& entry, int attributes) {
-  const std::string_view name = entry.d_name;
+bool IsShown(std::string_view name, bool isFolder, int attributes) {
   if (name == "." || name == ".." || name.find('\\') != std::string_view::npos) return false;
   if (IsHiddenName(name) && (attributes & kHidden) == 0) return false;
-  return (attributes & kDirectory) != 0 || !IsFolder(listing, entry);
+  return (attributes & kDirectory) != 0 || !isFolder;
 }
 
 }  // namespace
@@ -127,6 +127,13 @@ bool MayList(std::string_view path) {
 }
 
 std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes) {
+  std::vector<std::string> names;
+  for (FolderEntry& entry : ListEntries(folder, pattern, attributes))
+    names.push_back(std::move(entry.name));
+  return names;
+}
+
+std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view pattern, int attributes) {
   const std::string native = ToNativePath(folder);
   if (native.empty()) return {};
   const Listing listing(opendir(native.c_str()));
@@ -134,22 +141,25 @@ std::vector<std::string> ListNames(std::string_view folder, std::string_view pat
     if (errno == ENOENT || errno == ENOTDIR) return {};
     RaiseSystemFailure(errno, folder);
   }
-  std::vector<std::pair<std::string, std::string>> found;  // key and name
+  std::vector<std::pair<std::string, FolderEntry>> found;  // by key
   errno = 0;
   while (const dirent* entry = readdir(listing.get())) {
-    if (IsShown(listing.get(), *entry, attributes)) {
+    const bool isFolder = IsFolder(listing.get(), *entry);
+    if (IsShown(entry->d_name, isFolder, attributes)) {
       std::string name = ToWindowsName(entry->d_name);
-      if (NameMatches(name, pattern)) found.emplace_back(NameKey(name), std::move(name));
+      if (NameMatches(name, pattern)) found.push_back({NameKey(name), {std::move(name), isFolder}});
     }
     errno = 0;
   }
   if (errno != 0) RaiseSystemFailure(errno, folder);
-  std::sort(found.begin(), found.end());
-  std::vector<std::string> names;
-  names.reserve(found.size());
-  for (auto& entry : found)
-    names.push_back(std::move(entry.second));
-  return names;
+  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
+    return std::tie(a.first, a.second.name) < std::tie(b.first, b.second.name);
+  });
+  std::vector<FolderEntry> entries;
+  entries.reserve(found.size());
+  for (auto& [key, entry] : found)
+    entries.push_back(std::move(entry));
+  return entries;
 }
 
 // --- Making and removing ---------------------------------------------------------------------------------

@@ -292,7 +292,7 @@ TEST_F(WizardImportTest, ClearingARowClosesItAndBringsAPlaceholder) {
   Tick("A");
   Get<OptionButton>("Option2").UserPicks();
   int drawn = 0;
-  Folders().OnChange = [&] { ++drawn; };
+  Folders().OnRowsChange = [&] { ++drawn; };
   Untick("A");
   EXPECT_THAT(Rows(Folders())[2], "..[ ]A <thunderbird://p/A/ ; C:\\P\\A\\> file");
   EXPECT_THAT(Rows(Folders())[3], "...[ ]... <thunderbird://p/A/*>");

@@ -174,7 +174,7 @@ TEST(WizardSheetTest, DisabledSheetTakesNothingFromTheUser) {
 TEST(WizardSheetTest, ViewHearsOfEveryChangeOfRows) {
   Sheet sheet;
   int changes = 0;
-  sheet.OnChange = [&] { ++changes; };
+  sheet.OnRowsChange = [&] { ++changes; };
   SheetRow& row = Add(sheet, "a");
   EXPECT_EQ(changes, 1);
   row.SetExpanded(true);
@@ -184,13 +184,39 @@ TEST(WizardSheetTest, ViewHearsOfEveryChangeOfRows) {
   EXPECT_EQ(changes, 3);
   sheet.RefreshRows();
   EXPECT_EQ(changes, 4);
+  sheet.RemoveRow(1);
+  EXPECT_EQ(changes, 5);
+  sheet.ClearRows();
+  EXPECT_EQ(changes, 6);
+}
+
+TEST(WizardSheetTest, LayoutIsTheControlsOwnAndNoMatterOfRows) {
+  Sheet sheet;
+  int controlChanges = 0;
+  int rowChanges = 0;
+  sheet.OnChange = [&] { ++controlChanges; };
+  sheet.OnRowsChange = [&] { ++rowChanges; };
   sheet.SetRowLayout(260);
   EXPECT_EQ(sheet.RowLayout(), 260);
-  EXPECT_EQ(changes, 5);
+  EXPECT_EQ(controlChanges, 1);
+  Add(sheet, "a");
+  EXPECT_EQ(controlChanges, 1);
+  EXPECT_EQ(rowChanges, 1);
+}
+
+TEST(WizardSheetTest, ShapeTellsWhetherRowsCameOrWent) {
+  Sheet sheet;
+  const std::uint64_t empty = sheet.Shape();
+  SheetRow& row = Add(sheet, "a");
+  const std::uint64_t one = sheet.Shape();
+  EXPECT_NE(one, empty);
+  sheet.UserTicks(row, CheckState::Ticked);
+  row.SetExpanded(true);
+  sheet.RefreshRows();
+  EXPECT_EQ(sheet.Shape(), one);
   sheet.RemoveRow(1);
-  EXPECT_EQ(changes, 6);
-  sheet.ClearRows();
-  EXPECT_EQ(changes, 7);
+  EXPECT_NE(sheet.Shape(), one);
+  EXPECT_NE(sheet.Shape(), empty);
 }
 
 // The gap buffer against the obvious list.

@@ -1,0 +1,141 @@
+// Measures the wizard with 5,000 mail folders below one row and 20,000 mailboxes in the list, the windows
+// drawn as for a user. Exits with 1 if one step takes more than 100 ms of processor time.
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QTreeView>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Apps/Wizard/WizardFrame.h"
+#include "Support/RecordingHost.h"
+#include "Support/TemporaryFolder.h"
+
+namespace vorlent {
+namespace {
+
+constexpr int kFolders = 5'000;
+constexpr int kMailboxes = 20'000;
+constexpr int kRuns = 5;
+constexpr double kLimit = 100;  // milliseconds
+
+bool allFluid = true;
+
+// What the user waits for: the step, and all that is drawn behind it. The slowest of the runs counts; between
+// two of them everything is put back by `undo`.
+void Measure(
+    const char* name, const std::function<void()>& step, const std::function<void()>& undo = [] {}) {
+  double slowest = 0;
+  for (int run = 0; run < kRuns; ++run) {
+    const std::clock_t start = std::clock();
+    step();
+    for (int i = 0; i < 3; ++i)
+      QCoreApplication::processEvents();
+    slowest = std::max(slowest, 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    undo();
+    QCoreApplication::processEvents();
+  }
+  allFluid = allFluid && slowest <= kLimit;
+  std::printf("%-55s %8.1f ms%s\n", name, slowest, slowest <= kLimit ? "" : "  TOO SLOW");
+}
+
+ItemPtr Entry(test::RecordingHost& host, std::string text, std::string address, std::string path) {
+  auto item = host.MakeItem();
+  item->DisplayText = std::move(text);
+  item->Data = {{"Location", std::move(address)}, {"Path", std::move(path)}};
+  return item;
+}
+
+void OfferFolders(test::RecordingHost& host, const std::string& mailFolder) {
+  host.Browsable["thunderbird://*"] = {Entry(host, "Profil 'p'", "thunderbird://p/*", mailFolder)};
+  for (int i = 1; i <= kFolders; ++i) {
+    const std::string name = "Folder " + std::to_string(i);
+    host.Browsable["thunderbird://p/*"].push_back(
+        Entry(host, name, "thunderbird://p/" + name + "/*", mailFolder + name));
+  }
+}
+
+void Press(QWidget& widget, Qt::Key key) {
+  QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+  QApplication::sendEvent(&widget, &press);
+}
+
+int Run() {
+  const TemporaryFolder folder;
+  for (int i = 1; i <= kMailboxes; ++i) {
+    folder.Write("mail/Mailbox " + std::to_string(i), "");
+    folder.Write("mail/Mailbox " + std::to_string(i) + ".msf", "");
+  }
+  test::RecordingHost host;
+  OfferFolders(host, folder.Path("mail") + "\\");
+  WizardImport wizard;
+  wizard::WizardFrame frame(wizard, "Import", nullptr);
+  frame.show();
+  auto& tree = *frame.findChild<QTreeView*>("qzelSheet1");
+  auto& list = *frame.findChild<QTreeView*>("qzelSheet2");
+  auto& next = *frame.findChild<QPushButton*>("Next");
+  auto& back = *frame.findChild<QPushButton*>("Back");
+  const auto profile = [&] { return tree.model()->index(0, 0, tree.model()->index(0, 0)); };
+  const auto tick = [](QTreeView& view, const QModelIndex& index, Qt::CheckState state) {
+    view.model()->setData(index, state, Qt::CheckStateRole);
+  };
+  const auto reopen = [&] {
+    tick(tree, profile(), Qt::Unchecked);
+    tree.expand(profile());
+  };
+
+  std::printf("%d folders in the tree\n", kFolders);
+  tree.expand(tree.model()->index(0, 0));
+  Measure(
+      "  open the row above them, for the first time", [&] { tree.expand(profile()); },
+      [&] {
+        tick(tree, profile(), Qt::Checked);
+        tick(tree, profile(), Qt::Unchecked);
+      });
+  tree.expand(profile());
+  Measure(
+      "  close it", [&] { tree.collapse(profile()); }, [&] { tree.expand(profile()); });
+  Measure(
+      "  open it again", [&] { tree.expand(profile()); }, [&] { tree.collapse(profile()); });
+  tree.expand(profile());
+  Measure(
+      "  go to the last row", [&] { Press(tree, Qt::Key_End); }, [&] { Press(tree, Qt::Key_Home); });
+  Measure(
+      "  tick the last folder",
+      [&] { tick(tree, tree.model()->index(kFolders - 1, 0, profile()), Qt::Checked); },
+      [&] { tick(tree, tree.model()->index(kFolders - 1, 0, profile()), Qt::Unchecked); });
+  Measure(
+      "  tick the row above them, which takes them away", [&] { tick(tree, profile(), Qt::Checked); },
+      reopen);
+  Measure("  change the size of the window", [&] { frame.resize(frame.width() + 10, frame.height() + 10); });
+
+  std::printf("%d mailboxes in the list\n", kMailboxes);
+  tick(tree, profile(), Qt::Checked);
+  Measure(
+      "  go to page 2", [&] { next.click(); }, [&] { back.click(); });
+  next.click();
+  Measure(
+      "  go to the last row", [&] { Press(list, Qt::Key_End); }, [&] { Press(list, Qt::Key_Home); });
+  Measure(
+      "  clear a row", [&] { tick(list, list.model()->index(kMailboxes / 2, 0), Qt::Unchecked); },
+      [&] { tick(list, list.model()->index(kMailboxes / 2, 0), Qt::Checked); });
+  Measure(
+      "  go to page 3", [&] { next.click(); }, [&] { back.click(); });
+  Measure("  write the command", [&] { wizard.Parameter(); });
+  if (list.model()->rowCount() != kMailboxes) return std::puts("the list isn't complete"), 1;
+  return allFluid ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace vorlent
+
+int main(int argc, char** argv) {
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QApplication application(argc, argv);
+  return vorlent::Run();
+}
