@@ -35,7 +35,9 @@ LineFile::LineFile(std::string_view path, os::File::Mode mode, LineRule rule)
 void LineFile::Close() {
   if (!IsOpen()) return;
   os::File file = std::move(file_);
+  const std::uint32_t lineEndLength = lineEndLength_;
   *this = LineFile();
+  lineEndLength_ = lineEndLength;
   file.Close();
 }
 

@@ -51,7 +51,7 @@ class LineFile {
   std::string_view ReadLine();
 
   // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
-  // true length, 0 if the file ended without one.
+  // true length, 0 if the file ended without one. Outlives Close, as a line that was kept does.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
 
   // Writes one byte at Position and moves behind it.
@@ -71,8 +71,7 @@ class LineFile {
   std::size_t capacity_ = 0;
   std::size_t filled_ = 0;
   std::size_t next_ = 0;
-  std::size_t behindLineFeed_ =
-      0;  // by the Native rule, what follows the LF found last; 0 if none was looked for
+  std::size_t behindLineFeed_ = 0;  // by the Native rule, behind the LF found last; 0 if none was looked for
   std::uint32_t lineEndLength_ = 0;
   bool ended_ = false;  // the last read found nothing more
 };

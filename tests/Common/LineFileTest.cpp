@@ -215,6 +215,13 @@ TEST_F(LineFileTest, ByteWrittenAtTheEndMakesTheFileLonger) {
   EXPECT_EQ(folder_.Read("file"), "abc");
 }
 
+TEST_F(LineFileTest, ClosedFileStillTellsTheLineEndReadLast) {
+  LineFile file = Open("line\n", LineRule::Native);
+  file.ReadLine();
+  file.Close();
+  EXPECT_EQ(file.LineEndLength(), 1u);
+}
+
 TEST_F(LineFileTest, ClosedFileRaisesWhenAskedForBytes) {
   LineFile file = Open("abc\r\n");
   file.Close();

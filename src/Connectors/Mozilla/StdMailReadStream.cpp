@@ -88,24 +88,22 @@ bool StdMail::StreamReader::Read() {
 }
 
 void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
+  const bool continues = IsContinuation(line) && !Headers().IsEmpty();
+  if (!continues) FinishHeader();
   if (WritesWholeMail()) file_.WriteLine(line);
   if (line.empty()) {
-    FinishHeader();
     inHeader_ = false;
     return;
   }
   std::string text;
-  if (IsContinuation(line) && !Headers().IsEmpty()) {
-    text = TakeLastHeader(Headers());
-  } else {
-    FinishHeader();
-  }
+  if (continues) text = TakeLastHeader(Headers());
   Headers().Add(std::move(text.append(line)));
   headerOpen_ = true;
 }
 
-// Looks for the boundary in the last header once that is complete: with each of its lines would take a time
-// that grows with the square of their number.
+// Looks for the boundary in the last header once that is complete, which shows with the line behind it: with
+// each of its lines would take a time that grows with the square of their number. A boundary that can't be
+// decoded raises here; the line behind is taken from the stream then, but nowhere written.
 void StdMail::StreamReader::FinishHeader() {
   if (!std::exchange(headerOpen_, false)) return;
   const std::string& header = Headers().Item(Headers().Count());

@@ -154,6 +154,7 @@ TEST_F(StdMailDataTest, CopiesStandOnlyIfTheyHaveText) {
 
 TEST_F(StdMailDataTest, EnvelopeStandsIfTheHeaderIsThere) {
   EXPECT_EQ(Field(RecordOf("Envelope-to: a|b\n"), "DataEnvelopeTo"), "a\\|b");
+  EXPECT_EQ(Field(RecordOf("Envelope-to:\n"), "DataEnvelopeTo"), "");
   EXPECT_EQ(Field(RecordOf(""), "DataEnvelopeTo"), "-");
 }
 
@@ -325,6 +326,8 @@ TEST_F(StdMailDataTest, FileInfoIsSizeAndAttributes) {
   EXPECT_EQ(mail_.GetFileInfo(path), "\r\nsize=5\r\nattr=A");
   os::WriteAttributes(path, os::kReadOnly);
   EXPECT_EQ(mail_.GetFileInfo(path), "\r\nsize=5\r\nattr=AR");
+  // No plain file, so nothing to be archived.
+  EXPECT_EQ(mail_.GetFileInfo("C:\\dev\\null"), "\r\nsize=0");
 }
 
 }  // namespace

@@ -95,6 +95,19 @@ TEST_F(StdMailDeleteTest, NameOfTheStatusIsFoundInAnyLetterCase) {
   EXPECT_EQ(Delete("From - x\r\nx-MOZILLA-status:1\r\n\r\n"), "From - x\r\nx-MOZILLA-status:9\r\n\r\n");
 }
 
+TEST_F(StdMailDeleteTest, LastCharacterOfAnEmptyStatusIsTheColon) {
+  EXPECT_EQ(Delete("From - x\r\nX-Mozilla-Status:\r\n\r\n"), "From - x\r\nX-Mozilla-Status8\r\n\r\n");
+}
+
+TEST_F(StdMailDeleteTest, SummaryThatCannotBeDeletedStays) {
+  folder_.Write("Other.msf\\entry", "");
+  folder_.Write("Other", "From - x\r\nX-Mozilla-Status: 0001\r\n\r\n");
+  mail_.SetMailboxFile(folder_.Path("Other"));
+  mail_.DeleteMail(0);
+  EXPECT_EQ(folder_.Read("Other"), "From - x\r\nX-Mozilla-Status: 0009\r\n\r\n");
+  EXPECT_TRUE(folder_.Exists("Other.msf\\entry"));
+}
+
 TEST_F(StdMailDeleteTest, MailWithoutStatusStaysButTheSummaryGoes) {
   const std::string text = "From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n";
   EXPECT_EQ(Delete(text), text);
@@ -138,6 +151,8 @@ TEST_F(StdMailDeleteTest, MailboxThatCannotBeOpenedRaisesAndKeepsTheSummary) {
 TEST_F(StdMailDeleteTest, WindowsRuleTakesEveryLineEndForTwoBytes) {
   // Behind a line end of one byte that leads to the digit before the last.
   EXPECT_EQ(Delete("From - x\rX-Mozilla-Status: 0001\r\r"), "From - x\rX-Mozilla-Status: 0091\r\r");
+  // With no line end at all, to the one before that.
+  EXPECT_EQ(Delete("From - x\r\nX-Mozilla-Status: 0001"), "From - x\r\nX-Mozilla-Status: 0901");
 }
 
 TEST_F(StdMailDeleteTest, NativeRuleFindsTheDigitBeforeEachKindOfLineEnd) {

@@ -1,4 +1,6 @@
 // The import reader: finding mails, walking their parts, splitting them into files.
+#include <filesystem>
+
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/MimeTree.h"
 #include "Connectors/Mozilla/StdMailTest.h"
@@ -142,6 +144,7 @@ TEST_F(StdMailReadHeaderTest, SeparatorAsTheLastLineIsAMailOfItsOwn) {
   ASSERT_TRUE(mail_.ReadHeader(true));
   EXPECT_THAT(Stored(), ElementsAre("From - y", ":20"));
   EXPECT_EQ(mail_.LineCount(), 1);
+  EXPECT_EQ(mail_.ReadCount(), 10);
   EXPECT_EQ(TempFile("mail.eml"), "From - y\r\n");
   EXPECT_FALSE(mail_.ReadHeader(false));
 }
@@ -389,6 +392,13 @@ TEST_F(StdMailReadHeaderTest, AttachmentWithoutClosingBoundaryEndsWithTheMail) {
   EXPECT_EQ(TempFile("att1"), "x\r\n\r\n");
 }
 
+TEST_F(StdMailReadHeaderTest, AttachmentThatTheFileEndsIsClosedWithTheMailsDate) {
+  ASSERT_TRUE(SaveBody("--B\nContent-Disposition: a; filename=f\n\nx\ny"));
+  EXPECT_EQ(TempFile("att1"), "x\r\ny\r\n");
+  EXPECT_EQ(GetFileDate(folder_.Path("tmp\\att1")), "09.05.2010 14:30:05");
+  EXPECT_EQ(TempFile("mail.eml"), Head());
+}
+
 TEST_F(StdMailReadHeaderTest, LastEncodingOfAHeaderBlockCounts) {
   ASSERT_TRUE(
       SaveBody("--B\nContent-Transfer-Encoding: base64\nContent-Disposition: a; filename=f\n"
@@ -494,6 +504,41 @@ TEST_F(StdMailReadHeaderTest, NestedBoundaryIsForgottenWithTheNextMail) {
 
 // --- Failures by phase
 
+// Can be opened, but not read at its beginning.
+constexpr std::string_view kUnreadable = "C:\\proc\\self\\mem";
+
+TEST_F(StdMailReadHeaderTest, MailboxThatCannotBeReadIsAtItsEnd) {
+  mail_.SetMailboxFile(kUnreadable);
+  mail_.InitStream();
+  EXPECT_FALSE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.Percent(), 1);
+  EXPECT_EQ(mail_.LineCount(), 0);
+  EXPECT_FALSE(HasTempFile("mail.eml"));
+}
+
+TEST_F(StdMailReadHeaderTest, FullDiskRaisesInTheHeaderBlock) {
+  std::filesystem::create_symlink("/dev/full", folder_.Native("tmp/mail.eml"));
+  OpenLines("From - x\nSubject: 1\nX-Long: " + std::string(100'000, 'x') +
+            "\n\nbody\n\nFrom - y\nSubject: 2\n\nend\n");
+  EXPECT_EQ(NumberOf([&] { mail_.ReadHeader(true); }), static_cast<int>(ErrorNumber::DiskFull));
+  // The header that could not be written isn't stored any more.
+  EXPECT_THAT(Stored(), ElementsAre("From - x", "Subject: 1"));
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.GetHeader("subject"), "2");
+}
+
+TEST_F(StdMailReadHeaderTest, FullDiskIsPassedOverFromTheBodyOn) {
+  std::filesystem::create_symlink("/dev/full", folder_.Native("tmp/mail.eml"));
+  OpenLines("From - x\nSubject: 1\n\nbody\n\nFrom - y\nSubject: 2\n\n" + std::string(100'000, 'x') + "\n");
+  for (const char* subject : {"1", "2"}) {
+    ASSERT_TRUE(mail_.ReadHeader(true));
+    EXPECT_EQ(mail_.GetHeader("subject"), subject);
+    EXPECT_NE(mail_.WriteFailure(), "");
+  }
+  EXPECT_FALSE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.WriteFailure(), "");
+}
+
 TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
   folder_.MakeFolder("tmp\\mail.eml");
   OpenLines("From - x\nSubject: 1\n\nbody\n\nFrom - y\nSubject: 2\n\nend\n");
@@ -505,7 +550,10 @@ TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
 
 TEST_F(StdMailReadHeaderTest, BoundaryThatCannotBeDecodedRaises) {
   OpenLines("From - x\nContent-Type: a; boundary==?x?Q?=ZZ?=\n\nbody\n\nFrom - y\nSubject: 2\n\nend\n");
-  EXPECT_EQ(NumberOf([&] { mail_.ReadHeader(false); }), kTypeMismatch);
+  EXPECT_EQ(NumberOf([&] { mail_.ReadHeader(true); }), kTypeMismatch);
+  // The header block is there, but not the offset, which ends a mail.
+  EXPECT_THAT(Stored(), ElementsAre("From - x", "Content-Type: a; boundary==?x?Q?=ZZ?="));
+  EXPECT_EQ(TempFile("mail.eml"), Crlf("From - x\nContent-Type: a; boundary==?x?Q?=ZZ?=\n\n"));
   ASSERT_TRUE(mail_.ReadHeader(false));
   EXPECT_EQ(mail_.GetHeader("subject"), "2");
 }
@@ -517,6 +565,9 @@ TEST_F(StdMailReadHeaderTest, AttachmentThatCannotBeMadeIsSkipped) {
                "Content-Disposition: a; filename=g\n\ny\n--B--\n"));
   EXPECT_EQ(TempFile("att2"), "y\r\n");
   EXPECT_EQ(mail_.Attachments()->Count(), 2);
+  // With no file open for it, the content stays in the mail; boundary and header lines are gone.
+  EXPECT_EQ(TempFile("mail.eml"), Head() + Crlf("x\n--B--\n"));
+  EXPECT_NE(mail_.WriteFailure(), "");
 }
 
 TEST_F(StdMailReadHeaderTest, HtmlFileThatCannotBeMadeIsSkipped) {

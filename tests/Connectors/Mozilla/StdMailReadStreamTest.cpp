@@ -303,6 +303,12 @@ TEST_F(StdMailReadStreamTest, BoundaryOfOneMailIsNotThatOfTheNext) {
 
 // --- Failures
 
+TEST_F(StdMailReadStreamTest, MailboxThatCannotBeReadIsAtItsEnd) {
+  mail_.SetMailboxFile("C:\\proc\\self\\mem");
+  EXPECT_EQ(Extract(-2), "-");
+  EXPECT_FALSE(folder_.Exists("out"));
+}
+
 TEST_F(StdMailReadStreamTest, BadQuotedPrintableCodeRaisesAndLeavesWhatWasWritten) {
   WriteMultipart("--B\nContent-Transfer-Encoding: quoted-printable\n\none\nbad =XX\ntwo\n--B--\n");
   mail_.InitStream(1);
@@ -330,6 +336,17 @@ TEST_F(StdMailReadStreamTest, NameThatCannotBeDecodedRaises) {
 TEST_F(StdMailReadStreamTest, BoundaryThatCannotBeDecodedRaises) {
   OpenLines(std::string(kFront) + "Content-Type: a; boundary==?x?Q?=ZZ?=\n\n1\nend\n");
   EXPECT_EQ(NumberOf([&] { mail_.ReadStream(); }), kTypeMismatch);
+}
+
+TEST_F(StdMailReadStreamTest, BoundaryThatCannotBeDecodedEndsTheFileWithItsHeader) {
+  const std::string headers = std::string(kFront) + "Content-Type: a;\n boundary==?x?Q?=ZZ?=\n";
+  OpenLines(headers + "Subject: s\n\n1\nend\n", -2);
+  EXPECT_EQ(NumberOf([&] { mail_.ReadStream(folder_.Path("out")); }), kTypeMismatch);
+  EXPECT_EQ(folder_.Read("out"), Crlf(headers));
+  EXPECT_EQ(Stored().back(), "Content-Type: a; boundary==?x?Q?=ZZ?=");
+  OpenLines(headers + "\n1\nend\n", -2);
+  EXPECT_EQ(NumberOf([&] { mail_.ReadStream(folder_.Path("out")); }), kTypeMismatch);
+  EXPECT_EQ(folder_.Read("out"), Crlf(headers));
 }
 
 TEST_F(StdMailReadStreamTest, FileThatCannotBeMadeRaises) {
