@@ -5,8 +5,8 @@
 #include <QPushButton>
 #include <QTreeView>
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <string>
@@ -26,22 +26,28 @@ constexpr double kLimit = 100;  // milliseconds
 
 bool allFluid = true;
 
-// What the user waits for: the step, and all that is drawn behind it. The slowest of the runs counts; between
-// two of them everything is put back by `undo`.
+// What the user waits for: the step, and all that is drawn behind it. The slowest of the runs counts, by its
+// processor time, which holds the system's calls too but nothing that other programs do meanwhile; beside it
+// the time on the clock. Between two runs everything is put back by `undo`.
 void Measure(
     const char* name, const std::function<void()>& step, const std::function<void()>& undo = [] {}) {
-  double slowest = 0;
+  double processor = 0;
+  double clock = 0;
   for (int run = 0; run < kRuns; ++run) {
-    const std::clock_t start = std::clock();
+    const std::clock_t processorStart = std::clock();
+    const auto clockStart = std::chrono::steady_clock::now();
     step();
     for (int i = 0; i < 3; ++i)
       QCoreApplication::processEvents();
-    slowest = std::max(slowest, 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    const std::chrono::duration<double, std::milli> passed = std::chrono::steady_clock::now() - clockStart;
+    clock = std::max(clock, passed.count());
+    processor =
+        std::max(processor, 1000.0 * static_cast<double>(std::clock() - processorStart) / CLOCKS_PER_SEC);
     undo();
     QCoreApplication::processEvents();
   }
-  allFluid = allFluid && slowest <= kLimit;
-  std::printf("%-55s %8.1f ms%s\n", name, slowest, slowest <= kLimit ? "" : "  TOO SLOW");
+  allFluid = allFluid && processor <= kLimit;
+  std::printf("%-55s %8.1f ms %8.1f ms%s\n", name, processor, clock, processor <= kLimit ? "" : "  TOO SLOW");
 }
 
 ItemPtr Entry(test::RecordingHost& host, std::string text, std::string address, std::string path) {
@@ -89,6 +95,7 @@ int Run() {
     tree.expand(profile());
   };
 
+  std::printf("%-55s %11s %11s\n", "", "processor", "clock");
   std::printf("%d folders in the tree\n", kFolders);
   tree.expand(tree.model()->index(0, 0));
   Measure(
@@ -127,7 +134,10 @@ int Run() {
   Measure(
       "  go to page 3", [&] { next.click(); }, [&] { back.click(); });
   Measure("  write the command", [&] { wizard.Parameter(); });
-  if (list.model()->rowCount() != kMailboxes) return std::puts("the list isn't complete"), 1;
+  if (list.model()->rowCount() != kMailboxes) {
+    std::puts("the list isn't complete");
+    return 1;
+  }
   return allFluid ? 0 : 1;
 }
 

@@ -9,6 +9,30 @@
 
 namespace vorlent {
 
+namespace {
+
+constexpr std::string_view kIndexEnd = ".msf";
+
+bool EndsWith(std::string_view name, std::string_view end) {
+  return name.size() >= end.size() && EqualNoCase(name.substr(name.size() - end.size()), end);
+}
+
+// Names as the files of a folder go by them: letter case doesn't count.
+struct NameHash {
+  std::size_t operator()(std::string_view name) const {
+    std::size_t hash = 0;
+    for (const char c : name)
+      hash = hash * 31 + codepage::ToLower(static_cast<unsigned char>(c));
+    return hash;
+  }
+};
+struct NameEqual {
+  bool operator()(std::string_view a, std::string_view b) const { return EqualNoCase(a, b); }
+};
+using NameSet = std::unordered_set<std::string_view, NameHash, NameEqual>;
+
+}  // namespace
+
 void WizardImport::ListMailboxes() {
   mailboxes_.ClearRows();
   if (!option1_.IsSet()) {
@@ -56,18 +80,19 @@ void WizardImport::AddFolderMailboxes(const std::string& folder) {
   KeyedList<std::string> folders;
   ListFolder(folder, &files, &folders, "*.*");
 
-  std::unordered_set<std::string> indexed;
+  NameSet indexed;
+  indexed.reserve(static_cast<std::size_t>(files.Count()));
   for (const std::string& name : files) {
-    std::string lower = LowerCase(name);
-    if (lower.ends_with(".msf")) indexed.insert(lower.substr(0, lower.size() - 4));
+    if (EndsWith(name, kIndexEnd)) {
+      indexed.insert(std::string_view(name).substr(0, name.size() - kIndexEnd.size()));
+    }
   }
   for (const std::string& name : files) {
-    const std::string lower = LowerCase(name);
-    if (lower.ends_with(".msf")) continue;
-    if (lower.ends_with(".mbox") || indexed.contains(lower)) AddMailboxRow(folder + name);
+    if (EndsWith(name, kIndexEnd)) continue;
+    if (EndsWith(name, ".mbox") || indexed.contains(name)) AddMailboxRow(folder + name);
   }
   for (const std::string& name : folders) {
-    if (LowerCase(name).ends_with(".sbd")) AddFolderMailboxes(folder + name + "\\");
+    if (EndsWith(name, ".sbd")) AddFolderMailboxes(folder + name + "\\");
   }
 }
 

@@ -141,7 +141,7 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
     if (errno == ENOENT || errno == ENOTDIR) return {};
     RaiseSystemFailure(errno, folder);
   }
-  std::vector<std::pair<std::string, FolderEntry>> found;  // by key
+  std::vector<std::pair<std::string, FolderEntry>> found;  // with the key
   errno = 0;
   while (const dirent* entry = readdir(listing.get())) {
     const bool isFolder = IsFolder(listing.get(), *entry);
@@ -152,13 +152,18 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
     errno = 0;
   }
   if (errno != 0) RaiseSystemFailure(errno, folder);
-  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
-    return std::tie(a.first, a.second.name) < std::tie(b.first, b.second.name);
+  // Pointers are sorted: the texts of a large folder take longer to move than to compare.
+  std::vector<std::pair<std::string, FolderEntry>*> sorted;
+  sorted.reserve(found.size());
+  for (auto& entry : found)
+    sorted.push_back(&entry);
+  std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) {
+    return std::tie(a->first, a->second.name) < std::tie(b->first, b->second.name);
   });
   std::vector<FolderEntry> entries;
   entries.reserve(found.size());
-  for (auto& [key, entry] : found)
-    entries.push_back(std::move(entry));
+  for (auto* entry : sorted)
+    entries.push_back(std::move(entry->second));
   return entries;
 }
 

@@ -157,6 +157,14 @@ struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
 
+// Without a branch for each character, so that it costs next to nothing beside the conversions it spares.
+bool IsAscii(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char c : text)
+    bits |= static_cast<unsigned char>(c);
+  return bits < 0x80;
+}
+
 // Tells which names Windows takes for one name.
 class NameMatcher {
  public:
@@ -169,10 +177,6 @@ class NameMatcher {
   }
 
  private:
-  static bool IsAscii(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
-  }
-
   std::string name_;
   std::string key_;
   bool isAscii_;
@@ -254,7 +258,7 @@ constexpr std::array<char, 256> kUpperCase = [] {
 
 // In upper case; of a name that is UTF-8 only the ASCII letters, as a byte of it is no character.
 std::string UpperCaseName(std::string_view name) {
-  const bool isUtf8 = IsMultiByteUtf8(name);
+  const bool isUtf8 = !IsAscii(name) && IsMultiByteUtf8(name);
   std::string upper(name);
   for (char& c : upper) {
     const auto byte = static_cast<unsigned char>(c);
@@ -347,6 +351,7 @@ std::string ToNativeName(std::string_view name) {
 }
 
 std::string ToWindowsName(std::string_view nativeName) {
+  if (IsAscii(nativeName)) return std::string(nativeName);
   auto name = ExactUtf8ToCodePage(nativeName);
   // "Ã¼" in the code page has the bytes of "ü" in UTF-8, and would be taken for that on the way back.
   if (!name || IsMultiByteUtf8(*name)) return std::string(nativeName);
@@ -354,7 +359,7 @@ std::string ToWindowsName(std::string_view nativeName) {
 }
 
 std::string NameKey(std::string_view name) {
-  return IsMultiByteUtf8(name) ? UpperCaseName(name) : CodePageToUtf8(UpperCaseName(name));
+  return IsAscii(name) || IsMultiByteUtf8(name) ? UpperCaseName(name) : CodePageToUtf8(UpperCaseName(name));
 }
 
 bool NameMatches(std::string_view name, std::string_view pattern) {
