@@ -7,11 +7,16 @@
 #include <utility>
 
 #include "Apps/Wizard/QtText.h"
+#include "Apps/Wizard/Twips.h"
 #include "Connectors/Mozilla/ImportRun.h"
 
 namespace vorlent::wizard {
 
 namespace {
+
+// A size to begin with in which most mailboxes are seen with their whole path, in twips.
+constexpr int kStartWidth = 10200;
+constexpr int kStartHeight = 5100;
 
 constexpr int kBarSteps = 10'000;
 constexpr qint64 kShowPause = 100;  // milliseconds between two changes of the numbers
@@ -62,7 +67,7 @@ ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
   layout->addWidget(bar_);
   layout->addWidget(log_, 1);
   layout->addLayout(buttons);
-  resize(560, 300);
+  resize(ToPixels(kStartWidth, *this), ToPixels(kStartHeight, *this));
   connect(button_, &QPushButton::clicked, this, &ImportProgress::reject);
 }
 

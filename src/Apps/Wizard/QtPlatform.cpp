@@ -51,9 +51,17 @@ QString NativeOf(std::string_view path) {
   return QString::fromStdString(os::ToNativePath(path));
 }
 
-FileDialogAnswer Chosen(const QString& native) {
+// The window that a number of the platform means, or else the one at work.
+QWidget* WindowOf(std::int32_t handle) {
+  QWidget* window = QWidget::find(static_cast<WId>(handle));
+  return window != nullptr ? window : QApplication::activeWindow();
+}
+
+// A path that the caller has no room for counts as none, as with the platform's own dialog.
+FileDialogAnswer Chosen(const QString& native, std::int32_t room) {
   FileDialogAnswer answer;
   std::string path = os::ToWindowsPath(native.toStdString());
+  if (std::cmp_greater(path.size(), room)) return answer;
   answer.chosen = true;
   answer.fileNameOffset = ToInt16(GetPath(path).size());
   answer.nameBuffer = std::move(path) + '\0';
@@ -82,7 +90,7 @@ MessageAnswer QtPlatform::ShowMessage(std::string_view text, std::string_view ti
 }
 
 FileDialogAnswer QtPlatform::ShowFileDialog(const FileDialogRequest& request) {
-  QFileDialog dialog(QApplication::activeWindow(), ToQt(request.title), NativeOf(request.initialFolder));
+  QFileDialog dialog(WindowOf(request.owner), ToQt(request.title), NativeOf(request.initialFolder));
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(request.flags & kFileMustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::DontConfirmOverwrite, (request.flags & kOverwritePrompt) == 0);
@@ -92,7 +100,7 @@ FileDialogAnswer QtPlatform::ShowFileDialog(const FileDialogRequest& request) {
   name = CutToken(name, std::string_view("\0", 1));
   if (!name.empty()) dialog.selectFile(ToQt(name));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-  return Chosen(dialog.selectedFiles().front());
+  return Chosen(dialog.selectedFiles().front(), request.nameBufferSize);
 }
 
 void QtPlatform::SetPointer(bool busy) {

@@ -4,6 +4,7 @@
 #include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTimer>
+#include <algorithm>
 #include <utility>
 
 #include "Apps/Wizard/Twips.h"
@@ -67,6 +68,10 @@ void SheetView::Sync() {
   model_->Sync();
   syncing_ = false;
   if (!currentIndex().isValid()) setCurrentIndex(model_->index(0, 0));
+}
+
+int SheetView::sizeHintForColumn(int column) const {
+  return std::max(QTreeView::sizeHintForColumn(column), viewport()->width());
 }
 
 void SheetView::SyncLater() {

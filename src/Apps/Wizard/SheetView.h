@@ -21,6 +21,10 @@ class SheetView : public QTreeView {
 
   void Sync();
 
+ protected:
+  // At least as wide as the view, so that the whole row shows that it is the current one.
+  int sizeHintForColumn(int column) const override;
+
  private:
   void SyncLater();
   void ShowExpanded(const QModelIndex& index, bool expanded);

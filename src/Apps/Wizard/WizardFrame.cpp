@@ -15,7 +15,7 @@ namespace {
 constexpr auto kFrameLetters = "zwfa";
 
 // A comfortable size to begin with, in twips.
-constexpr int kStartWidth = 8400;
+constexpr int kStartWidth = 10200;
 constexpr int kStartHeight = 6600;
 
 constexpr int kMargin = 12;  // pixels
@@ -81,6 +81,7 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   connect(next_, &QPushButton::clicked, this, [this] { GoTo(static_cast<std::int16_t>(page_ + 1)); });
   connect(finish_, &QPushButton::clicked, this, [this] { Finish(); });
   connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
+  wizard_.SetWindow(static_cast<std::int32_t>(winId()));
   GoTo(1);
 }
 

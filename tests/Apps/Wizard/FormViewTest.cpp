@@ -152,6 +152,29 @@ TEST_F(FormViewTest, CaptionsAreSeenWhole) {
   }
 }
 
+TEST_F(FormViewTest, RowsReachOverTheWholeSheetAndLongOnesScroll) {
+  auto& list = Shown<QTreeView>("qzelSheet2");
+  GoToPage(2);
+  const auto lastPixel = [&] {
+    QApplication::processEvents();
+    return list.visualRect(list.model()->index(0, 0)).right();
+  };
+  Control<Sheet>("qzelSheet2").AddRow("C:\\a", "file", 0, false, -1, "");
+  EXPECT_EQ(lastPixel(), list.viewport()->width() - 1);
+  EXPECT_EQ(list.horizontalScrollBar()->maximum(), 0);
+  Frame().resize(Frame().width() + 100, Frame().height());
+  EXPECT_EQ(lastPixel(), list.viewport()->width() - 1);
+  Control<Sheet>("qzelSheet2").AddRow("C:\\" + std::string(300, 'm'), "file", 0, false, -1, "");
+  EXPECT_GT(lastPixel(), list.viewport()->width());
+  EXPECT_GT(list.horizontalScrollBar()->maximum(), 0);
+}
+
+TEST_F(FormViewTest, WizardKnowsTheWindowOverWhichItsDialogOpens) {
+  Click(Frame(), "qzelButton1");
+  ASSERT_EQ(platform->fileDialogRequests.size(), 1U);
+  EXPECT_EQ(static_cast<WId>(platform->fileDialogRequests[0].owner), Frame().winId());
+}
+
 TEST_F(FormViewTest, MnemonicsAreUniqueOnAPageAndInTheFrame) {
   for (int page = 1; page <= 4; ++page) {
     std::set<QChar> taken = {'z', 'w', 'f', 'a'};

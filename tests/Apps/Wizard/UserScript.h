@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -86,7 +88,14 @@ inline void Press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 // A mnemonic; the button that it means stays pressed for a moment before it acts.
 inline void PressAlt(Qt::Key key) {
   Press(key, Qt::AltModifier);
-  QTest::qWait(150);
+  const bool acted = QTest::qWaitFor([] {
+    const QWidgetList widgets = QApplication::allWidgets();
+    return std::none_of(widgets.begin(), widgets.end(), [](const QWidget* widget) {
+      const auto* button = dynamic_cast<const QAbstractButton*>(widget);
+      return button != nullptr && button->isDown();
+    });
+  });
+  EXPECT_TRUE(acted) << "a button stayed pressed";
 }
 inline void Type(const QString& text) {
   for (const QChar c : text)

@@ -19,6 +19,9 @@
 #include "Apps/Wizard/QtDialogs.h"
 #include "Apps/Wizard/QtPlatform.h"
 #include "Apps/Wizard/WizardFrame.h"
+#include "Common/StdModul.h"
+#include "Component/Component.h"
+#include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/RecordingPlatform.h"
@@ -46,15 +49,32 @@ class WizardAppTest : public testing::Test {
 
   WizardAppOptions WithArchive() { return {{folder.Native("Archiv").string()}}; }
 
-  // The texts of the items in the archive, in order.
-  std::vector<std::string> Archived() {
+  // What is told of each item in the archive, in order.
+  std::vector<std::string> OfArchived(const std::function<std::string(const Item&)>& tell) {
     HostObserver nobody;
     StandaloneHost host(nobody);
     const ArchivePtr archive = host.Global().OpenArchive(folder.Path("Archiv"));
-    std::vector<std::string> texts;
+    std::vector<std::string> told;
     for (std::int32_t i = 1; i <= archive->ItemCount(); ++i)
-      texts.push_back(archive->ItemAt(i)->Text());
-    return texts;
+      told.push_back(tell(*archive->ItemAt(i)));
+    return told;
+  }
+  std::vector<std::string> Archived() {
+    return OfArchived([](const Item& item) { return item.Text(); });
+  }
+
+  // A mailbox of the sample profile, by its name below the drive's folder.
+  static std::string Sample(const std::string& mailbox) {
+    return "samples/AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/" + mailbox;
+  }
+  // The mail states of a mailbox, in order.
+  std::vector<std::string> States(const std::string& mailbox) {
+    std::vector<std::string> states;
+    const std::string bytes = folder.Read(Sample(mailbox));
+    const std::string key = "\r\nX-Mozilla-Status: ";
+    for (std::size_t at = 0; (at = bytes.find(key, at)) != std::string::npos; at += key.size())
+      states.push_back(bytes.substr(at + key.size(), 4));
+    return states;
   }
 
   // On page 1: a file by its path.
@@ -68,6 +88,15 @@ class WizardAppTest : public testing::Test {
     user.In<ImportProgress>(std::move(act), [](ImportProgress& progress) {
       return Find<QPushButton>(progress, "Cancel").text() == QString("&Schließen");
     });
+  }
+  // Makes a new folder and takes it.
+  void ChooseNewFolder(QFileDialog& dialog, const char* name) {
+    std::filesystem::create_directory(folder.Native(name));
+    auto& path = Find<QLineEdit>(dialog, "fileNameEdit");
+    path.setFocus();
+    path.clear();
+    Type(QString::fromStdString(folder.Native(name).string()));
+    Press(Qt::Key_Return);
   }
   static void GoOnToTheEnd(WizardFrame& frame) {
     while (frame.isVisible())
@@ -92,18 +121,26 @@ class WizardAppTest : public testing::Test {
 const std::string kLocalFolders =
     "S:\\AppData\\Thunderbird\\Profiles\\k3j9x2ab.default\\Mail\\Local Folders\\";
 
-// --- The command ----------------------------------------------------------------------------------------
+// --- From the pages to the archive -----------------------------------------------------------------------
 
-TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveTheImportCommand) {
-  HostObserver nobody;
-  const auto host = std::make_shared<StandaloneHost>(nobody);
+std::vector<std::string> Lines(std::string text) {
+  std::vector<std::string> lines;
+  while (!text.empty())
+    lines.push_back(CutLine(text));
+  return lines;
+}
+
+TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveACommandThatFillsANewArchive) {
+  ImportProgress progress([] {}, nullptr);
+  auto host = std::make_shared<StandaloneHost>(progress);
   const auto before = HostObjects::Install(host);
   const ScopedPlatform platform(std::make_shared<QtPlatform>());
-  std::string prepared;
-  QtDialogs dialogs([&](const std::string& path) { return host->Global().OpenArchive(path)->Name(); },
-                    [&](const std::string& command) { prepared = command; });
-  host->Global().OpenArchive(folder.Path("Archiv"));
-  host->Global().OpenArchive(folder.Path("Zweites Archiv"));
+  std::string command;
+  host->SetDialogs(std::make_shared<QtDialogs>(
+      [&](const std::string& path) { return host->Global().OpenArchive(path)->Name(); },
+      [&](const std::string& produced) { command = produced; }));
+  host->Global().OpenArchive(folder.Path("Anderes Archiv"));
+  const std::string trash = folder.Read(Sample("Trash"));
 
   UserScript user;
   user.In<WizardFrame>([&](WizardFrame& frame) {
@@ -122,11 +159,13 @@ TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveTheImportCommand) {
       Press(Qt::Key_Space);
     }
     PressAlt(Qt::Key_W);
-    // Page 3: the other archive, move.
-    Press(Qt::Key_Down);
+    // Page 3: a new archive in place of the one on offer, move.
+    EXPECT_EQ(Find<QComboBox>(frame, "Combo1").count(), 1);
+    Click(frame, "qzelButton2");
+    EXPECT_EQ(Find<QComboBox>(frame, "Combo1").currentText().toStdString(), folder.Path("Archiv"));
     PressAlt(Qt::Key_D);
     Press(Qt::Key_Return);
-    // Page 4: two keywords.
+    // Page 4: two keywords with an empty line between them.
     Find<QPlainTextEdit>(frame, "T_Keywords").setFocus();
     Type("Büro");
     Press(Qt::Key_Return);
@@ -134,24 +173,43 @@ TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveTheImportCommand) {
     Type("alte Mails");
     Click(frame, "Finish");
   });
-  const std::string command =
-      dialogs.ShowWizard("Import Thunderbird Mails", "VorlentMozilla.WizardImport", "");
+  user.In<QFileDialog>([&](QFileDialog& dialog) { ChooseNewFolder(dialog, "Archiv"); });
+  InResult(user, [](ImportProgress& window) {
+    EXPECT_EQ(Find<QLabel>(window, "Status").text(),
+              QString("13 Mails importiert, 1 als gelöscht markierte übergangen."));
+    Click(window, "Cancel");
+  });
+  RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
+  progress.ShowResult(ImportRun::LastAccount(), QString());
   HostObjects::Install(before);
+  host.reset();
 
-  std::vector<std::string> lines;
-  for (std::string rest = command; !rest.empty();) {
-    const std::size_t end = rest.find("\r\n");
-    lines.push_back(rest.substr(0, end));
-    rest.erase(0, end + 2);
-  }
   EXPECT_THAT(
-      lines,
-      ElementsAre("target " + folder.Path("Zweites Archiv"), "action move", "keyword #subpath", "option tree",
+      Lines(command),
+      ElementsAre("target " + folder.Path("Archiv"), "action move", "keyword #subpath", "option tree",
                   "keyword B\xFCro", "keyword alte Mails", "import " + kLocalFolders + "Entw\xFCrfe",
                   "import " + kLocalFolders + "Inbox", "import " + kLocalFolders + "Sent",
                   "import " + kLocalFolders + "Zitate", "import " + kLocalFolders + "Inbox.sbd\\Projekte",
                   "import " + kLocalFolders + "Inbox.sbd\\Projekte.sbd\\Archiv 2025"));
-  EXPECT_EQ(prepared, command);
+  EXPECT_TRUE(command.ends_with("Archiv 2025\r\n"));
+
+  EXPECT_THAT(Archived(), ElementsAre("Gr\xFC\xDF"
+                                      "e aus K\xF6ln",
+                                      "Rechnung | Januar", "Einladung: Sommerfest f\xFCr  5 \x80",
+                                      "Ohne Message-ID", "Ohne Datum", "Notizen zur Sitzung", "Neuigkeiten",
+                                      "\xDC"
+                                      "bersicht der Kosten: 100 \x80  und mehr",
+                                      "Re: Gr\xFC\xDF"
+                                      "e aus K\xF6ln",
+                                      "Ein Zitat am Absatzanfang", "Aus dem Zitat geworden", "Projektplan",
+                                      "Altes Projekt"));
+  EXPECT_THAT(OfArchived(KeywordsOf),
+              testing::Contains("Account=Local Folders,Inbox,Projekte,Archiv 2025,B\xFCro,alte Mails"));
+  // Moved mails are marked, whatever else their state says.
+  EXPECT_THAT(States("Inbox"),
+              ElementsAre("0009", "000D", "0009", "0009", "0008", "0008", "0009", "0009", "0008"));
+  EXPECT_THAT(States("Inbox.sbd/Projekte.sbd/Archiv 2025"), ElementsAre("0009"));
+  EXPECT_EQ(folder.Read(Sample("Trash")), trash);
 }
 
 // --- The whole program ----------------------------------------------------------------------------------
@@ -217,13 +275,8 @@ TEST_F(WizardAppTest, NewArchiveIsChosenOnPageThree) {
     GoOnToTheEnd(frame);
   });
   user.In<QFileDialog>([&](QFileDialog& dialog) {
-    std::filesystem::create_directory(folder.Native("Archiv"));
     EXPECT_THAT(dialog.windowTitle().toStdString(), testing::StartsWith("Ziel-Datenquelle"));
-    auto& name = Find<QLineEdit>(dialog, "fileNameEdit");
-    name.setFocus();
-    name.clear();
-    Type(QString::fromStdString(folder.Native("Archiv").string()));
-    Press(Qt::Key_Return);
+    ChooseNewFolder(dialog, "Archiv");
   });
   InResult(user, [](ImportProgress&) { Press(Qt::Key_Return); });
   EXPECT_EQ(RunWizardApp({}), 0);
@@ -275,6 +328,21 @@ TEST_F(WizardAppTest, FailureOfTheImportIsShown) {
   EXPECT_EQ(RunWizardApp(WithArchive()), 1);
 }
 
+TEST_F(WizardAppTest, ImportFailsOnAnEmptyPath) {
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    PressAlt(Qt::Key_E);
+    GoOnToTheEnd(frame);
+  });
+  InResult(user, [](ImportProgress& progress) {
+    EXPECT_THAT(Find<QLabel>(progress, "Status").text().toStdString(),
+                testing::StartsWith("Der Import ist gescheitert: "));
+    Press(Qt::Key_Return);
+  });
+  EXPECT_EQ(RunWizardApp(WithArchive()), 1);
+  EXPECT_THAT(Archived(), ElementsAre());
+}
+
 TEST_F(WizardAppTest, WizardWithoutATargetSaysSo) {
   const std::string box = ManyMails(1);
   UserScript user;
@@ -302,6 +370,54 @@ TEST_F(WizardAppTest, HostAndPlatformComeBack) {
   EXPECT_EQ(&Platform::Current(), &*platform);
   EXPECT_EQ(SwallowedNumber([] { HostObjects::Current(); }), 91);
 }
+
+// --- The file dialog ------------------------------------------------------------------------------------
+
+class QtFileDialogTest : public WizardAppTest {
+ protected:
+  // Has the user choose that file in the dialog that the wizard's button opens.
+  std::string Choose(const std::string& native) {
+    std::string path;
+    UserScript user;
+    user.In<WizardFrame>([&](WizardFrame& frame) {
+      ChooseFile(frame, folder.Native("here").string());
+      PressAlt(Qt::Key_Z);
+      Click(frame, "qzelButton1");
+      path = Find<QLineEdit>(frame, "Text1").text().toStdString();
+      Press(Qt::Key_Escape);
+    });
+    user.In<QFileDialog>([&](QFileDialog& dialog) {
+      EXPECT_EQ(dialog.windowTitle(), QString("Thunderbird-Datei"));
+      EXPECT_EQ(dialog.directory().path().toStdString(), folder.Native().string());
+      EXPECT_EQ(dialog.nameFilters(),
+                QStringList({"Thunderbird-Datei (*)", "MBOX-Datei (*.mbox)", "Alle Dateien (*)"}));
+      EXPECT_NE(dynamic_cast<WizardFrame*>(dialog.parentWidget()), nullptr);
+      auto& name = Find<QLineEdit>(dialog, "fileNameEdit");
+      EXPECT_EQ(name.text(), QString("here"));
+      name.setFocus();
+      name.clear();
+      Type(QString::fromStdString(native));
+      Press(Qt::Key_Return);
+    });
+    EXPECT_EQ(RunWizardApp({}), 130);
+    return path;
+  }
+};
+
+TEST_F(QtFileDialogTest, ChosenFileComesByItsWindowsPath) {
+  folder.Write("here", "");
+  folder.Write("B\xFCro/Inbox", "");
+  EXPECT_EQ(Choose(folder.Native("B\xFCro/Inbox").string()), CodePageToUtf8(folder.Path("B\xFCro\\Inbox")));
+}
+
+TEST_F(QtFileDialogTest, PathTooLongForTheWizardCountsAsNone) {
+  folder.Write("here", "");
+  const std::string name = std::string(150, 'a') + "/" + std::string(150, 'b');
+  folder.Write(name, "");
+  EXPECT_EQ(Choose(folder.Native(name).string()), folder.Path("here"));
+}
+
+// --- Without a display ----------------------------------------------------------------------------------
 
 TEST(WizardDisplayTest, WithoutADisplayTheProgramNamesTheOtherWay) {
   QProcess program;

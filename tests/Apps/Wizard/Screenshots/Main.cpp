@@ -1,12 +1,15 @@
-// Makes the pictures of the wizard for the documents: wizard_screenshots SAMPLES TARGET-FOLDER
+// Makes the pictures of the wizard for the documents:
+//   wizard_screenshots SAMPLES TARGET-FOLDER [TIMES]
+// With TIMES, such as 2 or 0.5, the windows are that many times as large as they come, or as small as they get.
 #include <QApplication>
-#include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QStyleFactory>
-#include <QTreeView>
+#include <QTemporaryDir>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "../UserScript.h"
@@ -22,17 +25,24 @@ using namespace vorlent::wizard;
 namespace fs = std::filesystem;
 
 fs::path target;
+double times = 1;
+
+void Resize(QWidget& window) {
+  window.resize(window.size() * times);
+}
 
 void Save(QWidget& window, const char* name) {
   QTest::qWait(50);
-  window.grab().save(QString::fromStdString((target / name).string()));
+  constexpr int kSmallestFile = 0;
+  window.grab().save(QString::fromStdString((target / name).string()), "PNG", kSmallestFile);
 }
 
 void WalkThroughThePages(WizardFrame& frame) {
+  Resize(frame);
   Press(Qt::Key_Tab);
-  for (const Qt::Key key :
-       {Qt::Key_Right, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Down,
-        Qt::Key_Right, Qt::Key_Up, Qt::Key_Up, Qt::Key_Space}) {
+  // Opens the root, the first profile and its second account, and ticks the first account.
+  for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Down,
+                            Qt::Key_Right, Qt::Key_Up, Qt::Key_Space}) {
     Press(key);
   }
   Save(frame, "wizard-1-folders.png");
@@ -52,7 +62,7 @@ void WalkThroughThePages(WizardFrame& frame) {
 // A long enough mailbox for the running import to be seen.
 void WriteMailbox(const fs::path& file) {
   std::FILE* mailbox = std::fopen(file.c_str(), "wb");
-  for (int i = 1; i <= 20'000; ++i) {
+  for (int i = 1; i <= 8'000; ++i) {
     std::fprintf(
         mailbox,
         "From - x\r\nX-Mozilla-Status: 0001\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: %d\r\n"
@@ -65,31 +75,39 @@ void WriteMailbox(const fs::path& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) return std::fputs("usage: wizard_screenshots SAMPLES TARGET-FOLDER\n", stderr), 2;
-  const fs::path work = "/tmp/vorlent";
-  fs::remove_all(work);
-  fs::create_directories(work);
-  fs::copy(argv[1], work / "samples", fs::copy_options::recursive);
+  if (argc != 3 && argc != 4) {
+    std::fputs("usage: wizard_screenshots SAMPLES TARGET-FOLDER [TIMES]\n", stderr);
+    return 2;
+  }
   target = argv[2];
-  QApplication::setStyle(QStyleFactory::create("Fusion"));
-  const QApplication application(argc, argv);
+  if (argc == 4) times = std::atof(argv[3]);
+  fs::create_directories(target);
+
+  const QTemporaryDir temporary;
+  const fs::path work = temporary.path().toStdString();
+  fs::copy(argv[1], work / "samples", fs::copy_options::recursive);
+  WriteMailbox(work / "samples/AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox");
+  os::SetDrive('D', work.string());
   os::SetDrive('S', (work / "samples").string());
   os::SetAppDataFolder((work / "samples/AppData").string());
-  WriteMailbox(work / "samples/AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox");
 
+  QApplication::setStyle(QStyleFactory::create("Fusion"));
+  const QApplication application(argc, argv);
   UserScript user;
   user.In<WizardFrame>(WalkThroughThePages);
+  user.In<ImportProgress>([](ImportProgress& progress) { Save(progress, "wizard-5-import.png"); },
+                          [](ImportProgress& progress) {
+                            const auto& bar = Find<QProgressBar>(progress, "Progress");
+                            return bar.value() > bar.maximum() / 2;
+                          });
   user.In<ImportProgress>(
       [](ImportProgress& progress) {
-        Save(progress, "wizard-5-import.png");
+        Save(progress, "wizard-6-result.png");
         Click(progress, "Cancel");
       },
-      [](ImportProgress& progress) { return !Find<QLabel>(progress, "Rate").text().isEmpty(); });
-  user.In<ImportProgress>([](ImportProgress& progress) { Click(progress, "Cancel"); },
-                          [](ImportProgress& progress) {
-                            return Find<QPushButton>(progress, "Cancel").text() == QString("&Schließen");
-                          });
+      [](ImportProgress& progress) {
+        return Find<QPushButton>(progress, "Cancel").text() == QString("&Schließen");
+      });
   RunWizardApp({{(work / "Archiv").string()}});
-  fs::remove_all(work);
   return 0;
 }
