@@ -1,5 +1,6 @@
 #include "Common/qzelCollection.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Common/Width.h"
@@ -85,7 +86,8 @@ std::int32_t qzelCollection::GetPosition(std::string_view key) const {
   std::int32_t position = heads_[HashKey(key)];
   while (position >= 1 && At(position).key != key)
     position = At(position).chainNext;
-  return position;
+  // A chain that lost its order in doublings can lead below the first position.
+  return std::max(position, 0);
 }
 
 // Each character, shifted by 0 to 5 bits in turn; 255 shifted by 5 is 8160, so no product leaves the buckets.
@@ -97,6 +99,14 @@ std::size_t qzelCollection::HashKey(std::string_view key) {
     shift = (shift + 1) % 6;
   }
   return hash;
+}
+
+std::int32_t& qzelCollection::HeadAt(std::int32_t negatedBucket) {
+  const auto bucket = static_cast<std::size_t>(-std::int64_t{negatedBucket});
+  if (bucket >= kBuckets) {
+    throw Failure(ErrorNumber::SubscriptOutOfRange, "no bucket " + std::to_string(bucket));
+  }
+  return heads_[bucket];
 }
 
 qzelCollection::Slot& qzelCollection::At(std::int32_t position) {
@@ -145,7 +155,7 @@ void qzelCollection::UnlinkRange(std::int32_t start, std::int32_t n) {
     const Slot& slot = At(position);
     if (slot.key.empty()) continue;
     if (slot.chainPrev < 1) {
-      heads_[static_cast<std::size_t>(-slot.chainPrev)] = slot.chainNext;
+      HeadAt(slot.chainPrev) = slot.chainNext;
     } else {
       At(slot.chainPrev).chainNext = slot.chainNext;
     }

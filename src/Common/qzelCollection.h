@@ -78,6 +78,7 @@ class qzelCollection {
 
   static std::size_t HashKey(std::string_view key);
 
+  std::int32_t& HeadAt(std::int32_t negatedBucket);
   Slot& At(std::int32_t position);
   const Slot& At(std::int32_t position) const;
   std::int32_t Capacity() const { return static_cast<std::int32_t>(slots_.size()); }

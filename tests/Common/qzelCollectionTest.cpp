@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/Failure.h"
@@ -286,6 +288,21 @@ TEST(qzelCollectionTest, DoublingInAFullListFails) {
   EXPECT_EQ(list.Count(), 51);
 }
 
+TEST(qzelCollectionTest, LostTwinWhoseLinkLeavesTheBucketsFails) {
+  qzelCollection list;
+  list.Add(std::string("first"), "k");
+  for (int i = 2; i <= 9000; ++i)
+    list.Add(i);
+  list.Add(std::string("second"), "k");
+  list.RemoveMulti(9001, 2);  // doubles it; the lower twin still links back to position 1
+  list.RemoveMulti(1, 9000);
+  EXPECT_EQ(Entries(list), "second:k second:k");
+  EXPECT_EQ(list.GetPosition("k"), 2);
+  // Its link is now 1 - 9000, which as a negated bucket is none of the 8192.
+  EXPECT_EQ(SwallowedNumber([&] { list.Remove(1); }), kSubscriptOutOfRange);
+  EXPECT_EQ(list.Count(), 1);
+}
+
 TEST(qzelCollectionTest, RemovedTopSlotKeepsItsObjectUntilOverwritten) {
   auto object = std::make_shared<int>(1);
   const std::weak_ptr<int> watch = object;
@@ -458,6 +475,258 @@ TEST_P(qzelCollectionModelTest, LongRunOfCallsLeavesListAndModelTheSame) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, qzelCollectionModelTest, testing::Range(1u, 13u));
+
+// --- Against the bare arrays -----------------------------------------------------------------------------
+
+// The list as six pieces of data that are changed step by step, with every oddity that comes of it: heads that
+// outlive Clear, doubled entries, runs that overshoot, and what a failing step leaves behind.
+class Arrays {
+ public:
+  // Where the links of a chain form a ring, a walk would never end.
+  struct Endless {};
+
+  Arrays() { Clear(); }
+
+  std::int32_t Count() const { return count_; }
+
+  void Clear() {
+    count_ = 0;
+    values_.assign(50, 0);
+    keys_.assign(50, "");
+    prev_.assign(50, 0);
+    next_.assign(50, 0);
+  }
+
+  void Add(int value, const std::string& key, std::int32_t before) {
+    const std::size_t capacity = values_.size();
+    if (std::cmp_equal(capacity, count_))
+      Grow(capacity + (capacity < 300 ? 50 : capacity < 2000 ? 100 : 200));
+    ++count_;
+    std::int32_t position = count_;
+    if (before >= 1 && before < count_) {
+      Shift(before, 1);
+      position = before;
+    }
+    At(values_, position) = value;
+    At(keys_, position) = key;
+    if (key.empty()) {
+      At(prev_, position) = 0;
+    } else {
+      Chain(position, Hash(key));
+    }
+    At(next_, position) = 0;
+  }
+
+  void RemoveMulti(std::int32_t position, std::int32_t number) {
+    if (position < 1 || position > count_) return;
+    const std::int32_t effective = position + number - 1 <= count_ ? number : count_ - position - 1;
+    count_ -= effective;
+    Unlink(position, effective);
+    Shift(position, -effective);
+  }
+  void Remove(std::int32_t position) { RemoveMulti(position, 1); }
+
+  // 0 stands for the empty value.
+  int Value(std::int32_t position) { return position < 1 || position > count_ ? 0 : At(values_, position); }
+  std::string Key(std::int32_t position) {
+    return position < 1 || position > count_ ? "" : At(keys_, position);
+  }
+
+  std::int32_t Find(const std::string& key) {
+    if (key.empty()) return 0;
+    std::int32_t steps = 0;
+    for (std::int32_t at = heads_[Hash(key)]; at >= 1; at = At(next_, at)) {
+      if (At(keys_, at) == key) return at;
+      Step(steps);
+    }
+    return 0;
+  }
+
+  static std::size_t Hash(const std::string& key) {
+    static constexpr std::size_t kFactors[] = {1, 2, 4, 8, 16, 32};
+    std::size_t hash = 0;
+    for (std::size_t i = 0; i < key.size(); ++i)
+      hash ^= static_cast<unsigned char>(key[i]) * kFactors[i % 6];
+    return hash;
+  }
+
+ private:
+  template <class T>
+  static T& At(std::vector<T>& array, std::int32_t position) {
+    if (position < 1 || std::cmp_greater(position, array.size())) {
+      throw Failure(ErrorNumber::SubscriptOutOfRange, "subscript");
+    }
+    return array[static_cast<std::size_t>(position - 1)];
+  }
+  static void Step(std::int32_t& steps) {
+    if (++steps > 10'000) throw Endless();
+  }
+
+  void Grow(std::size_t capacity) {
+    values_.resize(capacity);
+    keys_.resize(capacity);
+    prev_.resize(capacity);
+    next_.resize(capacity);
+  }
+
+  void Chain(std::int32_t position, std::size_t bucket) {
+    if (heads_[bucket] == 0) {
+      heads_[bucket] = position;
+      At(prev_, position) = -static_cast<std::int32_t>(bucket);
+      return;
+    }
+    std::int32_t steps = 0;
+    std::int32_t last = heads_[bucket];
+    for (; At(next_, last) != 0; last = At(next_, last))
+      Step(steps);
+    At(next_, last) = position;
+    At(prev_, position) = last;
+  }
+
+  void Unlink(std::int32_t start, std::int32_t number) {
+    for (std::int32_t at = start; at <= start + number - 1; ++at) {
+      if (At(keys_, at).empty()) continue;
+      if (At(prev_, at) < 1) {
+        At(heads_, 1 - At(prev_, at)) = At(next_, at);
+      } else {
+        At(next_, At(prev_, at)) = At(next_, at);
+      }
+      if (At(next_, at) > 0) At(prev_, At(next_, at)) = At(prev_, at);
+    }
+  }
+
+  void Shift(std::int32_t start, std::int32_t delta) {
+    for (std::int32_t& head : heads_)
+      if (head >= start) head += delta;
+    const auto move = [&](std::int32_t to) {
+      At(values_, to) = At(values_, to - delta);
+      At(keys_, to) = At(keys_, to - delta);
+      At(prev_, to) = At(prev_, to - delta);
+      At(next_, to) = At(next_, to - delta);
+    };
+    if (delta >= 1) {
+      for (std::int32_t i = count_; i >= start + delta; --i)
+        move(i);
+    }
+    if (delta < 0) {
+      for (std::int32_t i = start; i <= count_; ++i)
+        move(i);
+    }
+    for (std::int32_t i = 1; i <= count_; ++i) {
+      if (At(prev_, i) >= start) At(prev_, i) += delta;
+      if (At(next_, i) >= start) At(next_, i) += delta;
+    }
+  }
+
+  std::int32_t count_ = 0;
+  std::vector<int> values_;
+  std::vector<std::string> keys_;
+  std::vector<std::int32_t> prev_;
+  std::vector<std::int32_t> next_;
+  std::vector<std::int32_t> heads_ = std::vector<std::int32_t>(8192);
+};
+
+// What a call gives, or the number of its failure.
+std::string Outcome(const std::function<std::string()>& call) {
+  std::string result;
+  const int failed = SwallowedNumber([&] { result = call(); });
+  return failed == 0 ? result : "failure " + std::to_string(failed);
+}
+
+// All that can be asked of a list.
+template <class Key>
+std::vector<std::string> Asked(std::int32_t count, const Key& value, const Key& key,
+                               const std::function<std::int32_t(const std::string&)>& find,
+                               const std::vector<std::string>& keys) {
+  std::vector<std::string> told = {std::to_string(count)};
+  for (std::int32_t i = 1; i <= count + 1; ++i)
+    told.push_back(Outcome([&] { return value(i); }) + ":" + Outcome([&] { return key(i); }));
+  for (const std::string& wanted : keys)
+    told.push_back(Outcome([&] { return std::to_string(find(wanted)); }));
+  return told;
+}
+
+class qzelCollectionArraysTest : public testing::TestWithParam<unsigned> {};
+
+TEST_P(qzelCollectionArraysTest, EveryOddityAndFailureIsThatOfTheArrays) {
+  std::mt19937 random(GetParam());
+  const auto upTo = [&](int limit) {
+    return static_cast<std::int32_t>(random() % static_cast<unsigned>(limit + 1));
+  };
+  // Twins, a pair and a triple of one bucket, the bucket 0, and a key that is a number without being a position.
+  const std::vector<std::string> keys = {"",  "a",  "B",  std::string("@\x01", 2),   std::string("\0", 1),
+                                         "0", "ab", "ba", std::string("\x02\x01", 2)};
+  qzelCollection list;
+  Arrays arrays;
+  int doubled = 0;
+  for (int step = 1; step <= 400; ++step) {
+    const std::string& key = keys[static_cast<std::size_t>(upTo(static_cast<int>(keys.size()) - 1))];
+    const bool byKey = upTo(3) == 0;
+    const std::int32_t number = upTo(7) - 2;
+    // Now and then near the end, where runs overshoot.
+    const std::int32_t position = upTo(2) == 0 ? arrays.Count() - upTo(2) : upTo(arrays.Count() + 2);
+    const int what = upTo(99);
+    Arrays after = arrays;
+    std::string expected;
+    try {
+      // A number that is no position is looked up by its text.
+      const auto resolved = [&] {
+        return byKey ? after.Find(key) : position > 0 ? position : after.Find(std::to_string(position));
+      };
+      expected = Outcome([&] {
+        if (what == 0) {
+          after.Clear();
+        } else if (what < 12) {
+          after.Remove(resolved());
+        } else if (what < 30) {
+          after.RemoveMulti(resolved(), number);
+        } else {
+          after.Add(step, key, byKey ? 0 : position);
+        }
+        return std::string();
+      });
+    } catch (const Arrays::Endless&) {
+      continue;
+    }
+    const qzelCollection::PositionOrKey pos =
+        byKey ? qzelCollection::PositionOrKey(key) : qzelCollection::PositionOrKey(position);
+    const std::string got = Outcome([&] {
+      if (what == 0) {
+        list.Clear();
+      } else if (what < 12) {
+        list.Remove(pos);
+      } else if (what < 30) {
+        list.RemoveMulti(pos, number);
+      } else {
+        list.Add(step, key, byKey ? 0 : position);
+      }
+      return std::string();
+    });
+    ASSERT_EQ(got, expected) << "step " << step;
+    if (what >= 12 && what < 30 && after.Count() > arrays.Count()) ++doubled;
+    arrays = after;
+    try {
+      const auto wanted = Asked<std::function<std::string(std::int32_t)>>(
+          arrays.Count(), [&](std::int32_t i) { return std::to_string(arrays.Value(i)); },
+          [&](std::int32_t i) { return arrays.Key(i); }, [&](const std::string& k) { return arrays.Find(k); },
+          keys);
+      const auto told = Asked<std::function<std::string(std::int32_t)>>(
+          list.Count(),
+          [&](std::int32_t i) {
+            const std::any value = list.Item(i);
+            return std::to_string(value.has_value() ? std::any_cast<int>(value) : 0);
+          },
+          [&](std::int32_t i) { return list.key(i); },
+          [&](const std::string& k) { return list.GetPosition(k); }, keys);
+      ASSERT_EQ(told, wanted) << "after step " << step;
+    } catch (const Arrays::Endless&) {
+      break;
+    }
+  }
+  EXPECT_GT(doubled, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, qzelCollectionArraysTest, testing::Range(1u, 11u));
 
 }  // namespace
 }  // namespace vorlent
