@@ -13,10 +13,9 @@ namespace {
 constexpr std::size_t kLongestPath = 300;
 
 constexpr std::string_view kExtensionLabels =
-    "doc=Word|xls=Excel|ppt=Powerpoint|html=Web|mht=Webarchiv|bmp=Bitmap|jpg=Jpeg|csv=CSV|log=Log|vorlent="
-    "Vor-LENT|"
-    "mdb=Access-Datenbank|ini=Ini|txt=Text|exe=Anwendungs|dat=Vorlent-Daten|sndr=Sendarium|tree=Quorvan Baum|"
-    "quorvan=Quorvan";
+    "doc=Word|xls=Excel|ppt=Powerpoint|html=Web|mht=Webarchiv|bmp=Bitmap|jpg=Jpeg|csv=CSV|log=Log|"
+    "vorlent=Vor-LENT|mdb=Access-Datenbank|ini=Ini|txt=Text|exe=Anwendungs|dat=Vorlent-Daten|"
+    "sndr=Sendarium|tree=Quorvan Baum|quorvan=Quorvan";
 
 constexpr std::int32_t kHideReadOnly = 0x0004;
 constexpr std::int32_t kAskToOverwrite = 0x0002;

@@ -367,6 +367,16 @@ TEST_F(WizardImportTest, FailureWhileFetchingRisesWithThePlaceholderGone) {
   EXPECT_THAT(host.Log.Only({"Location(\"\").Close"}), IsEmpty());
 }
 
+TEST_F(WizardImportTest, FailureWhileClosingRisesWithTheRowsInPlace) {
+  OfferFolders();
+  Wizard().ShowPage(1);
+  Get<OptionButton>("Option2").UserPicks();
+  host.Log.FailOn("Location(\"\").Close");
+  EXPECT_EQ(SwallowedNumber([&] { Open("thunderbird://"); }), 440);
+  EXPECT_EQ(Folders().RowCount(), 3);
+  EXPECT_FALSE(Option1());
+}
+
 // --- The path and the file dialog -----------------------------------------------------------------------
 
 TEST_F(WizardImportTest, TypingAPathChoosesTheFile) {
@@ -407,6 +417,24 @@ TEST_F(WizardImportTest, FileDialogStartsInTheCurrentFolderOfTheWizardsCreation)
   Get<TextBox>("Text1").UserTypes("");
   Get<Button>("qzelButton1").UserPresses();
   EXPECT_EQ(platform->fileDialogRequests.at(1).initialFolder, "C:\\Start") << "it stays as it was";
+}
+
+TEST_F(WizardImportTest, NameWithoutAFolderIsProposedInTheStartFolder) {
+  platform->currentFolder = "C:\\Start";
+  Get<TextBox>("Text1").UserTypes("Inbox");
+  platform->fileDialogAnswers.push_back(RecordingPlatform::Chosen("C:\\Start\\Sent"));
+  Get<Button>("qzelButton1").UserPresses();
+  const FileDialogRequest& request = platform->fileDialogRequests.at(0);
+  EXPECT_EQ(request.initialFolder, "C:\\Start");
+  EXPECT_EQ(request.nameBuffer, "Inbox" + std::string(295, '\0'));
+  EXPECT_EQ(Get<TextBox>("Text1").Text(), "C:\\Start\\Sent");
+}
+
+TEST_F(WizardImportTest, WithoutAnyFolderTheChoiceComesAsAWholePath) {
+  platform->currentFolder = "";
+  platform->fileDialogAnswers.push_back(RecordingPlatform::Chosen("C:\\Mail\\Inbox"));
+  Get<Button>("qzelButton1").UserPresses();
+  EXPECT_EQ(Get<TextBox>("Text1").Text(), "C:\\Mail\\Inbox");
 }
 
 TEST_F(WizardImportTest, CancelledFileDialogChangesNothing) {
@@ -615,6 +643,24 @@ TEST_F(WizardImportTest, TargetThatTheHostDoesNotKnowHasNoDescription) {
   EXPECT_NE(Get<Control>("LabelInfo").Caption(), "");
   combo.UserSelects(2);
   EXPECT_EQ(Get<Control>("LabelInfo").Caption(), "");
+}
+
+TEST_F(WizardImportTest, FailureWhileATargetIsDescribedRisesWithTheTargetSelected) {
+  Offer("Archiv")->Folder = "C:\\Archiv\\";
+  Offer("Defekt");
+  auto& combo = Get<DropDown>("Combo1");
+  host.Log.FailOn("Location(\"Defekt\").GetSetting");
+  EXPECT_EQ(SwallowedNumber([&] { combo.UserSelects(2); }), 440);
+  EXPECT_EQ(combo.Text(), "Defekt");
+  EXPECT_EQ(Get<Control>("LabelInfo").Caption(), "FileLocation: C:\\Archiv\\\r\n");
+}
+
+TEST_F(WizardImportTest, FailureOfTheHostsDialogRises) {
+  Offer("Archiv");
+  Wizard();
+  host.Log.FailOn("Dialogs.ChooseLocation");
+  EXPECT_EQ(SwallowedNumber([&] { Get<Button>("qzelButton2").UserPresses(); }), 440);
+  EXPECT_THAT(Get<DropDown>("Combo1").Entries(), ElementsAre("Archiv"));
 }
 
 TEST_F(WizardImportTest, NewTargetIsAddedAndSelected) {
