@@ -15,7 +15,7 @@
 namespace vorlent::fuzz {
 namespace {
 
-constexpr std::size_t kMailsBroughtOut = 10;
+constexpr std::size_t kMailsBroughtOut = 3;
 
 // Reads all mails. Returns what was found, and the offsets of the mails.
 std::string ReadAll(const FuzzMailbox& mailbox, LineRule rule, bool saveattachments, bool waitforfrom,
