@@ -138,6 +138,8 @@ class Mailbox {
       for (const auto& entry : std::filesystem::directory_iterator(folder_.Native("tmp"))) {
         sizes.push_back(entry.file_size());
         written_ += entry.file_size();
+        // The next mail has an HTML file only if it makes one.
+        std::filesystem::remove(entry.path());
       }
       files_.push_back(std::move(sizes));
     });

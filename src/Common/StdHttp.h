@@ -26,9 +26,6 @@ int Base64Value(std::string_view character);
 // overflow.
 std::string Base64Decode(std::string_view s);
 
-// Base64Decode into a buffer that is reused: replaces `out`, which must not hold `s`.
-void Base64DecodeInto(std::string_view s, std::string& out);
-
 // Base64Decode that writes to an open file.
 void Base64DecodeToFile(TextWriter& file, std::string_view s);
 

@@ -90,6 +90,11 @@ char* DecodeGroups(std::string_view s, char* out) {
   return i < s.size() ? DecodeOddGroup(s.substr(i), out) : out;
 }
 
+// How many bytes the text can become. Texts are as long as 16 bits can tell.
+std::size_t MostDecoded(std::string_view s) {
+  return static_cast<std::size_t>((ToInt16(s.size()) + 3) / 4 * 3);
+}
+
 char HexByte(char high, char low) {
   const int value = kHexValues[Code(high)] * 16 + kHexValues[Code(low)];
   if (kHexValues[Code(high)] < 0 || kHexValues[Code(low)] < 0) {
@@ -105,19 +110,13 @@ int Base64Value(std::string_view character) {
 }
 
 std::string Base64Decode(std::string_view s) {
-  std::string out;
-  Base64DecodeInto(s, out);
+  std::string out(MostDecoded(s), '\0');
+  out.resize(static_cast<std::size_t>(DecodeGroups(s, out.data()) - out.data()));
   return out;
 }
 
-void Base64DecodeInto(std::string_view s, std::string& out) {
-  ToInt16(s.size());
-  out.resize((s.size() + 3) / 4 * 3);
-  out.resize(static_cast<std::size_t>(DecodeGroups(s, out.data()) - out.data()));
-}
-
 void Base64DecodeToFile(TextWriter& file, std::string_view s) {
-  file.Write(Base64Decode(s));
+  file.WriteMade(MostDecoded(s), [s](char* out) { return DecodeGroups(s, out); });
 }
 
 std::string Base64Encode(std::string_view bytes) {

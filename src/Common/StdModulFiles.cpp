@@ -13,6 +13,7 @@ constexpr int kPlainFiles = os::kReadOnly | os::kHidden | os::kSystem | os::kArc
 constexpr int kAllEntries = kPlainFiles | os::kDirectory;
 
 void RemoveOneFile(std::string_view p) {
+  if (GetFileAttr(p) < 0) return;
   Swallow([&] { os::WriteAttributes(p, 0); });
   Swallow([&] { os::RemoveFile(p); });
 }
@@ -52,9 +53,8 @@ bool FileExists(std::string_view p) {
 }
 
 std::int32_t GetFileAttr(std::string_view p) {
-  std::int32_t attributes = -1;
-  if (!p.ends_with("\\.") && !p.ends_with("\\..")) Swallow([&] { attributes = os::ReadAttributes(p); });
-  return attributes;
+  if (p.ends_with("\\.") || p.ends_with("\\..")) return -1;
+  return os::TryReadAttributes(p).value_or(-1);
 }
 
 std::string GetFileAttrText(std::string_view p) {
@@ -74,6 +74,9 @@ std::string GetFileAttrText(std::string_view p) {
 // --- Making, deleting, moving ----------------------------------------------------------------------------
 
 void MakePath(std::string_view p) {
+  // Nearly always the folder is there, which one look tells.
+  const std::int32_t attributes = GetFileAttr(p);
+  if (attributes >= 0 && (attributes & os::kDirectory) != 0) return;
   std::string rest(p);
   std::string path = CutToken(rest, "\\");
   Swallow([&] { os::CreateFolder(path); });

@@ -8,7 +8,9 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::size_t kCapacity = 64 * 1024;
+// Several writers at a time stay below the size at which the C library gives freed memory back to the system,
+// to be cleared by that for the next ones.
+constexpr std::size_t kCapacity = 32 * 1024;
 constexpr std::string_view kLineEnd = "\r\n";
 
 }  // namespace
@@ -36,7 +38,7 @@ TextWriter::~TextWriter() {
 }
 
 void TextWriter::Write(std::string_view text) {
-  if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
+  RequireOpen();
   Put(text);
 }
 
@@ -52,6 +54,17 @@ void TextWriter::Close() {
   const auto buffer = std::move(buffer_);
   if (size > 0) file.Write(buffer.get(), size);
   file.Close();
+}
+
+void TextWriter::RequireOpen() const {
+  if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
+}
+
+// A place for so many bytes in a row.
+char* TextWriter::Room(std::size_t size) {
+  RequireOpen();
+  if (size > kCapacity - filled_) Flush();
+  return buffer_.get() + filled_;
 }
 
 void TextWriter::Flush() {

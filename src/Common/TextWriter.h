@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Files.h"
 
@@ -27,12 +28,23 @@ class TextWriter {
 
   // Writes the text as it stands.
   void Write(std::string_view text);
+  // Writes text that is made in place: `make` puts up to `most` bytes, at most kMostMade, where it is told
+  // and returns their end.
+  template <class Make>
+  void WriteMade(std::size_t most, Make&& make) {
+    char* const start = Room(most);
+    filled_ += static_cast<std::size_t>(std::forward<Make>(make)(start) - start);
+  }
+  static constexpr std::size_t kMostMade = 32 * 1024;
+
   // Writes the text and a line end.
   void WriteLine(std::string_view text);
   // Writes what is buffered and closes. Does nothing on a closed writer.
   void Close();
 
  private:
+  void RequireOpen() const;
+  char* Room(std::size_t size);
   void Flush();
   void Put(std::string_view text);
 

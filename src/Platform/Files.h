@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,6 +76,8 @@ std::uint64_t FileLength(std::string_view path);
 
 // Attribute bits of a file or folder.
 int ReadAttributes(std::string_view path);
+// The same without a failure: nothing if they can't be read.
+std::optional<int> TryReadAttributes(std::string_view path);
 
 // Sets the read-only bit as given; the system keeps what it can't express. What a link leads to isn't
 // touched.

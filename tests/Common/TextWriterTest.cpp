@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <utility>
@@ -77,8 +78,24 @@ TEST_F(TextWriterTest, TextsOfEverySizeArriveWholeAndInOrder) {
   EXPECT_TRUE(Written() == expected);
 }
 
+TEST_F(TextWriterTest, TextMadeInPlaceStandsBetweenTheOthers) {
+  std::string expected;
+  {
+    TextWriter writer = Open();
+    for (const std::size_t most : {std::size_t{0}, std::size_t{5}, TextWriter::kMostMade, std::size_t{300}}) {
+      for (const std::size_t made : {std::size_t{0}, most / 2, most}) {
+        writer.Write("before");
+        writer.WriteMade(most, [&](char* out) { return std::fill_n(out, made, 'm'); });
+        writer.WriteLine("behind");
+        expected += "before" + std::string(made, 'm') + "behind\r\n";
+      }
+    }
+  }
+  EXPECT_EQ(Written(), expected);
+}
+
 TEST_F(TextWriterTest, TextsOfTheBuffersOwnSizeFit) {
-  constexpr std::size_t kBuffer = 64 * 1024;
+  constexpr std::size_t kBuffer = 32 * 1024;
   for (std::size_t size = kBuffer - 3; size <= kBuffer + 1; ++size) {
     std::string expected;
     {
@@ -119,6 +136,7 @@ TEST_F(TextWriterTest, ClosedWriterRaisesAndMayBeClosedAgain) {
   const int badFileNumber = static_cast<int>(ErrorNumber::BadFileNumber);
   EXPECT_EQ(SwallowedNumber([&] { writer.Write(""); }), badFileNumber);
   EXPECT_EQ(SwallowedNumber([&] { writer.WriteLine("a"); }), badFileNumber);
+  EXPECT_EQ(SwallowedNumber([&] { writer.WriteMade(1, [](char* out) { return out; }); }), badFileNumber);
   EXPECT_EQ(SwallowedNumber([&] { writer.Write(std::string(100'000, 'x')); }), badFileNumber);
 }
 

@@ -326,10 +326,14 @@ TEST_F(FilesTest, AttributesTellFolderReadOnlyAndHidden) {
       {".mozilla", os::kDirectory | os::kHidden},
       {".mozilla\\", os::kDirectory | os::kHidden},
   };
-  for (const Row& row : rows)
+  for (const Row& row : rows) {
     EXPECT_EQ(os::ReadAttributes(folder_.Path(row.name)), row.attributes) << row.name;
+    EXPECT_EQ(os::TryReadAttributes(folder_.Path(row.name)), row.attributes) << row.name;
+  }
   EXPECT_EQ(os::ReadAttributes("C:\\"), os::kDirectory);
   EXPECT_EQ(NumberOf([&] { os::ReadAttributes(folder_.Path("none")); }), kFileNotFound);
+  EXPECT_EQ(os::TryReadAttributes(folder_.Path("none")), std::nullopt);
+  EXPECT_EQ(os::TryReadAttributes(""), std::nullopt);
 }
 
 TEST_F(FilesTest, LinkShowsWhatItLeadsTo) {

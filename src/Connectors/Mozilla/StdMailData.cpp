@@ -172,8 +172,9 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
 }
 
 std::string StdMail::GetFileInfo(std::string_view file) const {
-  if (!FileExists(file)) return {};
-  std::string info = "\r\nsize=" + NumberText(os::FileLength(file));
+  std::uint64_t size = 0;
+  if (file.empty() || !Swallow([&] { size = os::FileLength(file); })) return {};
+  std::string info = "\r\nsize=" + NumberText(size);
   const std::string attributes = GetFileAttrText(file);
   if (!attributes.empty()) info += "\r\nattr=" + attributes;
   return info;

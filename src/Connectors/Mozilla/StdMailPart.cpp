@@ -64,8 +64,7 @@ void ReadPartEncoding(std::string_view line, PartEncoding& encoding) {
 void PartContent::WriteLine(TextWriter& file, std::string_view line, PartEncoding encoding) {
   switch (encoding) {
     case PartEncoding::Base64:
-      Base64DecodeInto(line, decoded_);
-      file.Write(decoded_);
+      Base64DecodeToFile(file, line);
       break;
     case PartEncoding::QuotedPrintable:
       // RFC 2045: a "=" at the end is a soft line break, which is no part of the content.

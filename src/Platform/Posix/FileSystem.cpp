@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -15,24 +16,41 @@ namespace vorlent::os {
 
 namespace {
 
-// The status of what a path leads to.
-struct stat StatusOf(std::string_view path) {
-  struct stat status;
-  Require(stat(ToNativePath(path).c_str(), &status) == 0, path);
-  return status;
-}
-
-// The status of the entry itself, be it a link.
-struct stat OwnStatusOf(const std::string& native, std::string_view path) {
-  struct stat status;
-  Require(lstat(native.c_str(), &status) == 0, path);
-  return status;
-}
-
 std::string WithoutClosingSlash(std::string native) {
   while (native.size() > 1 && native.back() == '/')
     native.pop_back();
   return native;
+}
+
+// An entry of the disks.
+struct Entry {
+  std::string native;
+  struct stat status;
+};
+
+// Nothing, with the reason in errno, if `look` finds no entry.
+template <int (&look)(const char*, struct stat*)>
+std::optional<Entry> TryFind(std::string native) {
+  Entry entry = {std::move(native), {}};
+  if (look(entry.native.c_str(), &entry.status) == 0) return entry;
+  entry.native = AsFound(std::move(entry.native));
+  if (look(entry.native.c_str(), &entry.status) == 0) return entry;
+  return std::nullopt;
+}
+
+Entry Found(std::optional<Entry> entry, std::string_view path) {
+  Require(entry.has_value(), path);
+  return *std::move(entry);
+}
+
+// The entry with the status of what it leads to.
+Entry FindTarget(std::string_view path) {
+  return Found(TryFind<stat>(AsWritten(path)), path);
+}
+
+// The entry itself, be it a link.
+Entry FindEntry(std::string_view path) {
+  return Found(TryFind<lstat>(WithoutClosingSlash(AsWritten(path))), path);
 }
 
 bool IsHiddenName(std::string_view name) {
@@ -54,14 +72,15 @@ int TypeAndPermissionBits(const struct stat& status) {
 // --- Length, attributes, times ---------------------------------------------------------------------------
 
 std::uint64_t FileLength(std::string_view path) {
-  const struct stat status = StatusOf(path);
+  const struct stat status = FindTarget(path).status;
   if (S_ISDIR(status.st_mode)) RefuseAccess(path, "is a folder");
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-int ReadAttributes(std::string_view path) {
-  const std::string native = WithoutClosingSlash(ToNativePath(path));
-  const struct stat own = OwnStatusOf(native, path);
+namespace {
+
+int AttributesOf(const Entry& entry) {
+  const auto& [native, own] = entry;
   int attributes = TypeAndPermissionBits(own);
   if (S_ISLNK(own.st_mode)) {
     struct stat target;
@@ -72,9 +91,20 @@ int ReadAttributes(std::string_view path) {
   return attributes;
 }
 
+}  // namespace
+
+int ReadAttributes(std::string_view path) {
+  return AttributesOf(FindEntry(path));
+}
+
+std::optional<int> TryReadAttributes(std::string_view path) {
+  const std::optional<Entry> entry = TryFind<lstat>(WithoutClosingSlash(AsWritten(path)));
+  if (!entry) return std::nullopt;
+  return AttributesOf(*entry);
+}
+
 void WriteAttributes(std::string_view path, int attributes) {
-  const std::string native = WithoutClosingSlash(ToNativePath(path));
-  const struct stat status = OwnStatusOf(native, path);
+  const auto [native, status] = FindEntry(path);
   const bool readOnly = (attributes & kReadOnly) != 0;
   // Without a change nothing is asked of the system: a file of another owner could not be set, only used.
   if (S_ISLNK(status.st_mode) || IsReadOnly(status) == readOnly) return;
@@ -84,18 +114,18 @@ void WriteAttributes(std::string_view path, int attributes) {
 }
 
 DateTime ReadChangeTime(std::string_view path) {
-  const struct stat status = StatusOf(path);
+  const struct stat status = FindTarget(path).status;
   return EpochToLocal(status.st_mtim.tv_sec, static_cast<int>(status.st_mtim.tv_nsec / 1'000'000));
 }
 
 void WriteTimes(std::string_view path, const DateTime& local) {
-  const struct stat status = StatusOf(path);
+  const auto [native, status] = FindTarget(path);
   if (!S_ISDIR(status.st_mode) && IsReadOnly(status)) RefuseAccess(path, "is read-only");
   timespec time = {};
   time.tv_sec = LocalToEpoch(local);
   time.tv_nsec = local.millisecond * 1'000'000L;
   const timespec accessAndChange[] = {time, time};
-  Require(utimensat(AT_FDCWD, ToNativePath(path).c_str(), accessAndChange, 0) == 0, path);
+  Require(utimensat(AT_FDCWD, native.c_str(), accessAndChange, 0) == 0, path);
 }
 
 // --- Listing ---------------------------------------------------------------------------------------------
@@ -170,8 +200,7 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
 // --- Making and removing ---------------------------------------------------------------------------------
 
 void RemoveFile(std::string_view path) {
-  const std::string native = ToNativePath(path);
-  const struct stat status = OwnStatusOf(native, path);
+  const auto [native, status] = Found(TryFind<lstat>(AsWritten(path)), path);
   if (S_ISDIR(status.st_mode)) RefuseAccess(path, "is a folder");
   if (IsReadOnly(status)) RefuseAccess(path, "is read-only");
   Require(unlink(native.c_str()) == 0, path);
@@ -189,10 +218,9 @@ void CreateFolder(std::string_view path) {
 }
 
 void RemoveFolder(std::string_view path) {
-  const std::string native = WithoutClosingSlash(ToNativePath(path));
-  const struct stat status = OwnStatusOf(native, path);
+  const auto [native, status] = FindEntry(path);
   if (IsReadOnly(status)) RefuseAccess(path, "is read-only");
-  if (S_ISLNK(status.st_mode) && S_ISDIR(StatusOf(path).st_mode)) {
+  if (S_ISLNK(status.st_mode) && S_ISDIR(FindTarget(path).status.st_mode)) {
     Require(unlink(native.c_str()) == 0, path);
   } else {
     Require(rmdir(native.c_str()) == 0, path);

@@ -139,20 +139,6 @@ void AppendNames(std::string& native, std::string_view names) {
   }
 }
 
-// The path as written, before any entry of the disk is looked at.
-std::string AsWritten(std::string_view path) {
-  if (path.empty() || path.find('\0') != std::string_view::npos) return "";
-  std::string native;
-  if (path.size() > 1 && path[1] == ':') {
-    const auto index = DriveIndex(path[0]);
-    if (!index || !Current().drives[*index]) return "";
-    native = *Current().drives[*index] + "/";
-    path.remove_prefix(2);
-  }
-  AppendNames(native, path);
-  return WithRealPlace(std::move(native));
-}
-
 struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
@@ -196,12 +182,22 @@ std::string FindWithoutCase(const std::string& folder, const std::string& name) 
   return found;
 }
 
-// `native` with every name replaced by that of the entry which Windows would find.
+// Where the last name of a path begins; a closing slash belongs to it.
+std::size_t LastNameStart(const std::string& native) {
+  const std::size_t end = native.find_last_not_of('/');
+  const std::size_t slash = end == std::string::npos ? end : native.rfind('/', end);
+  return slash == std::string::npos ? 0 : slash + 1;
+}
+
+// `native`, which isn't there as written, with every name replaced by that of the entry which Windows would
+// find.
 std::string Resolve(const std::string& native) {
-  if (native.empty() || EntryExists(native)) return native;
-  std::string resolved;
+  // Most often only the last name is missing, since a file is about to be made.
+  const std::size_t lastName = LastNameStart(native);
+  const std::size_t start = EntryExists(native.substr(0, lastName)) ? lastName : 0;
+  std::string resolved = native.substr(0, start);
   resolved.reserve(native.size());
-  for (std::size_t at = 0; at < native.size();) {
+  for (std::size_t at = start; at < native.size();) {
     if (native[at] == '/') {
       resolved += native[at++];
       continue;
@@ -305,14 +301,31 @@ void ResetPathMapping() {
 
 // --- Paths -----------------------------------------------------------------------------------------------
 
+std::string AsWritten(std::string_view path) {
+  if (path.empty() || path.find('\0') != std::string_view::npos) return "";
+  std::string native;
+  if (path.size() > 1 && path[1] == ':') {
+    const auto index = DriveIndex(path[0]);
+    if (!index || !Current().drives[*index]) return "";
+    native = *Current().drives[*index] + "/";
+    path.remove_prefix(2);
+  }
+  AppendNames(native, path);
+  return WithRealPlace(std::move(native));
+}
+
+std::string AsFound(std::string native) {
+  return native.empty() || EntryExists(native) ? native : Resolve(native);
+}
+
 std::string ToNativePath(std::string_view path) {
-  return Resolve(AsWritten(path));
+  return AsFound(AsWritten(path));
 }
 
 std::string ToNewNativePath(std::string_view path) {
   const std::string native = WithoutClosingSlash(AsWritten(path));
   const std::size_t name = native.rfind('/') + 1;
-  return Resolve(native.substr(0, name)) + native.substr(name);
+  return AsFound(native.substr(0, name)) + native.substr(name);
 }
 
 std::string ToWindowsPath(std::string_view nativePath) {

@@ -37,7 +37,12 @@ void ResetPathMapping();
 // stand for anything: an empty one, one of a drive that isn't there, or one that holds a zero character.
 std::string ToNativePath(std::string_view path);
 
-// As above, but the last name stays as written: the native path of an entry that is to be called so.
+// The two steps of ToNativePath: the path with its names as written, which is nearly always the one that is
+// meant, and the entry that is there instead. A call on a file that must exist may try the first by itself.
+std::string AsWritten(std::string_view path);
+std::string AsFound(std::string native);
+
+// As ToNativePath, but the last name stays as written: the native path of an entry that is to be called so.
 std::string ToNewNativePath(std::string_view path);
 
 // The Windows path of a native one, absolute in any case: below the drive whose folder holds it most closely,

@@ -2,6 +2,10 @@
 
 #include <time.h>
 
+#include <cstdlib>
+#include <optional>
+#include <string>
+
 #include "Platform/Failure.h"
 #include "Platform/Posix/EpochTime.h"
 
@@ -43,8 +47,19 @@ DateTime FromBroken(const tm& broken, int millisecond) {
           broken.tm_min,         broken.tm_sec,     millisecond};
 }
 
+// Takes up the zone that the environment names, if that has changed: the C library would look at the zone's
+// file each time.
+void FollowZone() {
+  static thread_local std::optional<std::string> known;
+  const char* const zone = std::getenv("TZ");
+  const std::string current = zone == nullptr ? "no zone" : std::string("TZ=") + zone;
+  if (current == known) return;
+  tzset();
+  known = current;
+}
+
 tm BreakLocally(std::int64_t seconds) {
-  tzset();  // the zone may have changed since; without a change this costs a look at the environment
+  FollowZone();
   const time_t moment = seconds;
   tm broken = {};
   if (localtime_r(&moment, &broken) == nullptr)
