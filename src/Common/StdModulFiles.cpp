@@ -13,8 +13,9 @@ constexpr int kPlainFiles = os::kReadOnly | os::kHidden | os::kSystem | os::kArc
 constexpr int kAllEntries = kPlainFiles | os::kDirectory;
 
 void RemoveOneFile(std::string_view p) {
-  if (GetFileAttr(p) < 0) return;
-  Swallow([&] { os::WriteAttributes(p, 0); });
+  const std::int32_t attributes = GetFileAttr(p);
+  if (attributes < 0) return;
+  if (attributes != os::kArchive) Swallow([&] { os::WriteAttributes(p, 0); });
   Swallow([&] { os::RemoveFile(p); });
 }
 

@@ -1,5 +1,6 @@
 #include "Common/TextWriter.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Platform/Failure.h"
@@ -43,8 +44,15 @@ void TextWriter::Write(std::string_view text) {
 }
 
 void TextWriter::WriteLine(std::string_view text) {
-  Write(text);
-  Put(kLineEnd);
+  RequireOpen();
+  if (text.size() + kLineEnd.size() <= kCapacity - filled_) {
+    char* const out = std::copy(text.begin(), text.end(), buffer_.get() + filled_);
+    std::copy(kLineEnd.begin(), kLineEnd.end(), out);
+    filled_ += text.size() + kLineEnd.size();
+  } else {
+    Put(text);
+    Put(kLineEnd);
+  }
 }
 
 void TextWriter::Close() {

@@ -125,6 +125,14 @@ std::string WithRealPlace(std::string native) {
 
 // --- From Windows to native ------------------------------------------------------------------------------
 
+// Without a branch for each character, so that it costs next to nothing beside the conversions it spares.
+bool IsAscii(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char c : text)
+    bits |= static_cast<unsigned char>(c);
+  return bits < 0x80;
+}
+
 // The names of a path, each converted, put behind `native` with single slashes; a closing separator stays.
 void AppendNames(std::string& native, std::string_view names) {
   for (std::size_t at = 0; at < names.size();) {
@@ -134,7 +142,12 @@ void AppendNames(std::string& native, std::string_view names) {
       continue;
     }
     const std::size_t end = std::min(names.find_first_of("\\/", at), names.size());
-    native += ToNativeName(names.substr(at, end - at));
+    const std::string_view name = names.substr(at, end - at);
+    if (IsAscii(name)) {
+      native += name;
+    } else {
+      native += ToNativeName(name);
+    }
     at = end;
   }
 }
@@ -142,14 +155,6 @@ void AppendNames(std::string& native, std::string_view names) {
 struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
-
-// Without a branch for each character, so that it costs next to nothing beside the conversions it spares.
-bool IsAscii(std::string_view text) {
-  unsigned char bits = 0;
-  for (const char c : text)
-    bits |= static_cast<unsigned char>(c);
-  return bits < 0x80;
-}
 
 // Tells which names Windows takes for one name.
 class NameMatcher {
@@ -182,38 +187,16 @@ std::string FindWithoutCase(const std::string& folder, const std::string& name) 
   return found;
 }
 
-// Where the last name of a path begins; a closing slash belongs to it.
-std::size_t LastNameStart(const std::string& native) {
-  const std::size_t end = native.find_last_not_of('/');
-  const std::size_t slash = end == std::string::npos ? end : native.rfind('/', end);
-  return slash == std::string::npos ? 0 : slash + 1;
-}
-
 // `native`, which isn't there as written, with every name replaced by that of the entry which Windows would
 // find.
 std::string Resolve(const std::string& native) {
-  // Most often only the last name is missing, since a file is about to be made.
-  const std::size_t lastName = LastNameStart(native);
-  const std::size_t start = EntryExists(native.substr(0, lastName)) ? lastName : 0;
-  std::string resolved = native.substr(0, start);
-  resolved.reserve(native.size());
-  for (std::size_t at = start; at < native.size();) {
-    if (native[at] == '/') {
-      resolved += native[at++];
-      continue;
-    }
-    const std::size_t end = std::min(native.find('/', at), native.size());
-    const std::string name = native.substr(at, end - at);
-    if (!EntryExists(resolved + name)) {
-      const std::string found = FindWithoutCase(resolved, name);
-      if (found.empty()) return resolved + native.substr(at);
-      resolved += found;
-    } else {
-      resolved += name;
-    }
-    at = end;
-  }
-  return resolved;
+  const std::size_t end = native.find_last_not_of('/') + 1;
+  const std::size_t start = native.rfind('/', end - 1) + 1;
+  const std::string name = native.substr(start, end - start);
+  // Most often the folder is there, since the file is about to be made in it.
+  const std::string folder = AsFound(native.substr(0, start));
+  const std::string found = FindWithoutCase(folder, name);
+  return folder + (found.empty() ? name : found) + native.substr(end);
 }
 
 // --- From native to Windows ------------------------------------------------------------------------------
