@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -73,6 +74,26 @@ std::string TakeExponent(NumberScanner& scanner) {
   return exponent;
 }
 
+// The number of an exponent such as "e-5", far from any limit where 64 bits don't hold it.
+std::int64_t ExponentValue(std::string_view exponent) {
+  constexpr std::int64_t far = std::int64_t{1} << 60;
+  if (exponent.empty()) return 0;
+  const bool isNegative = exponent.find('-') != std::string_view::npos;
+  exponent.remove_prefix(exponent.find_first_of("0123456789"));
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(exponent.data(), exponent.data() + exponent.size(), value);
+  if (error != std::errc() || value > far) value = far;
+  return isNegative ? -value : value;
+}
+
+// Whether a number that a double can't hold is too large for it and not too small: the place of its first
+// digit other than 0 tells.
+bool IsTooLarge(std::string_view mantissa, std::string_view exponent) {
+  const auto first = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
+  const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+  return point - first + ExponentValue(exponent) > 0;
+}
+
 double ReadDecimal(NumberScanner& scanner) {
   std::string number;
   if (scanner.Peek() == '+' || scanner.Peek() == '-') {
@@ -83,14 +104,15 @@ double ReadDecimal(NumberScanner& scanner) {
     number += scanner.Take();
     TakeDigits(scanner, number);
   }
-  const std::string exponent = TakeExponent(scanner);
-  number += exponent;
+  const std::size_t mantissaLength = number.size();
+  number += TakeExponent(scanner);
 
   double value = 0;
   const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
   if (error != std::errc::result_out_of_range) return value;
   // Reading never fails: what is too small is 0, what is too large the largest number there is.
-  if (exponent.find('-') != std::string::npos) return 0;
+  const std::string_view text = number;
+  if (!IsTooLarge(text.substr(0, mantissaLength), text.substr(mantissaLength))) return 0;
   constexpr double largest = std::numeric_limits<double>::max();
   return number.starts_with('-') ? -largest : largest;
 }

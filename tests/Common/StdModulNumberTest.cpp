@@ -9,7 +9,7 @@ namespace vorlent {
 namespace {
 
 struct NumberRow {
-  std::string_view text;
+  std::string text;
   double number;
 };
 
@@ -95,6 +95,20 @@ TEST(ReadNumber, NeverFails) {
       {"&H123456789ABCDEF", 0x12345678},  // as many digits as 32 bits hold
   });
   EXPECT_EQ(ReadNumber(std::string(1000, '9')), largest);
+  // The digits count as much as the exponent does.
+  const std::string zeros(400, '0');
+  ExpectNumbers({{"0." + zeros + "1", 0},
+                 {"-0." + zeros + "1e+5", 0},
+                 {"0." + zeros + "1e400", 0.1},
+                 {"0." + zeros + "1e999", largest},
+                 {"1" + zeros, largest},
+                 {"1" + zeros + "e-5", largest},
+                 {"-1" + zeros + ".5e-5", -largest},
+                 {"1" + zeros + "e-400", 1},
+                 {"1" + zeros + "e-999", 0},
+                 {"0e999", 0},
+                 {"1e-" + zeros + "5", 0.00001},
+                 {"1e-99999999999999999999", 0}});
   EXPECT_EQ(ReadNumber(std::string("1\0002", 3)), 1) << "a zero character is no digit";
 }
 
