@@ -14,9 +14,10 @@
 
 namespace vorlent {
 
-// --- Cutting and finding (StdModulText.cpp) ------------------------------------------------------------------
+// --- Cutting and finding (StdModulText.cpp) ----------------------------------------------------------------
 
-// The text before the first `sep`, leaving in `s` the text behind it; without `sep` all of `s`, which is emptied.
+// The text before the first `sep`, leaving in `s` the text behind it; without `sep` all of `s`, which is
+// emptied.
 std::string CutToken(std::string& s, std::string_view sep);
 
 // The same on a view, for parsers that only read: nothing is copied.
@@ -47,26 +48,32 @@ void DropRight(std::string& s, std::int16_t n);
 // Without the blanks (code 32 only) at both ends.
 std::string Trim(std::string_view s);
 
+// The same as a view, for parsers that only read.
+std::string_view TrimView(std::string_view s);
+
 // Without leading and trailing characters of code below 33.
 std::string TrimBlank(std::string_view s);
 
 // From lines of key=value, the value of the first line whose key is exactly `key`; "" without one.
 std::string GetLineValue(std::string_view text, std::string_view key);
 
-// --- Records -------------------------------------------------------------------------------------------------
+// --- Records -----------------------------------------------------------------------------------------------
 
-// The unescaped value of `key` in a record of "|"-separated key=value fields; "" if absent, the first if repeated.
+// The unescaped value of `key` in a record of "|"-separated key=value fields; "" if absent, the first if
+// repeated.
 std::string GetParam(std::string_view record, std::string_view key);
 
-// The value as it may stand in a record. Each character of `extra` is escaped too; an `extra` of more than 32,767
-// characters is an overflow.
+// The value as it may stand in a record. Each character of `extra` is escaped too; an `extra` of more than
+// 32,767 characters is an overflow.
 std::string EscapeValue(std::string_view value, std::string_view extra = {});
 
 // Undoes EscapeValue; a line feed comes back as carriage return and line feed.
 std::string UnescapeValue(std::string_view value);
 
-// --- Other text ----------------------------------------------------------------------------------------------
+// --- Other text --------------------------------------------------------------------------------------------
 
+// Replaces every `find` in `s`, from the left and without looking at what was put in. `ignoreCase` goes by
+// the letters of the code page; `wholeWord` takes the hits of FindWholeWord only. "" is never found.
 void ReplaceText(std::string& s, std::string_view find, std::string_view repl, bool ignoreCase = false,
                  bool wholeWord = false);
 
@@ -76,8 +83,8 @@ std::int32_t FindWholeWord(std::int32_t start, std::string_view s, std::string_v
 // A to Z, a to z and "_".
 bool IsWordChar(char c);
 
-// `s` as a legal file name, forbidden characters as "%" and two hexadecimal digits. More than 32,767 characters
-// are an overflow.
+// `s` as a legal file name, forbidden characters as "%" and two hexadecimal digits. More than 32,767
+// characters are an overflow.
 std::string EncodeFileName(std::string_view s, std::string_view extra = {});
 
 // Upper-case hexadecimal text, padded with "0" to `width` digits.
@@ -86,18 +93,21 @@ std::string HexPad(std::int16_t value, std::int16_t width);
 // A new GUID as 38 characters with braces, upper-case.
 std::string NewGuidText();
 
-// The leading number of a text, as lenient as can be: blanks anywhere are skipped, the rest is ignored, no number
-// is 0. "&H" and "&O" lead hexadecimal and octal digits.
+// The leading number of a text, as lenient as can be: blanks anywhere are skipped, the rest is ignored, no
+// number is 0. "&H" and "&O" lead hexadecimal and octal digits. Never fails: what is too small is 0, what is
+// too large the largest number there is.
 double ReadNumber(std::string_view s);
 
 // The mouse pointer: the default when the work is done, the hourglass when it isn't.
 void SetWaitCursor(bool done);
 
+// Removes all items.
 template <class T>
 void ClearCollection(KeyedList<T>& list) {
   list.Clear();
 }
 
+// Whether a reference is set; IsNothing is its negation.
 template <class T>
 bool HasObject(const std::shared_ptr<T>& reference) {
   return reference != nullptr;
@@ -108,16 +118,20 @@ bool IsNothing(const std::shared_ptr<T>& reference) {
   return reference == nullptr;
 }
 
-// --- Paths (StdModulPaths.cpp) -------------------------------------------------------------------------------
+// --- Paths (StdModulPaths.cpp) -----------------------------------------------------------------------------
 //
 // Windows paths, or addresses if they hold "://".
 
+// `p` trimmed, with its separator at the end: "\" for a path, "/" for an address. "" stays "".
 std::string AddPathSep(std::string_view p);
+
+// `p` without one closing separator of either kind. The root of a drive keeps its own, and "C:" gets one.
 std::string RemovePathSep(std::string_view p);
 
 // `rel` resolved against `base`.
 std::string AddPath(std::string_view base, std::string_view rel);
 
+// Whether `p` begins with a drive ("C:") or a share ("\\"), or is an address.
 bool IsAbsolutePath(std::string_view p);
 
 // The folder part with its closing separator, "" for a bare name.
@@ -126,11 +140,14 @@ std::string GetPath(std::string_view p);
 // What follows the last separator, trimmed.
 std::string GetFileName(std::string_view p);
 
-// --- Files (StdModulFiles.cpp) -------------------------------------------------------------------------------
+// --- Files (StdModulFiles.cpp) -----------------------------------------------------------------------------
 //
-// Tolerant operations: none of them raises.
+// Tolerant operations: none of them raises. "" as a folder never means the current one: it has no entries.
 
+// Whether a folder is there and may be listed; for a drive ("C:\") whether it has a root directory.
 bool FolderExists(std::string_view p);
+
+// Whether the length of a file can be read, which that of a folder can't.
 bool FileExists(std::string_view p);
 
 // The attribute bits, -1 when they can't be read, or for a path that ends in "\." or "\..".
@@ -168,10 +185,12 @@ std::string FirstFolderEntry(std::string_view p);
 void ListFolder(std::string_view p, KeyedList<std::string>* files, KeyedList<std::string>* folders,
                 std::string_view pattern);
 
-// Note the order: the target comes first.
+// Moves a file into a folder that is made if it is missing. Note the order: the target comes first. One that
+// exists is deleted before anything else; the source stays if the file could not be moved. Nothing happens
+// without a source, or if both paths are equal but for letter case.
 void MoveFile(std::string_view target, std::string_view source);
 
-// --- Dates (StdModulDates.cpp) -------------------------------------------------------------------------------
+// --- Dates (StdModulDates.cpp) -----------------------------------------------------------------------------
 //
 // Stamp: yyyymmddhhmmss. Display text: dd.mm.yyyy hh:mm:ss.
 

@@ -8,7 +8,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr int kNoRootDirectory = 1;
 constexpr int kPlainFiles = os::kReadOnly | os::kHidden | os::kSystem | os::kArchive;
 constexpr int kAllEntries = kPlainFiles | os::kDirectory;
 
@@ -29,13 +28,8 @@ void RemoveSubfolder(const std::string& p, std::int32_t attributes) {
   }
 }
 
-bool MoveBytes(std::string_view target, std::string_view source) {
-  const bool isOneDrive =
-      source.size() > 1 && source[1] == ':' && EqualNoCase(target.substr(0, 2), source.substr(0, 2));
-  if (isOneDrive) return Swallow([&] { os::Rename(source, target); });
-  if (!Swallow([&] { os::Copy(source, target); })) return false;
-  KillFile(source);
-  return true;
+bool AreOnOneDrive(std::string_view target, std::string_view source) {
+  return source.size() > 1 && source[1] == ':' && EqualNoCase(target.substr(0, 2), source.substr(0, 2));
 }
 
 }  // namespace
@@ -136,7 +130,12 @@ void MoveFile(std::string_view target, std::string_view source) {
   int attributes = 0;
   const bool areAttributesKnown = Swallow([&] { attributes = os::ReadAttributes(source); });
   const std::string date = GetFileDate(source);
-  if (!MoveBytes(target, source) || !areAttributesKnown) return;
+  if (AreOnOneDrive(target, source)) {
+    if (!Swallow([&] { os::Rename(source, target); }) || !areAttributesKnown) return;
+  } else {
+    if (!Swallow([&] { os::Copy(source, target); })) return;
+    KillFile(source);
+  }
   // The date goes first, since a read-only file refuses it.
   SetFileDate(target, date);
   Swallow([&] { os::WriteAttributes(target, attributes); });

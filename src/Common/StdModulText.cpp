@@ -31,12 +31,6 @@ std::string_view TrimFront(std::string_view s, unsigned char bound) {
   return s;
 }
 
-std::string_view TrimmedView(std::string_view s) {
-  const std::size_t first = s.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return s.substr(first, s.find_last_not_of(' ') - first + 1);
-}
-
 // Cuts a working string into the part before an offset, which is returned, and the part from `rest` on.
 std::string CutAt(std::string& s, std::size_t end, std::size_t rest) {
   std::string token = s.substr(0, end);
@@ -83,8 +77,8 @@ std::string PeekToken(std::string_view s, std::string_view sep) {
 
 std::string CutTrimmedToken(std::string& s, std::string_view sep) {
   std::string_view rest = s;
-  std::string token(TrimmedView(CutToken(rest, sep)));
-  s = std::string(TrimmedView(rest));
+  std::string token(TrimView(CutToken(rest, sep)));
+  s = std::string(TrimView(rest));
   return token;
 }
 
@@ -116,7 +110,7 @@ std::string CutWord(std::string& s) {
     word = CutToken(rest, "'");
   } else {
     word = CutToken(rest, " ");
-    rest = TrimmedView(rest);
+    rest = TrimView(rest);
   }
   s = std::string(TrimFront(rest, 33));
   return word;
@@ -144,8 +138,14 @@ void DropRight(std::string& s, std::int16_t n) {
   s.resize(s.size() > count ? s.size() - count : 0);
 }
 
+std::string_view TrimView(std::string_view s) {
+  const std::size_t first = s.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return s.substr(first, s.find_last_not_of(' ') - first + 1);
+}
+
 std::string Trim(std::string_view s) {
-  return std::string(TrimmedView(s));
+  return std::string(TrimView(s));
 }
 
 std::string TrimBlank(std::string_view s) {

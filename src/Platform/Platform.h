@@ -48,6 +48,9 @@ struct RegistryValue {
   std::optional<std::string> bytes;  // nothing if the second read, that of the data, failed
 };
 
+// The kind of a drive that isn't there.
+inline constexpr int kNoRootDirectory = 1;
+
 // One instance is current. Paths are Windows paths, texts code page.
 class Platform {
  public:
@@ -86,7 +89,7 @@ class Platform {
   // Ends a process. One that doesn't exist or may not be ended is passed over.
   virtual void Terminate(std::uint32_t processId) = 0;
 
-  // The kind of a drive given as "C:\": 1 means that it has no root directory.
+  // The kind of a drive given as "C:\": kNoRootDirectory, or one of the system's other numbers.
   virtual int DriveType(std::string_view root) = 0;
 
   // A value of the registry; nothing if the key or the value is missing. `hive` is the system's handle

@@ -231,11 +231,15 @@ TEST_F(StdModulFilesTest, DeleteFolderDoesNotFollowLinksOutOfIt) {
   EXPECT_EQ(PermissionsOf("locked"), 0444u);
 }
 
-TEST_F(StdModulFilesTest, DeleteFolderOfNothingDoesNothing) {
+TEST_F(StdModulFilesTest, FolderOfNoNameIsNotTheCurrentOne) {
   folder_.Write("file", "");
   const fs::path before = fs::current_path();
   fs::current_path(folder_.Native());
   DeleteFolder("", true, true);
+  EXPECT_EQ(FirstFolderEntry(""), "");
+  KeyedList<std::string> files;
+  ListFolder("", &files, nullptr, "*.*");
+  EXPECT_TRUE(files.IsEmpty());
   DeleteFolder("none", true, true);
   DeleteFolder("Q:\\", true, true);
   DeleteFolder("file", true, true);
@@ -326,35 +330,42 @@ class MoveFileTest : public StdModulFilesTest {
     return "T:\\" + std::string(name);
   }
 
+  // Which file the name stands for: a renamed one stays the same, a copy is another.
+  ino_t Inode(std::string_view name) {
+    struct stat status {};
+    EXPECT_EQ(stat(folder_.Native(name).c_str(), &status), 0);
+    return status.st_ino;
+  }
+
   ScopedEnvironment zone_{"TZ", "UTC"};
 };
 
 TEST_F(MoveFileTest, RenamesOnOneDrive) {
-  ino_t before = 0;
-  struct stat status;
-  ASSERT_EQ(stat(folder_.Native("source").c_str(), &status), 0);
-  before = status.st_ino;
+  const ino_t before = Inode("source");
   MoveFile(LowerCase(folder_.Path("new\\deep\\target")).replace(0, 1, "C"), folder_.Path("source"));
   EXPECT_THAT(Tree(), ElementsAre("new/", "new/deep/", "new/deep/target"));
   EXPECT_EQ(folder_.Read("new/deep/target"), "abc");
   EXPECT_EQ(GetFileDate(folder_.Path("new\\deep\\target")), "09.05.2010 14:30:05");
-  ASSERT_EQ(stat(folder_.Native("new/deep/target").c_str(), &status), 0);
-  EXPECT_EQ(status.st_ino, before);
+  EXPECT_EQ(Inode("new/deep/target"), before);
 }
 
 TEST_F(MoveFileTest, CopiesToAnotherDrive) {
+  const ino_t before = Inode("source");
   MoveFile(ByOtherDrive("new\\target"), folder_.Path("source"));
   EXPECT_THAT(Tree(), ElementsAre("new/", "new/target"));
   EXPECT_EQ(folder_.Read("new/target"), "abc");
   EXPECT_EQ(GetFileDate(folder_.Path("new\\target")), "09.05.2010 14:30:05");
+  EXPECT_NE(Inode("new/target"), before);
 }
 
 TEST_F(MoveFileTest, CopiesWherePathsHaveNoDrive) {
+  const ino_t before = Inode("source");
   const std::string source = folder_.Path("source").substr(2);
   const std::string target = folder_.Path("target").substr(2);
   MoveFile(target, source);
   EXPECT_THAT(Tree(), ElementsAre("target"));
   EXPECT_EQ(folder_.Read("target"), "abc");
+  EXPECT_NE(Inode("target"), before);
 }
 
 TEST_F(MoveFileTest, ReplacesTheTargetReadOnlyOrNot) {

@@ -197,6 +197,16 @@ TEST(GetParam, ReadsTheValueOfAKey) {
   EXPECT_EQ(GetParam(R"(a=one\ntwo)", "a"), "one\r\ntwo");
 }
 
+TEST(GetParam, GivesBackWhatWasEscaped) {
+  const std::string value = "a|b\\|c\r\nd=e\\";
+  const std::string record = "x=1|k=" + EscapeValue(value) + "|z=2";
+  EXPECT_EQ(record, R"(x=1|k=a\|b\\\|c\nd=e\\|z=2)");
+  EXPECT_EQ(GetParam(record, "k"), value);
+  EXPECT_EQ(GetParam(record, "z"), "2");
+  EXPECT_EQ(GetParam("k=" + EscapeValue("a\nb"), "k"), "a\r\nb")
+      << "a lone line feed becomes a whole line end";
+}
+
 TEST(GetParam, StaysLinearInALongRecord) {
   std::string record;
   for (int i = 0; i < 200000; ++i)

@@ -9,16 +9,6 @@
 
 namespace vorlent {
 
-namespace {
-
-std::string_view TrimView(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-}  // namespace
-
 HeaderLine SplitHeaderLine(std::string_view line) {
   const std::size_t colon = line.find(':');
   if (colon == std::string_view::npos) return {TrimView(line), {}};

@@ -82,7 +82,7 @@ void ReadPrefs(std::string_view file) {
     line.remove_prefix(kLead.size());
     const std::string name(CutAtQuote(line));
     if (line.starts_with(',')) line.remove_prefix(1);
-    line.remove_prefix(std::min(line.size(), line.find_first_not_of(' ')));
+    line = TrimView(line);
     if (line.starts_with('"')) {
       line.remove_prefix(1);
       value = CutAtQuote(line);
@@ -96,7 +96,6 @@ KeyedList<std::string> GetDrives(std::string_view prefix, std::string_view filte
   KeyedList<std::string> drives;
   if (filter == kAll) {
     for (char letter = 'C'; letter <= 'Z'; ++letter) {
-      constexpr int kNoRootDirectory = 1;
       const std::string drive = {letter, ':', '\\'};
       if (Platform::Current().DriveType(drive) == kNoRootDirectory) continue;
       drives.Add(JoinDiscoveryEntry({drive, std::string(prefix) + letter + "/*", drive}));

@@ -18,7 +18,6 @@ namespace {
 constexpr std::uint32_t kCurrentUser = 0x80000001;
 constexpr std::string_view kShellFolders =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-constexpr int kNoRootDirectory = 1;
 constexpr int kFixedDisk = 3;
 
 // A message is worth no failure: without standard error there is nobody to read it.

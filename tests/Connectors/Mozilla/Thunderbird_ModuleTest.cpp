@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Connectors/Mozilla/ThunderbirdTree.h"
 #include "Platform/Failure.h"
+#include "Support/AsOrdinaryUser.h"
 #include "Support/RecordingPlatform.h"
 
 namespace vorlent {
@@ -173,6 +175,8 @@ TEST_F(Thunderbird_ModuleTest, PreferencesAreTakenLineByLine) {
       {"user_pref(\"Mixed.Case\", \"x\");\r\n", "mIXED.cASE", "x"},
       {"user_pref(\"a\", \"x\\\"y\");\r\n", "a", "x\\"},
       {"user_pref(\"a\", \"unclosed);\r\n", "a", "unclosed);"},
+      {"user_pref(\"a\", \"abc   \r\n", "a", "abc"},
+      {"user_pref(\"a\",    \r\n", "a", ""},
       {"user_pref(\"a\", \"\");\r\n", "a", ""},
       {"user_pref(\"a\n", "a\n", ""},
       // A value that isn't quoted leaves the quoted one above it.
@@ -239,6 +243,32 @@ TEST_F(Thunderbird_ModuleTest, DriveIsNamedByOneLetterWhetherItExistsOrNot) {
     EXPECT_EQ(Entries(GetAccounts("x", filter, ".")), expected) << filter;
   }
   EXPECT_EQ(platform->CountOf("DriveType"), 0);
+}
+
+TEST_F(Thunderbird_ModuleTest, UnreadableFilesRise) {
+  tree.AddProfile("p", {});
+  const std::string prefs = "Thunderbird/Profiles/p/prefs.js";
+  const auto permit = [&](std::string_view name, int mode) {
+    std::filesystem::permissions(tree.Folder().Native(name), static_cast<std::filesystem::perms>(mode));
+  };
+  for (const char* folder : {"", "Thunderbird", "Thunderbird/Profiles", "Thunderbird/Profiles/p"})
+    permit(folder, 0755);
+  permit(prefs, 0);
+  {
+    const AsOrdinaryUser user;
+    EXPECT_EQ(SwallowedNumber([&] { GetAccounts("", "*", tree.Folder().Path("Thunderbird\\Profiles\\p")); }),
+              static_cast<int>(ErrorNumber::PathAccess));
+    EXPECT_EQ(SwallowedNumber([&] { GetMozillaProfiles("", "*", "Thunderbird"); }),
+              static_cast<int>(ErrorNumber::PathAccess));
+    // Only the profile itself is asked for here.
+    EXPECT_EQ(SwallowedNumber([&] { GetMozillaProfiles("", "p", "Thunderbird"); }), 0);
+  }
+  permit("Thunderbird/profiles.ini", 0);
+  const AsOrdinaryUser user;
+  EXPECT_EQ(SwallowedNumber([&] { GetMozillaProfiles("", "p", "Thunderbird"); }),
+            static_cast<int>(ErrorNumber::PathAccess));
+  EXPECT_EQ(SwallowedNumber([&] { GetKeywordsOfFile("D:\\Inbox"); }),
+            static_cast<int>(ErrorNumber::PathAccess));
 }
 
 // --- Mail folders
@@ -329,6 +359,15 @@ TEST_F(Thunderbird_ModuleTest, KeywordsOfAFileOutsideAllAccountsAreThePartsOfIts
   EXPECT_EQ(GetKeywordsOfFile("D:\\"), "");
   EXPECT_EQ(GetKeywordsOfFile("D:"), "");
   EXPECT_EQ(GetKeywordsOfFile(""), "");
+}
+
+TEST_F(Thunderbird_ModuleTest, AccountWithoutAFolderHoldsEveryFile) {
+  tree.AddProfile("p", {});
+  tree.Folder().Write("Thunderbird/Profiles/p/prefs.js",
+                      "user_pref(\"mail.accountmanager.accounts\", \"a1\");\r\n"
+                      "user_pref(\"mail.account.a1.server\", \"s1\");\r\n"
+                      "user_pref(\"mail.server.s1.name\", \"news\");\r\n");
+  EXPECT_EQ(GetKeywordsOfFile("D:\\Mail\\Inbox.sbd\\Sub"), "Account=news,D:\\Mail\\Inbox,Sub");
 }
 
 TEST_F(Thunderbird_ModuleTest, KeywordsOfAFileLeaveThePreferencesOfTheLastProfile) {
