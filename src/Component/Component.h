@@ -21,7 +21,7 @@ std::span<const ComponentClass> ComponentClasses();
 
 // A new object of the class of that ProgID ("VorlentMozilla.Location_Thunderbird", "VorlentMozilla.Actions",
 // ...), found without regard to case; nothing if the component has no such class. A host must be installed
-// before any member of the object is called.
+// before: some classes ask for it when they are made, which raises ObjectNotSet without one.
 ObjectPtr CreateObject(std::string_view progId);
 
 }  // namespace vorlent

@@ -1,4 +1,4 @@
-// What the host calls: the interfaces of the component's own classes.
+// The interfaces through which the host drives the component: connectors, actions and wizard controls.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +20,7 @@ namespace vorlent {
 // Calling order: SetLocObject, InitLocation, OpenLocation; then anything; Disconnect and release at the end.
 class Connector : public Object {
  public:
+  // The Location that this is the connector of, nothing before SetLocObject.
   virtual LocationPtr LocObject() const = 0;
   virtual void SetLocObject(const LocationPtr& location) = 0;
 
@@ -27,26 +28,33 @@ class Connector : public Object {
   virtual TreePtr Tree() = 0;
   virtual void SetTree(const TreePtr& tree) = 0;
 
-  // Registers the parameter item and prepares the address.
+  // Registers the parameter item and prepares the address. Only the calendar connector ever gives false, for
+  // calendars that could not be read; an address that leads nowhere is reported to the host instead.
   virtual bool InitLocation(std::string_view file) = 0;
   // Reads items and tree. The address is that of the Location, whatever `file` says.
   virtual LocationState OpenLocation(std::string_view file) = 0;
+  // Ends the work with the Location. No connector keeps anything open for it.
   virtual void Disconnect() = 0;
 
+  // A new item of this connector, stored under the ID that it comes with and counted at the Location.
   virtual ItemPtr NewItem(bool conn = false) = 0;
   // The item of that ID or nothing.
   virtual ItemPtr GetItem(std::string_view id) = 0;
   virtual bool HasID(std::string_view id) = 0;
+  // Number of the items in memory.
   virtual std::int32_t Count() = 0;
   // The item at that position from 1, or nothing.
   virtual ItemPtr Item(std::int32_t pos) = 0;
+  // Drops the items in memory; the tree stays, and so does all at the source.
   virtual void Clear() = 0;
   // An enumeration of the items that meet a condition. May replace the reference.
   virtual ObjectPtr CreateEnum(ExpressionPtr& expr) = 0;
   // Makes an item of a record string; an item of the same ID is replaced.
   virtual ItemPtr PasteItem(std::string_view import, bool conn) = 0;
-  // Deletes an item, at its source as far as the connector can.
+  // Deletes an item, at its source as far as the connector can, and tells the host. False for nothing, for a
+  // bookmark that isn't in memory and for a calendar that can't be opened. A source that refuses raises.
   virtual bool DeleteItem(const ItemPtr& itm) = 0;
+  // Reads items and tree anew.
   virtual void Reload() = 0;
 };
 
@@ -57,6 +65,7 @@ using GetFileOption = std::int32_t;
 
 class MailConnector : public Connector {
  public:
+  // As OpenLocation.
   virtual LocationState Einlesen() = 0;
   // Path of a file of a mail: the first line of the data field `key` names it.
   virtual std::string GetFile(const ItemPtr& itm, std::string_view key, GetFileOption getfileoption = 0) = 0;
@@ -66,6 +75,7 @@ class MailConnector : public Connector {
   virtual bool SourceGetNext(std::string& srcitm) = 0;
   // Marks the mail just delivered: it is deleted at the end of its mailbox.
   virtual void SourceDelete() = 0;
+  // The verbs that ExecuteAction knows, separated by commas.
   virtual std::string GetActions() = 0;
   // Runs "<verb>:<id>"; always returns "".
   virtual std::string ExecuteAction(std::string_view cmd) = 0;
@@ -77,6 +87,7 @@ class BookmarkConnector : public Connector {
   virtual std::string GetFile(const ItemPtr& itm, std::string_view key) = 0;
   // Writes bookmarks.html into the profile folder.
   virtual void Save() = 0;
+  // The keywords below that of an expression; nothing if the host fails to tell. May replace the reference.
   virtual std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr& expr) = 0;
 };
 
@@ -86,6 +97,7 @@ class CalendarConnector : public Connector {
   // number.
   virtual void RedoAction(const ItemPtr& itm, std::string_view zeit, std::int32_t msg,
                           std::string_view Value = {}) = 0;
+  // As OpenLocation.
   virtual LocationState Einlesen() = 0;
   // The calendars of a profile folder: discovery entries for "*", else the id of the calendar of that name.
   virtual KeyedList<std::string> GetCalendars(std::string_view prefolder, std::string_view fld,
@@ -95,13 +107,16 @@ class CalendarConnector : public Connector {
 // The actions that the component adds to the host's menu.
 class ActionList : public Object {
  public:
+  // One entry for each action: its name, "|", a flag word for the menu, "#", the caption.
   virtual KeyedList<std::string> GetActions() = 0;
+  // Runs the action of that name to its end; an unknown name does nothing. A failure of the run raises.
   virtual void execute(std::string_view cmd) = 0;
 };
 
 // A wizard control, driven by the host's wizard frame.
 class WizardControl : public Object {
  public:
+  // Number of the wizard's pages.
   virtual std::int16_t Pages() const = 0;
   virtual void SetPages(std::int16_t pages) = 0;
   // Shows a page, from 1.
@@ -111,6 +126,9 @@ class WizardControl : public Object {
   virtual void SetParameter(std::string_view parameter) = 0;
   // Whether the wizard may end.
   virtual bool Finish() = 0;
+  // Puts what lies directly at the address `qry` into the sheet of folders as rows from position `pos` on (at
+  // the end if negative), indented by `ind` and ticked as `cb` says. Always false. A failure of the host
+  // rises.
   virtual bool AddSubQueries(std::string_view qry, std::int32_t pos, std::int16_t ind, std::int16_t cb) = 0;
 };
 

@@ -39,6 +39,7 @@ class HostDatabase : public Object {
   // Runs one statement. A failed one raises a Failure with the database's error number.
   virtual bool Execute(std::string_view sql) = 0;
 
+  // Ends the connection; a closed one stays closed.
   virtual void Close() = 0;
 };
 

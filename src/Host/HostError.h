@@ -22,6 +22,7 @@ class HostError : public Object {
 
 class HostErrorFactory : public Object {
  public:
+  // The object by which errors are reported.
   virtual std::shared_ptr<HostError> Error() = 0;
 };
 

@@ -18,12 +18,11 @@ inline constexpr std::int32_t kImportFinished = 19;  // the topics were rebuilt 
 inline constexpr std::int32_t kUnreadable = 27;      // a Location could not be read; the text says why
 inline constexpr std::int32_t kLog = 29;             // a line of the log
 inline constexpr std::int32_t kDatabaseLog = 30;     // a line of the calendar connector's database log
-inline constexpr std::int32_t kProgress =
-    32;  // "0/100:" and a title opens, a number is the percentage, "" closes
-inline constexpr std::int32_t kStatus = 33;        // the status line, "" clears it
-inline constexpr std::int32_t kItemPasted = 37;    // an item was pasted; the text is its record
-inline constexpr std::int32_t kItemDeleted = 38;   // the item was deleted from its Location
-inline constexpr std::int32_t kTreeImported = 45;  // last report of an import with structure information
+inline constexpr std::int32_t kProgress = 32;        // "0/100:" and a title, then percentages; "" closes
+inline constexpr std::int32_t kStatus = 33;          // the status line, "" clears it
+inline constexpr std::int32_t kItemPasted = 37;      // an item was pasted; the text is its record
+inline constexpr std::int32_t kItemDeleted = 38;     // the item was deleted from its Location
+inline constexpr std::int32_t kTreeImported = 45;    // last report of an import with structure information
 }  // namespace report
 
 // The host's main window.
@@ -57,6 +56,7 @@ class HostGlobal : public Object {
   // Folder for temporary files, with a trailing separator.
   virtual std::string TempPath() = 0;
 
+  // The host's main window, nothing if it has none.
   virtual std::shared_ptr<HostMainWindow> MainWindow() = 0;
 
   // True once the user has asked to stop.
@@ -69,11 +69,13 @@ class HostGlobal : public Object {
   virtual bool LogEnabled() = 0;
   virtual void SetLogEnabled(bool enabled) = 0;
 
+  // The name of the current user.
   virtual std::string UserName() = 0;
 
   // The name of a host action number, such as "ChangeText" or "ItemRemove"; "" for a number without one.
   virtual std::string ActionName(std::int32_t msg) = 0;
 
+  // The way to the report of errors.
   virtual std::shared_ptr<HostErrorFactory> ErrorFactory() = 0;
 };
 

@@ -23,6 +23,8 @@ class HostObjects {
   // Makes a host current (nothing is allowed) and returns the one before it.
   static std::shared_ptr<HostObjects> Install(std::shared_ptr<HostObjects> host);
 
+  // New objects of the host's classes, never nothing; what the host can't make raises. An item comes with an
+  // ID of its own, a tree without nodes, the others bound to nothing yet.
   virtual ItemPtr NewItem() = 0;
   virtual TreePtr NewTree() = 0;
   virtual LocationPtr NewLocation() = 0;

@@ -16,11 +16,13 @@ using TreePtr = std::shared_ptr<Tree>;
 // A node of the keyword tree; the root is the connector's tree.
 class Tree : public Object {
  public:
+  // The text that the node shows.
   virtual std::string Text() const = 0;
 
   // Items of the node, in order.
   virtual KeyedList<ItemPtr> Items() const = 0;
 
+  // A longer text about the node, "" if it has none.
   virtual std::string Description() const = 0;
 
   // Child nodes, in order.

@@ -64,6 +64,11 @@ TEST(ComponentTest, EachCallMakesAnObjectOfItsOwn) {
   }
 }
 
+TEST(ComponentTest, WizardCannotBeMadeWithoutAHost) {
+  EXPECT_EQ(SwallowedNumber([] { CreateObject("VorlentMozilla.WizardImport"); }),
+            static_cast<int>(ErrorNumber::ObjectNotSet));
+}
+
 TEST(ComponentTest, UnknownProgIDsGiveNothing) {
   for (const std::string progId :
        {"", "VorlentMozilla", "VorlentMozilla.", "Location_Thunderbird", "Other.StdMail"}) {

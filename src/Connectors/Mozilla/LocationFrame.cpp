@@ -4,22 +4,20 @@
 
 namespace vorlent::frame {
 
-void InstallParameterItem(Location& location, const ObjectPtr& connector, const ParameterSettings& settings) {
-  const ItemPtr item = HostObjects::Current().NewItem();
-  location.SetParameterItem(item);
-  item->SetLocation(connector);
-  item->SetReady(false);
-  item->SetID("parameter");
-  item->SetType("parameter");
-  item->SetText("Parameter");
-  item->SetData("Condition", settings.condition, false);
-  item->SetData("Flags", settings.flags, false);
+void FillParameterItem(Item& item, const ObjectPtr& connector, const ParameterSettings& settings) {
+  item.SetLocation(connector);
+  item.SetReady(false);
+  item.SetID("parameter");
+  item.SetType("parameter");
+  item.SetText("Parameter");
+  item.SetData("Condition", settings.condition, false);
+  item.SetData("Flags", settings.flags, false);
   if (settings.restrictsAccess) {
-    item->SetAccessDefault("-");
-    item->SetAccessList(HostObjects::Current().Global().UserName() + ":rd");
+    item.SetAccessDefault("-");
+    item.SetAccessList(HostObjects::Current().Global().UserName() + ":rd");
   }
-  item->SetReady(true);
-  item->SetConnected(true);
+  item.SetReady(true);
+  item.SetConnected(true);
 }
 
 void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& read) {
@@ -36,9 +34,8 @@ void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& r
   topicsConnector->SetNotify(true);
 }
 
-void AnnounceDeleted(Location& location, const ItemPtr& item) {
+void ReportDeleted(const ItemPtr& item) {
   HostObjects::Current().Global().Report(report::kItemDeleted, "", item);
-  location.SetChanged(true);
 }
 
 void ReportUnreadable(std::string_view text) {
@@ -48,11 +45,6 @@ void ReportUnreadable(std::string_view text) {
 void ShowUnreadable(std::string_view text) {
   Platform::Current().ShowMessage(text, "error", MessageIcon::Critical, MessageButtons::Ok);
   ReportUnreadable(text);
-}
-
-Item& Require(const ItemPtr& item) {
-  if (item == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "there is no item");
-  return *item;
 }
 
 }  // namespace vorlent::frame

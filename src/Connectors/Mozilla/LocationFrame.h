@@ -20,21 +20,21 @@ namespace vorlent {
 struct ParameterSettings {
   std::string_view condition;
   std::string_view flags;
-  bool restrictsAccess = false;  // reading and deleting for the current user alone
+  bool restrictsAccess = false;  // names who may do what with the items: the current user, nobody else
 };
 
 // The parts of the frame that don't depend on the connector's interface.
 namespace frame {
 
-// A new parameter item, registered with the Location.
-void InstallParameterItem(Location& location, const ObjectPtr& connector, const ParameterSettings& settings);
+// Writes into a new parameter item what the host is to know of the connector's Location.
+void FillParameterItem(Item& item, const ObjectPtr& connector, const ParameterSettings& settings);
 
 // Runs `read` while the host's topics let go of the connector's items, and has them take up the new ones
 // behind it. A host without topics only gets `read`. A failure of `read` leaves the topics switched off.
 void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& read);
 
 // Tells the host that the item was deleted from its Location.
-void AnnounceDeleted(Location& location, const ItemPtr& item);
+void ReportDeleted(const ItemPtr& item);
 
 // Tells the host why a Location could not be read.
 void ReportUnreadable(std::string_view text);
@@ -42,13 +42,10 @@ void ReportUnreadable(std::string_view text);
 // As ReportUnreadable, behind a message box that says the same.
 void ShowUnreadable(std::string_view text);
 
-// The item itself; raises ObjectNotSet for nothing.
-Item& Require(const ItemPtr& item);
-
 }  // namespace frame
 
-// An interface with Einlesen, which reads items and tree of the Location's address. That of the bookmarks
-// keeps it from the host.
+// An interface with Einlesen, which reads items and tree of the Location's address. The interface of the
+// bookmarks lacks it: there only the frame calls it.
 template <class Interface>
 class Reading : public Interface {};
 
@@ -63,8 +60,8 @@ class Reading<BookmarkConnector> : public BookmarkConnector {
 // override.
 //
 // It must be held by a shared pointer when InitLocation, NewItem or Reload is called, since items and topics
-// learn of it. Every member needs LocObject or the host, and a failed call of either rises, but for GetItem,
-// HasID and PasteItem.
+// learn of it. InitLocation, NewItem and DeleteItem need LocObject, and what makes or tells something needs
+// the host; a failed call of either rises out of every member but PasteItem.
 template <class Interface>
 class LocationFrame : public Reading<Interface>,
                       public std::enable_shared_from_this<LocationFrame<Interface>> {
@@ -79,7 +76,9 @@ class LocationFrame : public Reading<Interface>,
   void SetTree(const TreePtr& tree) final { tree_ = tree; }
 
   bool InitLocation(std::string_view file) final {
-    frame::InstallParameterItem(HostLocation(), this->shared_from_this(), Parameters());
+    const ItemPtr item = HostObjects::Current().NewItem();
+    HostLocation().SetParameterItem(item);
+    frame::FillParameterItem(Require(item), this->shared_from_this(), Parameters());
     return PrepareAddress(file);
   }
 
@@ -123,18 +122,19 @@ class LocationFrame : public Reading<Interface>,
     ItemPtr item;
     std::string bornAs;
     Swallow([&] { item = NewItem(conn); });
-    Swallow([&] { bornAs = frame::Require(item).ID(); });
-    Swallow([&] { frame::Require(item).ImportRecord(import); });
+    Swallow([&] { bornAs = Require(item).ID(); });
+    Swallow([&] { Require(item).ImportRecord(import); });
     Swallow([&] { FileUnderNewID(item, bornAs); });
     if (conn) Swallow([&] { Pasted(item, import); });
-    Swallow([&] { frame::Require(item).SetConnected(true); });
+    Swallow([&] { Require(item).SetConnected(true); });
     return item;
   }
 
   bool DeleteItem(const ItemPtr& itm) final {
     if (IsNothing(itm)) return false;
     const bool withdrawn = Withdraw(itm);
-    frame::AnnounceDeleted(HostLocation(), itm);
+    frame::ReportDeleted(itm);
+    HostLocation().SetChanged(true);
     return withdrawn;
   }
 
@@ -176,7 +176,7 @@ class LocationFrame : public Reading<Interface>,
 
  private:
   void FileUnderNewID(const ItemPtr& item, std::string_view bornAs) {
-    const std::string id = frame::Require(item).ID();
+    const std::string id = Require(item).ID();
     if (id == bornAs) return;
     itemStore_.TryRemove(bornAs);
     itemStore_.TryRemove(id);

@@ -64,11 +64,11 @@ std::shared_ptr<KeyedList<std::string>> Location_FireFox::GetSubKeywords(Express
   Swallow([&] { enumeration = HostObjects::Current().NewEnum(); });
   Swallow([&] {
     LocationPtr location = LocObject();
-    RequireAs<HostEnum>(enumeration)->Init(location, expr);
+    Require(enumeration).Init(location, expr);
     SetLocObject(location);
   });
-  Swallow([&] { keyword = RequireAs<Expression>(expr)->Text(); });
-  Swallow([&] { keywords = RequireAs<HostEnum>(enumeration)->SubKeywords(keyword); });
+  Swallow([&] { keyword = Require(expr).Text(); });
+  Swallow([&] { keywords = Require(enumeration).SubKeywords(keyword); });
   return keywords;
 }
 

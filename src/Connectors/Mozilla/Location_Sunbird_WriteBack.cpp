@@ -61,7 +61,7 @@ bool Location_Sunbird::Withdraw(const ItemPtr& item) {
 void Location_Sunbird::RedoAction(const ItemPtr& itm, std::string_view zeit, std::int32_t msg,
                                   std::string_view Value) {
   std::string id;
-  Swallow([&] { id = frame::Require(itm).ID(); });
+  Swallow([&] { id = Require(itm).ID(); });
   if (IsNothing(itm) || id == "parameter") return;
   HostGlobal& global = HostObjects::Current().Global();
   std::string name;

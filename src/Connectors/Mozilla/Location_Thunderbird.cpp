@@ -46,7 +46,7 @@ std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view k
                                           GetFileOption getfileoption) {
   constexpr std::int16_t kWholeMail = -2;
   SetWaitCursor(false);
-  const vorlent::Item& item = frame::Require(itm);
+  const vorlent::Item& item = Require(itm);
   std::string lines = item.DataText(key);
   std::string name = CutLine(lines);
   std::string target = HostObjects::Current().Global().TempPath() + name;

@@ -19,10 +19,9 @@ namespace vorlent {
 // for as long as the component is loaded.
 bool& NoThunderbirdCheck();
 
-// Bound to one mailbox file, which it reads as a forward stream of mails. A mail begins with a line "From -
-// ..." or
-// ">From - ..." at the beginning of the stream or behind an empty line. Mails whose X-Mozilla-Status has the
-// bit of value 8 are skipped.
+// Bound to one mailbox file, which it reads as a forward stream of mails. A mail begins with a line that
+// starts with "From - " or ">From - ", at the beginning of the stream or behind an empty line. Mails whose
+// X-Mozilla-Status has the bit of value 8 are skipped.
 //
 // Lines end by the rule that is the default when the mailbox is opened (Common/LineFile.h). Mailboxes above 2
 // GB can't be read: a position behind that raises Overflow.

@@ -77,6 +77,10 @@ class PlainBookmarks final : public LocationFrame<BookmarkConnector> {
   bool Withdraw(const ItemPtr&) override { return true; }
 };
 
+constexpr int kObjectNotSet = static_cast<int>(ErrorNumber::ObjectNotSet);
+constexpr int kNoSuchMember = static_cast<int>(ErrorNumber::NoSuchMember);
+constexpr int kHostFailure = static_cast<int>(ErrorNumber::Host);
+
 class LocationFrameTest : public testing::Test {
  protected:
   LocationFrameTest() {
@@ -146,14 +150,11 @@ TEST_F(LocationFrameTest, InitLocationLetsEveryFailedCallRise) {
   }
 }
 
-TEST_F(LocationFrameTest, NothingWorksWithoutALocation) {
+TEST_F(LocationFrameTest, InitLocationWithoutALocationFailsBehindTheNewItem) {
   connector->SetLocObject(nullptr);
-  try {
-    connector->InitLocation("");
-    FAIL();
-  } catch (const Failure& failure) {
-    EXPECT_TRUE(failure.Is(ErrorNumber::ObjectNotSet));
-  }
+  EXPECT_EQ(SwallowedNumber([&] { connector->InitLocation(""); }), kObjectNotSet);
+  EXPECT_EQ(host.Items.size(), 1U);
+  EXPECT_THAT(host.Log.Lines(), IsEmpty());
 }
 
 TEST_F(LocationFrameTest, OpenLocationReadsWhateverAddressItIsGiven) {
@@ -216,6 +217,25 @@ TEST_F(LocationFrameTest, NewItemThatCouldNotBeCountedStaysInTheStore) {
   EXPECT_THAT(Ids(), ElementsAre("{NEW-1}"));
 }
 
+TEST_F(LocationFrameTest, NewItemLetsEveryFailedCallRise) {
+  // Each with what the store then holds.
+  const std::vector<std::pair<std::string, std::int32_t>> rows = {{"Host.NewItem", 0},
+                                                                  {"item1.SetLocation", 0},
+                                                                  {"item1.SetConnected", 0},
+                                                                  {"item1.ID", 0},
+                                                                  {"Location(\"x://\").ItemC", 1},
+                                                                  {"Location(\"x://\").SetItemCounter", 1},
+                                                                  {"Location(\"x://\").SetL", 1}};
+  for (const auto& [call, count] : rows) {
+    RecordingHost freshHost;
+    const auto fresh = std::make_shared<PlainConnector>(freshHost.Log);
+    fresh->SetLocObject(freshHost.MakeLocation("x://"));
+    freshHost.Log.FailOn(call);
+    EXPECT_EQ(SwallowedNumber([&] { fresh->NewItem(true); }), kHostFailure) << call;
+    EXPECT_EQ(fresh->Count(), count) << call;
+  }
+}
+
 TEST_F(LocationFrameTest, ItemsAreFoundByPositionAndByID) {
   const ItemPtr first = connector->NewItem();
   const ItemPtr second = connector->NewItem();
@@ -253,6 +273,13 @@ TEST_F(LocationFrameTest, EnumIsBoundToTheLocationAndMayReplaceBoth) {
   EXPECT_THAT(host.Log.Lines(), ElementsAre("Enum.Init(Location(\"x://here\"),\"$type=mail\")"));
   EXPECT_EQ(connector->LocObject(), otherLocation);
   EXPECT_EQ(expression, otherExpression);
+}
+
+TEST_F(LocationFrameTest, FailedInitOfAnEnumRises) {
+  host.Log.FailOn("Enum.Init");
+  ExpressionPtr expression = std::make_shared<TextExpression>("$type=mail");
+  EXPECT_EQ(SwallowedNumber([&] { connector->CreateEnum(expression); }), kHostFailure);
+  EXPECT_EQ(connector->LocObject(), location);
 }
 
 // --- PasteItem
@@ -308,6 +335,7 @@ TEST_F(LocationFrameTest, PasteItemGoesOnBehindEveryFailedStep) {
       {"item1.SetLocation", false, {}, {"Pasted nothing ID=a"}},
       {"Location(\"x://\").SetItemCounter", false, {"{NEW-1}"}, {"Pasted nothing ID=a"}},
       {"Location(\"x://\").SetLastItemTimer", false, {"{NEW-1}"}, {"Pasted nothing ID=a"}},
+      {"item1.ID", false, {}, {"Pasted nothing ID=a"}},
       {"item1.ImportRecord", true, {"{NEW-1}"}, {"Pasted {NEW-1} ID=a", "item1.SetConnected(true)"}},
       {"Pasted", true, {"a"}, {"Pasted a ID=a", "item1.SetConnected(true)"}},
   };
@@ -331,6 +359,24 @@ TEST_F(LocationFrameTest, PasteItemSwallowsTheLastStepToo) {
   host.Log.FailOn("item1.SetConnected");
   EXPECT_NE(connector->PasteItem("ID=a", false), nullptr);
   EXPECT_THAT(Ids(), ElementsAre("a"));
+}
+
+TEST_F(LocationFrameTest, PastedItemWhoseOldIDCannotBeReadStaysUnderItToo) {
+  host.Log.FailOn("item1.ID", 2);
+  const ItemPtr item = connector->PasteItem("ID=a", false);
+  ASSERT_NE(item, nullptr);
+  EXPECT_EQ(connector->GetItem("{NEW-1}"), item);
+  EXPECT_EQ(connector->GetItem("a"), item);
+  EXPECT_EQ(connector->Count(), 2);
+}
+
+TEST_F(LocationFrameTest, PastedItemWhoseNewIDCannotBeReadStaysUnderTheOldOne) {
+  host.Log.FailOn("item1.ID", 3);
+  const ItemPtr item = connector->PasteItem("ID=a", false);
+  ASSERT_NE(item, nullptr);
+  EXPECT_EQ(connector->GetItem("{NEW-1}"), item);
+  EXPECT_FALSE(connector->HasID("a"));
+  EXPECT_TRUE(host.Items[0]->Connected);
 }
 
 TEST_F(LocationFrameTest, ManyRecordsArePastedInLinearTime) {
@@ -383,6 +429,25 @@ TEST_F(LocationFrameTest, ConnectorDecidesTheResultOfADeletion) {
   EXPECT_THAT(host.Log.Only({"Global.Report"}), ElementsAre("Global.Report(38,\"\",item1)"));
 }
 
+TEST_F(LocationFrameTest, DeletedItemIsReportedBeforeTheLocationIsMissed) {
+  const ItemPtr item = connector->PasteItem("ID=a", false);
+  connector->SetLocObject(nullptr);
+  host.Log.Clear();
+  EXPECT_EQ(SwallowedNumber([&] { connector->DeleteItem(item); }), kObjectNotSet);
+  EXPECT_THAT(host.Log.Lines(), ElementsAre("Withdraw a", "Global.Report(38,\"\",item1)"));
+}
+
+TEST_F(LocationFrameTest, DeletionLetsAFailedCallOfTheHostRise) {
+  for (const std::string call : {"Global.Report", "Location(\"x://here\").SetChanged"}) {
+    host.Log.ClearFaults();
+    const ItemPtr item = connector->PasteItem("ID=a", false);
+    host.Log.FailOn(call);
+    EXPECT_EQ(SwallowedNumber([&] { connector->DeleteItem(item); }), kHostFailure) << call;
+    EXPECT_EQ(connector->Count(), 0) << call;
+  }
+  EXPECT_EQ(host.Log.Only({"Location(\"x://here\").SetChanged"}).size(), 1U);
+}
+
 // --- Reload
 
 TEST_F(LocationFrameTest, ReloadKeepsTheTopicsOutWhileItReads) {
@@ -407,13 +472,33 @@ TEST_F(LocationFrameTest, FailedReloadLeavesTheTopicsOff) {
               ElementsAre("Topics.SetNotify(false)", "Topics.ClearLocation(connector)", "Einlesen"));
 }
 
+TEST_F(LocationFrameTest, ReloadLetsEveryFailedCallRise) {
+  // Each with what was done up to there.
+  const std::vector<std::pair<std::string, std::vector<std::string>>> rows = {
+      {"Global.GetObject(\"topics\")", {}},
+      {"Topics.SetNotify(false)", {"Topics.SetNotify(false)"}},
+      {"Topics.ClearLocation", {"Topics.SetNotify(false)", "Topics.ClearLocation(connector)"}},
+      {"Topics.AddLocation",
+       {"Topics.SetNotify(false)", "Topics.ClearLocation(connector)", "Einlesen",
+        "Topics.AddLocation(connector)"}}};
+  host.AddTopics();
+  for (const auto& [call, done] : rows) {
+    host.Log.Clear();
+    host.Log.ClearFaults();
+    host.Log.FailOn(call);
+    EXPECT_EQ(SwallowedNumber([&] { connector->Reload(); }), kHostFailure) << call;
+    EXPECT_EQ(host.Log.Lines(), done) << call;
+  }
+}
+
 TEST_F(LocationFrameTest, TopicsThatAreNoLocationAreAFailure) {
   host.Global.Objects["topics"] = host.MakeItem();
-  EXPECT_THROW(connector->Reload(), Failure);
+  EXPECT_EQ(SwallowedNumber([&] { connector->Reload(); }), kNoSuchMember);
   auto topics = host.MakeLocation("topics");
-  topics->ConnectorObject = host.MakeItem();
   host.Global.Objects["topics"] = topics;
-  EXPECT_THROW(connector->Reload(), Failure);
+  EXPECT_EQ(SwallowedNumber([&] { connector->Reload(); }), kObjectNotSet);
+  topics->ConnectorObject = host.MakeItem();
+  EXPECT_EQ(SwallowedNumber([&] { connector->Reload(); }), kNoSuchMember);
   EXPECT_THAT(host.Log.Lines(), IsEmpty());
 }
 

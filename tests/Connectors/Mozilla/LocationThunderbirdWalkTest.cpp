@@ -227,6 +227,18 @@ TEST_F(LocationThunderbirdWalkTest, AllProfilesAreReadInTheirOrder) {
   EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=b,Inbox two"));
 }
 
+TEST_F(LocationThunderbirdWalkTest, ReadingAllProfilesGoesOnOverTheDisksWhichNoAccountStandsFor) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  platform->drives = {{'C', 3}, {'D', 5}};
+  EXPECT_EQ(Read("thunderbird://"), LocationState::Read);
+  EXPECT_EQ(Nodes(),
+            "Account 'a' [Account=a]\nAccount 'C:\\' [Account=C:\\]\nAccount 'D:\\' [Account=D:\\]\n");
+  EXPECT_THAT(Raises(), ElementsAre(Raised("Account 'C:\\' nicht gefunden!"),
+                                    Raised("Account 'D:\\' nicht gefunden!")));
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one"));
+}
+
 TEST_F(LocationThunderbirdWalkTest, ReadingStopsAtTheFirstProfileThatIsNotFound) {
   // A name with a slash is listed, but not found by what stands before it.
   tree.AddProfile("p/q", {"a"});
