@@ -28,6 +28,8 @@ forbid "$inner" '#include "Platform/(Posix|Windows)/' "A system's own part of th
 forbid "$inner src/Standalone" '#\s*(if|ifdef|ifndef|elif).*(_WIN32|__linux__|__unix__|_POSIX|__APPLE__|__MINGW)' "An operating system is asked for above the seam"
 forbid "$inner" '(std::filesystem|std::[io]?fstream|fopen\()' "The standard library's files above the seam"
 forbid "src tests fuzz bench" 'catch \(\.\.\.\)' "A catch-all"
+# clang-format leaves comments and long literals as they are written. Columns are characters, not bytes.
+LC_ALL=C.UTF-8 forbid "src tests bench fuzz" '^.{111,}' "A line over 110 columns"
 
 formatted=$(git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror 2>&1 | grep -E 'error' | head -n 10 || true)
 [ -z "$formatted" ] || fail "Not formatted by .clang-format:"$'\n'"$formatted"

@@ -13,11 +13,11 @@
 
 namespace vorlent {
 
-// Keys compare without regard to letter case. Adding a key that the list holds raises KeyExists; a key or position
-// that it doesn't hold raises InvalidCall for a key and SubscriptOutOfRange for a position.
+// Keys compare without regard to letter case. Adding a key that the list holds raises KeyExists; a key or
+// position that it doesn't hold raises InvalidCall for a key and SubscriptOutOfRange for a position.
 //
-// Appending, lookup by key, lookup by position and removal at either end are constant time. A removal from the
-// middle leaves a hole; while there are holes, positions are found in logarithmic time.
+// Appending, lookup by key, lookup by position and removal at either end are constant time. A removal from
+// the middle leaves a hole; while there are holes, positions are found in logarithmic time.
 template <class T>
 class KeyedList {
  public:

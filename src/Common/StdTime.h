@@ -21,7 +21,10 @@ std::int32_t StampToEpoch(std::string_view s);
 // The stamp of seconds since 1970, without any time zone.
 std::string EpochToStamp(std::int32_t t);
 
+// 366 in a leap year of the Gregorian calendar, else 365.
 std::int32_t DaysInYear(std::int32_t year);
+
+// Days of a month from 1; 31 for a number that is no month.
 std::int32_t DaysInMonth(std::int32_t month, std::int32_t year);
 
 // The platform's date parser for display text: day.month.year, then hours, minutes and perhaps seconds.

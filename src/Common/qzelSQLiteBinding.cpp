@@ -23,9 +23,8 @@ int sqlite_open(std::string_view file, sqlite3*& handle) {
   // - A rollback journal would be rolled back by a connection that can write.
   const int mode = FileExists(path + "-journal") ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   // - A write-ahead log would be copied into the database and removed by the last connection to close.
-  // Without
-  //   a log, the same clearing up removes the empty one that reading makes, so a read-only connection, which
-  //   can't clear up, is no way out.
+  //   Without a log, the same clearing up removes the empty one that reading makes, so a read-only
+  //   connection, which can't clear up, is no way out.
   const bool keepLog = FileExists(path + "-wal");
   // - The log's index would be made beside it, unless the connection has the file to itself and keeps the
   //   index in memory.

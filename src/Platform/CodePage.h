@@ -1,7 +1,7 @@
 // The system code page, Windows-1252: one byte per character.
 //
-// Text inside the system is held in it. The five bytes that the page leaves open (81, 8D, 8F, 90, 9D) stand for
-// the control characters of the same number, as the operating system maps them.
+// Text inside the system is held in it. The five bytes that the page leaves open (81, 8D, 8F, 90, 9D) stand
+// for the control characters of the same number, as the operating system maps them.
 #pragma once
 
 #include <algorithm>
@@ -54,7 +54,8 @@ struct CodePageLiteral {
       char32_t codePoint = count == 1 ? lead : count == 2 ? lead & 0x1F : lead & 0x0F;
       for (std::size_t k = 1; k < count; ++k)
         codePoint = codePoint << 6 | (utf8[i + k] & 0x3F);
-      // A character that the page doesn't hold makes this access no constant expression, and so a compile error.
+      // A character that the page doesn't hold makes this access no constant expression, and so a compile
+      // error.
       bytes[length++] = static_cast<char>(codepage::FromCodePoint(codePoint).value());
       i += count;
     }

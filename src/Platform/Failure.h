@@ -18,7 +18,6 @@ enum class ErrorNumber : int {
   DeviceIo = 57,
   FileExists = 58,
   DiskFull = 61,
-  PastEndOfFile = 62,
   PermissionDenied = 70,
   PathAccess = 75,
   PathNotFound = 76,
@@ -28,7 +27,8 @@ enum class ErrorNumber : int {
   Host = 440,
 };
 
-// A failed step: the runtime's error number and a text for people, which names the file where one is concerned.
+// A failed step: the runtime's error number and a text for people, which names the file where one is
+// concerned.
 class Failure : public std::runtime_error {
  public:
   Failure(ErrorNumber number, const std::string& text) : Failure(static_cast<int>(number), text) {}

@@ -40,10 +40,9 @@ class ArchiveItem : public StandaloneItem {
   std::string DataFile(std::string_view key, std::int32_t index) const override;
 
   // Once this returns the file is in the archive, safe from a crash of the machine. `options` are words
-  // joined by
-  // "|": "move" lets the source go, after that; "nofileattribute" takes the read-only attribute from the
-  // file. A file that the item took already under another key is shared. A source that isn't there raises
-  // FileNotFound, and the item is marked as one that lacks a file.
+  // joined by "|": "move" lets the source go, after that; "nofileattribute" takes the read-only attribute
+  // from the file. A file that the item took already under another key is shared. A source that isn't there
+  // raises FileNotFound, and the item is marked as one that lacks a file.
   void TakeFile(std::string_view key, std::string_view path, std::string_view options,
                 std::string_view metaData) override;
 

@@ -290,11 +290,25 @@ TEST(ProcessesTest, TerminatedProcessEndsEvenIfItWouldNot) {
 }
 
 TEST(ProcessesTest, IdsOfNoProcessAreHarmless) {
-  // 0 and -1 stand for groups and for all processes in the system's own call.
-  for (const std::uint32_t id : {0u, 0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu}) {
-    PosixPlatform().CloseWindows(id);
-    PosixPlatform().Terminate(id);
-  }
+  // 0 and -1 stand for groups and for all processes in the system's own call. Who calls here has a group of
+  // its own, and as nobody reaches no further.
+  Child caller([] {
+    constexpr uid_t nobody = 65534;
+    if (setsid() < 0 || (geteuid() == 0 && setuid(nobody) != 0)) _exit(2);
+    bool stays = false;
+    {
+      Child neighbour([] { pause(); });
+      for (const std::uint32_t id : {0u, 0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu}) {
+        PosixPlatform().CloseWindows(id);
+        PosixPlatform().Terminate(id);
+      }
+      stays = neighbour.Bury() == -1;
+    }
+    _exit(stays ? 0 : 1);
+  });
+  const int status = caller.Await();
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 // --- Drives, registry, folders ---------------------------------------------------------------------------

@@ -68,8 +68,8 @@ void WriteTo(int descriptor, const char* bytes, std::size_t size, std::string_vi
 
 File File::Open(std::string_view path, Mode mode) {
   OpenedFile opened = OpenFile(path, OpenFlags(mode));
-  // An empty file is left alone: a file system may take one that is emptied for one that replaces another, and
-  // write it out at once when it is closed.
+  // An empty file is left alone: a file system may take one that is emptied for one that replaces another,
+  // and write it out at once when it is closed.
   if (mode == Mode::Create && opened.IsPlain() && opened.status.st_size > 0) {
     Require(Retry([&] { return ftruncate(opened.descriptor.Get(), 0); }) == 0, path);
   }

@@ -22,9 +22,8 @@ class PosixPlatform : public Platform {
   void Wait(std::uint32_t milliseconds) override;
 
   // Names are those that the programs have on Windows: with ".exe" where there is no extension, and without
-  // the
-  // "-bin" that Mozilla's applications carry behind their start scripts. A process that goes by another name
-  // than that of its file comes with each of them.
+  // the "-bin" that Mozilla's applications carry behind their start scripts. A process that goes by another
+  // name than that of its file comes with each of them.
   std::optional<std::vector<ProcessEntry>> Processes() override;
 
   // Asks by the terminating signal, and waits up to kCloseTime for the process to end by itself.

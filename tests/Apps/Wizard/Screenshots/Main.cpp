@@ -1,6 +1,7 @@
 // Makes the pictures of the wizard for the documents:
 //   wizard_screenshots SAMPLES TARGET-FOLDER [TIMES]
-// With TIMES, such as 2 or 0.5, the windows are that many times as large as they come, or as small as they get.
+// With TIMES, such as 2 or 0.5, the windows are that many times as large as they come, or as small as they
+// get.
 #include <QApplication>
 #include <QLineEdit>
 #include <QPlainTextEdit>
