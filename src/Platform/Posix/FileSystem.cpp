@@ -1,7 +1,6 @@
 #include <dirent.h>
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -131,11 +130,6 @@ void WriteTimes(std::string_view path, const DateTime& local) {
 // --- Listing ---------------------------------------------------------------------------------------------
 
 namespace {
-
-struct CloseFolder {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-using Listing = std::unique_ptr<DIR, CloseFolder>;
 
 bool IsFolder(DIR* listing, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return entry.d_type == DT_DIR;

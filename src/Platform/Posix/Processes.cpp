@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <memory>
 
 #include "Platform/Posix/PosixPlatform.h"
 #include "Platform/Posix/System.h"
@@ -78,7 +77,7 @@ std::optional<pid_t> CheckedId(std::uint32_t processId) {
 }  // namespace
 
 std::optional<std::vector<ProcessEntry>> PosixPlatform::Processes() {
-  const std::unique_ptr<DIR, decltype([](DIR* folder) { closedir(folder); })> listing(opendir("/proc"));
+  const os::Listing listing(opendir("/proc"));
   if (!listing) return std::nullopt;
   std::vector<std::uint32_t> ids;
   while (const dirent* entry = readdir(listing.get())) {

@@ -1,12 +1,14 @@
 // What the files of this folder share: system calls and their failures.
 #pragma once
 
+#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -49,6 +51,12 @@ class Descriptor {
  private:
   int value_;
 };
+
+// An open listing of a folder that closes itself; nothing if the folder can't be opened.
+struct ListingCloser {
+  void operator()(DIR* listing) const { closedir(listing); }
+};
+using Listing = std::unique_ptr<DIR, ListingCloser>;
 
 // An open file and what it is.
 struct OpenedFile {
