@@ -478,8 +478,8 @@ INSTANTIATE_TEST_SUITE_P(Seeds, qzelCollectionModelTest, testing::Range(1u, 13u)
 
 // --- Against the bare arrays -----------------------------------------------------------------------------
 
-// The list as six pieces of data that are changed step by step, with every oddity that comes of it: heads that
-// outlive Clear, doubled entries, runs that overshoot, and what a failing step leaves behind.
+// The list as six pieces of data that are changed step by step, with every oddity that comes of it: heads
+// that outlive Clear, doubled entries, runs that overshoot, and what a failing step leaves behind.
 class Arrays {
  public:
   // Where the links of a chain form a ring, a walk would never end.
@@ -653,7 +653,8 @@ TEST_P(qzelCollectionArraysTest, EveryOddityAndFailureIsThatOfTheArrays) {
   const auto upTo = [&](int limit) {
     return static_cast<std::int32_t>(random() % static_cast<unsigned>(limit + 1));
   };
-  // Twins, a pair and a triple of one bucket, the bucket 0, and a key that is a number without being a position.
+  // Twins, a pair and a triple of one bucket, the bucket 0, and a key that is a number without being a
+  // position.
   const std::vector<std::string> keys = {"",  "a",  "B",  std::string("@\x01", 2),   std::string("\0", 1),
                                          "0", "ab", "ba", std::string("\x02\x01", 2)};
   qzelCollection list;
