@@ -15,12 +15,6 @@ namespace vorlent::os {
 
 namespace {
 
-std::string WithoutClosingSlash(std::string native) {
-  while (native.size() > 1 && native.back() == '/')
-    native.pop_back();
-  return native;
-}
-
 // An entry of the disks.
 struct Entry {
   std::string native;

@@ -9,11 +9,11 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <vector>
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Platform/Posix/System.h"
 
 namespace vorlent::os {
 
@@ -33,14 +33,14 @@ Settings& Current() {
   return settings;
 }
 
-std::string WithoutClosingSlash(std::string path) {
-  while (!path.empty() && path.back() == '/')
-    path.pop_back();
-  return path;
+// A folder in the form in which names follow it with a slash in front.
+std::string AsPrefix(std::string folder) {
+  folder = WithoutClosingSlash(std::move(folder));
+  return folder == "/" ? "" : folder;
 }
 
 std::string AbsoluteFolder(std::string_view nativeFolder) {
-  return WithoutClosingSlash(std::filesystem::absolute(nativeFolder).lexically_normal().string());
+  return AsPrefix(std::filesystem::absolute(nativeFolder).lexically_normal().string());
 }
 
 // The drive's place in the table, nothing if the character is no letter.
@@ -85,10 +85,10 @@ const std::array<Place, 3>& Places() {
 std::optional<std::string> Home() {
   if (Current().home) return Current().home;
   const char* variable = std::getenv("HOME");
-  if (variable != nullptr && variable[0] == '/') return WithoutClosingSlash(variable);
+  if (variable != nullptr && variable[0] == '/') return AsPrefix(variable);
   const passwd* user = getpwuid(getuid());
   if (user == nullptr || user->pw_dir == nullptr || user->pw_dir[0] != '/') return std::nullopt;
-  return WithoutClosingSlash(user->pw_dir);
+  return AsPrefix(user->pw_dir);
 }
 
 // The first place that exists. One that holds profiles goes before one that was merely made by another
@@ -152,10 +152,6 @@ void AppendNames(std::string& native, std::string_view names) {
   }
 }
 
-struct CloseFolder {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
 // Tells which names Windows takes for one name.
 class NameMatcher {
  public:
@@ -176,7 +172,7 @@ class NameMatcher {
 // The entry of a folder that Windows takes for `name`; of several the first in sorted order. "" if there is
 // none.
 std::string FindWithoutCase(const std::string& folder, const std::string& name) {
-  const std::unique_ptr<DIR, CloseFolder> listing(opendir(folder.empty() ? "." : folder.c_str()));
+  const Listing listing(opendir(folder.empty() ? "." : folder.c_str()));
   if (!listing) return "";
   const NameMatcher wanted(name);
   std::string found;

@@ -58,4 +58,10 @@ void RefuseAccess(std::string_view path, std::string_view reason) {
   throw Failure(ErrorNumber::PathAccess, std::string(path) + ": " + std::string(reason));
 }
 
+std::string WithoutClosingSlash(std::string native) {
+  while (native.size() > 1 && native.back() == '/')
+    native.pop_back();
+  return native;
+}
+
 }  // namespace vorlent::os

@@ -35,6 +35,9 @@ auto Retry(Call&& call) {
   return result;
 }
 
+// A native path without the slashes at its end; the root keeps its own.
+std::string WithoutClosingSlash(std::string native);
+
 // An open descriptor that closes itself.
 class Descriptor {
  public:
