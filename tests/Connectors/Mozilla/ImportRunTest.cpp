@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Connectors/Mozilla/Actions.h"
 #include "Platform/Files.h"
 #include "Support/RecordingHost.h"
@@ -432,6 +434,27 @@ TEST_F(ImportRunTest, MailWithoutAStatusHeaderCannotBeMarked) {
   EXPECT_EQ(Run({"action move", "import " + box}), 0);
   EXPECT_THAT(Pasted(), ElementsAre("one", "two"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
+}
+
+TEST_F(ImportRunTest, MailThatIsNotWrittenWholeCountsAsFailedAndStays) {
+  // A device that takes nothing stands where the HTML text of the second mail goes.
+  std::filesystem::create_symlink("/dev/full", folder.Native("temp/mail.html"));
+  const std::string html =
+      "From - x\r\nX-Mozilla-Status: 0001\r\nSubject: html\r\nContent-Type: multipart/mixed; "
+      "boundary=b\r\n\r\n"
+      "--b\r\nContent-Type: text/html\r\n\r\n<p>\r\n--b--\r\n\r\n";
+  const std::string bytes = Mail("one") + html + Mail("three");
+  const std::string box = Box("Inbox", bytes);
+  EXPECT_EQ(Run({"action move", "import " + box}), 0);
+  EXPECT_THAT(Pasted(), ElementsAre("one", "html", "three"));
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "three", '9'));
+  const MailAccount& account = ImportRun::LastAccount();
+  EXPECT_EQ(account.delivered, 2);
+  EXPECT_EQ(account.Found(), 3);
+  ASSERT_EQ(account.failed.size(), 1U);
+  EXPECT_EQ(account.failed[0].mailbox, box);
+  EXPECT_EQ(account.failed[0].offset, 250);
+  EXPECT_THAT(account.failed[0].reason, testing::HasSubstr("mail.html"));
 }
 
 TEST_F(ImportRunTest, RunningThunderbirdIsAskedForOnlyWhenMailsGo) {
