@@ -8,16 +8,21 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "Apps/Wizard/WizardFrame.h"
+#include "Platform/Posix/PathMapping.h"
+#include "Standalone/StandaloneHost.h"
 #include "Support/RecordingHost.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr int kFolders = 5'000;
 constexpr int kMailboxes = 20'000;
@@ -71,6 +76,55 @@ void Press(QWidget& widget, Qt::Key key) {
   QApplication::sendEvent(&widget, &press);
 }
 
+// The first row of the tree with that text, opened row by row on the way there.
+QModelIndex OpenedWay(QTreeView& tree, const std::vector<const char*>& texts) {
+  QModelIndex at;
+  for (const char* text : texts) {
+    tree.expand(at);
+    QCoreApplication::processEvents();
+    const QModelIndexList found = tree.model()->match(tree.model()->index(0, 0, at), Qt::DisplayRole,
+                                                      QString(text), 1, Qt::MatchExactly);
+    at = found.isEmpty() ? QModelIndex() : found.front();
+  }
+  return at;
+}
+
+// The same row with all that lies behind it: the standalone host, the mail connector, a profile on the disk.
+void RunOnAProfile() {
+  const TemporaryFolder folder;
+  fs::copy(VORLENT_SAMPLES "/AppData", folder.Native("AppData"), fs::copy_options::recursive);
+  for (int i = 1; i <= kFolders; ++i) {
+    const std::string path =
+        "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Folder " + std::to_string(i);
+    folder.Write(path, "");
+    folder.Write(path + ".msf", "");
+  }
+  os::SetDrive('S', folder.Native().string());
+  os::SetAppDataFolder(folder.Native("AppData").string());
+  HostObserver nobody;
+  const auto before = HostObjects::Install(std::make_shared<StandaloneHost>(nobody));
+  {
+    WizardImport wizard;
+    wizard::WizardFrame frame(wizard, "Import", nullptr);
+    frame.show();
+    auto& tree = *frame.findChild<QTreeView*>("qzelSheet1");
+    const QModelIndex account = OpenedWay(tree, {"thunderbird://", "Profil 'default'", "Local Folders"});
+    const auto tick = [&](Qt::CheckState state) {
+      tree.model()->setData(account, state, Qt::CheckStateRole);
+    };
+    Measure(
+        "  the same in a profile on the disk", [&] { tree.expand(account); },
+        [&] {
+          tick(Qt::Checked);
+          tick(Qt::Unchecked);
+        });
+    tree.expand(account);
+    if (tree.model()->rowCount(account) < kFolders) std::puts("the tree isn't complete"), allFluid = false;
+  }
+  HostObjects::Install(before);
+  os::ResetPathMapping();
+}
+
 int Run() {
   const TemporaryFolder folder;
   for (int i = 1; i <= kMailboxes; ++i) {
@@ -104,6 +158,7 @@ int Run() {
         tick(tree, profile(), Qt::Checked);
         tick(tree, profile(), Qt::Unchecked);
       });
+  RunOnAProfile();
   tree.expand(profile());
   Measure(
       "  close it", [&] { tree.collapse(profile()); }, [&] { tree.expand(profile()); });

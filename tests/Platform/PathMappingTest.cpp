@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <filesystem>
+#include <thread>
 #include <vector>
 
 #include "Common/StdModul.h"
@@ -154,6 +157,87 @@ TEST_F(PathMappingTest, NamesBehindAMissingOneStayAsWritten) {
 TEST_F(PathMappingTest, UmlautsAreFoundWithoutRegardToCase) {
   folder_.Write("Entwürfe", "");
   EXPECT_EQ(os::ToNativePath(folder_.Path("ENTWÜRFE"_cp)), In("Entwürfe"));
+}
+
+// Long enough for the folder's times to be behind the clock's next step.
+void LetFoldersSettle() {
+  std::this_thread::sleep_for(std::chrono::milliseconds(150));
+}
+
+TEST_F(PathMappingTest, NamesAreFoundHoweverOftenTheirFolderWasAskedInVain) {
+  folder_.Write("Inbox", "");
+  folder_.Write("Entwürfe", "");
+  LetFoldersSettle();
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(os::ToNativePath(folder_.Path("missing")), In("missing"));
+    EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("Inbox"));
+    EXPECT_EQ(os::ToNativePath(folder_.Path("ENTWÜRFE"_cp)), In("Entwürfe"));
+    EXPECT_EQ(os::ToNativePath(folder_.Path("ENTW\xDCRF")), In("ENTWÜRF"));
+  }
+}
+
+TEST_F(PathMappingTest, NewNameIsFoundThoughItsFolderWasAskedBefore) {
+  folder_.Write("a", "");
+  LetFoldersSettle();
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("INBOX"));
+  folder_.Write("Inbox", "");
+  EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("Inbox"));
+  LetFoldersSettle();
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(os::ToNativePath(folder_.Path("SENT")), In("SENT"));
+  fs::rename(In("Inbox"), In("Sent"));
+  EXPECT_EQ(os::ToNativePath(folder_.Path("SENT")), In("Sent"));
+  EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("INBOX"));
+}
+
+TEST_F(PathMappingTest, ChangesInQuickSuccessionAreAllSeen) {
+  for (int i = 0; i < 300; ++i) {
+    const std::string name = "file" + std::to_string(i);
+    const std::string shouted = "FILE" + std::to_string(i);
+    ASSERT_EQ(os::ToNativePath(folder_.Path(shouted)), In(shouted));
+    ASSERT_EQ(os::ToNativePath(folder_.Path(shouted)), In(shouted));
+    folder_.Write(name, "");
+    ASSERT_EQ(os::ToNativePath(folder_.Path(shouted)), In(name));
+  }
+}
+
+TEST_F(PathMappingTest, FolderThatTookAnothersPlaceIsAskedAnew) {
+  folder_.Write("first/a", "");
+  folder_.Write("second/Inbox", "");
+  LetFoldersSettle();
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(os::ToNativePath(folder_.Path("first\\INBOX")), In("first/INBOX"));
+  fs::rename(In("first"), In("third"));
+  fs::rename(In("second"), In("first"));
+  EXPECT_EQ(os::ToNativePath(folder_.Path("first\\INBOX")), In("first/Inbox"));
+}
+
+TEST_F(PathMappingTest, ManyFoldersInTurnAreToldApart) {
+  for (int i = 0; i < 20; ++i)
+    folder_.Write("folder" + std::to_string(i) + "/only" + std::to_string(i), "");
+  LetFoldersSettle();
+  for (int round = 0; round < 3; ++round) {
+    for (int i = 0; i < 20; ++i) {
+      const std::string folder = "folder" + std::to_string(i);
+      for (const int asked : {i, i, (i + 1) % 20}) {
+        const std::string found = (asked == i ? "only" : "ONLY") + std::to_string(asked);
+        ASSERT_EQ(os::ToNativePath(folder_.Path(folder + "\\ONLY" + std::to_string(asked))),
+                  In(folder + "/" + found));
+      }
+    }
+  }
+}
+
+TEST_F(PathMappingTest, ThousandsOfMissingNamesInALargeFolderTakeNoTime) {
+  for (int i = 0; i < 3000; ++i)
+    folder_.Write("Folder " + std::to_string(i), "");
+  LetFoldersSettle();
+  const std::clock_t start = std::clock();
+  for (int i = 0; i < 3000; ++i)
+    ASSERT_FALSE(fs::exists(os::ToNativePath(folder_.Path("Folder " + std::to_string(i) + ".sbd"))));
+  // Each looked for in the whole folder would take a second or more.
+  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 3);
 }
 
 TEST_F(PathMappingTest, NewNameStaysAsWrittenBelowTheFoundFolder) {

@@ -8,6 +8,7 @@
 #include "Common/StdModul.h"
 #include "Common/StdRegistry.h"
 #include "Connectors/Mozilla/LocationRecord.h"
+#include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -107,19 +108,30 @@ KeyedList<std::string> GetDrives(std::string_view prefix, std::string_view filte
   return drives;
 }
 
-// The entry of a folder `name` whose subfolders lie in `below`; its address ends in "*" if there are any.
+// The entry of a folder `name`; its address ends in "*" if there is something below it.
 std::string FolderEntry(std::string_view prefix, const std::string& name, std::string_view folder,
-                        std::string_view below) {
+                        bool hasEntries) {
   std::string location = Joined(prefix, name, "/");
-  if (FolderHasEntries(below)) location += '*';
+  if (hasEntries) location += '*';
   return JoinDiscoveryEntry({name, location, Joined(folder, name)});
 }
 
-void AddMailbox(KeyedList<std::string>& list, std::string_view prefix, const std::string& name,
-                std::string_view folder) {
-  const std::string file = Joined(folder, name);
-  if (FileExists(Joined(file, kSummary)))
-    list.Add(FolderEntry(prefix, name, folder, Joined(file, kSubfolders)));
+// The mailboxes of a folder, told by the summary files beside them.
+void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::string_view folder,
+                  const KeyedList<std::string>& files, const KeyedList<std::string>& folders) {
+  const SiblingNames summaries(files, kSummary);
+  const SiblingNames subfolders(folders, kSubfolders);
+  // Only behind a closed path do the names that are asked for lie among those listed.
+  const bool isListed = folder.ends_with('\\');
+  for (const std::string& name : files) {
+    Swallow([&] {
+      const std::string file = Joined(folder, name);
+      if (isListed ? !summaries.StandBeside(name) : !FileExists(Joined(file, kSummary))) return;
+      const bool mayHaveEntries = !isListed || subfolders.StandBeside(name);
+      list.Add(
+          FolderEntry(prefix, name, folder, mayHaveEntries && FolderHasEntries(Joined(file, kSubfolders))));
+    });
+  }
 }
 
 }  // namespace
@@ -182,12 +194,10 @@ KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view 
   if (filter == kAll) {
     if (onDisks) {
       for (const std::string& name : folders) {
-        Swallow([&] { list.Add(FolderEntry(prefix, name, folder, Joined(folder, name))); });
+        Swallow([&] { list.Add(FolderEntry(prefix, name, folder, FolderHasEntries(Joined(folder, name)))); });
       }
     }
-    for (const std::string& name : files) {
-      Swallow([&] { AddMailbox(list, prefix, name, folder); });
-    }
+    AddMailboxes(list, prefix, folder, files, folders);
   } else {
     for (const std::string& name : onDisks ? folders : files) {
       if (filter == name) list.Add(Joined(folder, name, onDisks ? "\\" : kSubfolderStep));

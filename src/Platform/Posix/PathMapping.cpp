@@ -13,6 +13,7 @@
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Platform/Posix/AbsentNames.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent::os {
@@ -172,7 +173,10 @@ class NameMatcher {
 // The entry of a folder that Windows takes for `name`; of several the first in sorted order. "" if there is
 // none.
 std::string FindWithoutCase(const std::string& folder, const std::string& name) {
-  const Listing listing(opendir(folder.empty() ? "." : folder.c_str()));
+  const std::string place = folder.empty() ? "." : folder;
+  static thread_local AbsentNames absent;
+  if (absent.Hold(place, NameKey(ToWindowsName(name)))) return "";
+  const Listing listing(opendir(place.c_str()));
   if (!listing) return "";
   const NameMatcher wanted(name);
   std::string found;

@@ -295,6 +295,35 @@ TEST_F(MailFoldersTest, MailboxesWithTheirSummaryAreListed) {
                           "Inbox\nt://p/a/Inbox/*\n" + mail + "Inbox"));
 }
 
+TEST_F(MailFoldersTest, SummaryAndSubfoldersMayBeWrittenInAnotherLetterCase) {
+  tree.Folder().Write("n/Sent", "");
+  tree.Folder().Write("n/SENT.MSF", "");
+  tree.Folder().Write("n/sent.SBD/Sub", "");
+  const std::string folder = tree.Folder().Path("n") + "\\";
+  EXPECT_THAT(Entries(GetMailFolders("t://p/a/", "*", folder)),
+              ElementsAre("Sent\nt://p/a/Sent/*\n" + folder + "Sent"));
+}
+
+TEST_F(MailFoldersTest, NeitherAFolderNorAFileOfTheWrongKindCounts) {
+  tree.Folder().Write("n/Sent", "");
+  tree.Folder().MakeFolder("n/Sent.msf");
+  tree.Folder().Write("n/Trash", "");
+  tree.Folder().Write("n/Trash.msf", "");
+  tree.Folder().Write("n/Trash.sbd", "");
+  const std::string folder = tree.Folder().Path("n") + "\\";
+  EXPECT_THAT(Entries(GetMailFolders("t://p/a/", "*", folder)),
+              ElementsAre("Trash\nt://p/a/Trash/\n" + folder + "Trash"));
+}
+
+TEST_F(MailFoldersTest, WithoutASeparatorTheNamesAreAskedForBesideTheFolder) {
+  const std::string folder = tree.Folder().Path("m");
+  EXPECT_THAT(Entries(GetMailFolders("t://p/a/", "*", folder)), IsEmpty());
+  tree.Folder().Write("mRaw.msf", "");
+  tree.Folder().Write("mRaw.sbd/Sub", "");
+  EXPECT_THAT(Entries(GetMailFolders("t://p/a/", "*", folder)),
+              ElementsAre("Raw\nt://p/a/Raw/*\n" + folder + "Raw"));
+}
+
 TEST_F(MailFoldersTest, MailboxIsFoundByNameWithoutItsSummaryOrSubfolders) {
   EXPECT_THAT(Entries(GetMailFolders("t://p/a/", "Inbox", mail)), ElementsAre(mail + "Inbox.sbd\\"));
   EXPECT_THAT(Entries(GetMailFolders("t://p/a/", "Raw", mail)), ElementsAre(mail + "Raw.sbd\\"));
