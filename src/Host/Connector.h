@@ -31,7 +31,8 @@ class Connector : public Object {
   // Registers the parameter item and prepares the address. Only the calendar connector ever gives false, for
   // calendars that could not be read; an address that leads nowhere is reported to the host instead.
   virtual bool InitLocation(std::string_view file) = 0;
-  // Reads items and tree. The address is that of the Location, whatever `file` says.
+  // Reads items and tree. The address is that of the Location, whatever `file` says. Unreadable for one that
+  // leads nowhere, which the host is told.
   virtual LocationState OpenLocation(std::string_view file) = 0;
   // Ends the work with the Location. No connector keeps anything open for it.
   virtual void Disconnect() = 0;

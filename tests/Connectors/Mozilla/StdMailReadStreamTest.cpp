@@ -339,14 +339,16 @@ TEST_F(StdMailReadStreamTest, BoundaryThatCannotBeDecodedRaises) {
 }
 
 TEST_F(StdMailReadStreamTest, BoundaryThatCannotBeDecodedEndsTheFileWithItsHeader) {
-  const std::string headers = std::string(kFront) + "Content-Type: a;\n boundary==?x?Q?=ZZ?=\n";
-  OpenLines(headers + "Subject: s\n\n1\nend\n", -2);
-  EXPECT_EQ(NumberOf([&] { mail_.ReadStream(folder_.Path("out")); }), kTypeMismatch);
-  EXPECT_EQ(folder_.Read("out"), Crlf(headers));
-  EXPECT_EQ(Stored().back(), "Content-Type: a; boundary==?x?Q?=ZZ?=");
-  OpenLines(headers + "\n1\nend\n", -2);
-  EXPECT_EQ(NumberOf([&] { mail_.ReadStream(folder_.Path("out")); }), kTypeMismatch);
-  EXPECT_EQ(folder_.Read("out"), Crlf(headers));
+  for (const char* fold : {" ", "\n "}) {
+    const std::string headers =
+        std::string(kFront) + "Content-Type: a;" + std::string(fold) + "boundary==?x?Q?=ZZ?=\n";
+    for (const char* behind : {"Subject: s\n\n1\nend\n", "\n1\nend\n"}) {
+      OpenLines(headers + behind, -2);
+      EXPECT_EQ(NumberOf([&] { mail_.ReadStream(folder_.Path("out")); }), kTypeMismatch);
+      EXPECT_EQ(folder_.Read("out"), Crlf(headers));
+      EXPECT_EQ(Stored().back(), "Content-Type: a; boundary==?x?Q?=ZZ?=");
+    }
+  }
 }
 
 TEST_F(StdMailReadStreamTest, FileThatCannotBeMadeRaises) {
