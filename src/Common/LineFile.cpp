@@ -13,9 +13,7 @@ namespace {
 // Reading starts small, since a file is often opened for a few lines at one place, and grows to a size at
 // which the calls of the system no longer count.
 constexpr std::size_t kFirstBlock = 16 * 1024;
-constexpr std::size_t kBlock = 256 * 1024;
-
-constexpr std::uint32_t kLongestLineEnd = 2;
+constexpr std::size_t kBlock = 64 * 1024;
 
 LineRule defaultRule = LineRule::Windows;
 
@@ -55,7 +53,7 @@ void LineFile::Seek(std::uint64_t position) {
   ended_ = false;
 }
 
-std::string_view LineFile::ReadLine() {
+std::string_view LineFile::ReadAnyLine() {
   // Reads on until a byte behind the line end is there: so an LF that belongs to the CR isn't missed, and
   // AtEnd has no need to touch the buffer, which would cost the caller the line.
   std::size_t length = 0;

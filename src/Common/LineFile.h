@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -48,7 +49,10 @@ class LineFile {
 
   // The next line without its line end, "" at the end of the file. The view is valid until the next call of
   // ReadLine, Seek, WriteByte or Close. A failed read raises and leaves the position where it was.
-  std::string_view ReadLine();
+  std::string_view ReadLine() {
+    std::string_view line;
+    return rule_ == LineRule::Windows && TakeBufferedLine(line) ? line : ReadAnyLine();
+  }
 
   // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
   // true length, 0 if the file ended without one. Outlives Close, as a line that was kept does.
@@ -58,11 +62,15 @@ class LineFile {
   void WriteByte(char byte);
 
  private:
+  bool TakeBufferedLine(std::string_view& line);
+  std::string_view ReadAnyLine();
   bool Fill();
   void MakeRoom();
   std::size_t Find(char byte, std::size_t from, std::size_t to) const;
   std::size_t FindLineEnd(std::size_t from);
   void TakeLineEnd(std::size_t length);
+
+  static constexpr std::uint32_t kLongestLineEnd = 2;
 
   os::File file_;
   LineRule rule_ = LineRule::Windows;
@@ -75,5 +83,17 @@ class LineFile {
   std::uint32_t lineEndLength_ = 0;
   bool ended_ = false;  // the last read found nothing more
 };
+
+// The way of nearly all lines of the Windows rule: one that ends in front of what else is buffered.
+inline bool LineFile::TakeBufferedLine(std::string_view& line) {
+  if (next_ == filled_) return false;
+  const char* const start = buffer_.get() + next_;
+  const char* const end = static_cast<const char*>(std::memchr(start, '\r', filled_ - next_));
+  if (end == nullptr || end + kLongestLineEnd >= buffer_.get() + filled_) return false;
+  line = {start, end};
+  next_ += line.size() + (end[1] == '\n' ? 2 : 1);
+  lineEndLength_ = kLongestLineEnd;
+  return true;
+}
 
 }  // namespace vorlent

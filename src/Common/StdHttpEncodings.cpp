@@ -7,6 +7,7 @@
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Platform/Base64Blocks.h"
 #include "Platform/Failure.h"
 
 namespace vorlent {
@@ -75,7 +76,8 @@ char* DecodeOddGroup(std::string_view group, char* out) {
 
 // Writes the decoded bytes, three for a group at most, and returns their end.
 char* DecodeGroups(std::string_view s, char* out) {
-  std::size_t i = 0;
+  std::size_t i = os::DecodeBase64Blocks(s, out);
+  out += i / 4 * 3;
   for (; i + 4 <= s.size(); i += 4) {
     const std::uint32_t group =
         kFirst[Code(s[i])] | kSecond[Code(s[i + 1])] | kThird[Code(s[i + 2])] | kFourth[Code(s[i + 3])];
@@ -90,9 +92,9 @@ char* DecodeGroups(std::string_view s, char* out) {
   return i < s.size() ? DecodeOddGroup(s.substr(i), out) : out;
 }
 
-// How many bytes the text can become. Texts are as long as 16 bits can tell.
-std::size_t MostDecoded(std::string_view s) {
-  return static_cast<std::size_t>((ToInt16(s.size()) + 3) / 4 * 3);
+// The room that decoding takes. Texts are as long as 16 bits can tell.
+std::size_t RoomToDecode(std::string_view s) {
+  return static_cast<std::size_t>((ToInt16(s.size()) + 3) / 4 * 3) + os::kBase64Overhang;
 }
 
 char HexByte(char high, char low) {
@@ -110,13 +112,13 @@ int Base64Value(std::string_view character) {
 }
 
 std::string Base64Decode(std::string_view s) {
-  std::string out(MostDecoded(s), '\0');
+  std::string out(RoomToDecode(s), '\0');
   out.resize(static_cast<std::size_t>(DecodeGroups(s, out.data()) - out.data()));
   return out;
 }
 
 void Base64DecodeToFile(TextWriter& file, std::string_view s) {
-  file.WriteMade(MostDecoded(s), [s](char* out) { return DecodeGroups(s, out); });
+  file.WriteMade(RoomToDecode(s), [s](char* out) { return DecodeGroups(s, out); });
 }
 
 std::string Base64Encode(std::string_view bytes) {

@@ -108,6 +108,17 @@ TEST(Base64Decode, FollowsTheRuleForLongText) {
   }
 }
 
+TEST(Base64Decode, FollowsTheRuleForAnyCharacterAnywhereInALine) {
+  const std::string line = "VGhlIHF1aWNrIGJyb3duIGZveCBqdW1wcyBvdmVyIHRoZSBsYXp5IGRvZ/++";
+  for (std::size_t place = 0; place < line.size(); ++place) {
+    for (int code = 0; code < 256; ++code) {
+      std::string changed = line;
+      changed[place] = static_cast<char>(code);
+      ASSERT_EQ(Base64Decode(changed), DecodeByTheRule(changed)) << place << " " << code;
+    }
+  }
+}
+
 TEST(Base64Decode, OverflowsBehind32767Characters) {
   EXPECT_EQ(Base64Decode(std::string(32767, 'A')).size(), 24575U);
   EXPECT_EQ(SwallowedNumber([] { Base64Decode(std::string(32768, 'A')); }), 6);
