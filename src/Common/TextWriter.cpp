@@ -22,7 +22,8 @@ TextWriter::TextWriter(std::string_view path, os::File::Mode mode)
 TextWriter::TextWriter(TextWriter&& other) noexcept
     : file_(std::move(other.file_)),
       buffer_(std::move(other.buffer_)),
-      filled_(std::exchange(other.filled_, 0)) {}
+      filled_(std::exchange(other.filled_, 0)),
+      hasFailed_(std::exchange(other.hasFailed_, false)) {}
 
 TextWriter& TextWriter::operator=(TextWriter&& other) noexcept {
   if (this != &other) {
@@ -30,6 +31,7 @@ TextWriter& TextWriter::operator=(TextWriter&& other) noexcept {
     file_ = std::move(other.file_);
     buffer_ = std::move(other.buffer_);
     filled_ = std::exchange(other.filled_, 0);
+    hasFailed_ = std::exchange(other.hasFailed_, false);
   }
   return *this;
 }
@@ -60,8 +62,10 @@ void TextWriter::Close() {
   os::File file = std::move(file_);
   const std::size_t size = std::exchange(filled_, 0);
   const auto buffer = std::move(buffer_);
+  const bool failedBefore = std::exchange(hasFailed_, true);
   if (size > 0) file.Write(buffer.get(), size);
   file.Close();
+  hasFailed_ = failedBefore;
 }
 
 void TextWriter::RequireOpen() const {
@@ -77,7 +81,9 @@ char* TextWriter::Room(std::size_t size) {
 
 void TextWriter::Flush() {
   const std::size_t size = std::exchange(filled_, 0);
+  const bool failedBefore = std::exchange(hasFailed_, true);
   if (size > 0) file_.Write(buffer_.get(), size);
+  hasFailed_ = failedBefore;
 }
 
 // Fills the buffer to its brim before it is written, since the system is quickest with whole pages.

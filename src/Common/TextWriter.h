@@ -25,6 +25,8 @@ class TextWriter {
 
   bool IsOpen() const { return file_.IsOpen(); }
   const std::string& Path() const { return file_.Path(); }
+  // Whether something that was written since the file was opened didn't come to it.
+  bool HasFailed() const { return hasFailed_; }
 
   // Writes the text as it stands.
   void Write(std::string_view text);
@@ -51,6 +53,7 @@ class TextWriter {
   os::File file_;
   std::unique_ptr<char[]> buffer_;
   std::size_t filled_ = 0;
+  bool hasFailed_ = false;
 };
 
 }  // namespace vorlent

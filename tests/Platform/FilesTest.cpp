@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +17,7 @@
 #include "Support/AsOrdinaryUser.h"
 #include "Support/PrintDateTime.h"
 #include "Support/ScopedEnvironment.h"
+#include "Support/ScopedSizeLimit.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -53,27 +52,6 @@ constexpr int kPathNotFound = 76;
 
 constexpr File::Mode kAllModes[] = {File::Mode::Read, File::Mode::ReadWrite, File::Mode::Create,
                                     File::Mode::Append};
-
-// Files may grow to so many bytes only, as on a full disk.
-class ScopedSizeLimit {
- public:
-  explicit ScopedSizeLimit(rlim_t bytes) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    signal_ = signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit = {bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~ScopedSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    signal(SIGXFSZ, signal_);
-  }
-  ScopedSizeLimit(const ScopedSizeLimit&) = delete;
-  ScopedSizeLimit& operator=(const ScopedSizeLimit&) = delete;
-
- private:
-  rlimit before_ = {};
-  void (*signal_)(int) = nullptr;
-};
 
 class FilesTest : public testing::Test {
  protected:

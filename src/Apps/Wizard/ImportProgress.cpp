@@ -31,6 +31,8 @@ QString SumOf(const MailAccount& account) {
   QString sum = QString("%1 Mails importiert").arg(account.delivered);
   if (account.expunged > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(account.expunged);
   if (!account.failed.empty()) sum += QString(", %1 gescheitert").arg(account.failed.size());
+  if (!account.unmarked.empty())
+    sum += QString(", %1 nicht als gelöscht markiert").arg(account.unmarked.size());
   return sum;
 }
 
@@ -139,9 +141,14 @@ void ImportProgress::ShowRate(double percent) {
 
 void ImportProgress::ShowResult(const MailAccount& account, const QString& failure) {
   isRunning_ = false;
-  for (const MailAccount::Failed& mail : account.failed) {
-    log_->appendPlainText(
-        QString("%1, Mail an Stelle %2: %3").arg(ToQt(mail.mailbox)).arg(mail.offset).arg(ToQt(mail.reason)));
+  for (const auto& [mails, outcome] :
+       {std::pair(&account.failed, ""), std::pair(&account.unmarked, "nicht als gelöscht markiert: ")}) {
+    for (const MailAccount::Failed& mail : *mails) {
+      log_->appendPlainText(QString("%1, Mail an Stelle %2: %3%4")
+                                .arg(ToQt(mail.mailbox))
+                                .arg(mail.offset)
+                                .arg(outcome, ToQt(mail.reason)));
+    }
   }
   if (failure.isEmpty()) {
     bar_->setValue(kBarSteps);

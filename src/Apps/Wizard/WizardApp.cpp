@@ -115,7 +115,7 @@ int RunWizardApp(const WizardAppOptions& options) {
   if (!progress.WasOpened() && failed.isEmpty()) return wizardFinished ? kFailed : kCancelled;
   const MailAccount& account = ImportRun::LastAccount();
   progress.ShowResult(account, failed);
-  if (!failed.isEmpty() || !account.failed.empty()) return kFailed;
+  if (!failed.isEmpty() || !account.failed.empty() || !account.unmarked.empty()) return kFailed;
   return host->Global().Cancelled() ? kCancelled : kDone;
 }
 

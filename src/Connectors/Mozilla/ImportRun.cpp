@@ -125,13 +125,23 @@ void ImportRun::ImportMail() {
   ++itemsDone_;
   TakeFiles(*item);
   item->SetConnected(true);
-  // A mail of which a file could not be written whole isn't imported: it stays where it is complete.
-  if (command_.move && mail_.WriteFailure().empty()) deleteList_.Add(mail_.GetHeader("Address"));
+  if (command_.move) NoteForDeletion();
 
   host_.SetLogEnabled(true);
   host_.Report(report::kProgress, NumberText((mail_.Percent() * fileBytes_ + bytesDone_) * 100 / totalBytes_),
                nullptr);
   host_.SetLogEnabled(false);
+}
+
+// A mail of which a file could not be written whole isn't imported: it stays where it is complete. And no
+// mail shall go in the place of one that hides its own.
+void ImportRun::NoteForDeletion() {
+  if (!mail_.WriteFailure().empty()) return;
+  if (mail_.HidesOffset()) {
+    account.NoteHidden(mail_);
+  } else {
+    deleteList_.Add(mail_.GetHeader("Address"));
+  }
 }
 
 void ImportRun::TakeFiles(Item& item) {
@@ -148,7 +158,7 @@ void ImportRun::TakeFiles(Item& item) {
 // Only once the stream is closed: the deletion opens the mailbox for itself.
 void ImportRun::DeleteImportedMails() {
   for (const std::string& offset : deleteList_)
-    mail_.DeleteMail(ToInt32(ReadNumber(offset)));
+    account.Delete(mail_, ToInt32(ReadNumber(offset)));
 }
 
 void ImportRun::ReportMailbox() {

@@ -36,6 +36,7 @@ class ImportRun {
   void ImportMails();
   bool ImportNextMail();
   void ImportMail();
+  void NoteForDeletion();
   void TakeFiles(Item& item);
   void DeleteImportedMails();
   void ReportMailbox();

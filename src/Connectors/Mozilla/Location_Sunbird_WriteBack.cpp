@@ -39,6 +39,11 @@ std::string LocationInsertion(const std::string& id, const std::string& location
          "');";
 }
 
+// The host has always been asked for the creation, too, although no column gets it.
+void ConvertCreation(const Item& item) {
+  Swallow([&] { static_cast<void>(StoredTime(item.DateCreated())); });
+}
+
 }  // namespace
 
 void Location_Sunbird::Pasted(const ItemPtr& item, std::string_view import) {
@@ -124,6 +129,7 @@ void Location_Sunbird::InsertEvent(HostDatabase& db, vorlent::Item& item) {
   Swallow([&] { start = StoredTime(item.Date()); });
   Swallow([&] { end = StoredTime(item.DataText("DateEnd")); });
   Swallow([&] { modified = StoredTime(item.DateModified()); });
+  ConvertCreation(item);
   Swallow([&] { ExecuteSql(db, RowDeletion("cal_events", item.ID())); });
   Swallow([&] { ExecuteSql(db, PropertiesDeletion(item.ID())); });
   Swallow([&] {
@@ -142,6 +148,7 @@ void Location_Sunbird::InsertEvent(HostDatabase& db, vorlent::Item& item) {
 
 void Location_Sunbird::InsertTask(HostDatabase& db, vorlent::Item& item) {
   std::string modified;
+  ConvertCreation(item);
   Swallow([&] { modified = StoredTime(item.DateModified()); });
   Swallow([&] { ExecuteSql(db, RowDeletion("cal_todos", item.ID())); });
   Swallow([&] { ExecuteSql(db, PropertiesDeletion(item.ID())); });

@@ -40,9 +40,14 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // "Restore" appends the item's stored mail to the first mailbox of the address, "Shortcut" a mail that
   // links to it.
   std::string ExecuteAction(std::string_view cmd) override;
+  // Whether the last action wrote all of its mail, but for what the files of attachments lack.
+  bool HasRestored() const { return hasRestored_; }
 
   // What became of the mails of the present or last run of the stream.
   const MailAccount& Account() const { return account_; }
+
+  // The reader of a run of the stream, at the mail delivered last; nothing but in a run.
+  const StdMail* SourceMail() const { return source_.mail.get(); }
 
   // Paths of the mailboxes that InitLocation found, whether they exist or not.
   const KeyedList<std::string>& MailFiles() const { return mailFiles_; }
@@ -101,6 +106,8 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // The stream (Location_Thunderbird_Pump.cpp).
   void StartRun();
   void OpenSource();
+  // Raises ObjectNotSet where there is no run.
+  StdMail& SourceReader() const;
   bool ReadSource();
   void FinishSource();
   void Deliver(std::string& srcitm);
@@ -124,6 +131,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   std::string currentOffset_;             // of the mail delivered last
   SourceState source_;
   MailAccount account_;
+  bool hasRestored_ = false;
 };
 
 }  // namespace vorlent

@@ -65,8 +65,7 @@ bool Location_Thunderbird::SourceGetNext(std::string& srcitm) {
       if (sourceIndex_ > mailFiles_.Count()) break;
       OpenSource();
     }
-    if (source_.mail == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "no run of the stream has begun");
-    source_.mail->DeleteLastTempfiles();
+    SourceReader().DeleteLastTempfiles();
     const bool delivered = account_.Guard(*source_.mail, [&] {
       const bool found = ReadSource();
       if (found) Deliver(srcitm);
@@ -80,6 +79,11 @@ bool Location_Thunderbird::SourceGetNext(std::string& srcitm) {
   } while (!Host().Cancelled());
   EndRun();
   return false;
+}
+
+StdMail& Location_Thunderbird::SourceReader() const {
+  if (source_.mail == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "no run of the stream has begun");
+  return *source_.mail;
 }
 
 void Location_Thunderbird::SourceDelete() {
@@ -108,7 +112,7 @@ void Location_Thunderbird::OpenSource() {
     Report(report::kLog, "  " + file);
     Report(report::kStatus, RunTitle() + ": " + file);
   });
-  source_.mail->SetMailboxFile(file);
+  SourceReader().SetMailboxFile(file);
   source_.mail->InitStream(0);
   source_.keywords = GetKeywordsOfFile(file);
   if (HasObject(sourceTree_)) sourceTree_->AddKeywordPath(source_.keywords);
@@ -126,7 +130,7 @@ void Location_Thunderbird::FinishSource() {
   source_.doneBytes += source_.fileBytes;
   source_.mail->CloseStream();
   for (const std::string& offset : deleteOffsets_) {
-    source_.mail->DeleteMail(ToInt32(ReadNumber(offset)));
+    account_.Delete(*source_.mail, ToInt32(ReadNumber(offset)));
   }
   source_.seconds = std::floor(SecondsSinceMidnight() - source_.seconds + 0.5);
   source_.fileCount = source_.deliveredCount - source_.fileCount;

@@ -28,6 +28,7 @@ std::string Location_Thunderbird::ExecuteAction(std::string_view cmd) {
   std::string id(cmd);
   const std::string verb = CutToken(id, ":");
   if (verb != kRestore && verb != kShortcut) return "";
+  hasRestored_ = false;
   HostGlobal& host = HostObjects::Current().Global();
   ItemPtr itm;
   Swallow([&] { itm = host.FindItem(id); });
@@ -60,8 +61,9 @@ void Location_Thunderbird::RestoreMail(const ItemPtr& itm, std::string_view mail
   Swallow([&] { out = TextWriter(mailbox, os::File::Mode::Append); });
   Swallow([&] { in = LineFile(source, os::File::Mode::Read); });
   Swallow([&] { mail = GetMailObject(); });
-  MailRestorer(out, *itm, mail.get(), shortcut).Restore(in);
+  const bool isWhole = MailRestorer(out, *itm, mail.get(), shortcut).Restore(in);
   Swallow([&] { out.Close(); });
+  hasRestored_ = isWhole && mail != nullptr && !out.HasFailed();
 }
 
 }  // namespace vorlent

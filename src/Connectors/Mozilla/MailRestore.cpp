@@ -1,5 +1,7 @@
 #include "Connectors/Mozilla/MailRestore.h"
 
+#include <utility>
+
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
@@ -109,11 +111,16 @@ void EnsureMailboxPath(std::string_view mailbox) {
 
 MailRestorer::MailRestorer(TextWriter& out, const Item& itm, StdMail* mail, bool shortcut)
     : out_(out), itm_(itm), mail_(mail), shortcut_(shortcut) {
-  Swallow([&] { hasAttachments_ = HasAttachments(itm_); });
+  Try([&] { hasAttachments_ = HasAttachments(itm_); });
 }
 
-void MailRestorer::Restore(LineFile& source) {
-  Swallow([&] {
+template <class Step>
+void MailRestorer::Try(Step&& step) {
+  isWhole_ = Swallow(std::forward<Step>(step)) && isWhole_;
+}
+
+bool MailRestorer::Restore(LineFile& source) {
+  Try([&] {
     while (stage_ != Stage::Done && !source.AtEnd()) {
       TakeLine(source.ReadLine());
     }
@@ -124,6 +131,7 @@ void MailRestorer::Restore(LineFile& source) {
     Write(closeLine_);
   }
   Write("");
+  return isWhole_;
 }
 
 void MailRestorer::TakeLine(std::string_view line) {
@@ -151,7 +159,7 @@ void MailRestorer::EndHeader() {
   if (shortcut_) {
     Write("Content-Type: text/html");
     Write("");
-    Swallow([&] {
+    Try([&] {
       out_.WriteLine("<A HREF=\"sendarium:" + UrlEncode(itm_.Address()) + "\">" +
                      std::string("Mail aus Archiv öffnen</A>"_cp));
     });
@@ -188,11 +196,11 @@ void MailRestorer::TakeBodyLine(std::string_view line) {
 }
 
 void MailRestorer::Write(std::string_view line) {
-  Swallow([&] { out_.WriteLine(line); });
+  Try([&] { out_.WriteLine(line); });
 }
 
 void MailRestorer::PutAttachments() {
-  Swallow([&] { WriteAttachments(out_, itm_, startLine_); });
+  Try([&] { WriteAttachments(out_, itm_, startLine_); });
   attachmentsWritten_ = true;
 }
 

@@ -38,12 +38,15 @@ class MailRestorer {
   // long as this object lives.
   MailRestorer(TextWriter& out, const Item& itm, StdMail* mail, bool shortcut);
 
-  // Writes the whole mail but closes nothing.
-  void Restore(LineFile& source);
+  // Writes the whole mail but closes nothing. False if a step was left out; what is missing of an attachment's
+  // file, or in the writer, isn't seen here.
+  bool Restore(LineFile& source);
 
  private:
   enum class Stage { FirstLine, Header, Body, Done };
 
+  template <class Step>
+  void Try(Step&& step);
   void TakeLine(std::string_view line);
   void TakeHeaderLine(std::string_view line);
   void EndHeader();
@@ -56,6 +59,7 @@ class MailRestorer {
   const Item& itm_;
   StdMail* const mail_;
   const bool shortcut_;
+  bool isWhole_ = true;
   bool hasAttachments_ = false;
   bool attachmentsWritten_ = false;
   Stage stage_ = Stage::FirstLine;

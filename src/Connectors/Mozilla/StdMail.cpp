@@ -65,6 +65,14 @@ void StdMail::CloseStream() {
   stream_.Close();
 }
 
+bool StdMail::ReadHeaderAt(std::int32_t offset) {
+  InitStream();
+  stream_.Seek(MailPosition(offset));
+  const bool found = ReadHeader(false) && offset_ == offset;
+  CloseStream();
+  return found;
+}
+
 // A read error counts as the end of the text.
 bool StdMail::IsFileEnd() {
   bool end = true;
@@ -200,6 +208,10 @@ std::string StdMail::GetDate() const {
 
 void StdMail::Delete(std::string_view file) const {
   TextWriter(file, os::File::Mode::Create).Close();
+}
+
+void StdMail::NoteWriteFailure(std::string_view reason) {
+  if (writeFailure_.empty()) writeFailure_ = reason;
 }
 
 void StdMail::AddTempfile(std::string_view file) {

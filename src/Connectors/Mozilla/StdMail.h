@@ -68,10 +68,14 @@ class StdMail : public Object {
   // Mails that ReadHeader passed over as expunged since InitStream.
   std::int32_t ExpungedCount() const { return expungedCount_; }
 
-  // Why a file of the mail read last could not be written whole, "" if all were. ReadHeader goes on behind
-  // such a failure; whoever is about to delete the mail should ask. A line with a bad quoted-printable code
-  // doesn't count.
+  // Why a file of the mail read last could not be written whole or was lost, "" if all are there. ReadHeader
+  // and GetData go on behind such a failure; whoever is about to delete the mail should ask. A line with a
+  // bad quoted-printable code doesn't count.
   const std::string& WriteFailure() const { return writeFailure_; }
+
+  // Whether the mail read last has a header Address of its own, under which ReadHeader notes the offset: what
+  // goes by that header takes another place in the mailbox for the mail's.
+  bool HidesOffset() const { return GetHeader("Address") != std::to_string(offset_); }
 
   // The value of a header, "" if there is none; with `all` the whole line, name included. Never raises.
   std::string GetHeader(std::string_view key, bool all = false) const;
@@ -96,6 +100,10 @@ class StdMail : public Object {
   // skipped.
   bool ReadHeader(bool saveattachments, bool waitforfrom = true);
 
+  // Opens the mailbox, reads the mail at a zero-based offset without its files, and closes. False if no mail
+  // begins there, or one that is marked as expunged.
+  bool ReadHeaderAt(std::int32_t offset);
+
   // Reads the next mail and writes to `bodyfile`, or collects, what `saveflag` says. False if there was none.
   // Every failure but that of reading rises.
   bool ReadStream(std::string_view bodyfile = {});
@@ -119,8 +127,9 @@ class StdMail : public Object {
 
   // Marks the mail at a zero-based offset as expunged by changing one digit in place, and deletes the
   // mailbox's summary file. Asks first to close a running Thunderbird; on the answer Cancel nothing happens.
-  // A mailbox that can't be opened raises.
-  void DeleteMail(std::int32_t offset);
+  // A mailbox that can't be opened raises. True if the mail is marked now: it may have no status header, and
+  // failures to read and write are swallowed.
+  bool DeleteMail(std::int32_t offset);
 
   // The item record of the mail read last. `kw` is the text of its keywords, in record form;
   // `saveattachments` as given to ReadHeader. Moves attachments to their own names. Never raises.
@@ -169,6 +178,8 @@ class StdMail : public Object {
   }
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
+  // Notes a failure to write, of which the first is told.
+  void NoteWriteFailure(std::string_view reason);
   std::int32_t CollectUpToStatus(std::string& collected);
 
   std::string mailboxFile_;

@@ -166,7 +166,13 @@ std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, con
 // is so again: the "%" of the first time becomes "%25".
 std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const std::string& name) const {
   const std::string path = mail_.mailtmppfad_ + EncodeFileName(GetFileName(name));
-  MoveFile(path, mail_.mailtmppfad_ + "att" + std::to_string(position));
+  const std::string source = mail_.mailtmppfad_ + "att" + std::to_string(position);
+  if (!EqualNoCase(path, source)) {
+    // Two files of one name are one file, so the earlier one's content goes.
+    if (FileExists(path)) mail_.NoteWriteFailure("one of two files called '" + name + "' is lost");
+    MoveFile(path, source);
+  }
+  if (!FileExists(path)) mail_.NoteWriteFailure("the attachment '" + name + "' could not be saved");
   mail_.AddTempfile(path);
   return path + "\nfile=" + name + mail_.GetFileInfo(path);
 }

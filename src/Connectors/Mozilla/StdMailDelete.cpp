@@ -48,19 +48,22 @@ char MarkExpunged(char digit) {
   return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
 }
 
-// Changes the status digit of the mail that begins at the present position. A mail without a status header
-// stays.
-void MarkMail(LineFile& mailbox) {
+// Changes the status digit of the mail that begins at the present position. False for a mail without a status
+// header, which stays, and for one whose status is empty: its colon gives way to the digit.
+bool MarkMail(LineFile& mailbox) {
+  constexpr std::string_view kStatus = "x-mozilla-status:";
   while (!mailbox.AtEnd()) {
     const std::string_view line = mailbox.ReadLine();
-    if (line.empty()) return;
-    if (BeginsNoCase(line, "x-mozilla-status:")) {
+    if (line.empty()) return false;
+    if (BeginsNoCase(line, kStatus)) {
+      const bool hasDigit = line.size() > kStatus.size();
       const char digit = MarkExpunged(line.back());
       mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1);
       mailbox.WriteByte(digit);
-      return;
+      return hasDigit;
     }
   }
+  return false;
 }
 
 }  // namespace
@@ -69,13 +72,15 @@ bool& NoThunderbirdCheck() {
   return noThunderbirdCheck;
 }
 
-void StdMail::DeleteMail(std::int32_t offset) {
-  if (!SettleThunderbird()) return;
+bool StdMail::DeleteMail(std::int32_t offset) {
+  if (!SettleThunderbird()) return false;
   LineFile mailbox(mailboxFile_, os::File::Mode::ReadWrite);
   mailbox.Seek(MailPosition(offset));
-  Swallow([&] { MarkMail(mailbox); });
+  bool isMarked = false;
+  Swallow([&] { isMarked = MarkMail(mailbox); });
   Swallow([&] { mailbox.Close(); });
   KillFile(mailboxFile_ + ".msf");
+  return isMarked;
 }
 
 }  // namespace vorlent

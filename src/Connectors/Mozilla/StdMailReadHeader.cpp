@@ -353,8 +353,7 @@ void StdMail::HeaderReader::WriteStep(Step&& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    if (!failure.Is(ErrorNumber::TypeMismatch) && mail_.writeFailure_.empty())
-      mail_.writeFailure_ = failure.what();
+    if (!failure.Is(ErrorNumber::TypeMismatch)) mail_.NoteWriteFailure(failure.what());
   }
 }
 

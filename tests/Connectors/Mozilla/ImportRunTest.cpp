@@ -434,6 +434,29 @@ TEST_F(ImportRunTest, MailWithoutAStatusHeaderCannotBeMarked) {
   EXPECT_EQ(Run({"action move", "import " + box}), 0);
   EXPECT_THAT(Pasted(), ElementsAre("one", "two"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
+  ASSERT_EQ(ImportRun::LastAccount().unmarked.size(), 1U);
+  EXPECT_EQ(ImportRun::LastAccount().unmarked[0].mailbox, box);
+  EXPECT_EQ(ImportRun::LastAccount().unmarked[0].offset, 0);
+  EXPECT_EQ(ImportRun::LastAccount().delivered, 2);
+}
+
+TEST_F(ImportRunTest, MailThatHidesItsPlaceStaysAndSoDoesTheOneItNames) {
+  std::string hiding = Mail("three");
+  hiding.insert(hiding.find("Subject"), "Address: 0\r\n");
+  // The first mail is not whole, and so stays as well.
+  const std::string torn =
+      "From - x\r\nX-Mozilla-Status: 0001\r\nSubject: one\r\nContent-Type: multipart/mixed; "
+      "boundary=B\r\n\r\n"
+      "--B\r\nContent-Type: a; name=f\r\n\r\n1\r\n--B\r\nContent-Type: a; name=f\r\n\r\n2\r\n--B--\r\n\r\n";
+  const std::string bytes = torn + Mail("two") + hiding;
+  EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
+  EXPECT_THAT(Pasted(), ElementsAre("one", "two", "three"));
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
+  const MailAccount& account = ImportRun::LastAccount();
+  ASSERT_EQ(account.failed.size(), 1U);
+  EXPECT_EQ(account.failed[0].offset, 0);
+  ASSERT_EQ(account.unmarked.size(), 1U);
+  EXPECT_EQ(account.unmarked[0].offset, static_cast<std::int32_t>(torn.size() + 250));
 }
 
 TEST_F(ImportRunTest, MailThatIsNotWrittenWholeCountsAsFailedAndStays) {

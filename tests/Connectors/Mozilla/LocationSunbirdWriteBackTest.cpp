@@ -376,6 +376,67 @@ TEST_F(SunbirdWriteBackTest, InsertOfATimeBehindJanuary2038FailsInItsStatement) 
   EXPECT_THAT(Events(), IsEmpty());
 }
 
+TEST_F(SunbirdWriteBackTest, InsertOfATaskChangedBehindJanuary2038FailsInItsStatement) {
+  OpenHome();
+  auto item = MakeItem("task");
+  item->Modified = "01.02.2038 00:00";
+  Redo(item, kItemInsert);
+  EXPECT_EQ(HostCalls(),
+            Announced("ItemInsert") + Connected(Connection()) +
+                Executed("DELETE FROM cal_todos WHERE id='id-1';") +
+                Executed("DELETE FROM cal_properties WHERE item_id='id-1';") +
+                Executed("INSERT INTO cal_todos (id, cal_id, title, last_modified, time_created, flags) "
+                         "VALUES ('id-1', 2, 'Lunch', , , 4);",
+                         1) +
+                Closed());
+  EXPECT_THAT(Tasks(), IsEmpty());
+}
+
+TEST_F(SunbirdWriteBackTest, InsertOfAnEventThatEndsOrWasChangedBehindJanuary2038FailsInItsStatement) {
+  OpenHome();
+  struct Row {
+    std::string end;
+    std::string modified;
+    std::string times;
+  };
+  for (const Row& row :
+       {Row{"01.02.2038 00:00", "10.05.2010 08:00:01", ", 1273471201000000, 1273471201000000"},
+        Row{"09.05.2010 15:30", "01.02.2038 00:00", "1273411800000000, , "}}) {
+    host_.Log.Clear();
+    auto item = MakeItem("termin");
+    item->Data = {{"DateEnd", row.end}};
+    item->Modified = row.modified;
+    Redo(item, kItemInsert);
+    EXPECT_EQ(
+        HostCalls(),
+        Announced("ItemInsert") + Connected(Connection()) +
+            Executed("DELETE FROM cal_events WHERE id='id-1';") +
+            Executed("DELETE FROM cal_properties WHERE item_id='id-1';") +
+            Executed("INSERT INTO cal_events (id, cal_id, title, event_start, event_end, last_modified, "
+                     "time_created, flags, event_start_tz, event_end_tz) VALUES ('id-1', 2, 'Lunch', "
+                     "1273408200000000, " +
+                         row.times + ", 4, " + kZone + ", " + kZone + ");",
+                     1) +
+            Closed());
+    EXPECT_THAT(Events(), IsEmpty());
+  }
+}
+
+TEST_F(SunbirdWriteBackTest, InsertAsksForTheCreationToo) {
+  OpenHome();
+  host_.Log.RecordReads = true;
+  for (const char* type : {"termin", "task"}) {
+    auto item = MakeItem(type);
+    // What it can't convert is of no consequence.
+    item->Created = "01.02.2038 00:00";
+    host_.Log.Clear();
+    Redo(item, kItemInsert);
+    EXPECT_EQ(host_.Log.Only({item->Name + ".DateCreated"}).size(), 1U) << type;
+  }
+  EXPECT_EQ(Events().size(), 1U);
+  EXPECT_EQ(Tasks().size(), 1U);
+}
+
 // --- In the file
 
 TEST_F(SunbirdWriteBackTest, InsertIsAReplacement) {

@@ -316,6 +316,25 @@ TEST_F(LocationThunderbirdPumpTest, EndedRunEndsAgainWithoutHarm) {
   EXPECT_EQ(host.Log.Lines(), EndCalls(1));
 }
 
+TEST_F(LocationThunderbirdPumpTest, RunCancelledBetweenTwoMailboxesGoesOnWithANewOneOnly) {
+  AddBox("A", {"1"});
+  const Box second = AddBox("B", {"2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  host.Global.IsCancelled = true;
+  EXPECT_EQ(Next(), "end");
+  host.Global.IsCancelled = false;
+  try {
+    Next();
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_TRUE(failure.Is(ErrorNumber::ObjectNotSet));
+  }
+  EXPECT_EQ(ReadBytes(second.file), MailOf("2"));
+  EXPECT_EQ(Stream().size(), 2U);
+}
+
 // --- Marking mails
 
 TEST_F(LocationThunderbirdPumpTest, MarkedMailsGoAtTheEndOfTheirMailbox) {
@@ -364,6 +383,38 @@ TEST_F(LocationThunderbirdPumpTest, MarksOfAnEarlierMailboxAreForgotten) {
   Stream();
   EXPECT_EQ(ReadBytes(first.file), MailOf("1"));
   EXPECT_EQ(ReadBytes(second.file), MailOf("2"));
+}
+
+TEST_F(LocationThunderbirdPumpTest, MarkOfAMailWithAnAddressOfItsOwnGoesToThatPlace) {
+  const std::string first = MailOf("1");
+  std::string second = MailOf("2");
+  second.insert(second.find("Subject"), "Address: 0\r\n");
+  const std::string file = tree.AddMailbox("p", "a", "A", first + second);
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  EXPECT_FALSE(connector->SourceMail()->HidesOffset());
+  EXPECT_EQ(GetParam(Next(), "Data_SourceOffset"), "0");
+  EXPECT_TRUE(connector->SourceMail()->HidesOffset());
+  EXPECT_EQ(connector->SourceMail()->Offset(), static_cast<std::int32_t>(first.size()));
+  connector->SourceDelete();
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(StatusOf(ReadBytes(file), 0), '9');
+  EXPECT_EQ(StatusOf(ReadBytes(file), first.size()), '1');
+}
+
+TEST_F(LocationThunderbirdPumpTest, MarkedMailsThatStayAreAccountedFor) {
+  std::string bare = MailOf("2");
+  bare.erase(bare.find("X-Mozilla"), 25);
+  const std::string file = tree.AddMailbox("p", "a", "A", MailOf("1") + bare);
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  while (Next() != "end")
+    connector->SourceDelete();
+  ASSERT_EQ(connector->Account().unmarked.size(), 1U);
+  EXPECT_EQ(connector->Account().unmarked[0].mailbox, file);
+  EXPECT_EQ(connector->Account().unmarked[0].offset, static_cast<std::int32_t>(MailOf("1").size()));
+  EXPECT_EQ(connector->Account().delivered, 2);
 }
 
 // --- Failures
@@ -514,6 +565,15 @@ TEST_F(MailFilesTest, ContentsOfAttachmentsAreLeftOutOfTheMailAndBroughtOutAlone
   std::string expected = MailWithAttachment("1");
   expected.erase(expected.find("SGVsbG8=\r\n"), 10);
   EXPECT_EQ(ReadBytes(connector->GetFile(item, "File")), expected);
+}
+
+TEST_F(MailFilesTest, MailWithAnAddressOfItsOwnBringsOutWhatLiesThere) {
+  std::string second = MailOf("2");
+  second.insert(second.find("Subject"), "Address: 0\r\n");
+  ReadInbox(MailOf("1") + second);
+  const std::string target = connector->GetFile(connector->Item(2), "File");
+  EXPECT_EQ(target, temporary.Path() + "\\20100509143005-2@x.eml");
+  EXPECT_EQ(ReadBytes(target), MailOf("1"));
 }
 
 TEST_F(MailFilesTest, PathAloneIsAskedForByAnyOtherOption) {

@@ -3,6 +3,7 @@
 #include "Common/StdHttp.h"
 #include "Connectors/Mozilla/MailRestore.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
+#include "Support/ScopedSizeLimit.h"
 
 namespace vorlent {
 namespace {
@@ -196,6 +197,15 @@ TEST_F(RestoreTest, RestoredMailIsAppended) {
   EXPECT_EQ(Restore(), MailOf("1") + written + written);
   EXPECT_TRUE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox.msf"));
   EXPECT_THAT(host.Log.Lines(), IsEmpty());
+}
+
+TEST_F(RestoreTest, MailIsAppendedToTheBytesThatAreThereWhateverTheyEndIn) {
+  for (const std::string& before : {"From - x\r\n\r\nhello\r\n"s, "hello"s, "hello\n"s, ""s}) {
+    tree.AddMailbox("p", "a", "Inbox", before);
+    Store("Subject: x\r\n\r\nbody\r\n");
+    EXPECT_EQ(Restore(), before + "From - \r\nSubject: x\r\n\r\nbody\r\n\r\n");
+    EXPECT_TRUE(connector->HasRestored());
+  }
 }
 
 // --- Attachments
@@ -439,6 +449,23 @@ TEST_F(RestoreTest, MailboxThatCannotBeWrittenIsSwallowed) {
   EXPECT_EQ(connector->ExecuteAction("Restore:id:1"), "");
 }
 
+TEST_F(RestoreTest, FailedWriteIsSwallowedAndLeavesAPartOfTheMail) {
+  const std::string written = "From - \r\nSubject: x\r\n\r\n" + std::string(100'000, 'b') + "\r\n\r\n";
+  Store(written);
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  // The first limit is met while the mail is written, the second one when the mailbox is closed.
+  for (const std::size_t more : {std::size_t{1000}, written.size() - 1}) {
+    WriteBytes(mailbox, MailOf("1"));
+    const ScopedSizeLimit limit(MailOf("1").size() + more);
+    const std::string expected = MailOf("1") + written.substr(0, more);
+    EXPECT_TRUE(Restore() == expected) << more;
+    EXPECT_FALSE(connector->HasRestored());
+  }
+  WriteBytes(mailbox, MailOf("1"));
+  EXPECT_TRUE(Restore() == MailOf("1") + written + "\r\n");
+  EXPECT_TRUE(connector->HasRestored());
+}
+
 TEST_F(RestoreTest, FailedStepsAreLeftOut) {
   struct Row {
     std::string call;
@@ -473,6 +500,7 @@ TEST_F(RestoreTest, FailedStepsAreLeftOut) {
     EXPECT_EQ(restorer->ExecuteAction("Restore:1"), "");
     EXPECT_EQ(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox") ? ReadBytes(mailbox) : "(none)",
               row.written);
+    EXPECT_EQ(restorer->HasRestored(), row.call == "nothing");
   }
 }
 

@@ -251,6 +251,27 @@ TEST_F(StdMailDataTest, AttachmentsOfOneNameLeaveOneFile) {
   EXPECT_FALSE(HasTempFile("att2"));
 }
 
+TEST_F(StdMailDataTest, FileThatIsLostToAnotherOrToItsNameIsAFailure) {
+  const auto part = [](const std::string& name) { return "--B\nContent-Type: a; name=" + name + "\n\nx\n"; };
+  const std::string tooLong(300, 'n');
+  struct Row {
+    std::string parts;
+    std::string failure;
+  };
+  for (const Row& row : {Row{part("f") + part("g"), ""}, Row{part("att1") + part("g"), ""},
+                         Row{part("f") + part("f"), "one of two files called 'f' is lost"},
+                         Row{part("f") + part("F"), "one of two files called 'F' is lost"},
+                         Row{part("att2") + part("g"), "one of two files called 'att2' is lost"},
+                         Row{part("mail.eml"), "one of two files called 'mail.eml' is lost"},
+                         Row{part(tooLong), "the attachment '" + tooLong + "' could not be saved"}}) {
+    RecordOfParts(row.parts + "--B--\n", true);
+    EXPECT_EQ(mail_.WriteFailure(), row.failure);
+    RecordOfParts(row.parts + "--B--\n", false);
+    EXPECT_EQ(mail_.WriteFailure(), "");
+    mail_.DeleteLastTempfiles();
+  }
+}
+
 TEST_F(StdMailDataTest, AttachmentThatCannotBeMovedHasNoSize) {
   RecordOfParts(kTextAndAttachment, true);
   folder_.MakeFolder("tmp\\g");

@@ -108,6 +108,44 @@ TEST_F(StdMailDeleteTest, SummaryThatCannotBeDeletedStays) {
   EXPECT_TRUE(folder_.Exists("Other.msf\\entry"));
 }
 
+TEST_F(StdMailDeleteTest, ResultTellsWhetherTheMailIsMarked) {
+  struct Row {
+    std::string mail;
+    bool isMarked;
+  };
+  for (const Row& row : {Row{"From - x\r\nX-Mozilla-Status: 0001\r\n\r\n", true},
+                         Row{"From - x\r\nX-Mozilla-Status: 0008\r\n\r\n", true},
+                         Row{"From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n", false},
+                         Row{"From - x\r\nX-Mozilla-Status:\r\n\r\n", false},
+                         Row{"From - x\r\nSubject: a", false}, Row{"", false}}) {
+    folder_.Write("Inbox", row.mail);
+    EXPECT_EQ(mail_.DeleteMail(0), row.isMarked) << row.mail;
+  }
+  folder_.Write("Inbox", "From - x\r\nX-Mozilla-Status: 0001\r\n\r\n");
+  RunThunderbird();
+  platform_->messageAnswers = {MessageAnswer::Cancel, MessageAnswer::No};
+  EXPECT_FALSE(mail_.DeleteMail(0));
+  EXPECT_TRUE(mail_.DeleteMail(0));
+}
+
+TEST_F(StdMailDeleteTest, MailThatLivesIsReadAtItsPlace) {
+  MailboxBuilder box;
+  box.Raw("rubbish\n")
+      .Mail("X-Mozilla-Status: 0001\nSubject: 1\n")
+      .Mail("X-Mozilla-Status: 0000\nSubject: 2\n");
+  folder_.Write("Inbox", box.Text());
+  ASSERT_TRUE(mail_.ReadHeaderAt(box.Offset(1)));
+  EXPECT_EQ(mail_.GetHeader("subject"), "2");
+  ASSERT_TRUE(mail_.ReadHeaderAt(box.Offset(0)));
+  EXPECT_EQ(mail_.GetHeader("subject"), "1");
+  for (const std::int32_t offset : {0, box.Offset(0) + 1, box.Offset(1) - 2, 100000})
+    EXPECT_FALSE(mail_.ReadHeaderAt(offset)) << offset;
+  mail_.DeleteMail(box.Offset(0));
+  EXPECT_FALSE(mail_.ReadHeaderAt(box.Offset(0)));
+  EXPECT_TRUE(mail_.ReadHeaderAt(box.Offset(1)));
+  EXPECT_EQ(NumberOf([&] { mail_.ReadHeaderAt(-2); }), static_cast<int>(ErrorNumber::InvalidCall));
+}
+
 TEST_F(StdMailDeleteTest, MailWithoutStatusStaysButTheSummaryGoes) {
   const std::string text = "From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n";
   EXPECT_EQ(Delete(text), text);
