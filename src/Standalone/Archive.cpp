@@ -56,6 +56,10 @@ ItemPtr Archive::ItemAt(std::int32_t pos) {
   return number == 0 ? nullptr : ItemOf(number);
 }
 
+std::int32_t Archive::PositionOf(const ArchiveItem& item) {
+  return Opened().PositionOf(item.Number());
+}
+
 std::int32_t Archive::ItemCount() const {
   return IsOpen() ? content_->Count() : 0;
 }

@@ -57,6 +57,8 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
 
   bool IsOpen() const { return content_ != nullptr; }
   void SetSetting(std::string_view key, std::string_view value);
+  // Where ItemAt finds an item, 0 for one that is no longer there.
+  std::int32_t PositionOf(const ArchiveItem& item);
   // The item of that ID, the oldest if there are several, or nothing.
   ItemPtr FindItem(std::string_view id);
   std::vector<std::shared_ptr<ArchiveItem>> ItemsOf(std::string_view id);

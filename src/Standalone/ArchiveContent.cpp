@@ -80,6 +80,12 @@ std::int64_t ArchiveContent::NumberAt(std::int32_t pos) {
   return pos < 1 || pos > Count() ? 0 : Numbers()[static_cast<std::size_t>(pos) - 1];
 }
 
+std::int32_t ArchiveContent::PositionOf(std::int64_t number) {
+  const std::vector<std::int64_t>& numbers = Numbers();
+  const auto found = std::lower_bound(numbers.begin(), numbers.end(), number);
+  return found == numbers.end() || *found != number ? 0 : ToInt32(found - numbers.begin() + 1);
+}
+
 std::int32_t ArchiveContent::Count() {
   return ToInt32(Numbers().size());
 }

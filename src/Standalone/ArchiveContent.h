@@ -37,6 +37,8 @@ class ArchiveContent {
 
   // The item's number by its position from 1, 0 for a position that there isn't.
   std::int64_t NumberAt(std::int32_t pos);
+  // The other way round, 0 for a number that no item has.
+  std::int32_t PositionOf(std::int64_t number);
   std::int32_t Count();
 
   // The object that stands for an item as long as someone holds it, so that there is only one; null if there

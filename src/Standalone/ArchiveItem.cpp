@@ -236,8 +236,11 @@ void ArchiveItem::MergeWithTwins() {
       continue;
     }
     content->Remove({number_, {}, StoredFiles()});
+    std::string keywords = Keywords();
     Become(std::move(twin));
     if (content->HeldItem(number_) == nullptr) content->Hold(number_, shared_from_this());
+    while (!keywords.empty())
+      AddKeyword(CutToken(keywords, ","));
     return;
   }
 }

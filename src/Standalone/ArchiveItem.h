@@ -33,8 +33,8 @@ class ArchiveItem : public StandaloneItem {
   void ImportRecord(std::string_view record) override;
 
   // True ends what began with PasteRecord: an item that the archive has already, to the last byte of its
-  // files, is not kept twice. The older one stays, with all that was done to it since, and this object is
-  // that item from then on. An older one that lacks files goes.
+  // files, is not kept twice. The older one stays, with all that was done to it since and the keywords that
+  // were added to this one, and this object is that item from then on. An older one that lacks files goes.
   void SetConnected(bool connected) override;
 
   std::string DataFile(std::string_view key, std::int32_t index) const override;

@@ -72,6 +72,7 @@ ArchivePtr StandaloneGlobal::OpenArchive(std::string_view folder) {
 }
 
 ItemPtr StandaloneGlobal::FindItem(std::string_view id) {
+  if (chosenItem_ != nullptr && chosenItem_->ID() == id) return chosenItem_;
   for (const StandaloneLocationPtr& location : OpenLocations()) {
     if (ItemPtr item = RequireAs<Connector>(location->Connector())->GetItem(id)) return item;
   }

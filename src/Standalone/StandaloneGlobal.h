@@ -30,7 +30,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   // "topics"; an open Location by its name or an archive by its last folder too, letter case of no matter; or
   // an archive that is not open yet by its path.
   ObjectPtr GetObject(std::string_view name) override;
-  // In the open Locations, then in the open archives.
+  // The chosen item, else in the open Locations, then in the open archives.
   ItemPtr FindItem(std::string_view id) override;
   // The open archives, then the other open Locations.
   KeyedList<LocationPtr> Locations() override;
@@ -56,6 +56,8 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
     options_.insert_or_assign(std::string(key), value);
   }
   void SetUserName(std::string_view name) { userName_ = name; }
+  // Chooses the item that is meant by its ID from now on, as IDs may repeat; nothing chooses none.
+  void ChooseItem(const ItemPtr& item) { chosenItem_ = item; }
   StandaloneWindow& Window() { return *window_; }
   const std::shared_ptr<TopicsLocation>& TopicsOfHost();
 
@@ -83,6 +85,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   std::vector<std::weak_ptr<StandaloneLocation>> openLocations_;
   std::vector<ArchivePtr> archives_;
   std::map<std::string, std::string, std::less<>> options_;
+  ItemPtr chosenItem_;
   std::string tempPath_;
   std::string userName_;
   bool logEnabled_ = true;

@@ -321,6 +321,35 @@ TEST_F(ArchiveTest, AMailImportedAgainIsKeptOnceWithWhatWasDoneToIt) {
   EXPECT_THAT(Found("text"), ElementsAre("1"));
 }
 
+TEST_F(ArchiveTest, AMailImportedAgainBringsItsNewKeywordsToTheOneThatStays) {
+  const auto import = [this](const std::string& topic) {
+    const auto item = std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord("ID=1|Type=mail|Keywords=a"));
+    item->SetConnected(false);
+    if (!topic.empty()) item->AddKeyword(topic);
+    item->SetConnected(true);
+    return item;
+  };
+  const auto first = import("");
+  first->AddKeyword("b");
+  EXPECT_EQ(import("c")->Number(), first->Number());
+  EXPECT_EQ(import("b")->Number(), first->Number());
+  Reopen();
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  EXPECT_EQ(AsStandalone(archive_->ItemAt(1))->Keywords(), "a,b,c");
+}
+
+TEST_F(ArchiveTest, AnItemIsFoundAgainByItsPosition) {
+  for (const std::string id : {"1", "2", "3"})
+    Import("ID=" + id + "|Type=mail|Text=word" + id);
+  Reopen();
+  for (const std::string id : {"3", "1"}) {
+    const auto found = archive_->Search("word" + id);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(archive_->PositionOf(*found[0]), std::stoi(id));
+    EXPECT_EQ(archive_->ItemAt(archive_->PositionOf(*found[0])), found[0]);
+  }
+}
+
 TEST_F(ArchiveTest, TheSameMailInTwoFoldersIsKeptInBoth) {
   Import("ID=1|Keywords=Account=x,Inbox" + FileField("File", "mail.eml", "text"));
   Import("ID=1|Keywords=Account=x,Sent" + FileField("File", "mail.eml", "text"));
