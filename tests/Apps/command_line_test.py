@@ -8,17 +8,38 @@ import json
 import os
 import pathlib
 import pwd
+import resource
 import shutil
+import signal
 import sqlite3
 import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 
 PROGRAM = pathlib.Path(sys.argv.pop(1)).resolve()
 ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
 INBOX = "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox"
 LOCAL = "thunderbird://default/Local Folders"
+
+
+def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
+    return (b"From - x\r\n" + status + b"Date: Mon, 12 Jan 2026 08:15:28 +0100\r\nMessage-ID: <" + subject +
+            b"@x>\r\nSubject: " + subject + b"\r\n" + headers + b"\r\n" + body + b"\r\n")
+
+
+def mail_of_files(subject, *files):
+    parts = b"".join(b"--B\r\nContent-Type: a/b\r\nContent-Disposition: attachment; filename=\"" + name +
+                     b"\"\r\n\r\n" + content + b"\r\n" for name, content in files)
+    return mail(subject, b"Content-Type: multipart/mixed; boundary=B\r\n", parts + b"--B--\r\n")
+
+
+def marked(mailbox, *subjects):
+    for subject in subjects:
+        digit = mailbox.rindex(b"Status: 0001", 0, mailbox.index(b"Subject: " + subject + b"\r\n")) + 11
+        mailbox = mailbox[:digit] + b"9" + mailbox[digit + 1:]
+    return mailbox
 
 
 def tree_bytes(folder):
@@ -44,6 +65,19 @@ class CommandLine(unittest.TestCase):
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         return done.returncode, done.stdout.decode("utf-8", "surrogateescape"), done.stderr.decode("utf-8")
 
+    def write_inbox(self, *mails):
+        (self.samples / INBOX).write_bytes(b"".join(mails))
+
+    def inbox(self):
+        return (self.samples / INBOX).read_bytes()
+
+    def run_into_full_disk(self, *arguments):
+        given = ["--appdata", str(self.samples / "AppData"), "--drive", f"S={self.samples}"]
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([PROGRAM, *given, *arguments], cwd=self.work, env=dict(os.environ, HOME=self.home),
+                                  timeout=60, stdin=subprocess.DEVNULL, stdout=full, stderr=subprocess.PIPE)
+        return done.returncode, done.stderr.decode("utf-8")
+
     def read(self, address, *arguments):
         code, out, err = self.run_program("read", address, "--json", *arguments)
         self.assertEqual((code, err), (0, ""))
@@ -56,6 +90,46 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(code, 0)
         for verb in ("browse", "read", "get", "Exit codes"):
             self.assertIn(verb, out)
+
+    def test_an_unknown_command_is_named(self):
+        for arguments, name in ((["foo"], "foo"), (["foo", "--bar", "x"], "foo"), (["calendar", "foo"], "calendar foo")):
+            code, out, err = self.run_program(*arguments)
+            self.assertEqual((code, out), (2, ""))
+            self.assertEqual(err, f"vorlent-mozilla: unknown command '{name}'\nRun with --help for all commands.\n")
+
+    def test_a_path_that_can_not_be_is_told_with_its_reason(self):
+        file = self.work / "file"
+        file.write_bytes(b"mine")
+        before = tree_bytes(self.samples)
+        long = "n" * 5000
+        temporary = self.work / "tmp"
+        temporary.mkdir()
+        for arguments, path in (
+                (["stream", LOCAL + "/Inbox/-", "--output", str(file)], str(file)),
+                (["stream", LOCAL + "/Inbox/-", "--output", "/proc/x"], "/proc/x"),
+                (["get", LOCAL + "/Inbox/-", "1", "--output", str(file)], str(file)),
+                (["import", LOCAL + "/Inbox/-", "--target", ""], "''"),
+                (["search", ""], "''"), (["search", long], long), (["import", long, "--target", "archive"], long),
+                (["import", LOCAL + "/Inbox/-", "--target", long], long),
+                (["read", LOCAL, "--appdata", long], long), (["read", LOCAL, "--drive", "X=" + long], long)):
+            with unittest.mock.patch.dict(os.environ, TMPDIR=str(temporary)):
+                code, out, err = self.run_program(*arguments, sample="--appdata" not in arguments)
+            self.assertEqual((code, out), (3, ""), arguments[:2])
+            self.assertIn(path, err)
+            self.assertTrue(err.startswith("vorlent-mozilla: "), err)
+            self.assertEqual(len(err.splitlines()), 1)
+        self.assertEqual(list(temporary.iterdir()), [])
+        self.assertEqual((file.read_bytes(), tree_bytes(self.samples)), (b"mine", before))
+
+    def test_output_that_can_not_be_written_is_an_error(self):
+        before = tree_bytes(self.samples)
+        for arguments in (["read", LOCAL + "/Inbox/-"], ["browse", "thunderbird://*"],
+                          ["stream", LOCAL + "/Inbox/-", "--records", "--delete"],
+                          ["stream", LOCAL + "/Inbox/-", "--json"], ["get", LOCAL + "/Inbox/-", "1"]):
+            code, err = self.run_into_full_disk(*arguments)
+            self.assertEqual(code, 3, arguments)
+            self.assertIn("standard output could not be written", err)
+        self.assertEqual(tree_bytes(self.samples), before)
 
     def test_no_command_is_wrong_use(self):
         self.assertEqual(self.run_program(sample=False)[0], 2)
@@ -141,8 +215,7 @@ class CommandLine(unittest.TestCase):
         (self.samples / INBOX).chmod(0o444)
         code, _, err = self.run_program("read", LOCAL + "/Inbox/-")
         self.assertEqual(code, 3)
-        self.assertIn("Local Folders", err)
-        self.assertIn("read-only", err)
+        self.assertIn(f"{self.samples / INBOX}: is read-only", err)
 
     def test_a_browse_segment_that_does_not_resolve_is_told(self):
         code, _, err = self.run_program("browse", "thunderbird://nosuch/*")
@@ -199,6 +272,13 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(out, "out/20260114123000-nested-3@example.org#2_Lageplan.png\n")
         self.assertTrue((self.work / out.strip()).read_bytes().startswith(b"\x89PNG"))
 
+    def test_get_of_a_mail_that_hides_its_place_is_refused(self):
+        self.write_inbox(mail(b"one"), mail(b"two", b"Address: 0\r\n"))
+        code, out, err = self.run_program("get", LOCAL + "/Inbox/-", "2", "--output", "out")
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("the header Address of 20260112081528-two@x hides its place", err)
+        self.assertFalse((self.work / "out").exists())
+
     def test_get_of_an_unknown_mail_says_so(self):
         code, _, err = self.run_program("get", LOCAL + "/Inbox/-", "nosuch")
         self.assertEqual(code, 1)
@@ -223,6 +303,45 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(sorted(path.name for path in (self.work / "out").iterdir()),
                          ["20000100000000-", "20000100000000--2", "20000100000000--3"])
 
+    def test_stream_of_a_mail_whose_file_is_lost_tells_it_and_leaves_it_unmarked(self):
+        for files, reason in ((((b"n" * 300, b"1"),), "could not be saved"),
+                              (((b"f", b"1"), (b"f", b"2")), "one of two files called 'f' is lost"),
+                              (((b"mail.eml", b"1"),), "one of two files called 'mail.eml' is lost")):
+            mails = mail(b"one") + mail_of_files(b"two", *files) + mail(b"three")
+            self.write_inbox(mails)
+            code, out, err = self.run_program("stream", LOCAL + "/Inbox/-", "--output", "out", "--delete")
+            self.assertEqual((code, len(out.splitlines())), (1, 3))
+            self.assertIn(f"Local Folders/Inbox, mail at offset {len(mail(b'one'))}: ", err)
+            self.assertIn(reason, err)
+            self.assertEqual(err.splitlines()[-1], "found 3 = delivered 2 + expunged 0 + failed 1")
+            self.assertEqual(self.inbox(), marked(mails, b"one", b"three"))
+
+    def test_stream_tells_mails_that_can_not_be_marked(self):
+        mails = mail(b"one") + mail(b"two", status=b"") + mail(b"three", b"Address: 0\r\n")
+        self.write_inbox(mails)
+        code, out, err = self.run_program("stream", LOCAL + "/Inbox/-", "--delete")
+        self.assertEqual((code, len(out.splitlines())), (1, 3))
+        box = self.samples / INBOX
+        second, third = len(mail(b"one")), mails.index(b"From - x", len(mail(b"one")) + 1)
+        self.assertEqual(err.splitlines(), [
+            f"vorlent-mozilla: {box}, mail at offset {second}: not marked as deleted: it has no header X-Mozilla-Status, "
+            "or Thunderbird is running",
+            f"vorlent-mozilla: {box}, mail at offset {third}: not marked as deleted: its own header Address hides its "
+            "place",
+            "found 3 = delivered 3 + expunged 0 + failed 0, not marked as deleted 2"])
+        self.assertEqual(self.inbox(), marked(mails, b"one"))
+
+    def test_stream_keeps_a_mail_whose_id_is_longer_than_a_name(self):
+        self.write_inbox(mail(b"i" * 400))
+        self.assertEqual(self.run_program("stream", LOCAL + "/Inbox/-", "--output", "out")[0], 0)
+        self.assertEqual([len(path.name) for path in (self.work / "out").iterdir()], [240])
+
+    def test_stream_and_import_find_nothing_in_an_empty_mailbox(self):
+        self.write_inbox()
+        for command, verb in ((["stream"], "delivered"), (["import", "--target", "archive"], "imported")):
+            code, out, err = self.run_program(*command, LOCAL + "/Inbox/-")
+            self.assertEqual((code, out, err), (1, "", f"found 0 = {verb} 0 + expunged 0 + failed 0\n"))
+
     def test_stream_with_delete_marks_the_streamed_mails_only(self):
         before = (self.samples / INBOX).read_bytes()
         self.assertEqual(self.run_program("stream", LOCAL + "/Inbox/-", "--delete")[0], 0)
@@ -246,6 +365,27 @@ class CommandLine(unittest.TestCase):
         subjects = [mail["Text"] for mail in self.read(LOCAL + "/Inbox/-")]
         self.assertEqual(len(subjects), 6)
         self.assertNotIn("Grüße aus Köln", subjects)
+
+    def test_delete_of_one_mail_told_twice_marks_it_once(self):
+        code, out, err = self.run_program("delete", LOCAL + "/Inbox/-", "1", "1", "20260112081528-plain-1@example.org")
+        self.assertEqual((code, err, len(out.splitlines())), (0, "", 1))
+
+    def test_delete_of_a_mail_that_hides_its_place_is_refused(self):
+        mails = mail(b"one") + mail(b"two", b"Address: 0\r\n") + mail(b"three", b"Address: 5 Main St\r\n")
+        self.write_inbox(mails)
+        code, out, err = self.run_program("delete", LOCAL + "/Inbox/-", "2", "3")
+        self.assertEqual((code, out), (1, ""))
+        self.assertEqual(err.count("its own header Address hides its place"), 2)
+        self.assertEqual(self.inbox(), mails)
+
+    def test_delete_of_a_mail_that_can_not_be_marked_says_so(self):
+        mails = mail(b"one", status=b"") + mail(b"two")
+        self.write_inbox(mails)
+        code, out, err = self.run_program("delete", LOCAL + "/Inbox/-", "1", "2")
+        self.assertEqual((code, out), (1, f"deleted: 'two' in {self.samples / INBOX}\n"))
+        self.assertIn("'one' in", err)
+        self.assertIn("is not marked: it has no header X-Mozilla-Status", err)
+        self.assertEqual(self.inbox(), marked(mails, b"two"))
 
     def test_delete_of_an_unknown_mail_deletes_the_others(self):
         code, _, err = self.run_program("delete", LOCAL + "/Inbox/-", "nosuch", "1")
@@ -278,6 +418,24 @@ class CommandLine(unittest.TestCase):
         code, _, err = self.import_inbox("--move")
         self.assertEqual((code, err), (0, "found 9 = imported 0 + expunged 9 + failed 0\n"))
         self.assertEqual(len(self.search()), 8)
+
+    def test_import_with_move_leaves_the_mails_that_are_not_whole_or_hide_their_place(self):
+        mails = mail(b"one") + mail_of_files(b"two", (b"f", b"1"), (b"f", b"2")) + mail(b"three", b"Address: 0\r\n")
+        self.write_inbox(mails)
+        code, _, err = self.import_inbox("--move")
+        self.assertEqual(code, 1)
+        self.assertIn("one of two files called 'f' is lost", err)
+        self.assertIn("not marked as deleted: its own header Address hides its place", err)
+        self.assertEqual(err.splitlines()[-1],
+                         "found 3 = imported 2 + expunged 0 + failed 1, not marked as deleted 1")
+        self.assertEqual(self.inbox(), marked(mails, b"one"))
+        self.assertEqual(len(self.search()), 3)
+
+    def test_topics_of_a_later_import_reach_the_mails_that_are_there(self):
+        self.import_inbox()
+        self.import_inbox("--autotopic", "Rechnung = Finanzen")
+        self.assertEqual([mail["Keywords"] for mail in self.search("Rechnung")],
+                         ["Account=Local Folders,Inbox,Finanzen"])
 
     def test_an_import_repeated_keeps_each_mail_once(self):
         self.import_inbox()
@@ -336,6 +494,87 @@ class CommandLine(unittest.TestCase):
             self.assertEqual(self.run_program("get", address, number, "FileAttach1", "--output", folder)[0], 0)
         self.assertEqual([path.read_bytes() for path in (self.work / "restored").iterdir()],
                          [path.read_bytes() for path in (self.work / "original").iterdir()])
+
+    def restore(self, *items, verb="restore"):
+        return self.run_program(verb, LOCAL + "/Sent/-", *items, "--archive", "archive")
+
+    def sent(self):
+        return (self.samples / INBOX).with_name("Sent")
+
+    def test_numbers_of_search_are_those_of_restore(self):
+        self.import_inbox()
+        _, out, _ = self.run_program("search", "archive", "Lageplan", sample=False)
+        self.assertEqual(out.splitlines()[1].split()[0], "3")
+        code, out, _ = self.restore("3")
+        self.assertEqual(code, 0)
+        self.assertIn("appended: 'Einladung: Sommerfest", out)
+
+    def test_mails_of_one_id_are_told_apart_by_their_numbers(self):
+        self.write_inbox(*(mail(b"x", b"X-Number: %d\r\n" % n) for n in (1, 2, 3)))
+        self.import_inbox()
+        before = self.sent().read_bytes()
+        code, out, err = self.restore("20260112081528-x@x")
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("3 mails in archive have the ID 20260112081528-x@x", err)
+        self.assertEqual(self.sent().read_bytes(), before)
+        self.assertEqual(self.restore("2", "3")[0], 0)
+        self.assertEqual(self.restore("1", verb="shortcut")[0], 0)
+        added = self.sent().read_bytes()[len(before):]
+        self.assertEqual([line for line in added.split(b"\r\n") if line.startswith(b"X-Number")],
+                         [b"X-Number: 2", b"X-Number: 3", b"X-Number: 1"])
+
+    def test_mails_are_appended_behind_an_empty_line_only(self):
+        self.import_inbox()
+        for end, code in ((b"hello", 1), (b"hello\r\n", 1), (b"\r\nhello\n", 1), (b"hello\r\n\r\n", 0),
+                          (b"hello\n\n", 0), (b"hello\n\r\n", 0), (b"\r\n", 0), (b"", 0)):
+            for verb in ("restore", "shortcut"):
+                self.sent().write_bytes(end)
+                done, out, err = self.restore("1", verb=verb)
+                self.assertEqual(done, code, end)
+                if code == 1:
+                    self.assertEqual((out, self.sent().read_bytes()), ("", end))
+                    self.assertIn(f"{self.sent()}: 'Grüße aus Köln' can't be appended, as the mailbox doesn't end in an "
+                                  "empty line", err)
+                else:
+                    self.assertTrue(self.sent().read_bytes().startswith(end + b"From - "))
+        self.sent().write_bytes(b"hello\n\n")
+        self.assertEqual(self.restore("1", "--line-rule", "windows")[0], 1)
+
+    def test_a_mail_whose_attachment_is_gone_is_not_restored(self):
+        self.import_inbox()
+        (attachment,) = (self.work / "archive").rglob("*Lageplan.png")
+        attachment.unlink()
+        before = tree_bytes(self.samples)
+        code, out, err = self.restore("3", "1")
+        self.assertEqual(code, 1)
+        self.assertIn("the attachment 'Lageplan.png' is missing in the archive: ", err)
+        self.assertEqual(out.count("appended"), 1)
+        self.assertTrue(self.sent().read_bytes().startswith(before[str(self.sent().relative_to(self.samples))]))
+        self.assertNotIn(b"Sommerfest", self.sent().read_bytes())
+
+    def test_an_attachment_that_comes_back_empty_is_told(self):
+        self.write_inbox(mail_of_files(b"one", (b"a.txt", b"x" * 52), (b"b.txt", b"x" * 51)))
+        self.import_inbox()
+        code, out, err = self.restore("1")
+        self.assertEqual(code, 0)
+        self.assertEqual(err, "vorlent-mozilla: the attachment 'a.txt' comes back empty, as every one of 54 bytes does\n")
+
+    def test_a_mail_that_was_written_in_part_is_told(self):
+        self.write_inbox(mail(b"one", body=b"text\r\n" * 50000))
+        self.import_inbox()
+        before = self.sent().read_bytes()
+
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (200000, 200000))
+
+        done = subprocess.run(
+            [PROGRAM, "--appdata", self.samples / "AppData", "--drive", f"S={self.samples}", "restore", LOCAL + "/Sent/-",
+             "1", "--archive", "archive"], cwd=self.work, stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
+            preexec_fn=limit)
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.assertIn(f"'one' was appended in part only, at offset {len(before)}", done.stderr.decode())
+        self.assertEqual(len(self.sent().read_bytes()), 200000)
 
     def test_a_shortcut_links_to_the_archived_mail(self):
         self.import_inbox()
@@ -412,6 +651,7 @@ class CommandLine(unittest.TestCase):
         code, out, err = self.run_program("bookmarks", "firefox://default", "--output", "/nosuch/copy.html")
         self.assertEqual((code, out), (3, ""))
         self.assertIn("/nosuch/copy.html could not be written", err)
+        self.assertFalse(self.firefox("bookmarks.html").exists())
 
     def test_only_bookmarks_are_exported(self):
         for address in (LOCAL + "/Inbox/-", "firefox://default/*"):
@@ -575,6 +815,24 @@ class CommandLine(unittest.TestCase):
             self.assertEqual((code, out), (2, ""), command)
             self.assertIn(message, err)
         self.assertEqual(tree_bytes(self.samples), before)
+
+    def test_an_event_that_is_stored_with_its_end_before_its_start_takes_other_changes(self):
+        with contextlib.closing(sqlite3.connect(self.sunbird("storage.sdb"))) as storage:
+            storage.execute("UPDATE cal_events SET event_end=event_start-1000000 WHERE id LIKE '5d0c7a66%'")
+            storage.commit()
+        code, _, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", "1", "--text", "Neu",
+                                        "--location", "Raum 5")
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(self.work_items()[0]["Text"], "Neu")
+        code, _, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", "1", "--start",
+                                        "01.01.2011 00:00")
+        self.assertEqual(code, 2)
+        self.assertIn("lies before", err)
+
+    def test_an_item_told_twice_is_removed_once(self):
+        code, out, err = self.run_program("calendar", "remove", "sunbird://default/Arbeit", "1", "1", "nosuch")
+        self.assertEqual((code, len(out.splitlines())), (1, 1))
+        self.assertIn("no item nosuch at sunbird://default/Arbeit", err)
 
     def test_only_one_calendar_is_changed_at_a_time(self):
         for address in ("sunbird://", "sunbird://default", "sunbird://default/*", "thunderbird://default/Local Folders",

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Platform/Failure.h"
+#include "Support/ScopedSizeLimit.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -153,6 +154,24 @@ TEST_F(TextWriterTest, FullDiskRaisesFromCloseAndFromALargeWrite) {
   TextWriter large("\\dev\\full", Mode::Append);
   EXPECT_EQ(SwallowedNumber([&] { large.Write(std::string(100'000, 'x')); }),
             static_cast<int>(ErrorNumber::DiskFull));
+}
+
+TEST_F(TextWriterTest, FailedWriteIsRemembered) {
+  const std::string text(100'000, 'a');
+  TextWriter whole = Open();
+  whole.Write(text);
+  whole.Close();
+  EXPECT_FALSE(whole.HasFailed());
+  // The limits are met in the middle of the text and at its end.
+  for (const std::size_t limit : {std::size_t{1000}, text.size() - 1}) {
+    const ScopedSizeLimit full(limit);
+    TextWriter torn = Open();
+    Swallow([&] { torn.Write(text); });
+    Swallow([&] { torn.Close(); });
+    EXPECT_TRUE(torn.HasFailed());
+    torn = Open();
+    EXPECT_FALSE(torn.HasFailed());
+  }
 }
 
 }  // namespace

@@ -323,7 +323,8 @@ TEST_F(ArchiveTest, AMailImportedAgainIsKeptOnceWithWhatWasDoneToIt) {
 
 TEST_F(ArchiveTest, AMailImportedAgainBringsItsNewKeywordsToTheOneThatStays) {
   const auto import = [this](const std::string& topic) {
-    const auto item = std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord("ID=1|Type=mail|Keywords=a"));
+    const auto item =
+        std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord("ID=1|Type=mail|Keywords=a"));
     item->SetConnected(false);
     if (!topic.empty()) item->AddKeyword(topic);
     item->SetConnected(true);

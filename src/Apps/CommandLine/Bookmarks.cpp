@@ -1,4 +1,7 @@
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 #include "Apps/CommandLine/Verbs.h"
@@ -13,6 +16,16 @@ struct BookmarksOptions {
   std::string address;
   std::string output;
 };
+
+// Nothing shall be written at all if the copy can't be.
+void CheckPlace(const std::string& file) {
+  const bool isThere = std::filesystem::exists(file);
+  if (std::ofstream(file, std::ios::app)) {
+    if (!isThere) std::filesystem::remove(file);
+    return;
+  }
+  throw AppError(ExitCode::Unreadable, file + " could not be written: " + std::strerror(errno));
+}
 
 void CopyExport(const std::string& from, const std::string& to) {
   std::error_code error;
@@ -34,6 +47,7 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   if (location->ItemCount() == 0) {
     throw AppError(ExitCode::Partly, "no bookmarks at " + options.address, "Nothing was written.");
   }
+  if (!options.output.empty()) CheckPlace(options.output);
   const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location->Connector());
   const std::string file = connector->ProfileFolder() + "bookmarks.html";
   const std::string shown = NativeShown(file);

@@ -102,22 +102,19 @@ void Edit(StandaloneItem& item, const CalendarOptions& options) {
   if (options.location) item.SetData("Location", *options.location, false);
 }
 
-StandaloneItemPtr FindExisting(Session& session, Location& location, const std::string& wanted,
-                               const std::string& address) {
-  const StandaloneItemPtr item = FindItem(location, wanted);
-  if (item == nullptr) session.Output().Complain("no item " + wanted + " at " + address);
-  return item;
-}
-
 ExitCode Set(Session& session, const CalendarOptions& options) {
   if (!options.text && !options.start && !options.end && !options.location) Refuse("nothing to set");
   const StandaloneLocationPtr location = ReadCalendar(session, options.address);
-  const StandaloneItemPtr item = FindExisting(session, *location, options.items.front(), options.address);
-  if (item == nullptr) return ExitCode::Partly;
+  const StandaloneItemPtr item = FindItem(*location, options.items.front());
+  if (item == nullptr) {
+    session.Output().Complain("no item " + options.items.front() + " at " + options.address);
+    return ExitCode::Partly;
+  }
   if (item->Type() == "task" && (options.start || options.end || options.location)) {
     Refuse("a task has no start, end or location");
   }
-  if (item->Type() == "termin") {
+  // What is stored may be as odd as it likes, so long as nobody asks to change it.
+  if (item->Type() == "termin" && (options.start || options.end)) {
     CheckTimes(options.start.value_or(item->Date()), options.end.value_or(item->DataText("DateEnd")));
   }
   const std::string oldLocation = item->DataText("Location");
@@ -136,18 +133,12 @@ ExitCode Set(Session& session, const CalendarOptions& options) {
 ExitCode Remove(Session& session, const CalendarOptions& options) {
   const StandaloneLocationPtr location = ReadCalendar(session, options.address);
   const auto connector = RequireAs<Connector>(location->Connector());
-  ExitCode code = ExitCode::Done;
   // Numbers mean places in the list before anything is removed.
-  std::vector<StandaloneItemPtr> items;
-  for (const std::string& wanted : options.items) {
-    const StandaloneItemPtr item = FindExisting(session, *location, wanted, options.address);
-    if (item == nullptr) {
-      code = ExitCode::Partly;
-    } else {
-      items.push_back(item);
-    }
-  }
-  for (const StandaloneItemPtr& item : items) {
+  const FoundItems found = FindItems(*location, options.items);
+  for (const std::string& missing : found.missing)
+    session.Output().Complain("no item " + missing + " at " + options.address);
+  ExitCode code = found.missing.empty() ? ExitCode::Done : ExitCode::Partly;
+  for (const StandaloneItemPtr& item : found.items) {
     if (!session.Confirm("Remove " + Quoted(*item) + " from the calendar?")) return ExitCode::Cancelled;
     session.Output().Forget();
     connector->DeleteItem(item);

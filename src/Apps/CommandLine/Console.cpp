@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "Apps/CommandLine/Session.h"
+
 namespace vorlent::app {
 
 void Console::ProgressOpened(std::string_view title) {
@@ -65,7 +67,7 @@ void Console::BoxShown(std::string_view text, std::string_view title, bool isErr
 }
 
 void Console::NoteError(std::string_view text) {
-  const std::string shown = Shown(text);
+  const std::string shown = FailureShown(text);
   // One cause may be told by a box and by a report.
   if (!errors_.empty() && errors_.back() == shown) return;
   errors_.push_back(shown);

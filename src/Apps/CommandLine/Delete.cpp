@@ -1,4 +1,5 @@
 #include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
 
 namespace vorlent::app {
@@ -10,29 +11,40 @@ struct DeleteOptions {
   std::vector<std::string> items;
 };
 
+// Marks one mail and looks whether it is marked now. False, with a complaint, if it isn't.
+bool DeleteMail(Session& session, Connector& connector, const StandaloneItemPtr& item,
+                const std::string& what) {
+  if (!LiesAtItsPlace(*item)) {
+    session.Output().Complain(what + " stays: its own header Address hides its place in the mailbox");
+    return false;
+  }
+  connector.DeleteItem(item);
+  if (LiesAtItsPlace(*item)) {
+    session.Output().Complain(what +
+                              " is not marked: it has no header X-Mozilla-Status, or Thunderbird is running");
+    return false;
+  }
+  std::printf("deleted: %s\n", what.c_str());
+  return true;
+}
+
 ExitCode Delete(Session& session, const DeleteOptions& options) {
   const StandaloneLocationPtr location = session.Read(session.Address(options.address));
   const auto connector = RequireAs<Connector>(location->Connector());
-  bool failed = false;
   // Numbers mean places in the list before anything is deleted.
-  std::vector<StandaloneItemPtr> items;
-  for (const std::string& wanted : options.items) {
-    items.push_back(FindItem(*location, wanted));
-    if (items.back() != nullptr) continue;
-    items.pop_back();
-    session.Output().Complain("no item " + wanted + " at " + options.address);
-    failed = true;
-  }
-  for (const StandaloneItemPtr& item : items) {
+  const FoundItems found = FindItems(*location, options.items);
+  for (const std::string& missing : found.missing)
+    session.Output().Complain("no item " + missing + " at " + options.address);
+  bool isWhole = found.missing.empty();
+  for (const StandaloneItemPtr& item : found.items) {
     const std::string file = item->DataText("_SourceFile");
     if (file.empty())
       throw AppError(ExitCode::Usage, "items of " + options.address + " can't be deleted this way");
     const std::string what = "'" + Shown(item->Text()) + "' in " + NativeShown(file);
     if (!session.Confirm("Mark " + what + " as deleted?")) return ExitCode::Cancelled;
-    connector->DeleteItem(item);
-    std::printf("deleted: %s\n", what.c_str());
+    isWhole = DeleteMail(session, *connector, item, what) && isWhole;
   }
-  return failed ? ExitCode::Partly : ExitCode::Done;
+  return isWhole ? ExitCode::Done : ExitCode::Partly;
 }
 
 }  // namespace

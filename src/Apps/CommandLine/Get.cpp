@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "Apps/CommandLine/ItemOutput.h"
+#include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
 #include "Platform/Files.h"
@@ -54,6 +55,12 @@ ExitCode Get(Session& session, const GetOptions& options) {
       connector == nullptr ? std::vector<std::string>() : FileKeys(*item, options.key);
   if (keys.empty()) {
     throw AppError(ExitCode::Partly, "the item has no file" + (options.key.empty() ? "" : " " + options.key));
+  }
+  if (!LiesAtItsPlace(*item)) {
+    throw AppError(ExitCode::Partly,
+                   "the header Address of " + Shown(item->ID()) + " hides its place in " +
+                       NativeShown(item->DataText("_SourceFile")),
+                   "Use `stream --output`, which brings out every mail of a mailbox.");
   }
   std::filesystem::create_directories(options.output);
   for (const std::string& key : keys)

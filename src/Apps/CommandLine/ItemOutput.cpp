@@ -142,14 +142,28 @@ StandaloneItemPtr FindItem(Location& location, const std::string& wanted) {
   return AsStandalone(location.ItemAt(number));
 }
 
-std::string ItemTables(const std::vector<StandaloneItemPtr>& items, std::size_t width) {
+FoundItems FindItems(Location& location, const std::vector<std::string>& wanted) {
+  FoundItems found;
+  for (const std::string& each : wanted) {
+    const StandaloneItemPtr item = FindItem(location, each);
+    if (item == nullptr) {
+      found.missing.push_back(each);
+    } else if (std::find(found.items.begin(), found.items.end(), item) == found.items.end()) {
+      found.items.push_back(item);
+    }
+  }
+  return found;
+}
+
+std::string ItemTables(const std::vector<StandaloneItemPtr>& items, std::size_t width,
+                       const std::vector<std::int32_t>& numbers) {
   std::vector<std::pair<const TableKind*, Columns>> tables;
   for (std::size_t i = 0; i < items.size(); ++i) {
     const TableKind& kind = KindOf(*items[i]);
     auto table =
         std::find_if(tables.begin(), tables.end(), [&](const auto& entry) { return entry.first == &kind; });
     if (table == tables.end()) table = tables.insert(tables.end(), {&kind, EmptyTable(kind)});
-    std::vector<std::string> row = {std::to_string(i + 1)};
+    std::vector<std::string> row = {numbers.empty() ? std::to_string(i + 1) : std::to_string(numbers[i])};
     for (const ColumnKind& column : kind.columns)
       row.push_back(column.cell(*items[i]));
     table->second.Add(std::move(row));

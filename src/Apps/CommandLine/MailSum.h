@@ -8,9 +8,9 @@
 
 namespace vorlent::app {
 
-// Prints the sum, such as "found 9 = imported 8 + expunged 1 + failed 0", and each failure with mailbox,
-// offset and reason; `failure` is what ended the run, "" if it came to its end. The result is the run's exit
-// code.
+// Prints the sum, such as "found 9 = imported 8 + expunged 1 + failed 0", and each mail that failed or could
+// not be marked as deleted with mailbox, offset and reason; `failure` is what ended the run, "" if it came to
+// its end. The result is the run's exit code, that of nothing found if there was no mail at all.
 ExitCode ShowSum(Session& session, const MailAccount& account, const std::string& verb,
                  const std::string& failure);
 

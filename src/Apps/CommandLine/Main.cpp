@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <clocale>
 #include <cstdio>
+#include <filesystem>
 
 #include "Apps/CommandLine/Commands.h"
 
@@ -18,7 +19,8 @@ Addresses:
   sunbird://PROFILE/CALENDAR                events and tasks of a calendar, lightning:// alike
   ADDRESS/*                                 what can be chosen there, for `browse`
 
-Exit codes: 0 done, 1 nothing found or a part failed, 2 wrong use, 3 could not be read, 130 cancelled.)";
+Exit codes: 0 done, 1 nothing found or a part failed, 2 wrong use, 3 could not be read or written,
+130 cancelled.)";
 
 void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
   app.add_option("--appdata", options.appData,
@@ -44,16 +46,32 @@ void PrintError(const AppError& error) {
   if (!error.Hint().empty()) std::fprintf(stderr, "%s\n", error.Hint().c_str());
 }
 
+// The command that was asked for and isn't there, "" if that isn't what is wrong.
+std::string UnknownCommand(const CLI::App& app) {
+  const auto all = [](const CLI::App*) { return true; };
+  std::string path;
+  const CLI::App* command = &app;
+  for (; !command->get_subcommands().empty(); command = command->get_subcommands().front())
+    path += command->get_subcommands().front()->get_name() + " ";
+  if (command->get_subcommands(all).empty()) return "";
+  const std::vector<std::string> rest = app.remaining(true);
+  return rest.empty() || rest.front().starts_with('-') ? "" : path + rest.front();
+}
+
 ExitCode RunAction(const GlobalOptions& options, const Action& action) {
   try {
     Session session(options);
     const ExitCode code = action(session);
+    FlushResults();
     return session.Host().Global().Cancelled() ? ExitCode::Cancelled : code;
   } catch (const AppError& error) {
     PrintError(error);
     return error.Code();
   } catch (const Failure& failure) {
-    std::fprintf(stderr, "vorlent-mozilla: %s\n", Shown(failure.what()).c_str());
+    PrintError({ExitCode::Unreadable, FailureShown(failure.what())});
+    return ExitCode::Unreadable;
+  } catch (const std::filesystem::filesystem_error& error) {
+    PrintError({ExitCode::Unreadable, "'" + error.path1().string() + "': " + error.code().message()});
     return ExitCode::Unreadable;
   }
 }
@@ -77,6 +95,10 @@ int Main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    if (const std::string unknown = UnknownCommand(app); error.get_exit_code() != 0 && !unknown.empty()) {
+      PrintError({ExitCode::Usage, "unknown command '" + unknown + "'", "Run with --help for all commands."});
+      return static_cast<int>(ExitCode::Usage);
+    }
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
   }
   return static_cast<int>(RunAction(options, action));

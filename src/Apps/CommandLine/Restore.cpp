@@ -1,9 +1,12 @@
-#include <filesystem>
+#include <algorithm>
 
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Common/LineFile.h"
 #include "Common/StdModul.h"
+#include "Common/Width.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Platform/Files.h"
 
 namespace vorlent::app {
 
@@ -19,8 +22,83 @@ std::uint64_t LengthOf(const std::string& file) {
   return FileExists(file) ? os::FileLength(file) : 0;
 }
 
-// Runs an action of the mail connector for archived mails, whose results are the bytes that it appends: it
-// reports nothing of what goes wrong on the way.
+// Whether a mail that is appended begins behind an empty line, without which nobody takes it for a new one.
+bool EndsInEmptyLine(const std::string& mailbox) {
+  constexpr std::uint64_t kTwoLineEnds = 4;
+  const std::uint64_t length = LengthOf(mailbox);
+  if (length == 0) return true;
+  LineFile file(mailbox, os::File::Mode::Read);
+  file.Seek(length - std::min(length, kTwoLineEnds) + 1);
+  bool isEmpty = false;
+  while (!file.AtEnd())
+    isEmpty = file.ReadLine().empty();
+  return isEmpty;
+}
+
+// The archived mail of that ID, or with that number in the list of `search`.
+StandaloneItemPtr FindArchived(Archive& archive, const std::string& wanted, const std::string& name) {
+  auto items = archive.ItemsOf(ComponentText(wanted));
+  if (items.empty()) items = archive.ItemsOf(wanted);
+  if (items.size() > 1) {
+    throw AppError(ExitCode::Partly,
+                   std::to_string(items.size()) + " mails in " + name + " have the ID " + wanted,
+                   "Choose one by its number in the list of: vorlent-mozilla search '" + name + "'");
+  }
+  if (!items.empty()) return items.front();
+  std::int32_t number = 0;
+  if (Swallow([&] { number = ParseInt32(wanted); })) {
+    if (auto item = AsStandalone(archive.ItemAt(number))) return item;
+  }
+  throw AppError(ExitCode::Partly, "no item " + wanted + " in " + name);
+}
+
+// Raises AppError unless every attachment can be read in the archive. Says which one will come back empty.
+void CheckAttachments(Session& session, const StandaloneItem& item) {
+  constexpr std::uint64_t kComesBackEmpty = 54;
+  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
+    const std::string key = item.DataKey(i);
+    if (!key.starts_with("FileAttach")) continue;
+    const std::string path = item.DataFile(key, 0);
+    const std::string name = "attachment '" + Shown(GetLineValue(item.DataText(key), "file")) + "'";
+    if (!Swallow([&] { os::File::Open(path, os::File::Mode::Read); })) {
+      throw AppError(ExitCode::Partly, "the " + name + " is missing in the archive: " + NativeShown(path));
+    }
+    if (LengthOf(path) == kComesBackEmpty) {
+      session.Output().Complain("the " + name + " comes back empty, as every one of 54 bytes does");
+    }
+  }
+}
+
+// The mailbox that mails are put back into, and how.
+struct Target {
+  Location_Thunderbird& connector;
+  std::string mailbox;
+  std::string verb;
+};
+
+// Runs an action of the mail connector for an archived mail. It reports nothing of what goes wrong on the way,
+// so what can be checked is checked before a byte is written, and the rest afterwards. Raises AppError.
+void PutBack(Session& session, const Target& target, const StandaloneItemPtr& item) {
+  const std::string what = NativeShown(target.mailbox) + ": '" + Shown(item->Text()) + "' ";
+  if (!EndsInEmptyLine(target.mailbox)) {
+    throw AppError(ExitCode::Partly, what + "can't be appended, as the mailbox doesn't end in an empty line",
+                   "Add one, and the mail will be told apart from the one before it.");
+  }
+  if (target.verb == "Restore") CheckAttachments(session, *item);
+  const std::uint64_t before = LengthOf(target.mailbox);
+  session.Host().Global().ChooseItem(item);
+  target.connector.ExecuteAction(target.verb + ":" + item->ID());
+  session.Host().Global().ChooseItem(nullptr);
+  if (LengthOf(target.mailbox) == before) throw AppError(ExitCode::Partly, what + "could not be appended");
+  StdMail mail;
+  mail.SetMailboxFile(target.mailbox);
+  bool isFound = false;
+  Swallow([&] { isFound = mail.ReadHeaderAt(ToInt32(before)); });
+  if (!isFound || !target.connector.HasRestored()) {
+    throw AppError(ExitCode::Partly, what + "was appended in part only, at offset " + std::to_string(before));
+  }
+}
+
 ExitCode PutBack(Session& session, const RestoreOptions& options, const std::string& verb) {
   const ArchivePtr archive = session.OpenArchive(options.archive);
   const StandaloneLocationPtr location = session.Open(session.Address(options.address));
@@ -30,28 +108,25 @@ ExitCode PutBack(Session& session, const RestoreOptions& options, const std::str
     session.ComplainOfErrors();
     throw AppError(ExitCode::Unreadable, "there is no mailbox at " + options.address);
   }
-  const std::string mailbox = connector->MailFiles().Item(1);
+  const Target target = {*connector, connector->MailFiles().Item(1), verb};
   bool failed = false;
   for (const std::string& wanted : options.items) {
-    const StandaloneItemPtr item = FindItem(*archive, wanted);
-    if (item == nullptr) {
-      session.Output().Complain("no item " + wanted + " in " + options.archive);
+    try {
+      const StandaloneItemPtr item = FindArchived(*archive, wanted, options.archive);
+      const std::string what = "'" + Shown(item->Text()) + "'";
+      const std::string mailbox = NativeShown(target.mailbox);
+      if (!session.Confirm("Append " + what + " to " + mailbox + "?")) return ExitCode::Cancelled;
+      PutBack(session, target, item);
+      std::printf("appended: %s to %s\n", what.c_str(), mailbox.c_str());
+    } catch (const AppError& error) {
+      session.ComplainOfErrors();
+      session.Output().Forget();
+      session.Output().Complain(error.what());
+      if (!error.Hint().empty()) session.Output().Say(error.Hint());
       failed = true;
-      continue;
-    }
-    const std::string what = "'" + Shown(item->Text()) + "'";
-    if (!session.Confirm("Append " + what + " to " + NativeShown(mailbox) + "?")) return ExitCode::Cancelled;
-    const std::uint64_t before = LengthOf(mailbox);
-    connector->ExecuteAction(verb + ":" + item->ID());
-    const bool appended = LengthOf(mailbox) > before;
-    failed = session.ComplainOfErrors() || !appended || failed;
-    if (appended) {
-      std::printf("appended: %s to %s\n", what.c_str(), NativeShown(mailbox).c_str());
-    } else {
-      session.Output().Complain(NativeShown(mailbox) + ": " + what + " could not be appended");
     }
   }
-  return failed ? ExitCode::Partly : ExitCode::Done;
+  return session.ComplainOfErrors() || failed ? ExitCode::Partly : ExitCode::Done;
 }
 
 void Declare(CLI::App& command, Action& action, const std::string& verb) {

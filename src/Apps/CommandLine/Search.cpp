@@ -21,6 +21,14 @@ std::vector<StandaloneItemPtr> Find(Archive& archive, const SearchOptions& optio
   return {found.begin(), found.end()};
 }
 
+// By these numbers an item is found again, whatever was searched for.
+std::vector<std::int32_t> NumbersOf(Archive& archive, const std::vector<StandaloneItemPtr>& items) {
+  std::vector<std::int32_t> numbers;
+  for (const StandaloneItemPtr& item : items)
+    numbers.push_back(archive.PositionOf(dynamic_cast<const ArchiveItem&>(*item)));
+  return numbers;
+}
+
 void PrintFiles(const StandaloneItem& item) {
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
@@ -36,7 +44,7 @@ ExitCode Search(Session& session, const SearchOptions& options) {
     return ExitCode::Partly;
   }
   if (!options.json && !options.files) {
-    std::fputs(ItemTables(items, TerminalWidth(0)).c_str(), stdout);
+    std::fputs(ItemTables(items, TerminalWidth(0), NumbersOf(*archive, items)).c_str(), stdout);
     return ExitCode::Done;
   }
   for (const StandaloneItemPtr& item : items) {

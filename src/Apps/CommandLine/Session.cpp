@@ -191,6 +191,13 @@ std::string NativeShown(std::string_view path) {
   return Shown(native.empty() ? path : native);
 }
 
+std::string FailureShown(std::string_view text) {
+  const bool beginsWithPath = text.size() > 3 && text.substr(1, 2) == ":\\";
+  const std::size_t end = beginsWithPath ? text.find(": ", 3) : std::string_view::npos;
+  if (end == std::string_view::npos) return Shown(text);
+  return NativeShown(text.substr(0, end)) + Shown(text.substr(end));
+}
+
 std::string ComponentText(const std::string& utf8) {
   return ExactUtf8ToCodePage(utf8).value_or(utf8);
 }

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <set>
 
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/MailSum.h"
@@ -22,30 +23,47 @@ struct StreamOptions {
   bool remove = false;
 };
 
+// The folder's name for a mail. An ID may be longer than a name can be.
+std::string FolderName(const std::string& id) {
+  constexpr std::size_t kLongest = 240;
+  std::string name = EncodeFileName(id);
+  while (os::ToNativeName(name).size() > kLongest)
+    name.pop_back();
+  return os::ToNativeName(name);
+}
+
 // A new folder for a mail; mails of one ID get numbers behind it.
 fs::path NewMailFolder(const fs::path& parent, const std::string& id) {
-  const std::string name = os::ToNativeName(EncodeFileName(id));
+  const std::string name = FolderName(id);
   fs::path folder = parent / name;
   for (int number = 2; !fs::create_directory(folder); ++number)
     folder = parent / (name + "-" + std::to_string(number));
   return folder;
 }
 
-// Moves the files that the record names into the mail's folder and writes the record beside them.
-void Keep(const StandaloneItem& item, const std::string& record, const fs::path& parent) {
+// Moves the files that the record names into the mail's folder and writes the record beside them. False if a
+// file isn't there.
+bool Keep(const StandaloneItem& item, const std::string& record, const fs::path& parent) {
   const fs::path folder = NewMailFolder(parent, item.ID());
+  std::set<std::string> moved;
+  bool isWhole = true;
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     if (!item.DataKey(i).starts_with("File")) continue;
     std::string description = item.DataText(item.DataKey(i));
     const std::string source = CutLine(description);
     // Two attachments of one name are one file, which has moved with the first.
-    if (!FileExists(source)) continue;
+    if (!moved.insert(source).second) continue;
+    if (!FileExists(source)) {
+      isWhole = false;
+      continue;
+    }
     const fs::path target = folder / os::ToNativeName(GetFileName(source));
     os::Rename(source, os::ToWindowsPath(target.string()));
   }
   TextWriter writer(os::ToWindowsPath((folder / "record.txt").string()), os::File::Mode::Create);
   writer.Write(record);
   writer.Close();
+  return isWhole;
 }
 
 void Print(const StandaloneItem& item, const StreamOptions& options) {
@@ -54,6 +72,17 @@ void Print(const StandaloneItem& item, const StreamOptions& options) {
                                              : Shown(item.Date()) + "  " + Shown(item.Text());
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fputc('\n', stdout);
+}
+
+// Marks the mail delivered last as one to be deleted.
+void Remove(Location_Thunderbird& connector, MailAccount& doubts) {
+  // What was printed of it must have arrived.
+  FlushResults();
+  if (connector.SourceMail()->HidesOffset()) {
+    doubts.NoteHidden(*connector.SourceMail());
+  } else {
+    connector.SourceDelete();
+  }
 }
 
 ExitCode Stream(Session& session, const StreamOptions& options) {
@@ -66,26 +95,25 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
   const bool keep = !options.output.empty();
   if (keep) fs::create_directories(options.output);
   connector->SourceInit(nullptr, keep);
+  MailAccount doubts;  // what the connector can't know
   std::string failure;
-  std::size_t failedBefore = 0;
   try {
     for (std::string record; connector->SourceGetNext(record);) {
       StandaloneItem item;
       item.ImportRecord(record);
-      if (keep) Keep(item, record, options.output);
+      const StdMail& mail = *connector->SourceMail();
+      const bool isKept = !keep || Keep(item, record, options.output);
+      if (!isKept && mail.WriteFailure().empty())
+        doubts.failed.push_back({mail.MailboxFile(), mail.Offset(), "a file of the mail is gone"});
       Print(item, options);
       // A mail that could not be written whole stays where it is complete.
-      const bool whole = connector->Account().failed.size() == failedBefore;
-      failedBefore = connector->Account().failed.size();
-      if (options.remove && whole) connector->SourceDelete();
+      if (options.remove && isKept && mail.WriteFailure().empty()) Remove(*connector, doubts);
       session.Output().CountMail();
     }
   } catch (const Failure& raised) {
     failure = raised.what();
   }
-  const MailAccount& account = connector->Account();
-  const ExitCode code = ShowSum(session, account, "delivered", failure);
-  return account.Found() == 0 && code == ExitCode::Done ? ExitCode::Partly : code;
+  return ShowSum(session, connector->Account().With(doubts), "delivered", failure);
 }
 
 }  // namespace

@@ -5,9 +5,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <system_error>
 
+#include "Apps/CommandLine/AppError.h"
 #include "Platform/CodePage.h"
 
 namespace vorlent::app {
@@ -77,6 +80,13 @@ std::size_t TerminalWidth(std::size_t otherwise) {
       return size.ws_col;
   }
   return otherwise;
+}
+
+void FlushResults() {
+  errno = 0;
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
+  const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+  throw AppError(ExitCode::Unreadable, "standard output could not be written" + reason);
 }
 
 std::string Shown(std::string_view text) {

@@ -16,6 +16,10 @@ bool IsTerminal(std::FILE* stream);
 // Columns of the terminal behind standard output or error, `otherwise` where there is none.
 std::size_t TerminalWidth(std::size_t otherwise);
 
+// Brings all that was printed to standard output. Raises AppError with ExitCode::Unreadable if some of it
+// didn't get there.
+void FlushResults();
+
 // Code-page or UTF-8 text of the component as one line of UTF-8 that can't move the cursor: control
 // characters become blanks.
 std::string Shown(std::string_view text);

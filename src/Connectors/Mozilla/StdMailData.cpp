@@ -172,9 +172,10 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
     if (FileExists(path)) mail_.NoteWriteFailure("one of two files called '" + name + "' is lost");
     MoveFile(path, source);
   }
-  if (!FileExists(path)) mail_.NoteWriteFailure("the attachment '" + name + "' could not be saved");
   mail_.AddTempfile(path);
-  return path + "\nfile=" + name + mail_.GetFileInfo(path);
+  const std::string info = mail_.GetFileInfo(path);
+  if (info.empty()) mail_.NoteWriteFailure("the attachment '" + name + "' could not be saved");
+  return path + "\nfile=" + name + info;
 }
 
 std::string StdMail::GetFileInfo(std::string_view file) const {

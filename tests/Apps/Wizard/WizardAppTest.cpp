@@ -175,8 +175,12 @@ TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveACommandThatFillsANewArchive) {
   });
   user.In<QFileDialog>([&](QFileDialog& dialog) { ChooseNewFolder(dialog, "Archiv"); });
   InResult(user, [](ImportProgress& window) {
+    // One mail has no header in which it could be marked.
     EXPECT_EQ(Find<QLabel>(window, "Status").text(),
-              QString("13 Mails importiert, 1 als gelöscht markierte übergangen."));
+              QString("13 Mails importiert, 1 als gelöscht markierte übergangen, "
+                      "1 nicht als gelöscht markiert."));
+    EXPECT_THAT(Find<QPlainTextEdit>(window, "Log").toPlainText().toStdString(),
+                HasSubstr("Zitate, Mail an Stelle 320: nicht als gelöscht markiert: "));
     Click(window, "Cancel");
   });
   RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
