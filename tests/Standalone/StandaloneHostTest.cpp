@@ -394,6 +394,20 @@ TEST_F(StandaloneHostTest, ArchivesAreFoundByPathAndName) {
   EXPECT_EQ(again->ItemCount(), 1);
 }
 
+TEST_F(StandaloneHostTest, ChosenItemIsTheOneMeantByItsId) {
+  const MemoryFolder folder;
+  const ArchivePtr archive = host_->Global().OpenArchive(folder.Path("a"));
+  const ItemPtr oldest = archive->PasteRecord("ID=same|Text=1");
+  const ItemPtr chosen = archive->PasteRecord("ID=same|Text=2");
+  const ItemPtr other = archive->PasteRecord("ID=other");
+  EXPECT_EQ(host_->Global().FindItem("same"), oldest);
+  host_->Global().ChooseItem(chosen);
+  EXPECT_EQ(host_->Global().FindItem("same"), chosen);
+  EXPECT_EQ(host_->Global().FindItem("other"), other);
+  host_->Global().ChooseItem(nullptr);
+  EXPECT_EQ(host_->Global().FindItem("same"), oldest);
+}
+
 // --- Topics
 
 TEST_F(StandaloneHostTest, TopicsTakeUpLocationsAndLetThemGo) {
