@@ -76,8 +76,8 @@ struct Target {
   std::string verb;
 };
 
-// Runs an action of the mail connector for an archived mail. It reports nothing of what goes wrong on the way,
-// so what can be checked is checked before a byte is written, and the rest afterwards. Raises AppError.
+// Runs an action of the mail connector for an archived mail. It reports nothing of what goes wrong on the
+// way, so what can be checked is checked before a byte is written, and the rest afterwards. Raises AppError.
 void PutBack(Session& session, const Target& target, const StandaloneItemPtr& item) {
   const std::string what = NativeShown(target.mailbox) + ": '" + Shown(item->Text()) + "' ";
   if (!EndsInEmptyLine(target.mailbox)) {

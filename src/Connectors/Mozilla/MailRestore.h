@@ -38,8 +38,8 @@ class MailRestorer {
   // long as this object lives.
   MailRestorer(TextWriter& out, const Item& itm, StdMail* mail, bool shortcut);
 
-  // Writes the whole mail but closes nothing. False if a step was left out; what is missing of an attachment's
-  // file, or in the writer, isn't seen here.
+  // Writes the whole mail but closes nothing. False if a step was left out; what is missing of an
+  // attachment's file, or in the writer, isn't seen here.
   bool Restore(LineFile& source);
 
  private:
