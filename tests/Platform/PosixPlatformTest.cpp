@@ -262,6 +262,23 @@ TEST(ProcessesTest, ProcessesComeInTheOrderOfTheirIds) {
                              [](const ProcessEntry& a, const ProcessEntry& b) { return a.id < b.id; }));
 }
 
+// Asked for before each of many mails is deleted, when looking anew each time would be most of the work.
+TEST(ProcessesTest, SnapshotIsKeptForAMomentOnly) {
+  PosixPlatform platform;
+  const auto isListed = [&](std::uint32_t id) {
+    const auto processes = platform.Processes();
+    return std::any_of(processes->begin(), processes->end(),
+                       [&](const auto& entry) { return entry.id == id; });
+  };
+  platform.Processes();
+  Child child([] { pause(); });
+  std::this_thread::sleep_for(PosixPlatform::kSnapshotTime);
+  EXPECT_TRUE(isListed(child.Id()));
+  platform.Terminate(child.Id());
+  child.Await();
+  EXPECT_FALSE(isListed(child.Id())) << "what was ended is looked for anew";
+}
+
 TEST(ProcessesTest, ClosingWaitsUntilTheProcessHasEnded) {
   Child child([] {
     signal(SIGTERM, [](int) {

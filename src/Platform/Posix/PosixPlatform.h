@@ -2,6 +2,13 @@
 // /proc.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -23,7 +30,8 @@ class PosixPlatform : public Platform {
 
   // Names are those that the programs have on Windows: with ".exe" where there is no extension, and without
   // the "-bin" that Mozilla's applications carry behind their start scripts. A process that goes by another
-  // name than that of its file comes with each of them.
+  // name than that of its file comes with each of them. A change is seen within kSnapshotTime: looking at all
+  // processes each time would cost more than what is done behind it.
   std::optional<std::vector<ProcessEntry>> Processes() override;
 
   // Asks by the terminating signal, and waits up to kCloseTime for the process to end by itself.
@@ -40,6 +48,13 @@ class PosixPlatform : public Platform {
   void SetCurrentFolder(std::string_view folder) override;
 
   static constexpr int kCloseTime = 10'000;  // milliseconds
+
+  // Far shorter than a program needs from its start to its first file.
+  static constexpr std::chrono::milliseconds kSnapshotTime{20};
+
+ private:
+  std::optional<std::vector<ProcessEntry>> snapshot_;
+  std::chrono::steady_clock::time_point snapshotEnd_;
 };
 
 }  // namespace vorlent

@@ -68,15 +68,7 @@ void AppendProcess(std::vector<ProcessEntry>& processes, std::uint32_t id) {
   if (differs) processes.push_back({id, NameOnWindows(file)});
 }
 
-// The id as the system's calls take it. There 0 and negative numbers stand for groups and for all processes.
-std::optional<pid_t> CheckedId(std::uint32_t processId) {
-  if (processId == 0 || processId > INT_MAX) return std::nullopt;
-  return static_cast<pid_t>(processId);
-}
-
-}  // namespace
-
-std::optional<std::vector<ProcessEntry>> PosixPlatform::Processes() {
+std::optional<std::vector<ProcessEntry>> TakeSnapshot() {
   const os::Listing listing(opendir("/proc"));
   if (!listing) return std::nullopt;
   std::vector<std::uint32_t> ids;
@@ -93,7 +85,25 @@ std::optional<std::vector<ProcessEntry>> PosixPlatform::Processes() {
   return processes;
 }
 
+// The id as the system's calls take it. There 0 and negative numbers stand for groups and for all processes.
+std::optional<pid_t> CheckedId(std::uint32_t processId) {
+  if (processId == 0 || processId > INT_MAX) return std::nullopt;
+  return static_cast<pid_t>(processId);
+}
+
+}  // namespace
+
+std::optional<std::vector<ProcessEntry>> PosixPlatform::Processes() {
+  const auto now = std::chrono::steady_clock::now();
+  if (!snapshot_ || now >= snapshotEnd_) {
+    snapshot_ = TakeSnapshot();
+    snapshotEnd_ = now + kSnapshotTime;
+  }
+  return snapshot_;
+}
+
 void PosixPlatform::CloseWindows(std::uint32_t processId) {
+  snapshot_.reset();
   const auto id = CheckedId(processId);
   if (!id) return;
   // The descriptor stands for this very process, even if its number is given anew meanwhile.
@@ -104,6 +114,7 @@ void PosixPlatform::CloseWindows(std::uint32_t processId) {
 }
 
 void PosixPlatform::Terminate(std::uint32_t processId) {
+  snapshot_.reset();
   if (const auto id = CheckedId(processId)) kill(*id, SIGKILL);
 }
 
