@@ -76,6 +76,14 @@ std::optional<std::string> ExactUtf8ToCodePage(std::string_view text) {
   return out;
 }
 
+// Without a branch for each character, so that it costs next to nothing beside the conversions it spares.
+bool IsAscii(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char c : text)
+    bits |= static_cast<unsigned char>(c);
+  return bits < 0x80;
+}
+
 bool IsMultiByteUtf8(std::string_view text) {
   bool multiByte = false;
   for (std::size_t i = 0; i < text.size();) {
@@ -88,7 +96,7 @@ bool IsMultiByteUtf8(std::string_view text) {
 }
 
 std::string DisplayUtf8(std::string_view text) {
-  return IsMultiByteUtf8(text) ? std::string(text) : CodePageToUtf8(text);
+  return IsAscii(text) || IsMultiByteUtf8(text) ? std::string(text) : CodePageToUtf8(text);
 }
 
 std::string LowerCase(std::string_view text) {

@@ -79,6 +79,9 @@ std::string Utf8ToCodePage(std::string_view text);
 // As above, but nothing if a character is lost.
 std::optional<std::string> ExactUtf8ToCodePage(std::string_view text);
 
+// Whether all bytes are ASCII, which the page and UTF-8 write alike.
+bool IsAscii(std::string_view text);
+
 // Whether the bytes are well-formed UTF-8 that holds at least one multi-byte character.
 bool IsMultiByteUtf8(std::string_view text);
 

@@ -57,13 +57,6 @@ SqliteDatabase Opened(std::string_view path) {
   return database;
 }
 
-bool IsAscii(std::string_view text) {
-  for (const char c : text) {
-    if (static_cast<unsigned char>(c) >= 0x80) return false;
-  }
-  return true;
-}
-
 // Both are exact inverses, whatever bytes the text holds.
 std::string ToStored(std::string_view text) {
   return IsAscii(text) ? std::string(text) : CodePageToUtf8(text);

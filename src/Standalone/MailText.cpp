@@ -16,6 +16,9 @@ namespace {
 // Enough for a header and the words behind it.
 constexpr std::size_t kBytesRead = 16 * 1024;
 
+// What of the words is taken: enough to find a mail again, and far less work than all of a long one.
+constexpr std::size_t kTextBytes = 4 * 1024;
+
 // A line without a blank of at least this length is encoded data.
 constexpr std::size_t kDataLine = 60;
 
@@ -64,20 +67,21 @@ std::string UndoQuotedPrintable(std::string_view text) {
 std::size_t BodyStart(std::string_view mail) {
   std::size_t start = mail.size();
   for (const std::string_view end : {"\r\n\r\n", "\n\n", "\n\r\n"}) {
-    if (const std::size_t at = mail.find(end); at != std::string_view::npos)
-      start = std::min(start, at + end.size());
+    // A line end that the mail doesn't use is looked for up to the place found, not through the whole mail.
+    if (const std::size_t at = mail.substr(0, start).find(end); at != std::string_view::npos)
+      start = at + end.size();
   }
   return start;
 }
 
-std::string WithoutDataLines(std::string_view text) {
+// Takes lines off the text until there are words enough.
+std::string CutWords(std::string_view& text) {
   std::string kept;
-  kept.reserve(text.size());
-  for (std::size_t start = 0; start < text.size();) {
-    const std::size_t end = std::min(text.find('\n', start), text.size());
-    const std::string_view line = text.substr(start, end - start);
+  while (!text.empty() && kept.size() < kTextBytes) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
     if (line.size() < kDataLine || line.find(' ') != std::string_view::npos) kept.append(line) += '\n';
-    start = end + 1;
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
   return kept;
 }
@@ -116,14 +120,17 @@ void ResolveEntities(std::string& text) {
 }  // namespace
 
 std::string TextOfMail(std::string_view mail) {
-  const std::string body = WithoutDataLines(mail.substr(BodyStart(mail)));
-  const bool isQuotedPrintable = FindNoCase(mail, "quoted-printable", 0) != std::string_view::npos;
+  std::string_view rest = mail.substr(BodyStart(mail));
+  const std::string body = CutWords(rest);
+  // In the header, or in that of a part.
+  mail.remove_suffix(rest.size());
+  const bool isQuotedPrintable = LowerCase(mail).find("quoted-printable") != std::string::npos;
   return DisplayUtf8(isQuotedPrintable ? UndoQuotedPrintable(body) : body);
 }
 
 std::string TextOfHtml(std::string_view html) {
   std::string text;
-  for (std::size_t at = 0; at < html.size();) {
+  for (std::size_t at = 0; at < html.size() && text.size() < kTextBytes;) {
     const std::size_t tag = std::min(html.find('<', at), html.size());
     text.append(html.substr(at, tag - at)) += ' ';
     std::size_t end = html.find('>', tag);

@@ -42,10 +42,6 @@ void ApplyDrives(const std::vector<std::string>& drives) {
   }
 }
 
-bool IsAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 // The last segment of a browsed address, without its closing mark.
 std::string_view LastSegment(std::string_view address) {
   if (address.ends_with('*')) address.remove_suffix(1);
