@@ -6,6 +6,7 @@
 #include "Common/Width.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Standalone/StandaloneGlobal.h"
 
 namespace vorlent {
 
@@ -48,6 +49,7 @@ ItemPtr Archive::PasteRecord(std::string_view record) {
   item->SetLocation(shared_from_this());
   SetItemCounter(ToInt32(std::int64_t{ItemCounter()} + 1));
   SetLastItemTimer(static_cast<float>(SecondsSinceMidnight()));
+  if (const auto global = GlobalIfThere()) global->Report(report::kItemPasted, record, item);
   return item;
 }
 

@@ -44,6 +44,8 @@ class LocationBase : public Location {
 
   // Raises ObjectNotSet once the host is gone.
   std::shared_ptr<StandaloneGlobal> Global() const;
+  // Null once the host is gone.
+  std::shared_ptr<StandaloneGlobal> GlobalIfThere() const { return global_.lock(); }
 
   std::string name_;
 

@@ -408,6 +408,15 @@ TEST_F(StandaloneHostTest, ChosenItemIsTheOneMeantByItsId) {
   EXPECT_EQ(host_->Global().FindItem("same"), oldest);
 }
 
+TEST_F(StandaloneHostTest, WhatIsPastedIntoAnArchiveIsTold) {
+  const MemoryFolder folder;
+  const ArchivePtr archive = host_->Global().OpenArchive(folder.Path("archive"));
+  observer_.lines.clear();
+  archive->PasteRecord("ID=1|Text=one");
+  archive->PasteRecord("ID=2");
+  EXPECT_THAT(observer_.lines, ElementsAre("pasted 1 ID=1|Text=one", "pasted 2 ID=2"));
+}
+
 // --- Topics
 
 TEST_F(StandaloneHostTest, TopicsTakeUpLocationsAndLetThemGo) {
