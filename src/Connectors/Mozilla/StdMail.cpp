@@ -56,6 +56,7 @@ void StdMail::InitStream(std::int16_t saveflag) {
   stream_ = LineFile();
   saveFlag_ = saveflag;
   stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
+  lengthRead_ = stream_.Length();
   pending_.Clear();
   expungedCount_ = 0;
   ResetMailScan();

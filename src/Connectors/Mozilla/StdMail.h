@@ -32,7 +32,10 @@ class StdMail : public Object {
 
   // Path of the mbox file; set before InitStream.
   const std::string& MailboxFile() const { return mailboxFile_; }
-  void SetMailboxFile(std::string_view path) { mailboxFile_ = path; }
+  void SetMailboxFile(std::string_view path) {
+    mailboxFile_ = path;
+    lengthRead_ = 0;
+  }
 
   // Header store of the current mail: whole unfolded header lines by their lower-case name. The separator
   // line, "Received" and "Return-Path" headers stand there without a key; of all others only the first of a
@@ -127,8 +130,8 @@ class StdMail : public Object {
 
   // Marks the mail at a zero-based offset as expunged by changing one digit in place, and deletes the
   // mailbox's summary file. Asks first to close a running Thunderbird; on the answer Cancel nothing happens.
-  // A mailbox that can't be opened raises. True if the mail is marked now: it may have no status header, and
-  // failures to read and write are swallowed.
+  // A mailbox that can't be opened raises, and so does one that has become shorter since InitStream. True if
+  // the mail is marked now: it may have no status header, and failures to read and write are swallowed.
   bool DeleteMail(std::int32_t offset);
 
   // The item record of the mail read last. `kw` is the text of its keywords, in record form;
@@ -196,6 +199,7 @@ class StdMail : public Object {
   std::string writeFailure_;
 
   LineFile stream_;
+  std::uint64_t lengthRead_ = 0;  // of the mailbox when it was opened to be read; 0 if it wasn't
   PendingText pending_;
   std::int32_t pendingOffset_ = 0;  // position from 1 of the separator in pending_, for ReadHeader
   std::string separator_;           // holds the line that AtMailEnd gives back while it reads ahead

@@ -75,6 +75,10 @@ bool& NoThunderbirdCheck() {
 bool StdMail::DeleteMail(std::int32_t offset) {
   if (!SettleThunderbird()) return false;
   LineFile mailbox(mailboxFile_, os::File::Mode::ReadWrite);
+  // Another program has cleaned it up: at the offsets that were read there may be other mails by now.
+  if (mailbox.Length() < lengthRead_) {
+    throw Failure(ErrorNumber::PermissionDenied, mailboxFile_ + ": has become shorter since it was read");
+  }
   mailbox.Seek(MailPosition(offset));
   bool isMarked = false;
   Swallow([&] { isMarked = MarkMail(mailbox); });

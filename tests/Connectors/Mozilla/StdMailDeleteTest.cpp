@@ -158,6 +158,21 @@ TEST_F(StdMailDeleteTest, OffsetBehindTheEndChangesNothingButTheSummaryGoes) {
   EXPECT_FALSE(folder_.Exists("Inbox.msf"));
 }
 
+TEST_F(StdMailDeleteTest, MailboxThatBecameShorterSinceItWasReadIsLeftAlone) {
+  const std::string mail = "From - x\r\nX-Mozilla-Status: 0001\r\n\r\n";
+  Open(mail + mail);
+  mail_.CloseStream();
+  EXPECT_EQ(NumberOf([&] { Delete(mail); }), static_cast<int>(ErrorNumber::PermissionDenied));
+  EXPECT_EQ(Mailbox(), mail);
+  EXPECT_TRUE(folder_.Exists("Inbox.msf"));
+  // What is appended moves no mail.
+  std::string longer = mail + mail + mail;
+  EXPECT_EQ(Delete(longer), longer.replace(longer.find("0001"), 4, "0009"));
+  // A path that is given anew has not been read.
+  mail_.SetMailboxFile(folder_.Path("Inbox"));
+  EXPECT_EQ(Delete(mail), "From - x\r\nX-Mozilla-Status: 0009\r\n\r\n");
+}
+
 TEST_F(StdMailDeleteTest, EmptyMailboxStaysEmpty) {
   EXPECT_EQ(Delete(""), "");
   EXPECT_FALSE(folder_.Exists("Inbox.msf"));
