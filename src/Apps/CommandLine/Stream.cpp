@@ -36,8 +36,11 @@ std::string FolderName(const std::string& id) {
 fs::path NewMailFolder(const fs::path& parent, const std::string& id) {
   const std::string name = FolderName(id);
   fs::path folder = parent / name;
-  for (int number = 2; !fs::create_directory(folder); ++number)
+  std::error_code error;
+  for (int number = 2; !fs::create_directory(folder, error); ++number) {
+    if (error) throw Failure(ErrorNumber::PathAccess, folder.string() + ": " + error.message());
     folder = parent / (name + "-" + std::to_string(number));
+  }
   return folder;
 }
 
@@ -64,6 +67,23 @@ bool Keep(const StandaloneItem& item, const std::string& record, const fs::path&
   writer.Write(record);
   writer.Close();
   return isWhole;
+}
+
+// Keeps a mail, and notes why it isn't there whole. What lets no mail be kept rises.
+bool KeepOrNote(const StdMail& mail, const StandaloneItem& item, const std::string& record,
+                const fs::path& parent, MailAccount& doubts) {
+  const auto note = [&](const std::string& reason) {
+    // One that could not be written whole is known as such already.
+    if (mail.WriteFailure().empty()) doubts.failed.push_back({mail.MailboxFile(), mail.Offset(), reason});
+  };
+  try {
+    const bool isWhole = Keep(item, record, parent);
+    if (!isWhole) note("a file of the mail is gone");
+    return isWhole;
+  } catch (const Failure& failure) {
+    note(failure.what());
+    throw;
+  }
 }
 
 void Print(const StandaloneItem& item, const StreamOptions& options) {
@@ -102,9 +122,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
       StandaloneItem item;
       item.ImportRecord(record);
       const StdMail& mail = *connector->SourceMail();
-      const bool isKept = !keep || Keep(item, record, options.output);
-      if (!isKept && mail.WriteFailure().empty())
-        doubts.failed.push_back({mail.MailboxFile(), mail.Offset(), "a file of the mail is gone"});
+      const bool isKept = !keep || KeepOrNote(mail, item, record, options.output, doubts);
       Print(item, options);
       // A mail that could not be written whole stays where it is complete.
       if (options.remove && isKept && mail.WriteFailure().empty()) Remove(*connector, doubts);

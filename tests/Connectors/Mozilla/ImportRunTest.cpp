@@ -650,6 +650,114 @@ TEST_F(ImportRunTest, FailureWhileMailsAreDeletedKeepsTheLogOff) {
   EXPECT_THAT(Log(), ElementsAre("\"Import Thunderbird Archiv\"", "\" 14:30:05: <f>\\Inbox\""));
 }
 
+// --- The account ----------------------------------------------------------------------------------------
+
+class ImportAccountTest : public ImportRunTest {
+ protected:
+  // "delivered 2, expunged 1", and a line for each mail that failed.
+  Lines Account() {
+    const MailAccount& account = ImportRun::LastAccount();
+    Lines lines = {"found " + std::to_string(account.Found()) + ", delivered " +
+                   std::to_string(account.delivered) + ", expunged " + std::to_string(account.expunged)};
+    for (const MailAccount::Failed& mail : account.failed) {
+      std::string line = mail.mailbox + " at " + std::to_string(mail.offset) + ": " + mail.reason;
+      Replace(line, folder.Path(), "<f>");
+      lines.push_back(line);
+    }
+    return lines;
+  }
+
+  static std::string MailWithAttachment(const std::string& subject) {
+    std::string mail = Mail(subject);
+    return mail.insert(mail.find("Message-ID"), "Content-Type: multipart/mixed; boundary=b\r\n") +
+           "--b\r\nContent-Disposition: attachment; filename=a.txt\r\n\r\nx\r\n--b--\r\n\r\n";
+  }
+};
+
+TEST_F(ImportAccountTest, TellsWhatBecameOfEveryMail) {
+  const std::string a = Box("A", Mail("one") + Mail("two", 250, "0009") + Mail("three"));
+  const std::string b = Box("B", Mail("four", 250, "0008") + Mail("five"));
+  EXPECT_EQ(Run({"import " + a, "import " + b}), 0);
+  EXPECT_THAT(Account(), ElementsAre("found 5, delivered 3, expunged 2"));
+}
+
+TEST_F(ImportAccountTest, MailThatCouldNotBeWrittenWholeHasFailedAndStaysInTheMailbox) {
+  const std::string bytes = Mail("one") + MailWithAttachment("two") + Mail("three");
+  folder.MakeFolder("temp\\att1");
+  EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
+  const Lines account = Account();
+  ASSERT_EQ(account.size(), 2U);
+  EXPECT_EQ(account[0], "found 3, delivered 2, expunged 0");
+  EXPECT_THAT(account[1], testing::StartsWith("<f>\\Inbox at 250: <f>\\temp\\att1: "));
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "three", '9'));
+}
+
+TEST_F(ImportAccountTest, SoHasOneWhoseAttachmentCouldNotBeGivenItsName) {
+  const std::string bytes = MailWithAttachment("one") + Mail("two");
+  folder.MakeFolder("temp\\a.txt");
+  EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
+  EXPECT_THAT(Account(), ElementsAre("found 2, delivered 1, expunged 0",
+                                     "<f>\\Inbox at 0: the attachment 'a.txt' could not be saved"));
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
+}
+
+TEST_F(ImportAccountTest, FailureThatEndsTheRunIsThatOfTheMailAtHand) {
+  for (const std::string call : {"Location(\"Archiv\").PasteRecord", "item2.TakeFile"}) {
+    RecordingHost fresh;
+    fresh.Global.TemporaryPath = host.Global.TemporaryPath;
+    fresh.Global.Objects["Archiv"] = fresh.MakeLocation("Archiv");
+    fresh.AddTopics();
+    const std::string box =
+        Box("Inbox", Mail("gone", 250, "0009") + Mail("one") + Mail("two") + Mail("three"));
+    fresh.Dialogs.WizardAnswer = "target Archiv\r\nimport " + box + "\r\n";
+    fresh.Log.FailOn(call, call.starts_with("item") ? 1 : 2);
+    std::string reason;
+    try {
+      Actions().execute("importmails");
+    } catch (const Failure& failure) {
+      reason = failure.what();
+    }
+    EXPECT_NE(reason, "");
+    Replace(reason, folder.Path(), "<f>");
+    EXPECT_THAT(Account(), ElementsAre("found 3, delivered 1, expunged 1", "<f>\\Inbox at 500: " + reason));
+  }
+}
+
+TEST_F(ImportAccountTest, CancelledRunCountsWhatItSaw) {
+  CancelInMail(2);
+  EXPECT_EQ(Run({"import " + Box("Inbox", Mail("one") + Mail("two") + Mail("three"))}), 0);
+  EXPECT_THAT(Account(), ElementsAre("found 2, delivered 2, expunged 0"));
+}
+
+TEST_F(ImportAccountTest, EachRunBeginsWithAnEmptyOne) {
+  EXPECT_EQ(Run({"import " + Box("Inbox", Mail("one"))}), 0);
+  EXPECT_NE(Run({"import " + folder.Path("nowhere")}), 0);
+  EXPECT_THAT(Account(), ElementsAre("found 0, delivered 0, expunged 0"));
+  EXPECT_EQ(Run({"import " + Box("Inbox", Mail("one"))}), 0);
+  EXPECT_EQ(Run({"target Weg"}), 0);
+  EXPECT_THAT(Account(), ElementsAre("found 0, delivered 0, expunged 0"));
+}
+
+TEST_F(ImportRunTest, MailboxThatBecameShorterMeanwhileKeepsItsMails) {
+  const std::string bytes = Mail("one") + Mail("two") + Mail("three");
+  const std::string box = Box("Inbox", bytes);
+  folder.Write("Inbox.msf", "index");
+  // As if it was cleaned up: where the first mail was, there is the second by now.
+  OnPaste(3, [&] { folder.Write("Inbox", Mail("two") + Mail("three")); });
+  EXPECT_EQ(Run({"action move", "import " + box}), static_cast<int>(ErrorNumber::PermissionDenied));
+  EXPECT_EQ(folder.Read("Inbox"), Mail("two") + Mail("three"));
+  EXPECT_TRUE(folder.Exists("Inbox.msf"));
+}
+
+TEST_F(ImportRunTest, MailboxThatGrewMeanwhileLosesTheImportedMailsOnly) {
+  const std::string bytes = Mail("one") + Mail("two");
+  const std::string box = Box("Inbox", bytes);
+  OnPaste(2, [&] { folder.Write("Inbox", bytes + Mail("new")); });
+  EXPECT_EQ(Run({"action move", "import " + box}), 0);
+  const std::string rest = target->Pasted.size() == 3 ? WithStatus(Mail("new"), "new", '9') : Mail("new");
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "two", '9') + rest);
+}
+
 TEST_F(ImportRunTest, EveryFailingHostCallEndsTheRunWhereItStands) {
   const std::string bytes = Mail("one") + Mail("two");
   for (int nth = 1;; ++nth) {

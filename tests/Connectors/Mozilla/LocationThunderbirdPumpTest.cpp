@@ -417,6 +417,66 @@ TEST_F(LocationThunderbirdPumpTest, MarkedMailsThatStayAreAccountedFor) {
   EXPECT_EQ(connector->Account().delivered, 2);
 }
 
+TEST_F(LocationThunderbirdPumpTest, MailboxThatBecameShorterMeanwhileKeepsItsMails) {
+  const Box box = AddBox("A", {"1", "2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  while (Next() != "end" && connector->Account().Found() < 2)
+    connector->SourceDelete();
+  connector->SourceDelete();
+  WriteBytes(box.file, MailOf("2"));
+  EXPECT_THROW(Next(), Failure);
+  EXPECT_EQ(ReadBytes(box.file), MailOf("2"));
+}
+
+// --- The account
+
+TEST_F(LocationThunderbirdPumpTest, AccountTellsWhatBecameOfEveryMail) {
+  std::string expunged = MailOf("0");
+  expunged[expunged.find("Status: 0001") + 11] = '9';
+  const std::string a = tree.AddMailbox("p", "a", "A", expunged + MailOf("1") + expunged + MailOf("2"));
+  AddBox("B", {"3"});
+  Prepare("thunderbird://p/a");
+  for (int run = 0; run < 2; ++run) {
+    connector->SourceInit(nullptr, false);
+    Next();
+    Next();
+    MailAccount doubts;
+    doubts.failed.push_back({a, connector->SourceMail()->Offset(), "no room"});
+    Next();
+    EXPECT_EQ(Next(), "end");
+    const MailAccount account = connector->Account().With(doubts);
+    EXPECT_EQ(account.Found(), 5);
+    EXPECT_EQ(account.delivered, 2);
+    EXPECT_EQ(account.expunged, 2);
+    ASSERT_EQ(account.failed.size(), 1U) << "each run has its own account";
+    EXPECT_EQ(account.failed[0].mailbox, a);
+    EXPECT_EQ(account.failed[0].offset, static_cast<int>(2 * MailOf("0").size() + MailOf("1").size()));
+    EXPECT_EQ(account.failed[0].reason, "no room");
+  }
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailThatRaisesIsCountedWithItsReason) {
+  const std::string bad = "From - x\r\nContent-Type: a; boundary==?x?Q?=ZZ?=\r\n\r\nbody\r\n\r\n";
+  const std::string file = tree.AddMailbox("p", "a", "A", MailOf("1") + bad + MailOf("2"));
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  std::string reason;
+  try {
+    Next();
+  } catch (const Failure& failure) {
+    reason = failure.what();
+  }
+  const MailAccount& account = connector->Account();
+  EXPECT_EQ(account.Found(), 2);
+  EXPECT_EQ(account.delivered, 1);
+  ASSERT_EQ(account.failed.size(), 1U);
+  EXPECT_EQ(account.failed[0].mailbox, file);
+  EXPECT_EQ(account.failed[0].offset, static_cast<int>(MailOf("1").size()));
+  EXPECT_EQ(account.failed[0].reason, reason);
+}
+
 // --- Failures
 
 TEST_F(LocationThunderbirdPumpTest, MissingMailboxFailsBeforeAnythingIsDelivered) {

@@ -539,6 +539,19 @@ TEST_F(StdMailReadHeaderTest, FullDiskIsPassedOverFromTheBodyOn) {
   EXPECT_EQ(mail_.WriteFailure(), "");
 }
 
+TEST_F(StdMailReadHeaderTest, ExpungedMailsAreCountedFromTheOpeningOn) {
+  const std::string living = "From - x\nX-Mozilla-Status: 0001\n\n\n";
+  const std::string expunged = "From - x\nX-Mozilla-Status: 0008\n\n\n";
+  OpenLines(expunged + living + expunged + expunged + living + expunged);
+  std::vector<std::int32_t> counts = {mail_.ExpungedCount()};
+  while (mail_.ReadHeader(false))
+    counts.push_back(mail_.ExpungedCount());
+  counts.push_back(mail_.ExpungedCount());
+  EXPECT_THAT(counts, ElementsAre(0, 1, 3, 4));
+  mail_.InitStream();
+  EXPECT_EQ(mail_.ExpungedCount(), 0);
+}
+
 TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
   folder_.MakeFolder("tmp\\mail.eml");
   OpenLines("From - x\nSubject: 1\n\nbody\n\nFrom - y\nSubject: 2\n\nend\n");
