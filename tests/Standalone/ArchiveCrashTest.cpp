@@ -1,87 +1,24 @@
 // What a crash leaves of an archive: a child process imports mails and is killed, at every single operation
 // on the disk that the import consists of and at moments of chance, and then the archive is looked at.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdio.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <filesystem>
-#include <map>
 #include <random>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "Common/StdModul.h"
 #include "Platform/Failure.h"
 #include "Standalone/Archive.h"
+#include "Standalone/DiskOperations.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/Sqlite.h"
-
-namespace {
-
-// Operations left until the process kills itself; negative for never.
-volatile long operationsLeft = -1;
-
-void CountOperation() {
-  if (operationsLeft < 0) return;
-  if (operationsLeft == 0) kill(getpid(), SIGKILL);
-  operationsLeft = operationsLeft - 1;
-}
-
-}  // namespace
-
-// The system calls by which the archive and SQLite change the disk. What this program defines, its libraries
-// call.
-extern "C" {
-int fsync(int fd) {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_fsync, fd));
-}
-int fdatasync(int fd) {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_fdatasync, fd));
-}
-int syncfs(int fd) noexcept {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_syncfs, fd));
-}
-ssize_t write(int fd, const void* bytes, size_t size) {
-  CountOperation();
-  return syscall(SYS_write, fd, bytes, size);
-}
-ssize_t pwrite64(int fd, const void* bytes, size_t size, off64_t at) {
-  CountOperation();
-  return syscall(SYS_pwrite64, fd, bytes, size, at);
-}
-int ftruncate64(int fd, off64_t size) noexcept {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_ftruncate, fd, size));
-}
-int rename(const char* from, const char* to) noexcept {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
-}
-int renameat2(int fromFd, const char* from, int toFd, const char* to, unsigned flags) noexcept {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_renameat2, fromFd, from, toFd, to, flags));
-}
-int unlink(const char* path) noexcept {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, path, 0));
-}
-int mkdir(const char* path, mode_t mode) noexcept {
-  CountOperation();
-  return static_cast<int>(syscall(SYS_mkdirat, AT_FDCWD, path, mode));
-}
-}
 
 namespace vorlent {
 namespace {
@@ -166,7 +103,7 @@ class ArchiveCrashTest : public ::testing::Test {
   bool RunAndKillAt(long operation) {
     const pid_t child = fork();
     if (child == 0) {
-      operationsLeft = operation;
+      BeginDiskTrouble(operation, DiskTrouble::Death);
       Swallow([&] { Import(*OpenArchive()); });
       _exit(0);
     }
@@ -315,7 +252,7 @@ TEST_F(ArchiveCrashTest, PuttingInOrderCanBeInterruptedToo) {
   for (long operation = 0;; ++operation) {
     const pid_t child = fork();
     if (child == 0) {
-      operationsLeft = operation;
+      BeginDiskTrouble(operation, DiskTrouble::Death);
       Swallow([&] { OpenArchive()->Close(); });
       _exit(0);
     }
@@ -332,7 +269,7 @@ TEST_F(ArchiveCrashTest, ACrashInPortionsLosesNoMailThatTheMailboxKeeps) {
     Prepare();
     const pid_t child = fork();
     if (child == 0) {
-      operationsLeft = operation;
+      BeginDiskTrouble(operation, DiskTrouble::Death);
       Swallow([&] {
         const ArchivePtr archive = OpenArchive();
         Archive::Portions portions(*archive);

@@ -1,0 +1,227 @@
+// What trouble leaves of an import that moves mails: the run is killed, or finds the disk full, at every single
+// operation on the disk, and then mailbox and archive are looked at.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Connectors/Mozilla/ImportCommand.h"
+#include "Connectors/Mozilla/ImportRun.h"
+#include "Platform/Failure.h"
+#include "Standalone/Archive.h"
+#include "Standalone/DiskOperations.h"
+#include "Standalone/MemoryFolder.h"
+#include "Standalone/StandaloneHost.h"
+#include "Support/RecordingPlatform.h"
+#include "Support/ScopedEnvironment.h"
+
+namespace vorlent {
+namespace {
+
+std::string Headers(const std::string& subject, char status) {
+  return "From - Sun May 09 14:30:00 2010\r\nX-Mozilla-Status: 000" + std::string(1, status) +
+         "\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: " + subject + "\r\nMessage-ID: <" + subject +
+         "@x>\r\n";
+}
+
+// The mails of the mailbox: its bytes up to the digit that marks it as deleted, and those behind that.
+struct Part {
+  std::string key;    // of the data field
+  std::string bytes;  // that must be in the archive, or among them
+};
+struct TestMail {
+  std::string subject;
+  std::string text;
+  std::vector<Part> parts;
+};
+
+const std::vector<TestMail>& LivingMails() {
+  static const std::vector<TestMail> mails = [] {
+    const std::string plain = Headers("plain", '1') + "\r\nHallo\r\n\r\n";
+    const std::string page(9000, 'x');
+    const std::string attached = Headers("attached", '1') +
+                                 "Content-Type: multipart/mixed; boundary=b\r\n\r\n"
+                                 "--b\r\nContent-Type: text/html\r\n\r\n<p>" +
+                                 page +
+                                 "\r\n--b\r\nContent-Type: application/pdf\r\n"
+                                 "Content-Transfer-Encoding: base64\r\n"
+                                 "Content-Disposition: attachment; filename=\"a.pdf\"\r\n\r\n"
+                                 "SGVsbG8=\r\n--b--\r\n\r\n";
+    return std::vector<TestMail>{
+        {"plain", plain, {{"File", plain}}},
+        {"attached", attached, {{"FileHTML", "<p>" + page + "\r\n"}, {"FileAttach1", "Hello"}}}};
+  }();
+  return mails;
+}
+
+class ImportFaultsTest : public testing::Test {
+ protected:
+  ImportFaultsTest() { NoThunderbirdCheck() = false; }
+
+  // The mailbox with the marks of the living mails, in order.
+  static std::string MailboxWith(const std::vector<bool>& marked) {
+    std::string text = Headers("gone", '9') + "\r\ngone\r\n\r\n";
+    for (std::size_t i = 0; i < LivingMails().size(); ++i) {
+      std::string mail = LivingMails()[i].text;
+      if (marked[i]) mail[mail.find("Status: 0001") + 11] = '9';
+      text += mail;
+    }
+    return text;
+  }
+
+  void Prepare() {
+    std::filesystem::remove_all(folder_.Native("archive"));
+    std::filesystem::remove_all(folder_.Native("tmp"));
+    folder_.MakeFolder("tmp");
+    folder_.Write("Inbox", MailboxWith({false, false}));
+  }
+
+  // What the import command does. "" if it came to its end, otherwise what ended it.
+  std::string Import() {
+    HostObserver nobody;
+    const auto host = std::make_shared<StandaloneHost>(nobody);
+    HostObjects::Install(host);
+    std::string failure;
+    try {
+      ImportCommand command;
+      command.target = folder_.Path("archive");
+      command.move = true;
+      command.mailboxes = {folder_.Path("Inbox")};
+      const ArchivePtr archive = host->Global().OpenArchive(command.target);
+      ImportRun(command.Text()).Run();
+      archive->Close();
+    } catch (const Failure& raised) {
+      failure = raised.what();
+    }
+    HostObjects::Install(nullptr);
+    return failure;
+  }
+
+  ArchivePtr OpenArchive() {
+    auto archive = std::make_shared<Archive>(std::weak_ptr<StandaloneGlobal>());
+    archive->Open(folder_.Path("archive"));
+    return archive;
+  }
+
+  // Whether the archive has the mail with all its bytes.
+  static bool IsWhole(Archive& archive, const TestMail& mail) {
+    for (std::int32_t pos = 1; pos <= archive.ItemCount(); ++pos) {
+      const ItemPtr item = archive.ItemAt(pos);
+      if (item->Text() != mail.subject) continue;
+      bool whole = true;
+      for (const Part& part : mail.parts) {
+        const std::string file = item->DataFile(part.key, 0);
+        whole = whole && FileExists(file) && ReadBytes(file) == part.bytes;
+      }
+      if (whole) return true;
+    }
+    return false;
+  }
+
+  static bool FileExists(const std::string& file) {
+    return !file.empty() && std::filesystem::is_regular_file(os::NativePath(file));
+  }
+
+  // Every mail is in the mailbox or, whole, in the archive, and no byte of the mailbox has changed but marks.
+  void ExpectNoMailIsLost() {
+    const ArchivePtr archive = OpenArchive();
+    const std::string inbox = folder_.Read("Inbox");
+    std::vector<bool> marked;
+    for (const TestMail& mail : LivingMails())
+      marked.push_back(inbox.find("Status: 0009\r\n" + mail.text.substr(mail.text.find("Date:"))) !=
+                       std::string::npos);
+    EXPECT_EQ(inbox, MailboxWith(marked));
+    for (std::size_t i = 0; i < marked.size(); ++i) {
+      const TestMail& mail = LivingMails()[i];
+      if (marked[i]) {
+        EXPECT_TRUE(IsWhole(*archive, mail)) << mail.subject;
+      }
+    }
+    archive->Close();
+  }
+
+  // The next run brings all mails in. `left` is how many broken items the archive may keep.
+  void ExpectNextImportCompletesIt(std::int32_t left = 0) {
+    EXPECT_EQ(Import(), "");
+    EXPECT_EQ(folder_.Read("Inbox"), MailboxWith({true, true}));
+    const ArchivePtr archive = OpenArchive();
+    for (const TestMail& mail : LivingMails())
+      EXPECT_TRUE(IsWhole(*archive, mail)) << mail.subject;
+    EXPECT_LE(archive->ItemCount(), 2 + left);
+    EXPECT_LE(archive->IncompleteItems().size(), static_cast<std::size_t>(left));
+    archive->Close();
+  }
+
+  void ExpectErrorIsTold(const std::string& failure, const MailAccount& account) {
+    const bool namesFile = failure.find(folder_.Path()) != std::string::npos;
+    const bool namesReason = failure.find("No space left") != std::string::npos ||
+                             failure.find("disk is full") != std::string::npos ||
+                             failure.find("disk I/O error") != std::string::npos ||
+                             failure.find("a.pdf: No such file") != std::string::npos;
+    EXPECT_TRUE(namesFile && namesReason) << failure;
+    EXPECT_LE(account.Found(), 3);
+  }
+
+  ScopedRecordingPlatform platform_;
+  MemoryFolder folder_;
+  ScopedEnvironment temporary_{"TMPDIR", folder_.Native("tmp").c_str()};
+};
+
+TEST_F(ImportFaultsTest, DeathAtAnyOperationLosesNoMail) {
+  long operation = 0;
+  for (;; ++operation) {
+    SCOPED_TRACE("killed before operation " + std::to_string(operation));
+    Prepare();
+    const pid_t child = fork();
+    if (child == 0) {
+      BeginDiskTrouble(operation, DiskTrouble::Death);
+      Import();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ExpectNoMailIsLost();
+    if (!WIFSIGNALED(status)) break;
+    ExpectNextImportCompletesIt();
+    if (HasFailure()) break;
+  }
+  // Far fewer would mean that the operations aren't seen.
+  EXPECT_GT(operation, 30);
+}
+
+class FullDiskTest : public ImportFaultsTest, public testing::WithParamInterface<DiskTrouble> {};
+
+TEST_P(FullDiskTest, AtAnyOperationIsToldAndLosesNoMail) {
+  for (long operation = 0;; ++operation) {
+    SCOPED_TRACE("full at operation " + std::to_string(operation));
+    Prepare();
+    BeginDiskTrouble(operation, GetParam());
+    const std::string failure = Import();
+    const bool reached = EndDiskTrouble();
+    const MailAccount account = ImportRun::LastAccount();
+    if (!failure.empty()) ExpectErrorIsTold(failure, account);
+    for (const MailAccount::Failed& failed : account.failed) {
+      EXPECT_EQ(failed.mailbox, folder_.Path("Inbox"));
+      ExpectErrorIsTold(failed.reason, account);
+    }
+    if (failure.empty()) {
+      EXPECT_EQ(account.Found(), 3);
+    }
+    ExpectNoMailIsLost();
+    if (!reached) break;
+    // What could be written of a mail that failed stays in the archive, beside the whole mail of the next run.
+    ExpectNextImportCompletesIt(account.failed.empty() ? 0 : 1);
+    if (HasFailure()) break;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(OnceOrFromThenOn, FullDiskTest,
+                         testing::Values(DiskTrouble::FullOnce, DiskTrouble::FullFromHere));
+
+}  // namespace
+}  // namespace vorlent
