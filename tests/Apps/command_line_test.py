@@ -6,22 +6,15 @@ usage: command_line_test.py PROGRAM ROOT [unittest arguments]
 import contextlib
 import json
 import os
-import pathlib
 import pwd
 import resource
-import shutil
 import signal
 import sqlite3
 import subprocess
-import sys
-import tempfile
 import unittest
 import unittest.mock
 
-PROGRAM = pathlib.Path(sys.argv.pop(1)).resolve()
-ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
-INBOX = "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox"
-LOCAL = "thunderbird://default/Local Folders"
+from program_case import INBOX, LOCAL, ProgramCase, tree_bytes
 
 
 def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
@@ -42,29 +35,7 @@ def marked(mailbox, *subjects):
     return mailbox
 
 
-def tree_bytes(folder):
-    return {str(path.relative_to(folder)): path.read_bytes() for path in sorted(folder.rglob("*")) if path.is_file()}
-
-
-class CommandLine(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.work = pathlib.Path(self.folder.name)
-        self.home = self.work / "home"
-        self.home.mkdir()
-        self.samples = self.work / "samples"
-        shutil.copytree(ROOT / "samples", self.samples)
-
-    def tearDown(self):
-        self.folder.cleanup()
-
-    def run_program(self, *arguments, sample=True, home=None):
-        given = ["--appdata", str(self.samples / "AppData"), "--drive", f"S={self.samples}"] if sample else []
-        environment = dict(os.environ, HOME=str(home or self.home), LC_ALL="C.UTF-8", TZ="Europe/Berlin")
-        done = subprocess.run([PROGRAM, *given, *arguments], cwd=self.work, env=environment, timeout=60,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        return done.returncode, done.stdout.decode("utf-8", "surrogateescape"), done.stderr.decode("utf-8")
-
+class CommandLine(ProgramCase):
     def write_inbox(self, *mails):
         (self.samples / INBOX).write_bytes(b"".join(mails))
 
@@ -72,10 +43,9 @@ class CommandLine(unittest.TestCase):
         return (self.samples / INBOX).read_bytes()
 
     def run_into_full_disk(self, *arguments):
-        given = ["--appdata", str(self.samples / "AppData"), "--drive", f"S={self.samples}"]
         with open("/dev/full", "wb") as full:
-            done = subprocess.run([PROGRAM, *given, *arguments], cwd=self.work, env=dict(os.environ, HOME=self.home),
-                                  timeout=60, stdin=subprocess.DEVNULL, stdout=full, stderr=subprocess.PIPE)
+            done = subprocess.run(self.command(*arguments), cwd=self.work, env=self.environment(), timeout=60,
+                                  stdin=subprocess.DEVNULL, stdout=full, stderr=subprocess.PIPE)
         return done.returncode, done.stderr.decode("utf-8")
 
     def read(self, address, *arguments):

@@ -1,0 +1,334 @@
+#!/usr/bin/env python3
+"""Imports that something comes between: death, a full disk, other programs at the same files, Ctrl-C.
+
+Whatever happens, every mail is in its mailbox or, whole, in the archive, and no byte of a mailbox changes but the
+marks of the mails that were imported.
+
+usage: import_faults_test.py PROGRAM ROOT [unittest arguments]
+"""
+import base64
+import contextlib
+import os
+import pty
+import random
+import re
+import resource
+import signal
+import sqlite3
+import subprocess
+import time
+import unittest
+
+from program_case import INBOX, LOCAL, ProgramCase
+
+SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+) \+ expunged (\d+) \+ failed (\d+)$", re.M)
+BAR = re.compile(rb"\[#* *\] +\d+\.\d %  \d+ mails/s  \d+:\d\d left  ")
+ATTACHMENT = bytes(range(256)) * 20
+
+
+def mail(number, attachment=b""):
+    head = (f"From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nX-Mozilla-Status2: 00000000\r\n"
+            f"Date: Sun, 09 May 2010 14:30:05 +0200\r\nFrom: Anna <anna@example.org>\r\nSubject: mail {number}\r\n"
+            f"Message-ID: <{number}@example.org>\r\n")
+    if not attachment:
+        return f"{head}\r\nHallo {number}\r\n\r\n".encode()
+    data = base64.encodebytes(attachment).replace(b"\n", b"\r\n")
+    return (f"{head}Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nHallo\r\n"
+            f"--b\r\nContent-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
+            f"Content-Disposition: attachment; filename=\"a{number}.bin\"\r\n\r\n").encode() + data + b"--b--\r\n\r\n"
+
+
+def has_attachment(number):
+    return number % 5 == 3
+
+
+class ImportFaults(ProgramCase):
+    # An archive waits for the disk at every step, and these tests are about the steps, not about the disk.
+    place = "/dev/shm" if os.path.isdir("/dev/shm") else None
+
+    def setUp(self):
+        super().setUp()
+        self.inbox = self.work / "Inbox"
+        self.archive = self.work / "archive"
+        self.temporary = self.work / "tmp"
+        self.temporary.mkdir()
+
+    def environment(self, home=None):
+        return dict(super().environment(home), TMPDIR=str(self.temporary))
+
+    def fill(self, count, path=None):
+        """Makes the mailbox of mails 0 to count-1; every fifth has an attachment."""
+        self.mails = [mail(number, ATTACHMENT if has_attachment(number) else b"") for number in range(count)]
+        self.path = path or self.inbox
+        self.path.write_bytes(b"".join(self.mails))
+
+    def fill_with_a_large_one(self, path=None):
+        """Three mails, the last of which has an attachment of two megabytes."""
+        self.fill(2, path)
+        self.mails.append(mail(2, ATTACHMENT * 400))
+        self.path.write_bytes(b"".join(self.mails))
+
+    def importing(self, *arguments, move=True):
+        return ["--yes", "import", str(self.path), "--target", str(self.archive), *(["--move"] if move else []),
+                *arguments]
+
+    def start(self, *arguments, **options):
+        return subprocess.Popen(self.command(*arguments), cwd=self.work, env=self.environment(),
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+
+    def finish(self, process):
+        out, err = process.communicate(timeout=60)
+        return process.returncode, out.decode(), err.decode()
+
+    def stopped_within(self, *arguments):
+        """The import, stopped when the first files of its mails have come."""
+        process = self.start(*arguments)
+        deadline = time.monotonic() + 30
+        while process.poll() is None and time.monotonic() < deadline:
+            if sum(1 for _ in self.archive.glob("files/*/*")) >= 3:
+                process.send_signal(signal.SIGSTOP)
+                return process
+        self.fail("the import ended before its time: " + self.finish(process)[2])
+
+    # --- What is there afterwards
+
+    def marked(self):
+        """The numbers of the mails that are marked as deleted. No other byte of the mailbox has changed."""
+        box = self.path.read_bytes()
+        self.assertEqual(len(box), sum(map(len, self.mails)))
+        numbers, start = [], 0
+        for number, original in enumerate(self.mails):
+            present = box[start:start + len(original)]
+            start += len(original)
+            if present != original:
+                self.assertEqual(present, original.replace(b"Status: 0001", b"Status: 0009"))
+                numbers.append(number)
+        return numbers
+
+    def archived(self):
+        """The numbers of the mails that the archive has with all their bytes, each as often as it is there."""
+        if not (self.archive / "archive.sqlite").exists():
+            return []
+        # A program that opens the archive puts it in order.
+        self.assertIn(self.run_program("search", str(self.archive), "mail", sample=False)[0], (0, 1))
+        with contextlib.closing(sqlite3.connect(self.archive / "archive.sqlite")) as database:
+            self.assertEqual(database.execute("PRAGMA integrity_check").fetchall(), [("ok",)])
+            rows = database.execute("SELECT number, text, key, name FROM items LEFT JOIN files ON item = number "
+                                    "AND NOT missing").fetchall()
+        items = {}
+        for item, text, key, name in rows:
+            file = self.archive / "files" / f"{item // 100:06}" / f"{item} {name}"
+            items.setdefault((item, int(text.split()[1])), {})[key] = file.read_bytes() if key else None
+        return sorted(number for (_, number), files in items.items() if self.is_whole(number, files))
+
+    def is_whole(self, number, files):
+        if has_attachment(number):
+            return files.get("FileAttach1") == ATTACHMENT and b"Hallo" in files.get("File", b"")
+        return files.get("File") == self.mails[number]
+
+    def expect_nothing_lost(self):
+        lost = set(self.marked()) - set(self.archived())
+        self.assertEqual(lost, set())
+
+    def expect_next_import_completes_it(self):
+        code, _, err = self.run_program(*self.importing())
+        self.assertEqual((code, SUM.search(err).group(5)), (0, "0"), err)
+        everything = list(range(len(self.mails)))
+        self.assertEqual(self.marked(), everything)
+        self.assertEqual(self.archived(), everything)
+
+    def account(self, err):
+        """Found, delivered, expunged and failed; the last line, and it adds up."""
+        found = SUM.search(err.strip().splitlines()[-1])
+        self.assertIsNotNone(found, err)
+        total, _, *parts = found.groups()
+        self.assertEqual(int(total), sum(map(int, parts)))
+        return tuple(map(int, (total, *parts)))
+
+    # --- Death
+
+    def test_death_at_any_moment_loses_no_mail(self):
+        self.fill(40)
+        begin = time.monotonic()
+        self.assertEqual(self.run_program(*self.importing())[0], 0)
+        duration = time.monotonic() - begin
+        chance = random.Random(20100509)
+        for moment in range(4):
+            self.archive.rename(self.work / f"archive{moment}")
+            self.fill(40)
+            process = self.start(*self.importing())
+            time.sleep(duration * (moment + chance.random()) / 4)
+            process.kill()
+            self.finish(process)
+            self.expect_nothing_lost()
+            self.expect_next_import_completes_it()
+
+    def test_death_while_mails_are_marked_loses_no_mail(self):
+        self.fill(200)
+        process = self.start(*self.importing())
+        before = self.inbox.stat().st_mtime_ns
+        while process.poll() is None and self.inbox.stat().st_mtime_ns == before:
+            pass
+        process.kill()
+        self.finish(process)
+        self.assertNotEqual(self.marked(), [])
+        self.expect_nothing_lost()
+        self.expect_next_import_completes_it()
+
+    # --- A full disk
+
+    def limited(self, size):
+        """Lets no file grow above a size, which is the nearest to a full disk that every user may have."""
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+        return limit
+
+    def test_file_that_cannot_be_written_whole_fails_its_mail_alone(self):
+        self.fill_with_a_large_one()
+        code, _, err = self.run_program(*self.importing(), preexec_fn=self.limited(1 << 20))
+        self.assertEqual((code, self.account(err)), (1, (3, 2, 0, 1)), err)
+        self.assertRegex(err, rf"Inbox, mail at offset {len(self.mails[0] + self.mails[1])}: .*att\d: File too large")
+        self.assertEqual(self.marked(), [0, 1])
+
+    def test_archive_that_cannot_grow_ends_the_run_with_file_and_reason(self):
+        self.fill(400)
+        code, _, err = self.run_program(*self.importing(), preexec_fn=self.limited(300 * 1024))
+        self.assertEqual(code, 1, err)
+        found, _, _, failed = self.account(err)
+        self.assertTrue(found < 400 and failed == 1, err)
+        self.assertRegex(err, r"Inbox, mail at offset \d+: .*archive\.sqlite: disk I/O error")
+        self.assertIn("the run ended before its time", err)
+        self.assertEqual(self.marked(), [])
+        self.expect_next_import_completes_it()
+
+    def test_disk_without_any_room_is_told(self):
+        self.fill(3)
+        code, _, err = self.run_program(*self.importing(), preexec_fn=self.limited(0))
+        self.assertEqual(code, 3, err)
+        self.assertRegex(err, r"archive\.sqlite: ")
+        self.assertEqual(self.marked(), [])
+        self.expect_next_import_completes_it()
+
+    def test_stream_accounts_for_a_file_that_cannot_be_written_whole(self):
+        self.fill_with_a_large_one(self.samples / INBOX)
+        code, _, err = self.run_program("--yes", "stream", LOCAL + "/Inbox/-", "--output", "out", "--delete",
+                                        preexec_fn=self.limited(1 << 20))
+        self.assertEqual((code, self.account(err)), (1, (3, 2, 0, 1)), err)
+        self.assertRegex(err, rf"Inbox, mail at offset {len(self.mails[0] + self.mails[1])}: .*att\d: File too large")
+        self.assertEqual(self.marked(), [0, 1])
+
+    # --- Other programs at the same files
+
+    def test_read_only_mailbox_is_not_moved(self):
+        self.fill(3)
+        self.inbox.chmod(0o444)
+        code, _, err = self.run_program(*self.importing())
+        self.assertEqual((code, self.account(err)), (3, (0, 0, 0, 0)), err)
+        self.assertRegex(err, r"Inbox: .*read-only")
+        self.assertEqual((self.marked(), self.archived()), ([], []))
+
+    def test_mailbox_that_becomes_read_only_meanwhile_keeps_its_mails(self):
+        self.fill(400)
+        process = self.stopped_within(*self.importing())
+        self.inbox.chmod(0o444)
+        process.send_signal(signal.SIGCONT)
+        code, _, err = self.finish(process)
+        self.assertEqual((code, self.account(err)), (1, (400, 400, 0, 0)), err)
+        self.assertRegex(err, r"Inbox: .*read-only")
+        self.assertEqual(self.marked(), [])
+        self.inbox.chmod(0o644)
+        self.expect_next_import_completes_it()
+
+    def test_no_mail_is_marked_in_a_mailbox_that_became_shorter(self):
+        self.fill(400)
+        process = self.stopped_within(*self.importing())
+        # As it is cleaned up: the first mails go, and others come to where they were.
+        del self.mails[:100]
+        self.inbox.write_bytes(b"".join(self.mails))
+        process.send_signal(signal.SIGCONT)
+        code, _, err = self.finish(process)
+        self.assertEqual(code, 1, err)
+        self.account(err)
+        self.assertRegex(err, "Inbox: has become shorter since it was read")
+        self.assertEqual(self.inbox.read_bytes(), b"".join(self.mails))
+
+    def test_archive_that_goes_away_ends_the_run_and_the_mails_stay(self):
+        self.fill(400)
+        process = self.stopped_within(*self.importing())
+        self.archive.rename(self.work / "elsewhere")
+        process.send_signal(signal.SIGCONT)
+        code, _, err = self.finish(process)
+        self.assertEqual(code, 1, err)
+        self.assertEqual(self.account(err)[3], 1)
+        self.assertRegex(err, r"Inbox, mail at offset \d+: .*archive.files.000000.*No such file or directory")
+        self.assertEqual(self.marked(), [])
+        (self.work / "elsewhere").rename(self.archive)
+        self.expect_nothing_lost()
+        self.expect_next_import_completes_it()
+
+    def test_folder_of_the_stream_that_goes_away_is_told(self):
+        self.fill(400, self.samples / INBOX)
+        out = self.work / "out"
+        process = self.start("--yes", "stream", LOCAL + "/Inbox/-", "--output", "out", "--delete")
+        while process.poll() is None and not list(out.glob("*/record.txt")):
+            pass
+        process.send_signal(signal.SIGSTOP)
+        out.rename(self.work / "elsewhere")
+        process.send_signal(signal.SIGCONT)
+        code, _, err = self.finish(process)
+        self.assertEqual((code, self.account(err)[3]), (1, 1), err)
+        self.assertRegex(err, r"Inbox, mail at offset \d+: out/.*No such file or directory")
+        self.assertEqual(self.marked(), [])
+
+    # --- Ctrl-C
+
+    def interrupt(self, *arguments):
+        """Runs the program on a terminal and presses Ctrl-C once it shows rate and time left."""
+        child, terminal = pty.fork()
+        if child == 0:
+            os.chdir(self.work)
+            os.execve(self.command()[0], [str(word) for word in self.command(*arguments)], self.environment())
+        shown = b""
+        pressed = False
+        with contextlib.suppress(OSError):  # the terminal's end
+            while block := os.read(terminal, 65536):
+                shown += block
+                if not pressed and BAR.search(shown):
+                    os.write(terminal, b"\x03")
+                    pressed = True
+        os.close(terminal)
+        code = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+        self.assertTrue(pressed, shown[-500:])
+        return code, shown.decode().replace("\r\n", "\n")
+
+    def test_interrupted_move_keeps_what_came_in_and_leaves_the_rest(self):
+        self.fill(20000)
+        code, shown = self.interrupt(*self.importing())
+        found, imported, expunged, failed = self.account(shown)
+        self.assertEqual((code, expunged, failed), (130, 0, 0), shown[-500:])
+        self.assertTrue(0 < imported < 20000)
+        self.assertEqual(self.marked(), list(range(imported)))
+        self.assertEqual(self.archived(), list(range(imported)))
+
+    def test_interrupted_copy_can_be_searched(self):
+        self.fill(20000)
+        code, shown = self.interrupt(*self.importing(move=False))
+        imported = self.account(shown)[1]
+        self.assertEqual(code, 130)
+        self.assertEqual(self.marked(), [])
+        self.assertEqual(self.archived(), list(range(imported)))
+        code, out, _ = self.run_program("search", str(self.archive), "Hallo", "mail", "0", "--json", sample=False)
+        self.assertEqual((code, len(out.splitlines())), (0, 1))
+
+    def test_interrupted_stream_tells_what_was_delivered(self):
+        self.fill(20000, self.samples / INBOX)
+        code, shown = self.interrupt("--yes", "stream", LOCAL + "/Inbox/-", "--output", "out", "--delete")
+        found, delivered, expunged, failed = self.account(shown)
+        self.assertEqual((code, expunged, failed), (130, 0, 0), shown[-500:])
+        self.assertEqual(len(list((self.work / "out").iterdir())), delivered)
+        self.assertEqual(self.marked(), [], "a cancelled stream deletes nothing of the mailbox at hand")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=1)
