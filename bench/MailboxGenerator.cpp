@@ -24,6 +24,12 @@ class Generator {
   std::uint64_t Written() const { return written_; }
   void Close() { file_.Close(); }
 
+  void SmallMail(int number) {
+    Header(number, "text/plain; charset=iso-8859-1");
+    TextLines(2);
+    Line("");
+  }
+
   void TextMail(int number) {
     const bool html = number % 8 == 0;
     Header(number, html ? "multipart/alternative; boundary=\"b0\"" : "text/plain; charset=iso-8859-1");
@@ -141,6 +147,13 @@ int GenerateMailbox(std::string_view path, MailboxKind kind, std::uint64_t size,
   }
   generator.Close();
   return mails;
+}
+
+void GenerateSmallMails(std::string_view path, int mails) {
+  Generator generator(path, 1);
+  for (int number = 1; number <= mails; ++number)
+    generator.SmallMail(number);
+  generator.Close();
 }
 
 }  // namespace vorlent

@@ -15,4 +15,7 @@ enum class MailboxKind {
 // Writes a mailbox of about `size` bytes with CR LF line ends; returns the number of its mails.
 int GenerateMailbox(std::string_view path, MailboxKind kind, std::uint64_t size, std::uint64_t seed = 1);
 
+// Writes a mailbox of plain mails of half a kilobyte.
+void GenerateSmallMails(std::string_view path, int mails);
+
 }  // namespace vorlent

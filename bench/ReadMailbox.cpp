@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -20,6 +19,7 @@
 #include "Common/TextWriter.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "MailboxGenerator.h"
+#include "Measuring.h"
 #include "Platform/Files.h"
 #include "Support/RecordingHost.h"
 #include "Support/TemporaryFolder.h"
@@ -29,15 +29,7 @@ namespace {
 
 constexpr std::size_t kBlock = 256 * 1024;
 constexpr std::size_t kLineBytes = 57;  // what a base64 line of 76 characters holds
-constexpr double kMegabyte = 1024.0 * 1024.0;
 constexpr double kMemoryBoundMegabytes = 32;
-
-// Processor time, in the system's calls too: what other programs do meanwhile doesn't count.
-double Seconds(const std::function<void()>& work) {
-  const std::clock_t start = std::clock();
-  work();
-  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
 
 // One line of the table: what is measured, and the times of its runs.
 struct Measure {
@@ -58,7 +50,7 @@ struct Measure {
 void Run(std::vector<Measure*> measures, int runs) {
   for (int run = 0; run <= runs; ++run) {
     for (Measure* measure : measures) {
-      const double time = Seconds(measure->work);
+      const double time = Timed(measure->work).processor;
       if (run > 0) measure->times.push_back(time);  // the first run warms the caches
     }
   }
@@ -74,14 +66,6 @@ bool PrintAgainst(const Measure& measure, const Measure& floor, double required)
   std::printf("  %-34s %8.0f MB/s   %.2f of %s, required %.2f: %s\n", measure.name.c_str(), measure.Speed(),
               ratio, floor.name.c_str(), required, reached ? "ok" : "MISSED");
   return reached;
-}
-
-double PeakMegabytes() {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with("VmHWM:")) return std::stod(line.substr(6)) / 1024;
-  }
-  return 0;
 }
 
 std::uint64_t sink;  // keeps the floors from being optimised away
