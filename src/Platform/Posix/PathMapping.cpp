@@ -126,14 +126,6 @@ std::string WithRealPlace(std::string native) {
 
 // --- From Windows to native ------------------------------------------------------------------------------
 
-// Without a branch for each character, so that it costs next to nothing beside the conversions it spares.
-bool IsAscii(std::string_view text) {
-  unsigned char bits = 0;
-  for (const char c : text)
-    bits |= static_cast<unsigned char>(c);
-  return bits < 0x80;
-}
-
 // The names of a path, each converted, put behind `native` with single slashes; a closing separator stays.
 void AppendNames(std::string& native, std::string_view names) {
   for (std::size_t at = 0; at < names.size();) {
