@@ -7,14 +7,12 @@ import contextlib
 import json
 import os
 import pwd
-import resource
-import signal
 import sqlite3
 import subprocess
 import unittest
 import unittest.mock
 
-from program_case import INBOX, LOCAL, ProgramCase, tree_bytes
+from program_case import INBOX, LOCAL, ProgramCase, file_size_limit, tree_bytes
 
 
 def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
@@ -534,16 +532,10 @@ class CommandLine(ProgramCase):
         self.import_inbox()
         before = self.sent().read_bytes()
 
-        def limit():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (200000, 200000))
-
-        done = subprocess.run(
-            [PROGRAM, "--appdata", self.samples / "AppData", "--drive", f"S={self.samples}", "restore", LOCAL + "/Sent/-",
-             "1", "--archive", "archive"], cwd=self.work, stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
-            preexec_fn=limit)
-        self.assertEqual((done.returncode, done.stdout), (1, b""))
-        self.assertIn(f"'one' was appended in part only, at offset {len(before)}", done.stderr.decode())
+        code, out, err = self.run_program("restore", LOCAL + "/Sent/-", "1", "--archive", "archive",
+                                          preexec_fn=file_size_limit(200000))
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn(f"'one' was appended in part only, at offset {len(before)}", err)
         self.assertEqual(len(self.sent().read_bytes()), 200000)
 
     def test_a_shortcut_links_to_the_archived_mail(self):

@@ -12,14 +12,13 @@ import os
 import pty
 import random
 import re
-import resource
 import signal
 import sqlite3
 import subprocess
 import time
 import unittest
 
-from program_case import INBOX, LOCAL, ProgramCase
+from program_case import INBOX, LOCAL, ProgramCase, file_size_limit
 
 SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+) \+ expunged (\d+) \+ failed (\d+)$", re.M)
 BAR = re.compile(rb"\[#* *\] +\d+\.\d %  \d+ mails/s  \d+:\d\d left  ")
@@ -177,23 +176,16 @@ class ImportFaults(ProgramCase):
 
     # --- A full disk
 
-    def limited(self, size):
-        """Lets no file grow above a size, which is the nearest to a full disk that every user may have."""
-        def limit():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
-        return limit
-
     def test_file_that_cannot_be_written_whole_fails_its_mail_alone(self):
         self.fill_with_a_large_one()
-        code, _, err = self.run_program(*self.importing(), preexec_fn=self.limited(1 << 20))
+        code, _, err = self.run_program(*self.importing(), preexec_fn=file_size_limit(1 << 20))
         self.assertEqual((code, self.account(err)), (1, (3, 2, 0, 1)), err)
         self.assertRegex(err, rf"Inbox, mail at offset {len(self.mails[0] + self.mails[1])}: .*att\d: File too large")
         self.assertEqual(self.marked(), [0, 1])
 
     def test_archive_that_cannot_grow_ends_the_run_with_file_and_reason(self):
         self.fill(400)
-        code, _, err = self.run_program(*self.importing(), preexec_fn=self.limited(300 * 1024))
+        code, _, err = self.run_program(*self.importing(), preexec_fn=file_size_limit(300 * 1024))
         self.assertEqual(code, 1, err)
         found, _, _, failed = self.account(err)
         self.assertTrue(found < 400 and failed == 1, err)
@@ -204,7 +196,7 @@ class ImportFaults(ProgramCase):
 
     def test_disk_without_any_room_is_told(self):
         self.fill(3)
-        code, _, err = self.run_program(*self.importing(), preexec_fn=self.limited(0))
+        code, _, err = self.run_program(*self.importing(), preexec_fn=file_size_limit(0))
         self.assertEqual(code, 3, err)
         self.assertRegex(err, r"archive\.sqlite: ")
         self.assertEqual(self.marked(), [])
@@ -213,7 +205,7 @@ class ImportFaults(ProgramCase):
     def test_stream_accounts_for_a_file_that_cannot_be_written_whole(self):
         self.fill_with_a_large_one(self.samples / INBOX)
         code, _, err = self.run_program("--yes", "stream", LOCAL + "/Inbox/-", "--output", "out", "--delete",
-                                        preexec_fn=self.limited(1 << 20))
+                                        preexec_fn=file_size_limit(1 << 20))
         self.assertEqual((code, self.account(err)), (1, (3, 2, 0, 1)), err)
         self.assertRegex(err, rf"Inbox, mail at offset {len(self.mails[0] + self.mails[1])}: .*att\d: File too large")
         self.assertEqual(self.marked(), [0, 1])

@@ -1,7 +1,9 @@
 """What the tests of the command line share: the program, a copy of the samples, and a place to work in."""
 import os
 import pathlib
+import resource
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -15,6 +17,14 @@ LOCAL = "thunderbird://default/Local Folders"
 
 def tree_bytes(folder):
     return {str(path.relative_to(folder)): path.read_bytes() for path in sorted(folder.rglob("*")) if path.is_file()}
+
+
+def file_size_limit(size):
+    """Lets a program write no file above a size, which is the nearest to a full disk that every user may have."""
+    def limit():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+    return limit
 
 
 class ProgramCase(unittest.TestCase):

@@ -9,8 +9,8 @@ enum class DiskTrouble {
   FullFromHere,  // so do all behind it, until the trouble ends
 };
 
-// Lets operation number `operation` from here on, counted from 0, go wrong. Operations are the system calls of
-// the whole process that write, make, rename, remove or sync files; a removal finds space always.
+// Lets operation number `operation` from here on, counted from 0, go wrong. Operations are the system calls
+// of the whole process that write, make, rename, remove or sync files; a removal finds space always.
 void BeginDiskTrouble(long operation, DiskTrouble trouble);
 
 // Ends it, and tells whether the operation was reached.
