@@ -1,6 +1,6 @@
 // Measures the reading of mailboxes against the plain work that it can't do without: reading the file in
-// blocks, looking for its line ends, and writing the same files a line at a time. Exits with 1 if a required
-// ratio or bound is missed.
+// blocks, looking for its line ends, and writing the same files in the pieces that the lines of the mailbox
+// give. Exits with 1 if a required ratio or bound is missed.
 //
 //   bench_ReadMailbox [--size MB] [--runs N]   speed on mailboxes of that size (256, 5)
 //   bench_ReadMailbox --memory [--size MB]     peak memory on mailboxes of that size (1024)
@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "Common/TextWriter.h"
+#include "Common/LineFile.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "MailboxGenerator.h"
 #include "Measuring.h"
@@ -28,7 +28,7 @@ namespace vorlent {
 namespace {
 
 constexpr std::size_t kBlock = 256 * 1024;
-constexpr std::size_t kLineBytes = 57;  // what a base64 line of 76 characters holds
+constexpr std::size_t kPieceBytes = 57;  // what a base64 line of 76 characters holds
 constexpr double kMemoryBoundMegabytes = 32;
 
 // One line of the table: what is measured, and the times of its runs.
@@ -118,30 +118,28 @@ class Mailbox {
   // Reads once for the files that saving makes.
   void NoteFiles() {
     Read(true, [&] {
-      std::vector<std::uint64_t> sizes;
+      std::vector<SavedFile> files;
       for (const auto& entry : std::filesystem::directory_iterator(folder_.Native("tmp"))) {
-        sizes.push_back(entry.file_size());
+        files.push_back(Note(entry.path()));
         written_ += entry.file_size();
         // The next mail has an HTML file only if it makes one.
         std::filesystem::remove(entry.path());
       }
-      files_.push_back(std::move(sizes));
+      files_.push_back(std::move(files));
     });
   }
 
   std::uint64_t Written() const { return written_; }
 
-  // Writes files of the same sizes a line at a time, as a plain program does, and removes them like the
-  // reader.
+  // Writes the same files as a plain program does, and removes them like the reader.
   void WriteSameFiles() const {
-    const std::string line(kLineBytes, 'x');
-    for (const std::vector<std::uint64_t>& mail : files_) {
+    const std::string bytes(kBlock, 'x');
+    for (const std::vector<SavedFile>& mail : files_) {
       for (std::size_t i = 0; i < mail.size(); ++i) {
         std::ofstream file(folder_.Native("tmp") / std::to_string(i), std::ios::binary);
-        for (std::uint64_t left = mail[i]; left > 0;) {
-          const std::uint64_t size = std::min<std::uint64_t>(left, line.size());
-          file.write(line.data(), static_cast<std::streamsize>(size));
-          left -= size;
+        for (const std::uint32_t piece : mail[i].pieces) {
+          file.write(bytes.data(), piece);
+          if (mail[i].isText) file.write("\r\n", 2);
         }
       }
       for (std::size_t i = 0; i < mail.size(); ++i)
@@ -150,13 +148,33 @@ class Mailbox {
   }
 
  private:
+  // A file that saving made: the lengths of its lines, if it is text, else of what each base64 line held.
+  struct SavedFile {
+    bool isText;
+    std::vector<std::uint32_t> pieces = {};
+  };
+
+  static SavedFile Note(const std::filesystem::path& path) {
+    SavedFile file{path.extension() == ".eml" || path.extension() == ".html"};
+    if (file.isText) {
+      LineFile lines(path.string(), os::File::Mode::Read);
+      while (!lines.AtEnd())
+        file.pieces.push_back(static_cast<std::uint32_t>(lines.ReadLine().size()));
+    } else {
+      const std::uint64_t size = std::filesystem::file_size(path);
+      file.pieces.assign(size / kPieceBytes, kPieceBytes);
+      file.pieces.push_back(static_cast<std::uint32_t>(size % kPieceBytes));
+    }
+    return file;
+  }
+
   TemporaryFolder folder_;
   std::string path_;
   std::string prefix_;
   std::uint64_t size_ = 0;
   int mails_ = 0;
   std::uint64_t written_ = 0;
-  std::vector<std::vector<std::uint64_t>> files_;
+  std::vector<std::vector<SavedFile>> files_;
 };
 
 bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int runs, double requiredOfScan,

@@ -134,7 +134,8 @@ void AppendNames(std::string& native, std::string_view names) {
       ++at;
       continue;
     }
-    const std::size_t end = std::min(names.find_first_of("\\/", at), names.size());
+    const auto found = std::find_if(names.begin() + at, names.end(), IsSeparator);
+    const std::size_t end = static_cast<std::size_t>(found - names.begin());
     const std::string_view name = names.substr(at, end - at);
     if (IsAscii(name)) {
       native += name;
