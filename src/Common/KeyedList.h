@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "Common/KeyIndex.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 
@@ -40,16 +40,18 @@ class KeyedList {
   bool IsEmpty() const { return Count() == 0; }
 
   // Appends a value without a key.
-  void Add(T value) { Append(std::move(value), nullptr); }
+  void Add(T value) { Append({std::move(value), {}, State::Unkeyed}); }
 
   // Appends a value under a key; an empty key is a key like any other.
   void Add(T value, std::string_view key) {
-    const auto [entry, added] = index_.try_emplace(std::string(key), slots_.size() + removedInFront_);
-    if (!added) throw Failure(ErrorNumber::KeyExists, "key exists: '" + std::string(key) + "'");
-    Append(std::move(value), &*entry);
+    const std::size_t hash = HashNoCase(key);
+    if (PlaceOf(hash, key) != KeyIndex::kNone)
+      throw Failure(ErrorNumber::KeyExists, "key exists: '" + std::string(key) + "'");
+    Append({std::move(value), std::string(key), State::Keyed});
+    index_.Add(hash, NumberOf(slots_.size() - 1));
   }
 
-  bool HasKey(std::string_view key) const { return index_.find(key) != index_.end(); }
+  bool HasKey(std::string_view key) const { return PlaceOf(key) != KeyIndex::kNone; }
 
   T& Item(std::int32_t position) { return slots_[SlotAt(position)].value; }
   const T& Item(std::int32_t position) const { return slots_[SlotAt(position)].value; }
@@ -58,24 +60,23 @@ class KeyedList {
 
   // The entry of a key, null if there is none: for callers to whom a missing key is no failure.
   const T* Find(std::string_view key) const {
-    const auto found = index_.find(key);
-    return found == index_.end() ? nullptr : &slots_[found->second - removedInFront_].value;
+    const std::size_t place = PlaceOf(key);
+    return place == KeyIndex::kNone ? nullptr : &slots_[SlotAtPlace(place)].value;
   }
 
-  // The key of the entry at a position, "" if it has none.
-  std::string_view Key(std::int32_t position) const {
-    const IndexEntry* entry = slots_[SlotAt(position)].entry;
-    return entry == nullptr ? std::string_view() : std::string_view(entry->first);
-  }
+  // The key of the entry at a position, "" if it has none. Valid until the next change.
+  std::string_view Key(std::int32_t position) const { return slots_[SlotAt(position)].key; }
 
   void Remove(std::int32_t position) { RemoveSlot(SlotAt(position)); }
-  void Remove(std::string_view key) { RemoveSlot(SlotOf(key)); }
+  void Remove(std::string_view key) {
+    if (!TryRemove(key)) RaiseNoKey(key);
+  }
 
   // Removes the entry of a key if there is one, and tells whether there was.
   bool TryRemove(std::string_view key) {
-    const auto found = index_.find(key);
-    if (found == index_.end()) return false;
-    RemoveSlot(found->second - removedInFront_);
+    const std::size_t place = PlaceOf(key);
+    if (place == KeyIndex::kNone) return false;
+    RemoveSlot(SlotAtPlace(place), place);
     return true;
   }
 
@@ -97,7 +98,7 @@ class KeyedList {
 
    private:
     void SkipHoles() {
-      while (at_ < slots_->size() && !(*slots_)[at_].live)
+      while (at_ < slots_->size() && (*slots_)[at_].state == State::Removed)
         ++at_;
     }
 
@@ -111,34 +112,18 @@ class KeyedList {
   auto end() const { return Walk<const std::vector<Slot>, const T>(&slots_, slots_.size()); }
 
  private:
-  struct KeyHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view key) const {
-      std::uint64_t hash = 14695981039346656037ULL;  // FNV-1a
-      for (const char c : key) {
-        hash = (hash ^ codepage::ToLower(static_cast<unsigned char>(c))) * 1099511628211ULL;
-      }
-      return hash;
-    }
-  };
-  struct KeyEqual {
-    using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const { return EqualNoCase(a, b); }
-  };
-
-  // Key to slot number, counted from the first slot that the list ever had, so that dropping slots in front
-  // needs no renumbering.
-  using Index = std::unordered_map<std::string, std::size_t, KeyHash, KeyEqual>;
-  using IndexEntry = typename Index::value_type;
+  enum class State : std::uint8_t { Removed, Unkeyed, Keyed };
 
   struct Slot {
     T value;
-    const IndexEntry* entry;  // null without a key
-    bool live;
+    std::string key;
+    State state;
+
+    bool IsLive() const { return state != State::Removed; }
   };
 
   void Swap(KeyedList& other) noexcept {
-    index_.swap(other.index_);
+    std::swap(index_, other.index_);
     slots_.swap(other.slots_);
     liveCounts_.swap(other.liveCounts_);
     std::swap(first_, other.first_);
@@ -149,18 +134,28 @@ class KeyedList {
   void AppendAll(const KeyedList& other) {
     for (std::size_t i = other.first_; i < other.slots_.size(); ++i) {
       const Slot& slot = other.slots_[i];
-      if (!slot.live) continue;
-      if (slot.entry == nullptr) {
-        Add(slot.value);
-      } else {
-        Add(slot.value, slot.entry->first);
-      }
+      if (slot.state == State::Keyed) Add(slot.value, slot.key);
+      if (slot.state == State::Unkeyed) Add(slot.value);
     }
   }
 
-  void Append(T value, const IndexEntry* entry) {
-    slots_.push_back({std::move(value), entry, true});
+  void Append(Slot slot) {
+    slots_.push_back(std::move(slot));
     if (!liveCounts_.empty()) AppendToLiveCounts();
+  }
+
+  // What the index holds for a slot. It counts from the first slot that the list ever had and wraps around,
+  // so that dropping slots in front needs no renumbering.
+  std::uint32_t NumberOf(std::size_t slot) const {
+    return static_cast<std::uint32_t>(slot) + removedInFront_;
+  }
+  std::size_t SlotOfNumber(std::uint32_t number) const { return number - removedInFront_; }
+  std::size_t SlotAtPlace(std::size_t place) const { return SlotOfNumber(index_.Number(place)); }
+
+  std::size_t PlaceOf(std::string_view key) const { return PlaceOf(HashNoCase(key), key); }
+  std::size_t PlaceOf(std::size_t hash, std::string_view key) const {
+    return index_.Find(
+        hash, [&](std::uint32_t number) { return EqualNoCase(slots_[SlotOfNumber(number)].key, key); });
   }
 
   std::size_t SlotAt(std::int32_t position) const {
@@ -172,28 +167,33 @@ class KeyedList {
   }
 
   std::size_t SlotOf(std::string_view key) const {
-    const auto found = index_.find(key);
-    if (found == index_.end())
-      throw Failure(ErrorNumber::InvalidCall, "no entry of key '" + std::string(key) + "'");
-    return found->second - removedInFront_;
+    const std::size_t place = PlaceOf(key);
+    if (place == KeyIndex::kNone) RaiseNoKey(key);
+    return SlotAtPlace(place);
+  }
+
+  [[noreturn]] static void RaiseNoKey(std::string_view key) {
+    throw Failure(ErrorNumber::InvalidCall, "no entry of key '" + std::string(key) + "'");
   }
 
   void RemoveSlot(std::size_t at) {
-    Slot& slot = slots_[at];
-    if (slot.entry != nullptr) index_.erase(index_.find(slot.entry->first));
+    RemoveSlot(at, slots_[at].state == State::Keyed ? PlaceOf(slots_[at].key) : KeyIndex::kNone);
+  }
+
+  // `place` is that of the slot's key.
+  void RemoveSlot(std::size_t at, std::size_t place) {
+    if (place != KeyIndex::kNone) index_.Remove(place);
     if (at + 1 == slots_.size()) {
       slots_.pop_back();
       if (!liveCounts_.empty()) liveCounts_.pop_back();
       DropHolesAtEnd();
       return;
     }
-    slot.value = T();
-    slot.entry = nullptr;
-    slot.live = false;
+    slots_[at] = {T(), {}, State::Removed};
     if (at == first_) {
       if (!liveCounts_.empty()) AddToLiveCounts(at, -1);
       ++first_;
-      while (first_ < slots_.size() && !slots_[first_].live) {
+      while (first_ < slots_.size() && !slots_[first_].IsLive()) {
         ++first_;
         --holes_;
       }
@@ -210,7 +210,7 @@ class KeyedList {
   }
 
   void DropHolesAtEnd() {
-    while (slots_.size() > first_ && !slots_.back().live) {
+    while (slots_.size() > first_ && !slots_.back().IsLive()) {
       slots_.pop_back();
       if (!liveCounts_.empty()) liveCounts_.pop_back();
       --holes_;
@@ -222,7 +222,7 @@ class KeyedList {
   void CompactFront() {
     if (first_ <= slots_.size() / 2) return;
     slots_.erase(slots_.begin(), slots_.begin() + static_cast<std::ptrdiff_t>(first_));
-    removedInFront_ += first_;
+    removedInFront_ += static_cast<std::uint32_t>(first_);
     first_ = 0;
     if (holes_ > 0) {
       BuildLiveCounts();
@@ -235,13 +235,14 @@ class KeyedList {
     std::vector<Slot> packed;
     packed.reserve(slots_.size() - first_ - holes_);
     for (std::size_t i = first_; i < slots_.size(); ++i) {
-      if (slots_[i].live) packed.push_back(std::move(slots_[i]));
+      if (slots_[i].IsLive()) packed.push_back(std::move(slots_[i]));
     }
     slots_ = std::move(packed);
     first_ = holes_ = removedInFront_ = 0;
     liveCounts_.clear();
+    index_ = {};
     for (std::size_t i = 0; i < slots_.size(); ++i) {
-      if (slots_[i].entry != nullptr) index_.find(slots_[i].entry->first)->second = i;
+      if (slots_[i].state == State::Keyed) index_.Add(HashNoCase(slots_[i].key), NumberOf(i));
     }
   }
 
@@ -263,7 +264,7 @@ class KeyedList {
   // Sets node `at`, whose children in the tree are all in place, from its own slot and theirs.
   void SumUpLiveCount(std::size_t at) {
     const std::size_t node = at + 1;
-    std::uint32_t sum = slots_[at].live ? 1 : 0;
+    std::uint32_t sum = slots_[at].IsLive() ? 1 : 0;
     for (std::size_t child = node - 1; child > node - (node & -node); child -= child & -child) {
       sum += liveCounts_[child - 1];
     }
@@ -291,12 +292,12 @@ class KeyedList {
     return passed;
   }
 
-  Index index_;
+  KeyIndex index_;
   std::vector<Slot> slots_;
   std::vector<std::uint32_t> liveCounts_;
-  std::size_t first_ = 0;           // slots in front of it are removed
-  std::size_t holes_ = 0;           // removed slots behind first_
-  std::size_t removedInFront_ = 0;  // slots dropped from the vector's front so far
+  std::size_t first_ = 0;             // slots in front of it are removed
+  std::size_t holes_ = 0;             // removed slots behind first_
+  std::uint32_t removedInFront_ = 0;  // slots dropped from the vector's front so far, wrapping around
 };
 
 }  // namespace vorlent

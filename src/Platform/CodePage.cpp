@@ -1,5 +1,7 @@
 #include "Platform/CodePage.h"
 
+#include <cstring>
+
 namespace vorlent {
 
 namespace {
@@ -107,10 +109,31 @@ std::string LowerCase(std::string_view text) {
 }
 
 bool EqualNoCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return codepage::ToLower(static_cast<unsigned char>(x)) ==
-           codepage::ToLower(static_cast<unsigned char>(y));
-  });
+  return a == b || std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+           return codepage::ToLower(static_cast<unsigned char>(x)) ==
+                  codepage::ToLower(static_cast<unsigned char>(y));
+         });
+}
+
+std::size_t HashNoCase(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  constexpr std::uint64_t kCaseBits = 0x2020202020202020;  // fold the letters, and other characters with them
+  constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15;
+  std::uint64_t hash = text.size() * kMix;
+  while (!text.empty()) {
+    std::uint64_t word = 0;
+    const std::size_t size = std::min(text.size(), sizeof word);
+    std::memcpy(&word, text.data(), size);
+    // Beyond ASCII the cases differ by other bits.
+    if ((word & kHighBits) != 0) {
+      const std::string lower = LowerCase(text.substr(0, size));
+      std::memcpy(&word, lower.data(), size);
+    }
+    hash = (hash ^ (word | kCaseBits)) * kMix;
+    hash ^= hash >> 32;
+    text.remove_prefix(size);
+  }
+  return hash;
 }
 
 }  // namespace vorlent

@@ -94,4 +94,7 @@ std::string LowerCase(std::string_view text);
 // Whether the two are equal without regard to letter case.
 bool EqualNoCase(std::string_view a, std::string_view b);
 
+// A hash that texts which are EqualNoCase share.
+std::size_t HashNoCase(std::string_view text);
+
 }  // namespace vorlent

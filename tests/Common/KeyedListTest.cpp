@@ -218,6 +218,16 @@ TEST(KeyedList, KeepsItsOrderWhenAddingFailed) {
   EXPECT_EQ(list.Item("ten"), 10);
 }
 
+TEST(KeyedList, TakesItsOwnKeysAsArguments) {
+  KeyedList<int> list;
+  for (int i = 0; i < 10; ++i)
+    list.Add(i, "key" + std::to_string(i));
+  EXPECT_FALSE(Swallow([&] { list.Add(10, list.Key(3)); }));
+  list.Remove(list.Key(1));
+  EXPECT_TRUE(list.TryRemove(list.Key(5)));
+  EXPECT_EQ(Entries(list), "1:key1 2:key2 3:key3 4:key4 6:key6 7:key7 8:key8 9:key9");
+}
+
 // --- Against a slow obvious model ---
 
 // A row of entries that is searched from the front each time.

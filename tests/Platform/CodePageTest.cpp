@@ -4,6 +4,7 @@
 
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -124,6 +125,36 @@ TEST(EqualNoCase, ComparesWithoutCase) {
   EXPECT_FALSE(EqualNoCase("a", "ä"_cp));
   EXPECT_FALSE(EqualNoCase("@", "`")) << "the neighbours of the letters are none";
   EXPECT_FALSE(EqualNoCase("×"_cp, "÷"_cp));
+}
+
+TEST(HashNoCase, IsSharedByTextsThatAreEqual) {
+  int equal = 0;
+  for (int a = 0; a < 256; ++a) {
+    for (int b = 0; b < 256; ++b) {
+      // Alone, at either end of eight bytes, behind them, and beside bytes beyond ASCII.
+      for (const std::string_view before : {"", "Seven--", "Eight---", "\xC4", "Twelve-\xDC----"}) {
+        for (const std::string_view behind : {"", "Behind", "\xE4"}) {
+          const auto around = [&](int code) {
+            return std::string(before).append(1, static_cast<char>(code)).append(behind);
+          };
+          if (!EqualNoCase(around(a), around(b))) continue;
+          ++equal;
+          ASSERT_EQ(HashNoCase(around(a)), HashNoCase(around(b))) << a << " " << b;
+        }
+      }
+    }
+  }
+  // Each byte with itself, and 26 + 34 pairs of letters in both orders.
+  EXPECT_EQ(equal, 15 * (256 + 2 * (26 + 34)));
+}
+
+TEST(HashNoCase, TellsTextsApart) {
+  std::set<std::size_t> hashes;
+  for (int i = 0; i < 10000; ++i)
+    hashes.insert(HashNoCase("{0A1B2C3D-" + std::to_string(i) + "}"));
+  EXPECT_EQ(hashes.size(), 10000U);
+  EXPECT_NE(HashNoCase("a"), HashNoCase("aa"));
+  EXPECT_NE(HashNoCase("ab"), HashNoCase("ba"));
 }
 
 }  // namespace
