@@ -13,10 +13,10 @@ namespace {
 
 constexpr int kSignificantDigits = 15;
 
-std::string Padded(std::string_view digits, bool negative, std::size_t width) {
-  std::string text = negative ? "-" : "";
+void AppendPadded(std::string& text, std::string_view digits, bool negative, std::size_t width) {
+  if (negative) text += '-';
   if (digits.size() < width) text.append(width - digits.size(), '0');
-  return text.append(digits);
+  text += digits;
 }
 
 }  // namespace
@@ -40,14 +40,22 @@ std::string PaddedNumber(double value, std::size_t width) {
   const double whole = std::nearbyint(std::fabs(value));
   const auto [end, error] =
       std::to_chars(buffer.data(), buffer.data() + buffer.size(), whole, std::chars_format::fixed, 0);
-  return Padded(std::string_view(buffer.data(), end), value < 0 && whole > 0, width);
+  std::string text;
+  AppendPadded(text, std::string_view(buffer.data(), end), value < 0 && whole > 0, width);
+  return text;
 }
 
 std::string PaddedNumber(int value, std::size_t width) {
+  std::string text;
+  AppendPadded(text, value, width);
+  return text;
+}
+
+void AppendPadded(std::string& text, int value, std::size_t width) {
   std::array<char, 16> buffer;
   const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-  const std::string_view text(buffer.data(), end);
-  return Padded(value < 0 ? text.substr(1) : text, value < 0, width);
+  const std::string_view number(buffer.data(), end);
+  AppendPadded(text, value < 0 ? number.substr(1) : number, value < 0, width);
 }
 
 }  // namespace vorlent

@@ -18,5 +18,7 @@ std::string NumberText(Number value) {
 // number keeps all its digits, a negative one has its sign in front of them.
 std::string PaddedNumber(double value, std::size_t width);
 std::string PaddedNumber(int value, std::size_t width);
+// Appends it instead.
+void AppendPadded(std::string& text, int value, std::size_t width);
 
 }  // namespace vorlent

@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -117,9 +118,22 @@ double ReadDecimal(NumberScanner& scanner) {
   return number.starts_with('-') ? -largest : largest;
 }
 
+// A text of a few digits and nothing else, as most are; nothing for any other.
+std::optional<double> ReadDigits(std::string_view s) {
+  constexpr std::size_t mostDigits = 15;  // what a double holds exactly
+  if (s.empty() || s.size() > mostDigits) return std::nullopt;
+  std::int64_t value = 0;
+  for (const char c : s) {
+    if (c < '0' || c > '9') return std::nullopt;
+    value = value * 10 + (c - '0');
+  }
+  return static_cast<double>(value);
+}
+
 }  // namespace
 
 double ReadNumber(std::string_view s) {
+  if (const std::optional<double> number = ReadDigits(s)) return *number;
   NumberScanner scanner(s);
   if (scanner.Peek() != '&') return ReadDecimal(scanner);
   scanner.Take();

@@ -38,6 +38,25 @@ std::string CutAt(std::string& s, std::size_t end, std::size_t rest) {
   return token;
 }
 
+// A value without line ends, in which no "|" ends the field.
+std::string EscapeSeparators(std::string_view value) {
+  constexpr auto changes = [](char c) { return c == '\\' || c == '|' || c == '\n' || c == '\r'; };
+  // Nothing changes in most values; counting tells that many characters at a time.
+  const auto changed = std::count_if(value.begin(), value.end(), changes);
+  if (changed == 0) return std::string(value);
+  std::string escaped;
+  escaped.reserve(value.size() + static_cast<std::size_t>(changed));
+  for (const char c : value) {
+    if (c == '\\' || c == '|') escaped += '\\';
+    if (c == '\n') {
+      escaped += "\\n";
+    } else if (c != '\r') {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
 // Offset of the next hit from offset `from` on, npos without one. `before` is the character in front of
 // `from`.
 std::size_t FindHit(std::string_view text, std::string_view word, std::size_t from, bool wholeWord,
@@ -177,16 +196,7 @@ std::string GetParam(std::string_view record, std::string_view key) {
 
 std::string EscapeValue(std::string_view value, std::string_view extra) {
   ToInt16(extra.size());
-  std::string escaped;
-  escaped.reserve(value.size());
-  for (const char c : value) {
-    if (c == '\\' || c == '|') escaped += '\\';
-    if (c == '\n') {
-      escaped += "\\n";
-    } else if (c != '\r') {
-      escaped += c;
-    }
-  }
+  std::string escaped = EscapeSeparators(value);
   // One pass for each: a later character of `extra` is also found in what an earlier one has put in.
   for (const char c : extra) {
     const std::string code = std::to_string(Code(c));
@@ -297,13 +307,15 @@ std::string HexPad(std::int16_t value, std::int16_t width) {
 }
 
 std::string NewGuidText() {
-  std::string text = "{";
-  const auto bytes = os::NewGuidBytes();
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-    text += HexPad(bytes[i], 2);
+  std::string text = "{00000000-0000-0000-0000-000000000000}";
+  auto digit = text.begin();
+  for (const std::uint8_t byte : os::NewGuidBytes()) {
+    while (*digit != '0')
+      ++digit;
+    *digit++ = kHexDigits[byte >> 4];
+    *digit++ = kHexDigits[byte & 15];
   }
-  return text + "}";
+  return text;
 }
 
 void SetWaitCursor(bool done) {

@@ -12,11 +12,19 @@ namespace vorlent {
 namespace {
 
 constexpr std::int32_t kSecondsPerDay = 86400;
+constexpr std::int32_t kMostDaysInYear = 366;
 constexpr int kFirstYear = 100;  // the earliest that a date may have
 
 // A number of a stamp's field, "" and foreign text being 0.
 std::int32_t Field(std::string_view stamp, std::size_t offset, std::size_t length) {
   return ToInt32(ReadNumber(stamp.substr(std::min(offset, stamp.size()), length)));
+}
+
+// The days of the years from 1970 up to the one before `year`.
+std::int64_t DaysBeforeYear(std::int64_t year) {
+  if (year <= 1970) return 0;
+  const auto leapYearsUpTo = [](std::int64_t last) { return last / 4 - last / 100 + last / 400; };
+  return 365 * (year - 1970) + leapYearsUpTo(year - 1) - leapYearsUpTo(1969);
 }
 
 // 32-bit arithmetic that overflows as such.
@@ -76,23 +84,34 @@ bool CutTime(std::string_view& s, DateTime& date) {
 }  // namespace
 
 std::string FormatStamp(const DateTime& moment) {
-  return PaddedNumber(moment.year, 4) + PaddedNumber(moment.month, 2) + PaddedNumber(moment.day, 2) +
-         PaddedNumber(moment.hour, 2) + PaddedNumber(moment.minute, 2) + PaddedNumber(moment.second, 2);
+  std::string stamp;
+  AppendPadded(stamp, moment.year, 4);
+  for (const int field : {moment.month, moment.day, moment.hour, moment.minute, moment.second})
+    AppendPadded(stamp, field, 2);
+  return stamp;
 }
 
 std::string FormatDisplay(const DateTime& moment) {
-  return PaddedNumber(moment.day, 2) + '.' + PaddedNumber(moment.month, 2) + '.' +
-         PaddedNumber(moment.year, 4) + ' ' + PaddedNumber(moment.hour, 2) + ':' +
-         PaddedNumber(moment.minute, 2) + ':' + PaddedNumber(moment.second, 2);
+  std::string display;
+  display.reserve(sizeof "dd.mm.yyyy hh:mm:ss");
+  const auto append = [&](int field, std::size_t width, const char* separator) {
+    AppendPadded(display, field, width);
+    display += separator;
+  };
+  append(moment.day, 2, ".");
+  append(moment.month, 2, ".");
+  append(moment.year, 4, " ");
+  append(moment.hour, 2, ":");
+  append(moment.minute, 2, ":");
+  append(moment.second, 2, "");
+  return display;
 }
 
 std::int32_t StampToEpoch(std::string_view s) {
   if (s.empty()) return 0;
   const std::int32_t year = Field(s, 0, 4);
   const std::int32_t month = Field(s, 4, 2);
-  std::int32_t days = Sum(Field(s, 6, 2), -1);
-  for (std::int32_t y = 1970; y < year; ++y)
-    days = Sum(days, DaysInYear(y));
+  std::int32_t days = Sum(Sum(Field(s, 6, 2), -1), DaysBeforeYear(year));
   for (std::int32_t m = 1; m < month; ++m)
     days = Sum(days, DaysInMonth(m, year));
   std::int32_t seconds = Product(days, kSecondsPerDay);
@@ -104,6 +123,8 @@ std::int32_t StampToEpoch(std::string_view s) {
 std::string EpochToStamp(std::int32_t t) {
   std::int32_t days = t / kSecondsPerDay + 1;
   DateTime moment;
+  moment.year += std::max(0, (days - 1) / kMostDaysInYear);  // so many are sure to have passed
+  days -= static_cast<std::int32_t>(DaysBeforeYear(moment.year));
   for (; days > DaysInYear(moment.year); ++moment.year)
     days -= DaysInYear(moment.year);
   for (; days > DaysInMonth(moment.month, moment.year); ++moment.month) {

@@ -19,6 +19,7 @@ void SqliteTable::Release::operator()(char** cells) const {
 
 int sqlite_open(std::string_view file, sqlite3*& handle) {
   const std::string path(file);
+  // A connection is used from one thread, so it needs no lock of its own.
   // What another program left unfinished is left to that program, so the connection may finish nothing:
   // - A rollback journal would be rolled back by a connection that can write.
   const int mode = FileExists(path + "-journal") ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
@@ -30,7 +31,8 @@ int sqlite_open(std::string_view file, sqlite3*& handle) {
   //   index in memory.
   const bool indexInMemory = keepLog && !FileExists(path + "-shm");
 
-  const int result = sqlite3_open_v2(os::NativePath(file).c_str(), &handle, mode, nullptr);
+  const int result =
+      sqlite3_open_v2(os::NativePath(file).c_str(), &handle, mode | SQLITE_OPEN_NOMUTEX, nullptr);
   if (result != SQLITE_OK) return result;
   if (keepLog) sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   if (indexInMemory) sqlite3_exec(handle, "PRAGMA locking_mode=EXCLUSIVE", nullptr, nullptr, nullptr);

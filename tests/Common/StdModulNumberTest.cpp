@@ -85,6 +85,22 @@ TEST(ReadNumber, ReadsOctalNumbers) {
   ExpectNumbers({{"&O17", 15}, {"&o777", 511}, {"&O8", 0}, {"&O178", 15}, {"&O", 0}});
 }
 
+TEST(ReadNumber, ReadsDigitsAloneAsItReadsThemBetweenOthers) {
+  std::string digits;
+  for (int length = 1; length <= 20; ++length) {
+    for (const char last : {'0', '1', '5', '9'}) {
+      const std::string number = digits + last;
+      for (const std::string& text :
+           {number, "0" + number, "000" + number, std::string(number.size(), '0')}) {
+        EXPECT_EQ(ReadNumber(text), std::stod(text)) << text;
+        EXPECT_EQ(ReadNumber(" " + text), std::stod(text)) << text;
+        EXPECT_EQ(ReadNumber(text + "x"), std::stod(text)) << text;
+      }
+    }
+    digits += static_cast<char>('0' + (length * 7) % 10);
+  }
+}
+
 TEST(ReadNumber, NeverFails) {
   constexpr double largest = std::numeric_limits<double>::max();
   ExpectNumbers({

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Platform/Failure.h"
 #include "Support/ScopedTimeZone.h"
@@ -71,6 +73,51 @@ TEST(EpochToStamp, UndoesStampToEpoch) {
   for (std::int64_t t = 0; t <= 2147483647; t += 86400 * 3 + 3607) {
     const auto seconds = static_cast<std::int32_t>(t);
     ASSERT_EQ(StampToEpoch(EpochToStamp(seconds)), seconds);
+  }
+}
+
+// Both count as they are laid down: a year and a month at a time.
+std::optional<std::int32_t> CountedEpoch(std::int32_t year, std::int32_t month, std::int32_t day) {
+  std::int64_t days = day - 1;
+  for (std::int32_t y = 1970; y < year; ++y)
+    days += DaysInYear(y);
+  for (std::int32_t m = 1; m < month; ++m)
+    days += DaysInMonth(m, year);
+  const std::int64_t seconds = days * 86400;
+  if (seconds != static_cast<std::int32_t>(seconds)) return std::nullopt;
+  return static_cast<std::int32_t>(seconds);
+}
+
+TEST(StampToEpoch, CountsEachYearAndMonth) {
+  for (std::int32_t year = 0; year <= 9999; year += year < 1960 || year >= 2050 ? 31 : 1) {
+    for (std::int32_t month = 0; month <= 14; ++month) {
+      for (const std::int32_t day : {0, 1, 28, 31, 99}) {
+        const std::string stamp =
+            PaddedNumber(year, 4) + PaddedNumber(month, 2) + PaddedNumber(day, 2) + "000000";
+        std::optional<std::int32_t> epoch;
+        const int number = NumberOfFailure([&] { epoch = StampToEpoch(stamp); });
+        ASSERT_EQ(epoch, CountedEpoch(year, month, day)) << stamp;
+        ASSERT_EQ(number, epoch ? 0 : 6) << stamp;
+      }
+    }
+  }
+}
+
+std::string CountedStamp(std::int32_t epoch) {
+  std::int32_t days = epoch / 86400 + 1;
+  DateTime date;
+  for (; days > DaysInYear(date.year); ++date.year)
+    days -= DaysInYear(date.year);
+  for (; days > DaysInMonth(date.month, date.year); ++date.month)
+    days -= DaysInMonth(date.month, date.year);
+  return PaddedNumber(date.year, 4) + PaddedNumber(date.month, 2) + PaddedNumber(days, 2);
+}
+
+TEST(EpochToStamp, CountsEachDay) {
+  for (std::int64_t epoch = -400 * 86400; epoch <= 2147483647; epoch += 86400) {
+    const auto seconds = static_cast<std::int32_t>(epoch);
+    const std::string stamp = EpochToStamp(seconds);
+    ASSERT_EQ(stamp.substr(0, stamp.size() - 6), CountedStamp(seconds)) << seconds;
   }
 }
 

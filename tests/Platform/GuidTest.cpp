@@ -1,8 +1,12 @@
 #include "Platform/Guid.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <set>
+#include <thread>
+#include <vector>
 
 namespace vorlent {
 namespace {
@@ -31,6 +35,39 @@ TEST(GuidTest, EveryOtherBitVaries) {
     const int fixed = k == 6 ? 0xF0 : k == 8 ? 0xC0 : 0;
     EXPECT_EQ(ones[k] & zeros[k], 0xFF & ~fixed) << k;
   }
+}
+
+TEST(GuidTest, ThreadsGiveOutDifferentOnes) {
+  constexpr int kEach = 2000;
+  std::vector<std::array<std::uint8_t, 16>> guids(2 * kEach);
+  const auto fill = [&](int from) {
+    for (int i = from; i < from + kEach; ++i)
+      guids[static_cast<std::size_t>(i)] = os::NewGuidBytes();
+  };
+  std::thread other(fill, 0);
+  fill(kEach);
+  other.join();
+  EXPECT_EQ(std::set(guids.begin(), guids.end()).size(), guids.size());
+}
+
+TEST(GuidTest, ForkedProcessGivesOutNoneOfItsParents) {
+  os::NewGuidBytes();
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    const auto bytes = os::NewGuidBytes();
+    _exit(write(ends[1], bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_EQ(status, 0);
+  std::array<std::uint8_t, 16> theirs;
+  ASSERT_EQ(read(ends[0], theirs.data(), theirs.size()), static_cast<ssize_t>(theirs.size()));
+  close(ends[0]);
+  close(ends[1]);
+  for (int i = 0; i < 1000; ++i)
+    EXPECT_NE(os::NewGuidBytes(), theirs);
 }
 
 }  // namespace

@@ -132,8 +132,15 @@ TEST(TimeTest, ChangeOfTheZoneIsSeenAtOnce) {
     const ScopedEnvironment zone("TZ", "UTC");
     EXPECT_EQ(os::UtcToLocal(noon).hour, 12);
   }
-  const ScopedEnvironment zone("TZ", kNewYork);
-  EXPECT_EQ(os::UtcToLocal(noon).hour, 7);
+  {
+    const ScopedEnvironment zone("TZ", kNewYork);
+    EXPECT_EQ(os::UtcToLocal(noon).hour, 7);
+  }
+  // No name stands for the system's zone, an empty one for UTC.
+  const ScopedEnvironment systems("TZ", nullptr);
+  os::UtcToLocal(noon);
+  const ScopedEnvironment zone("TZ", "");
+  EXPECT_EQ(os::UtcToLocal(noon).hour, 12);
 }
 
 TEST(TimeTest, FieldsOutOfRangeRaise) {
