@@ -23,25 +23,12 @@ std::size_t FieldEnd(std::string_view record, std::size_t start) {
   return record.size();
 }
 
-// Tells keys that came before from new ones. Nearly all records have a dozen fields, but a mail of thousands
-// of attachments must not make it quadratic.
-class SeenKeys {
- public:
-  bool IsNew(std::string_view key) {
-    if (few_.size() < kFew) {
-      if (std::find(few_.begin(), few_.end(), key) != few_.end()) return false;
-      few_.push_back(key);
-      return true;
-    }
-    if (many_.empty()) many_.insert(few_.begin(), few_.end());
-    return many_.insert(key).second;
-  }
+// What most records have at least; that of a bookmark hardly more.
+constexpr std::size_t kUsualFields = 8;
 
- private:
-  static constexpr std::size_t kFew = 32;
-  std::vector<std::string_view> few_;
-  std::unordered_set<std::string_view> many_;
-};
+// Up to so many fields a key is looked for in them one by one. Nearly all records have a dozen, but a mail of
+// thousands of attachments must not make it quadratic.
+constexpr std::size_t kFewFields = 32;
 
 }  // namespace
 
@@ -49,13 +36,22 @@ void ItemRecord::Import(std::string_view record) {
   ItemRecord imported;
   imported.text_.assign(record);
   ToWidth<std::uint32_t>(record.size());  // positions in the text have this width
-  SeenKeys seen;
+  imported.fields_.reserve(kUsualFields);
+  std::unordered_set<std::string_view> manyKeys;
+  const auto isNew = [&](std::string_view key) {
+    if (imported.fields_.size() < kFewFields) return !imported.Has(key);
+    if (manyKeys.empty()) {
+      for (const Field& field : imported.fields_)
+        manyKeys.insert(imported.KeyOf(field));
+    }
+    return manyKeys.insert(key).second;
+  };
   for (std::size_t start = 0; start < record.size();) {
     const std::size_t end = FieldEnd(record, start);
     const std::string_view pair = record.substr(start, end - start);
     const std::size_t keySize = std::min(pair.find('='), pair.size());
     const std::size_t valueAt = std::min(start + keySize + 1, end);
-    if (!pair.empty() && seen.IsNew(pair.substr(0, keySize))) {
+    if (!pair.empty() && isNew(pair.substr(0, keySize))) {
       imported.Append({static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(keySize),
                        static_cast<std::uint32_t>(valueAt), static_cast<std::uint32_t>(end - valueAt),
                        false});

@@ -34,9 +34,24 @@ void WriteAttribute(TextWriter& file, std::string_view name, std::string_view va
   file.Write("\"");
 }
 
-void WriteDate(TextWriter& file, std::string_view name, const std::string& date) {
-  if (!date.empty()) WriteAttribute(file, name, EpochText(DisplayToStamp(date)));
-}
+// The dates of an item. Most are the same, so the one converted last is kept.
+class DateAttributes {
+ public:
+  explicit DateAttributes(TextWriter& file) : file_(file) {}
+
+  void Write(std::string_view name, std::string date) {
+    if (date.empty()) return;
+    if (date != date_) {
+      epoch_ = EpochText(DisplayToStamp(date));
+      date_ = std::move(date);
+    }
+    WriteAttribute(file_, name, epoch_);
+  }
+
+ private:
+  TextWriter& file_;
+  std::string date_, epoch_;
+};
 
 void WriteDescription(TextWriter& file, std::string_view text) {
   file.Write("<DD>");
@@ -59,9 +74,10 @@ void WriteBookmark(TextWriter& file, const Item& item, std::string_view indent) 
   file.Write("<DT><A HREF=\"");
   file.Write(item.DataText("Url"));
   file.Write("\"");
-  WriteDate(file, "ADD_DATE", item.DateCreated());
-  WriteDate(file, "LAST_VISIT", item.DateVisited());
-  WriteDate(file, "LAST_MODIFIED", item.DateModified());
+  DateAttributes dates(file);
+  dates.Write("ADD_DATE", item.DateCreated());
+  dates.Write("LAST_VISIT", item.DateVisited());
+  dates.Write("LAST_MODIFIED", item.DateModified());
   WriteAttribute(file, "ICON", item.DataText("Icon"));
   WriteAttribute(file, "LAST_CHARSET", item.DataText("LastCharset"));
   WriteAttribute(file, "SHORTCUTURL", item.DataText("ShortcutUrl"));

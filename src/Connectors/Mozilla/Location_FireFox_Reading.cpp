@@ -72,14 +72,6 @@ struct OpenFolder {
   const SqliteRow* NextRow() { return passed < rows->Count() ? &rows->Item(++passed) : nullptr; }
 };
 
-std::string_view CutLineView(std::string_view& text) {
-  const std::size_t end = text.find('\n');
-  std::string_view line = text.substr(0, end);
-  text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-  if (line.ends_with('\r')) line.remove_suffix(1);
-  return line;
-}
-
 // What a row tells. It is kept as a text of four lines, so a line feed inside a title ends it, and moves each
 // field behind it by a line.
 class BookmarkRow {
@@ -95,10 +87,10 @@ class BookmarkRow {
     text_ += changed.size() > 1 ? changed : row.Item(5);
 
     std::string_view rest = text_;
-    type = ToInt16(ReadNumber(CutLineView(rest)));
-    title = CutLineView(rest);
-    url = CutLineView(rest);
-    date = CutLineView(rest);
+    type = ToInt16(ReadNumber(CutLine(rest)));
+    title = CutLine(rest);
+    url = CutLine(rest);
+    date = CutLine(rest);
   }
 
   std::int16_t type = 0;
@@ -116,8 +108,10 @@ std::string DisplayDate(std::string_view microseconds) {
   return StampToDisplay(stamp);
 }
 
-std::string UrlRecord(const BookmarkRow& row, std::string_view keywords) {
-  std::string record = "ID=" + NewGuidText();
+// The record of a bookmark in place of what `record` held.
+void WriteUrlRecord(std::string& record, const BookmarkRow& row, std::string_view keywords) {
+  record = "ID=";
+  record += NewGuidText();
   record += "|Type=url|Text=";
   record += EscapeValue(row.title.empty() ? row.url : row.title);
   record += "|Date=";
@@ -128,7 +122,6 @@ std::string UrlRecord(const BookmarkRow& row, std::string_view keywords) {
   record += EscapeValue(keywords);
   record += "|Owner=";
   record += HostObjects::Current().Global().UserName();
-  return record;
 }
 
 // A title on its way from the database to an address.
@@ -188,6 +181,7 @@ bool Location_FireFox::ReadFolder(std::int32_t id, std::string_view keywords, st
   };
   FolderStack<Folder> folders;
   BookmarkRow row;
+  std::string record;
   std::string joined(keywords);  // of the innermost folder
   const auto enter = [&](std::int32_t folder, std::int16_t itsLevel, const TreePtr& itsNode,
                          std::string_view token, std::string_view rest) {
@@ -213,7 +207,8 @@ bool Location_FireFox::ReadFolder(std::int32_t id, std::string_view keywords, st
     row.Read(*next);
     if (row.type == kBookmark && folder.level >= 1 && folder.token.empty() &&
         !(row.title.empty() && row.url.empty())) {
-      PasteItem(UrlRecord(row, joined), false);
+      WriteUrlRecord(record, row, joined);
+      PasteItem(record, false);
     } else if (row.type == kFolder && (folder.token.empty() || folder.token == row.title)) {
       const TreePtr child = folder.node->AddChild(row.title, row.title);
       if (!joined.empty()) joined += ',';
