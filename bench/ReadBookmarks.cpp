@@ -1,5 +1,5 @@
-// How long the bookmark connector takes to read a large profile and to export it, beside the bare statements run
-// with SQLite on the same file, and how that grows with the profile.
+// How long the bookmark connector takes to read a large profile and to export it, beside the bare statements
+// run with SQLite on the same file, and how that grows with the profile.
 #include <sqlite3.h>
 
 #include <algorithm>

@@ -7,14 +7,14 @@
 
 namespace vorlent {
 
-// An open hash table of numbers that stand for entries. The keys stay with the entries, so an entry takes up no
-// memory of its own here, and most look-ups touch one place.
+// An open hash table of numbers that stand for entries. The keys stay with the entries, so an entry takes up
+// no memory of its own here, and most look-ups touch one place.
 class KeyIndex {
  public:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-  // The place of the entry of that hash which `isSought` accepts by its number, kNone without one. Valid until
-  // the next change.
+  // The place of the entry of that hash which `isSought` accepts by its number, kNone without one. Valid
+  // until the next change.
   template <class IsSought>
   std::size_t Find(std::size_t hash, const IsSought& isSought) const {
     if (cells_.empty()) return kNone;

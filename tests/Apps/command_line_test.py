@@ -633,27 +633,81 @@ class CommandLine(ProgramCase):
             self.assertIn(message, err)
         self.assertEqual(self.firefox("bookmarks.html").read_bytes(), b"earlier")
 
+    def assert_unreadable(self, reason, code=3, commands=("read", "browse", "bookmarks"), address="firefox://default"):
+        """Each command ends with the code, tells reason and file, gives no result and changes nothing."""
+        before = tree_bytes(self.samples)
+        self.assert_told(reason, code, commands, address)
+        self.assertEqual(tree_bytes(self.samples), before)
+
+    def assert_told(self, reason, code=3, commands=("read", "browse", "bookmarks"), address="firefox://default"):
+        for command in commands:
+            done, out, err = self.run_program(command, address)
+            self.assertEqual((done, out), (code, ""), f"{command}: {err}")
+            self.assertIn(reason, err, command)
+            self.assertIn(str(self.firefox("places.sqlite")), err, command)
+
+    def test_a_missing_database_is_told(self):
+        self.firefox("places.sqlite").unlink()
+        self.assert_unreadable("places.sqlite: no such file", code=1)
+        self.assertFalse(self.firefox("places.sqlite").exists())
+
+    def test_a_missing_profile_folder_is_told(self):
+        shutil.rmtree(self.firefox())
+        self.assert_unreadable("places.sqlite: no such file", code=1)
+
+    def test_an_empty_database_is_told(self):
+        self.firefox("places.sqlite").write_bytes(b"")
+        self.assert_unreadable("no such table: moz_bookmarks")
+
+    def test_a_file_that_is_no_database_is_told(self):
+        self.firefox("places.sqlite").write_bytes(b"x" * 5000)
+        self.assert_unreadable("file is not a database")
+
+    def test_a_damaged_database_is_told(self):
+        content = bytearray(self.firefox("places.sqlite").read_bytes())
+        content[100:] = b"\xff" * (len(content) - 100)
+        self.firefox("places.sqlite").write_bytes(content)
+        self.assert_unreadable("malformed")
+
+    def test_a_database_of_other_columns_is_told(self):
+        self.database("ALTER TABLE moz_bookmarks DROP COLUMN dateAdded")
+        self.assert_unreadable("no such column: moz_bookmarks.dateAdded", commands=("read", "bookmarks"))
+        self.database("ALTER TABLE moz_bookmarks DROP COLUMN title")
+        self.assert_unreadable("no such column: title", commands=("browse",))
+
     def test_a_locked_database_is_told(self):
+        before = tree_bytes(self.samples)
         with contextlib.closing(sqlite3.connect(self.firefox("places.sqlite"))) as firefox:
             firefox.execute("BEGIN EXCLUSIVE")
-            for command in ("read", "bookmarks"):
-                code, out, err = self.run_program(command, "firefox://default")
-                self.assertEqual((code, out), (3, ""))
-                self.assertIn("please close FireFox", err)
-                self.assertIn("database is locked", err)
+            # Reading the file here would end the lock: closing it drops those of the whole process.
+            self.assert_told("database is locked")
+            self.assert_told("please close FireFox")
+        self.assertEqual(tree_bytes(self.samples), before)
 
     def test_more_rows_than_fit_into_a_folder_are_told(self):
         self.database("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<40000) "
-                      "INSERT INTO moz_bookmarks(type, parent, position, title) SELECT 1, 6, i, 'x' FROM n")
-        code, out, err = self.run_program("read", "firefox://default")
-        self.assertEqual((code, out), (3, ""))
-        self.assertIn("the result has 40000 rows, at most 32767 fit", err)
+                      "INSERT INTO moz_bookmarks(type, parent, position, title) SELECT 2, 6, i, 'x' FROM n")
+        self.assert_unreadable("the result has 40000 rows, at most 32767 fit", commands=("read", "bookmarks"))
+        self.assert_unreadable("the result has 40000 rows, at most 32767 fit", commands=("browse",),
+                               address="firefox://default/mobile/x")
 
     def test_a_circle_of_folders_is_told(self):
         self.database("INSERT INTO moz_bookmarks(id, type, parent, position, title) VALUES(0, 2, 6, 0, 'circle')")
-        code, out, err = self.run_program("read", "firefox://default")
-        self.assertEqual((code, out), (3, ""))
-        self.assertIn("folder 0 lies within itself", err)
+        self.assert_unreadable("folder 0 lies within itself", commands=("read", "bookmarks"))
+        self.assert_unreadable("folder 0 lies within itself", commands=("browse",), address="firefox://default/menu")
+
+    def test_an_export_that_can_not_be_written_is_told(self):
+        copy = self.work / "copy.html"
+        for make in (lambda file: file.mkdir(), lambda file: (file.write_bytes(b"earlier"), file.chmod(0o444))):
+            file = self.firefox("bookmarks.html")
+            make(file)
+            before = tree_bytes(self.samples)
+            code, out, err = self.run_program("bookmarks", "firefox://default", "--output", str(copy))
+            self.assertEqual((code, out), (3, ""))
+            self.assertIn("\\k7f2m4ax.default\\bookmarks.html: ", err)
+            self.assertFalse(copy.exists())
+            self.assertEqual(tree_bytes(self.samples), before)
+            file.rmdir() if file.is_dir() else file.unlink()
 
     # --- Calendars ------------------------------------------------------------------------------------------------
 

@@ -42,7 +42,8 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const StandaloneLocationPtr location = session.Read(address);
   // A part of the bookmarks must not take the place of an earlier export.
   if (session.Output().HasErrors()) {
-    throw AppError(ExitCode::Unreadable, session.Output().Errors().front(), "Nothing was written.");
+    throw AppError(ExitCode::Unreadable, session.Output().Errors().front(),
+                   PlaceOf(*location) + "\nNothing was written.");
   }
   if (location->ItemCount() == 0) {
     throw AppError(ExitCode::Partly, "no bookmarks at " + options.address, "Nothing was written.");

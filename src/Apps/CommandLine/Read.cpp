@@ -34,6 +34,7 @@ ExitCode Read(Session& session, const ReadOptions& options) {
   const std::vector<StandaloneItemPtr> items = ItemsOf(*location);
   Print(*location, items, options);
   const bool failed = session.ComplainOfErrors();
+  if (const std::string place = PlaceOf(*location); failed && !place.empty()) session.Output().Say(place);
   if (!items.empty()) return failed ? ExitCode::Partly : ExitCode::Done;
   session.Output().Complain("no items at " + options.address);
   return ExitCode::Partly;

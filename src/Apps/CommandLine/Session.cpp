@@ -10,6 +10,7 @@
 
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
@@ -139,13 +140,28 @@ StandaloneLocationPtr Session::Read(const std::string& address) {
   CheckMailboxes(*location);
   // What the preparation had to say, the reading says again.
   console_->Forget();
-  location->Load();
+  try {
+    location->Load();
+  } catch (const Failure& failure) {
+    throw AppError(ExitCode::Unreadable, Shown(failure.what()), PlaceOf(*location));
+  }
   const bool nothingRead = location->ItemCount() == 0;
   if (location->State() != LocationState::Read || (nothingRead && console_->HasErrors())) {
-    throw AppError(ExitCode::Unreadable, console_->HasErrors() ? console_->Errors().front()
-                                                               : Shown(address) + " could not be read");
+    throw AppError(ExitCode::Unreadable,
+                   console_->HasErrors() ? console_->Errors().front() : Shown(address) + " could not be read",
+                   PlaceOf(*location));
   }
+  if (nothingRead) CheckBookmarks(*location);
   return location;
+}
+
+// A profile without bookmarks is none of the connector's errors.
+void Session::CheckBookmarks(StandaloneLocation& location) {
+  const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
+  if (connector == nullptr || connector->DatabaseFile().empty() || FileExists(connector->DatabaseFile()))
+    return;
+  throw AppError(ExitCode::Partly, NativeShown(connector->DatabaseFile()) + ": no such file",
+                 "Firefox keeps the bookmarks of a profile there.");
 }
 
 void Session::CheckMailboxes(StandaloneLocation& location) {
@@ -157,6 +173,12 @@ void Session::CheckMailboxes(StandaloneLocation& location) {
                      "List what there is with: vorlent-mozilla browse 'thunderbird://*'");
     }
   }
+}
+
+std::string PlaceOf(StandaloneLocation& location) {
+  const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
+  if (connector == nullptr || connector->DatabaseFile().empty()) return {};
+  return "The bookmarks are in " + NativeShown(connector->DatabaseFile());
 }
 
 bool Session::ComplainOfErrors() {

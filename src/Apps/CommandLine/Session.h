@@ -52,7 +52,7 @@ class Session {
   ArchivePtr OpenArchive(const std::string& nativeFolder);
 
   // Opens and reads. Raises AppError with ExitCode::Unreadable if that fails, or if nothing was read and the
-  // component said why.
+  // component said why, and with ExitCode::Partly if a profile has no bookmarks' database.
   StandaloneLocationPtr Read(const std::string& address);
 
   // Shows the errors that the component told since the last Open, and returns whether there were any.
@@ -65,11 +65,15 @@ class Session {
  private:
   // Raises AppError for an address that names a folder without a mailbox, which the component passes over.
   void CheckMailboxes(StandaloneLocation& location);
+  void CheckBookmarks(StandaloneLocation& location);
 
   GlobalOptions options_;
   std::shared_ptr<Console> console_;
   std::shared_ptr<StandaloneHost> host_;
 };
+
+// The hint behind an error: the database of a Location of bookmarks; "" for any other.
+std::string PlaceOf(StandaloneLocation& location);
 
 // The native path as the component writes it.
 std::string ComponentPath(const std::string& native);

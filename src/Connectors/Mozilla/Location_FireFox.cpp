@@ -171,11 +171,11 @@ bool Location_FireFox::ReadBookmarks(std::string_view profile, std::string_view 
 }
 
 void Location_FireFox::Connect(std::string_view profileFolder, const std::function<bool()>& walk) {
-  const std::string file = AddPathSep(profileFolder) + "places.sqlite";
-  if (!FileExists(file)) return;
+  databaseFile_ = AddPathSep(profileFolder) + "places.sqlite";
+  if (!FileExists(databaseFile_)) return;
   database_ = std::make_unique<qzelSQLite>();
   const ConnectionEnd end(*database_);
-  database_->file = file;
+  database_->file = databaseFile_;
   if (!database_->openFile()) {
     ShowConnectFailure("");
   } else if (!walk()) {

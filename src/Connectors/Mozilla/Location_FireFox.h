@@ -43,6 +43,9 @@ class Location_FireFox final : public LocationFrame<BookmarkConnector> {
   // Folder of the profile read last, with a trailing separator; "" before the first was found.
   const std::string& ProfileFolder() const { return profileFolder_; }
 
+  // The database that was looked for last, whether there is one or not; "" before the first time.
+  const std::string& DatabaseFile() const { return databaseFile_; }
+
  private:
   ParameterSettings Parameters() const override { return {"$type=url", "KeywordTree,Log"}; }
   void Pasted(const ItemPtr& item, std::string_view import) override;
@@ -86,7 +89,8 @@ class Location_FireFox final : public LocationFrame<BookmarkConnector> {
 
   void SaveFolder(TextWriter& file, const TreePtr& node, std::int16_t level);
 
-  std::string profileFolder_;             // with a trailing separator; "" before the first profile was found
+  std::string profileFolder_;  // with a trailing separator; "" before the first profile was found
+  std::string databaseFile_;
   std::unique_ptr<qzelSQLite> database_;  // of the latest connection
 };
 

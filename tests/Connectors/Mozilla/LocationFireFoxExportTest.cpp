@@ -4,6 +4,7 @@
 
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
+#include "Support/AsOrdinaryUser.h"
 
 namespace vorlent::test {
 namespace {
@@ -296,12 +297,27 @@ TEST_F(LocationFireFoxExportTest, ReadOnlyFileRaisesAndStays) {
   EXPECT_EQ(folder_.Read(ExportName()), "old");
 }
 
-TEST_F(LocationFireFoxExportTest, FolderThatTakesNoFilesRaises) {
-  // No user, not even the administrator, makes files in this folder of the system.
-  WriteProfilesIni("[General]\r\n[Profile0]\r\nName=x\r\nPath=C:\\proc\r\n");
+TEST_F(LocationFireFoxExportTest, ReadOnlyFolderRaisesWithItsReason) {
+  Places().AddBookmark(1, "a", "http://a/");
+  Places().Commit();
+  const std::filesystem::path profile = PlacesPath().parent_path();
+  const auto readOnly = std::filesystem::perms(0555);
+  std::filesystem::permissions(profile, readOnly);
+  std::filesystem::permissions(folder_.Native(), readOnly);
+  const auto before = FolderContent(profile);
   const auto connector = Open("firefox://x/");
   EXPECT_EQ(state_, LocationState::Read);
-  EXPECT_NE(SwallowedNumber([&] { connector->Save(); }), 0);
+  {
+    const AsOrdinaryUser user;
+    try {
+      connector->Save();
+      ADD_FAILURE() << "no failure";
+    } catch (const Failure& failure) {
+      EXPECT_TRUE(failure.Is(ErrorNumber::PathAccess));
+      EXPECT_EQ(failure.what(), folder_.Path(ExportName()) + ": Permission denied");
+    }
+  }
+  EXPECT_EQ(FolderContent(profile), before);
 }
 
 TEST_F(LocationFireFoxExportTest, MissingProfileFolderRaises) {
