@@ -143,7 +143,7 @@ StandaloneLocationPtr Session::Read(const std::string& address) {
   try {
     location->Load();
   } catch (const Failure& failure) {
-    throw AppError(ExitCode::Unreadable, Shown(failure.what()), PlaceOf(*location));
+    throw AppError(ExitCode::Unreadable, FailureShown(failure.what()), PlaceOf(*location));
   }
   const bool nothingRead = location->ItemCount() == 0;
   if (location->State() != LocationState::Read || (nothingRead && console_->HasErrors())) {
