@@ -100,7 +100,8 @@ class Mailbox {
   std::uint64_t Size() const { return size_; }
   int Mails() const { return mails_; }
 
-  // Reads all mails as the connector does. Calls `behindMail` while the mail's files are there.
+  // Reads all mails as the connector does. Calls `behindMail` while the mail's files are there. The HTML file
+  // is the host's to take away.
   void Read(bool saveattachments, const std::function<void()>& behindMail = {}) {
     StdMail mail;
     mail.SetMailboxFile(path_);
@@ -111,6 +112,7 @@ class Mailbox {
       sink += mail.GetData("Account=a,Inbox", saveattachments).size();
       if (behindMail) behindMail();
       mail.DeleteLastTempfiles();
+      if (saveattachments) std::filesystem::remove(html_);
     }
     if (mails != mails_) throw Failure(ErrorNumber::Host, "not all mails were found");
   }
@@ -122,8 +124,6 @@ class Mailbox {
       for (const auto& entry : std::filesystem::directory_iterator(folder_.Native("tmp"))) {
         files.push_back(Note(entry.path()));
         written_ += entry.file_size();
-        // The next mail has an HTML file only if it makes one.
-        std::filesystem::remove(entry.path());
       }
       files_.push_back(std::move(files));
     });
@@ -171,6 +171,7 @@ class Mailbox {
   TemporaryFolder folder_;
   std::string path_;
   std::string prefix_;
+  std::filesystem::path html_ = folder_.Native("tmp") / "mail.html";
   std::uint64_t size_ = 0;
   int mails_ = 0;
   std::uint64_t written_ = 0;
