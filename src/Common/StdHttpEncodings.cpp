@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -118,7 +119,10 @@ std::string Base64Decode(std::string_view s) {
 }
 
 void Base64DecodeToFile(TextWriter& file, std::string_view s) {
-  file.WriteMade(RoomToDecode(s), [s](char* out) { return DecodeGroups(s, out); });
+  static_assert(TextWriter::kMostMade >
+                std::numeric_limits<std::int16_t>::max() / 4 * 3 + os::kBase64Overhang);
+  ToInt16(s.size());
+  file.WriteMade([s](char* out) { return DecodeGroups(s, out); });
 }
 
 std::string Base64Encode(std::string_view bytes) {

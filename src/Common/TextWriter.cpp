@@ -9,15 +9,13 @@ namespace vorlent {
 
 namespace {
 
-// Several writers at a time stay below the size at which the C library gives freed memory back to the system,
-// to be cleared by that for the next ones.
-constexpr std::size_t kCapacity = 32 * 1024;
 constexpr std::string_view kLineEnd = "\r\n";
 
 }  // namespace
 
 TextWriter::TextWriter(std::string_view path, os::File::Mode mode)
-    : file_(os::File::Open(path, mode)), buffer_(std::make_unique_for_overwrite<char[]>(kCapacity)) {}
+    : file_(os::File::Open(path, mode)),
+      buffer_(std::make_unique_for_overwrite<char[]>(kCapacity + kMostMade)) {}
 
 TextWriter::TextWriter(TextWriter&& other) noexcept
     : file_(std::move(other.file_)),
@@ -68,30 +66,27 @@ void TextWriter::Close() {
   hasFailed_ = failedBefore;
 }
 
-void TextWriter::RequireOpen() const {
-  if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
+void TextWriter::RaiseClosed() {
+  throw Failure(ErrorNumber::BadFileNumber, "file is not open");
 }
 
-// A place for so many bytes in a row.
-char* TextWriter::Room(std::size_t size) {
-  RequireOpen();
-  if (size > kCapacity - filled_) Flush();
-  return buffer_.get() + filled_;
-}
-
-void TextWriter::Flush() {
-  const std::size_t size = std::exchange(filled_, 0);
+// Writes so many bytes of the buffer; those behind them stay for later, as the system is quickest with whole
+// pages.
+void TextWriter::Flush(std::size_t size) {
+  const std::size_t kept = std::exchange(filled_, 0) - size;
   const bool failedBefore = std::exchange(hasFailed_, true);
-  if (size > 0) file_.Write(buffer_.get(), size);
+  file_.Write(buffer_.get(), size);
   hasFailed_ = failedBefore;
+  std::copy_n(buffer_.get() + size, kept, buffer_.get());
+  filled_ = kept;
 }
 
-// Fills the buffer to its brim before it is written, since the system is quickest with whole pages.
+// Fills the buffer to its brim before it is written.
 void TextWriter::Put(std::string_view text) {
   while (text.size() > kCapacity - filled_) {
     const std::size_t taken = text.copy(buffer_.get() + filled_, kCapacity - filled_);
     filled_ = kCapacity;
-    Flush();
+    Flush(kCapacity);
     text.remove_prefix(taken);
   }
   filled_ += text.copy(buffer_.get() + filled_, text.size());

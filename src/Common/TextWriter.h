@@ -30,14 +30,15 @@ class TextWriter {
 
   // Writes the text as it stands.
   void Write(std::string_view text);
-  // Writes text that is made in place: `make` puts up to `most` bytes, at most kMostMade, where it is told
-  // and returns their end.
+  // Writes text that is made in place: `make` puts up to kMostMade bytes where it is told, and returns their
+  // end.
   template <class Make>
-  void WriteMade(std::size_t most, Make&& make) {
-    char* const start = Room(most);
-    filled_ += static_cast<std::size_t>(std::forward<Make>(make)(start) - start);
+  void WriteMade(Make&& make) {
+    RequireOpen();
+    filled_ = static_cast<std::size_t>(std::forward<Make>(make)(buffer_.get() + filled_) - buffer_.get());
+    if (filled_ > kCapacity) Flush(kCapacity);
   }
-  static constexpr std::size_t kMostMade = 32 * 1024;
+  static constexpr std::size_t kMostMade = 25 * 1024;
 
   // Writes the text and a line end.
   void WriteLine(std::string_view text);
@@ -45,9 +46,15 @@ class TextWriter {
   void Close();
 
  private:
-  void RequireOpen() const;
-  char* Room(std::size_t size);
-  void Flush();
+  // Several writers at a time stay below the size at which the C library gives freed memory back to the
+  // system, to be cleared by that for the next ones.
+  static constexpr std::size_t kCapacity = 32 * 1024;
+
+  void RequireOpen() const {
+    if (!IsOpen()) RaiseClosed();
+  }
+  [[noreturn]] static void RaiseClosed();
+  void Flush(std::size_t size);
   void Put(std::string_view text);
 
   os::File file_;

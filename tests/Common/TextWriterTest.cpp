@@ -86,7 +86,7 @@ TEST_F(TextWriterTest, TextMadeInPlaceStandsBetweenTheOthers) {
     for (const std::size_t most : {std::size_t{0}, std::size_t{5}, TextWriter::kMostMade, std::size_t{300}}) {
       for (const std::size_t made : {std::size_t{0}, most / 2, most}) {
         writer.Write("before");
-        writer.WriteMade(most, [&](char* out) { return std::fill_n(out, made, 'm'); });
+        writer.WriteMade([&](char* out) { return std::fill_n(out, made, 'm'); });
         writer.WriteLine("behind");
         expected += "before" + std::string(made, 'm') + "behind\r\n";
       }
@@ -137,7 +137,7 @@ TEST_F(TextWriterTest, ClosedWriterRaisesAndMayBeClosedAgain) {
   const int badFileNumber = static_cast<int>(ErrorNumber::BadFileNumber);
   EXPECT_EQ(SwallowedNumber([&] { writer.Write(""); }), badFileNumber);
   EXPECT_EQ(SwallowedNumber([&] { writer.WriteLine("a"); }), badFileNumber);
-  EXPECT_EQ(SwallowedNumber([&] { writer.WriteMade(1, [](char* out) { return out; }); }), badFileNumber);
+  EXPECT_EQ(SwallowedNumber([&] { writer.WriteMade([](char* out) { return out; }); }), badFileNumber);
   EXPECT_EQ(SwallowedNumber([&] { writer.Write(std::string(100'000, 'x')); }), badFileNumber);
 }
 
