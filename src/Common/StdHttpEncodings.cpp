@@ -9,6 +9,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/Base64Blocks.h"
+#include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 
 namespace vorlent {
@@ -58,15 +59,11 @@ constexpr auto kSecond = MakeShifted(12);
 constexpr auto kThird = MakeShifted(6);
 constexpr auto kFourth = MakeShifted(0);
 
-constexpr unsigned char Code(char c) {
-  return static_cast<unsigned char>(c);
-}
-
 // A group with members that have no value, which count as -1: each byte comes if the second of the two values
 // that it is made of is there.
 char* DecodeOddGroup(std::string_view group, char* out) {
   const auto value = [&](std::size_t i) {
-    return i < group.size() ? int{kBase64Values[Code(group[i])]} : -1;
+    return i < group.size() ? int{kBase64Values[codepage::Code(group[i])]} : -1;
   };
   const int a = value(0), b = value(1), c = value(2), d = value(3);
   if (b >= 0) *out++ = static_cast<char>((a * 4 + b / 16) & 0xFF);
@@ -80,8 +77,8 @@ char* DecodeGroups(std::string_view s, char* out) {
   std::size_t i = os::DecodeBase64Blocks(s, out);
   out += i / 4 * 3;
   for (; i + 4 <= s.size(); i += 4) {
-    const std::uint32_t group =
-        kFirst[Code(s[i])] | kSecond[Code(s[i + 1])] | kThird[Code(s[i + 2])] | kFourth[Code(s[i + 3])];
+    const std::uint32_t group = kFirst[codepage::Code(s[i])] | kSecond[codepage::Code(s[i + 1])] |
+                                kThird[codepage::Code(s[i + 2])] | kFourth[codepage::Code(s[i + 3])];
     if ((group & kForeign) != 0) {
       out = DecodeOddGroup(s.substr(i, 4), out);
       continue;
@@ -99,8 +96,8 @@ std::size_t RoomToDecode(std::string_view s) {
 }
 
 char HexByte(char high, char low) {
-  const int value = kHexValues[Code(high)] * 16 + kHexValues[Code(low)];
-  if (kHexValues[Code(high)] < 0 || kHexValues[Code(low)] < 0) {
+  const int value = kHexValues[codepage::Code(high)] * 16 + kHexValues[codepage::Code(low)];
+  if (kHexValues[codepage::Code(high)] < 0 || kHexValues[codepage::Code(low)] < 0) {
     throw Failure(ErrorNumber::TypeMismatch, std::string("not hexadecimal: '") + high + low + "'");
   }
   return static_cast<char>(value);
@@ -109,7 +106,7 @@ char HexByte(char high, char low) {
 }  // namespace
 
 int Base64Value(std::string_view character) {
-  return character.empty() ? -1 : kBase64Values[Code(character.front())];
+  return character.empty() ? -1 : kBase64Values[codepage::Code(character.front())];
 }
 
 std::string Base64Decode(std::string_view s) {
@@ -129,7 +126,9 @@ std::string Base64Encode(std::string_view bytes) {
   std::string out;
   out.reserve((bytes.size() + 2) / 3 * 4);
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const auto byte = [&](std::size_t k) { return k < bytes.size() ? std::uint32_t{Code(bytes[k])} : 0U; };
+    const auto byte = [&](std::size_t k) {
+      return k < bytes.size() ? std::uint32_t{codepage::Code(bytes[k])} : 0U;
+    };
     const std::uint32_t group = byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2);
     out += kAlphabet[group >> 18];
     out += kAlphabet[group >> 12 & 63];
@@ -168,9 +167,9 @@ std::string QuotedPrintableEncode(std::string_view s) {
   std::string out;
   out.reserve(s.size());
   for (const char c : s) {
-    if (Code(c) < 32 || c == '=' || c == '_') {
+    if (codepage::Code(c) < 32 || c == '=' || c == '_') {
       out += '=';
-      out += HexPad(Code(c), 2);
+      out += HexPad(codepage::Code(c), 2);
     } else {
       out += c;
     }

@@ -13,10 +13,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr unsigned char Code(char c) {
-  return static_cast<unsigned char>(c);
-}
-
 // The code-page character of a code point. Those up to 255 stand for themselves.
 char CodePageCharacter(std::uint64_t codePoint) {
   if (codePoint <= 0xFF) return static_cast<char>(codePoint);
@@ -60,7 +56,7 @@ std::string Utf8Decode(std::string_view s) {
   std::string out;
   out.reserve(s.size());
   for (std::size_t i = 0; i < s.size();) {
-    const unsigned char lead = Code(s[i]);
+    const unsigned char lead = codepage::Code(s[i]);
     if (lead <= 128) {
       out += s[i++];
       continue;
@@ -72,7 +68,7 @@ std::string Utf8Decode(std::string_view s) {
     std::uint64_t codePoint = lead & (mask - 1);
     // Whatever follows counts as a continuation, the nothing behind the end as well.
     for (std::size_t k = i + 1; k < i + length; ++k) {
-      codePoint = codePoint << 6 | (k < s.size() ? Code(s[k]) & 0x3FU : 0U);
+      codePoint = codePoint << 6 | (k < s.size() ? codepage::Code(s[k]) & 0x3FU : 0U);
     }
     out += CodePageCharacter(codePoint);
     i += length;
@@ -87,11 +83,11 @@ std::string Utf8Encode(std::string_view s) {
   for (const char c : s) {
     if (c == euro) {
       out += "\xE2\x82\xAC";
-    } else if (Code(c) < 0x80) {
+    } else if (codepage::Code(c) < 0x80) {
       out += c;
     } else {
-      out += static_cast<char>(0xC0 | Code(c) >> 6);
-      out += static_cast<char>(0x80 | (Code(c) & 0x3F));
+      out += static_cast<char>(0xC0 | codepage::Code(c) >> 6);
+      out += static_cast<char>(0x80 | (codepage::Code(c) & 0x3F));
     }
   }
   return out;

@@ -12,7 +12,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
 constexpr char kComment = '\'';
 
 // The file in one piece.

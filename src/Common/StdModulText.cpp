@@ -16,17 +16,13 @@ namespace {
 
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
-constexpr unsigned char Code(char c) {
-  return static_cast<unsigned char>(c);
-}
-
 constexpr bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
 // Without the characters of code below `bound` in front.
 std::string_view TrimFront(std::string_view s, unsigned char bound) {
-  while (!s.empty() && Code(s.front()) < bound)
+  while (!s.empty() && codepage::Code(s.front()) < bound)
     s.remove_prefix(1);
   return s;
 }
@@ -169,7 +165,7 @@ std::string Trim(std::string_view s) {
 
 std::string TrimBlank(std::string_view s) {
   s = TrimFront(s, 33);
-  while (!s.empty() && Code(s.back()) < 33)
+  while (!s.empty() && codepage::Code(s.back()) < 33)
     s.remove_suffix(1);
   return std::string(s);
 }
@@ -199,9 +195,9 @@ std::string EscapeValue(std::string_view value, std::string_view extra) {
   std::string escaped = EscapeSeparators(value);
   // One pass for each: a later character of `extra` is also found in what an earlier one has put in.
   for (const char c : extra) {
-    const std::string code = std::to_string(Code(c));
+    const std::string code = std::to_string(codepage::Code(c));
     const std::string replacement =
-        Code(c) < 32 ? std::string(3 - code.size(), '0') + code : std::string(1, c);
+        codepage::Code(c) < 32 ? std::string(3 - code.size(), '0') + code : std::string(1, c);
     ReplaceText(escaped, std::string_view(&c, 1), "\\" + replacement);
   }
   return escaped;
@@ -282,11 +278,11 @@ std::string EncodeFileName(std::string_view s, std::string_view extra) {
   std::string out;
   out.reserve(s.size());
   for (const char c : s) {
-    const bool outsideAscii = Code(c) >= 128 && readable.find(c) == std::string_view::npos;
-    if (Code(c) < 32 || outsideAscii || forbidden.find(c) != std::string_view::npos ||
+    const bool outsideAscii = codepage::Code(c) >= 128 && readable.find(c) == std::string_view::npos;
+    if (codepage::Code(c) < 32 || outsideAscii || forbidden.find(c) != std::string_view::npos ||
         extra.find(c) != std::string_view::npos) {
       out += '%';
-      out += HexPad(Code(c), 2);
+      out += HexPad(codepage::Code(c), 2);
     } else {
       out += c;
     }

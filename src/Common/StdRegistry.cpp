@@ -16,7 +16,7 @@ constexpr std::int32_t kCurrentUser = 1;
 constexpr std::int32_t kLastHive = 6;
 constexpr std::uint32_t kHandleBase = 0x80000000;
 
-constexpr std::uint32_t kBinary = 3;
+constexpr std::uint32_t kBinaryValue = 3;
 constexpr std::uint32_t kNumber = 4;
 constexpr std::uint32_t kSeveralTexts = 7;
 
@@ -41,7 +41,7 @@ std::string AsText(const RegistryValue& value) {
     return std::to_string(ReadInt32(buffer));
   }
   buffer.resize(value.size);
-  if (value.type == kBinary) return buffer;
+  if (value.type == kBinaryValue) return buffer;
   if (!buffer.empty()) buffer.pop_back();
   if (value.type == kSeveralTexts) ReplaceText(buffer, std::string_view("\0", 1), "\r\n");
   return buffer;

@@ -7,12 +7,6 @@
 
 namespace vorlent {
 
-namespace {
-
-constexpr std::string_view kLineEnd = "\r\n";
-
-}  // namespace
-
 TextWriter::TextWriter(std::string_view path, os::File::Mode mode)
     : file_(os::File::Open(path, mode)),
       buffer_(std::make_unique_for_overwrite<char[]>(kCapacity + kMostMade)) {}

@@ -11,6 +11,9 @@
 
 namespace vorlent {
 
+// What ends every line that is written.
+inline constexpr std::string_view kLineEnd = "\r\n";
+
 // Raises the failures of os::File, which name the path; a closed writer raises BadFileNumber. A failure of
 // Close can only be seen by calling it; the destructor writes what is buffered and keeps silent. What a
 // failed write could not bring to the file is given up.

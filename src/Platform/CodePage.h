@@ -15,6 +15,10 @@ namespace vorlent {
 
 namespace codepage {
 
+constexpr unsigned char Code(char c) {
+  return static_cast<unsigned char>(c);
+}
+
 // Code points of the bytes 80 to 9F; all others stand for themselves.
 inline constexpr std::array<char16_t, 32> kUpperControls = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,

@@ -16,6 +16,7 @@
 #include "Platform/Files.h"
 #include "Standalone/ConnectionText.h"
 #include "Standalone/LiftedQuery.h"
+#include "Standalone/Sqlite.h"
 
 namespace vorlent {
 
@@ -23,17 +24,6 @@ namespace {
 
 // Prepared statements that a connection keeps for the next query of the same form.
 constexpr std::size_t kIdleStatements = 8;
-
-struct CloseConnection {
-  void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
-};
-
-struct FinalizeStatement {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-
-using ConnectionHandle = std::unique_ptr<sqlite3, CloseConnection>;
-using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 [[noreturn]] void RaiseClosed() {
   throw Failure(SQLITE_MISUSE, "the database connection is not open");
@@ -55,8 +45,7 @@ std::string ColumnText(sqlite3_stmt* statement, int column) {
 
 class StandaloneDatabase::Connection {
  public:
-  Connection(ConnectionHandle handle, std::string path)
-      : handle_(std::move(handle)), path_(std::move(path)) {}
+  Connection(SqliteHandle handle, std::string path) : handle_(std::move(handle)), path_(std::move(path)) {}
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
@@ -73,21 +62,21 @@ class StandaloneDatabase::Connection {
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(os::NativePath(path).c_str(), &opened,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-    ConnectionHandle handle(opened);
+    SqliteHandle handle(opened);
     if (result == SQLITE_NOMEM) throw std::bad_alloc();
     if (result != SQLITE_OK) return nullptr;
     sqlite3_busy_timeout(opened, timeout);
     return std::make_shared<Connection>(std::move(handle), path);
   }
 
-  StatementHandle Prepare(std::string_view sql) {
+  SqliteStatementHandle Prepare(std::string_view sql) {
     // SQLite itself reads up to a zero character and would pass over what follows.
     if (sql.find('\0') != std::string_view::npos)
       throw Failure(SQLITE_ERROR, "zero character in a statement");
     sqlite3_stmt* prepared = nullptr;
     const char* rest = nullptr;
     Check(sqlite3_prepare_v2(handle_.get(), sql.data(), ToInt32(sql.size()), &prepared, &rest));
-    StatementHandle statement(prepared);
+    SqliteStatementHandle statement(prepared);
     if (statement == nullptr) throw Failure(SQLITE_ERROR, "no statement");
     if (std::any_of(rest, sql.data() + sql.size(),
                     [](char c) { return static_cast<unsigned char>(c) > ' '; })) {
@@ -97,16 +86,16 @@ class StandaloneDatabase::Connection {
   }
 
   // As Prepare, but one that GiveBack kept if there is one.
-  StatementHandle Take(const std::string& sql) {
+  SqliteStatementHandle Take(const std::string& sql) {
     const auto found =
         std::find_if(idle_.begin(), idle_.end(), [&](const auto& idle) { return idle.first == sql; });
     if (found == idle_.end()) return Prepare(sql);
-    StatementHandle statement = std::move(found->second);
+    SqliteStatementHandle statement = std::move(found->second);
     idle_.erase(found);
     return statement;
   }
 
-  void GiveBack(std::string sql, StatementHandle statement) {
+  void GiveBack(std::string sql, SqliteStatementHandle statement) {
     sqlite3_reset(statement.get());
     sqlite3_clear_bindings(statement.get());
     if (idle_.size() == kIdleStatements) idle_.erase(idle_.begin());
@@ -128,9 +117,9 @@ class StandaloneDatabase::Connection {
   }
 
  private:
-  ConnectionHandle handle_;
+  SqliteHandle handle_;
   std::string path_;
-  std::vector<std::pair<std::string, StatementHandle>> idle_;
+  std::vector<std::pair<std::string, SqliteStatementHandle>> idle_;
 };
 
 class StandaloneDatabase::Recordset final : public HostRecordset {
@@ -242,7 +231,7 @@ class StandaloneDatabase::Recordset final : public HostRecordset {
   std::weak_ptr<Connection> connection_;
   std::string sql_;
   bool lifted_;
-  StatementHandle statement_;
+  SqliteStatementHandle statement_;
   std::vector<std::string> columns_;
   Place place_ = Place::BeforeFirst;
   std::size_t row_ = 0;
@@ -267,7 +256,7 @@ HostRecordsetPtr StandaloneDatabase::Query(std::string_view sql, std::int32_t) {
 
 bool StandaloneDatabase::Execute(std::string_view sql) {
   Connection& connection = Opened();
-  const StatementHandle statement = connection.Prepare(sql);
+  const SqliteStatementHandle statement = connection.Prepare(sql);
   while (connection.Step(statement.get())) {
   }
   return true;

@@ -29,7 +29,11 @@ ErrorNumber NumberOf(int result) {
 
 }  // namespace
 
-void SqliteStatement::Finalize::operator()(sqlite3_stmt* statement) const {
+void CloseSqlite::operator()(sqlite3* connection) const {
+  sqlite3_close_v2(connection);
+}
+
+void FinalizeSqlite::operator()(sqlite3_stmt* statement) const {
   sqlite3_finalize(statement);
 }
 
@@ -82,10 +86,6 @@ std::string_view SqliteStatement::Text(int column) const {
 
 void SqliteStatement::Check(int result) const {
   if (result != SQLITE_OK) database_->RaiseFailure(result);
-}
-
-void SqliteDatabase::Close::operator()(sqlite3* handle) const {
-  sqlite3_close_v2(handle);
 }
 
 SqliteDatabase::SqliteDatabase(std::string_view path, int timeout) : path_(path) {

@@ -15,6 +15,15 @@ struct sqlite3_stmt;
 
 namespace vorlent {
 
+struct CloseSqlite {
+  void operator()(sqlite3* connection) const;
+};
+struct FinalizeSqlite {
+  void operator()(sqlite3_stmt* statement) const;
+};
+using SqliteHandle = std::unique_ptr<sqlite3, CloseSqlite>;
+using SqliteStatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeSqlite>;
+
 class SqliteDatabase;
 
 // A prepared statement, to be run any number of times. It may not outlive its database.
@@ -39,14 +48,10 @@ class SqliteStatement {
   std::string_view Text(int column) const;
 
  private:
-  struct Finalize {
-    void operator()(sqlite3_stmt* statement) const;
-  };
-
   void Check(int result) const;
 
   SqliteDatabase* database_ = nullptr;
-  std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+  SqliteStatementHandle statement_;
 };
 
 class SqliteDatabase {
@@ -68,12 +73,8 @@ class SqliteDatabase {
   sqlite3* Handle() const { return handle_.get(); }
 
  private:
-  struct Close {
-    void operator()(sqlite3* handle) const;
-  };
-
   std::string path_;
-  std::unique_ptr<sqlite3, Close> handle_;
+  SqliteHandle handle_;
 };
 
 // A transaction from its making to Commit; without that it is rolled back. Within another it is a part that

@@ -231,7 +231,7 @@ TEST(KeyedList, TakesItsOwnKeysAsArguments) {
 // --- Against a slow obvious model ---
 
 // A row of entries that is searched from the front each time.
-class Model {
+class ListModel {
  public:
   struct Entry {
     int value;
@@ -359,7 +359,7 @@ class Pair {
 
   std::mt19937 random_;
   KeyedList<int> list_;
-  Model model_;
+  ListModel model_;
   int lastValue_ = 0;
 };
 

@@ -7,19 +7,13 @@
 #include "Common/StdHttp.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Support/AllBytes.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
 namespace {
 
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-std::string AllBytes() {
-  std::string all;
-  for (int code = 0; code < 256; ++code)
-    all += static_cast<char>(code);
-  return all;
-}
 
 // The rule as it is told: groups of four, values of -1, each byte made of two neighbours.
 std::string DecodeByTheRule(std::string_view s) {

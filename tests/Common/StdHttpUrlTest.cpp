@@ -5,16 +5,10 @@
 #include "Common/StdHttp.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Support/AllBytes.h"
 
 namespace vorlent {
 namespace {
-
-std::string AllBytes() {
-  std::string all;
-  for (int code = 0; code < 256; ++code)
-    all += static_cast<char>(code);
-  return all;
-}
 
 TEST(UrlEncode, EncodesUnsafeCharacters) {
   EXPECT_EQ(UrlEncode("a b"), "a%20b");

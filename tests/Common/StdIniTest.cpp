@@ -5,12 +5,12 @@
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Support/ErrorNumbers.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
 namespace {
 
-constexpr int kSubscriptOutOfRange = 9;
 constexpr std::int32_t kMaxSections = 200;
 
 StdIni Parsed(std::string_view text) {

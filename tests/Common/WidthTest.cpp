@@ -3,19 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <string>
 
+#include "Support/ErrorNumbers.h"
+
 namespace vorlent {
 namespace {
-
-constexpr int kOverflow = 6;
-constexpr int kTypeMismatch = 13;
-
-int NumberOfFailure(const std::function<void()>& step) {
-  return SwallowedNumber(step);
-}
 
 TEST(ToInt16, KeepsWhatFits) {
   EXPECT_EQ(ToInt16(0), 0);
@@ -26,11 +20,11 @@ TEST(ToInt16, KeepsWhatFits) {
 }
 
 TEST(ToInt16, OverflowsOutOfRange) {
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(32768); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(-32769); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(std::uint16_t{32768}); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(std::numeric_limits<std::size_t>::max()); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(std::numeric_limits<std::int64_t>::min()); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(32768); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(-32769); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(std::uint16_t{32768}); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(std::numeric_limits<std::size_t>::max()); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(std::numeric_limits<std::int64_t>::min()); }), kOverflow);
 }
 
 TEST(ToInt16, RoundsHalvesToTheEvenNumber) {
@@ -45,11 +39,11 @@ TEST(ToInt16, RoundsHalvesToTheEvenNumber) {
 }
 
 TEST(ToInt16, OverflowsForFloatsOutOfRange) {
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(32767.5); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(-32768.6); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(1e300); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(std::numeric_limits<double>::infinity()); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt16(std::numeric_limits<double>::quiet_NaN()); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(32767.5); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(-32768.6); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(1e300); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(std::numeric_limits<double>::infinity()); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt16(std::numeric_limits<double>::quiet_NaN()); }), kOverflow);
 }
 
 TEST(ToInt32, HasTheBoundsOf32Bits) {
@@ -57,20 +51,20 @@ TEST(ToInt32, HasTheBoundsOf32Bits) {
   EXPECT_EQ(ToInt32(std::int64_t{-2147483648}), -2147483647 - 1);
   EXPECT_EQ(ToInt32(2147483647.4), 2147483647);
   EXPECT_EQ(ToInt32(-2147483648.4), -2147483647 - 1);
-  EXPECT_EQ(NumberOfFailure([] { ToInt32(std::int64_t{2147483648}); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt32(std::int64_t{-2147483649}); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt32(2147483647.5); }), kOverflow);
-  EXPECT_EQ(NumberOfFailure([] { ToInt32(-2147483649.0); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt32(std::int64_t{2147483648}); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt32(std::int64_t{-2147483649}); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt32(2147483647.5); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToInt32(-2147483649.0); }), kOverflow);
 }
 
 TEST(ToWidth, TurnsAwayNegativeNumbersWithoutASign) {
-  EXPECT_EQ(NumberOfFailure([] { ToWidth<std::uint8_t>(-1); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToWidth<std::uint8_t>(-1); }), kOverflow);
   EXPECT_EQ(ToWidth<std::uint8_t>(255), 255);
-  EXPECT_EQ(NumberOfFailure([] { ToWidth<std::uint8_t>(256); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToWidth<std::uint8_t>(256); }), kOverflow);
 }
 
 TEST(ToWidth, KnowsThatTheLargest64BitNumberIsNoFloat) {
-  EXPECT_EQ(NumberOfFailure([] { ToWidth<std::int64_t>(9223372036854775808.0); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { ToWidth<std::int64_t>(9223372036854775808.0); }), kOverflow);
   EXPECT_EQ(ToWidth<std::int64_t>(9223372036854774784.0), 9223372036854774784);
   EXPECT_EQ(ToWidth<std::int64_t>(-9223372036854775808.0), std::numeric_limits<std::int64_t>::min());
 }
@@ -90,13 +84,13 @@ TEST(ParseInt32, ReadsAWholeNumber) {
 TEST(ParseInt32, RefusesWhatIsNoNumber) {
   for (const char* text : {"", " ", "abc", "12x", "x12", "1 2", "--1", "+-1", "-+1", "++1", ".", "0x10",
                            "&H10", "nan", "inf", "-inf", "infinity", "1e", "12\n"}) {
-    EXPECT_EQ(NumberOfFailure([&] { ParseInt32(text); }), kTypeMismatch) << "'" << text << "'";
+    EXPECT_EQ(SwallowedNumber([&] { ParseInt32(text); }), kTypeMismatch) << "'" << text << "'";
   }
 }
 
 TEST(ParseInt32, OverflowsOutOfRange) {
   for (const char* text : {"2147483648", "-2147483649", "1e300", "1e999", "99999999999999999999999999"}) {
-    EXPECT_EQ(NumberOfFailure([&] { ParseInt32(text); }), kOverflow) << text;
+    EXPECT_EQ(SwallowedNumber([&] { ParseInt32(text); }), kOverflow) << text;
   }
 }
 

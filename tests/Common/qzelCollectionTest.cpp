@@ -11,13 +11,10 @@
 #include <vector>
 
 #include "Platform/Failure.h"
+#include "Support/ErrorNumbers.h"
 
 namespace vorlent {
 namespace {
-
-constexpr int kOverflow = 6;
-constexpr int kSubscriptOutOfRange = 9;
-constexpr int kTypeMismatch = 13;
 
 std::string Text(const std::any& value) {
   return value.has_value() ? std::any_cast<std::string>(value) : "(empty)";
@@ -378,7 +375,7 @@ TEST(qzelCollectionTest, RemovalBringsAHeadBackToEmpty) {
 // --- Against a model -------------------------------------------------------------------------------------
 
 // What the list is meant to be: a row of entries, each knowing when it was added.
-class Model {
+class CollectionModel {
  public:
   void Add(int value, const std::string& key, std::int32_t before) {
     const auto count = static_cast<std::int32_t>(entries_.size());
@@ -419,7 +416,8 @@ class Model {
   int added_ = 0;
 };
 
-void ExpectSame(const qzelCollection& list, const Model& model, const std::vector<std::string>& keys) {
+void ExpectSame(const qzelCollection& list, const CollectionModel& model,
+                const std::vector<std::string>& keys) {
   ASSERT_EQ(list.Count(), model.Count());
   for (std::int32_t i = 1; i <= model.Count(); ++i) {
     ASSERT_EQ(std::any_cast<int>(list.Item(i)), model.Value(i)) << i;
@@ -441,7 +439,7 @@ TEST_P(qzelCollectionModelTest, LongRunOfCallsLeavesListAndModelTheSame) {
       "",  "a", "A",  "B",  std::string("@\x01", 2),    std::string("\0", 1),
       "7", "0", "ab", "ba", std::string("\x02\x01", 2), "\xFF\xFF\xFF"};
   qzelCollection list;
-  Model model;
+  CollectionModel model;
   for (int step = 0; step < 400; ++step) {
     const std::string& key = keys[static_cast<std::size_t>(upTo(static_cast<int>(keys.size()) - 1))];
     const std::int32_t position = upTo(model.Count() + 2);

@@ -4,13 +4,13 @@
 
 #include <memory>
 
+#include "Support/ErrorNumbers.h"
+
 namespace vorlent {
 namespace {
 
 class First : public Object {};
 class Second : public Object {};
-
-constexpr int kObjectNotSet = static_cast<int>(ErrorNumber::ObjectNotSet);
 
 TEST(ObjectTest, ObjectIsTheSameAsItselfOnly) {
   const First one;

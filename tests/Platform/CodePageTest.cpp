@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "Support/AllBytes.h"
+
 namespace vorlent {
 namespace {
 
@@ -17,13 +19,6 @@ namespace {
 constexpr std::array<int, 32> kPage = {8364, 0,    8218, 402,  8222, 8230, 8224, 8225, 710,  8240, 352,
                                        8249, 338,  0,    381,  0,    0,    8216, 8217, 8220, 8221, 8226,
                                        8211, 8212, 732,  8482, 353,  8250, 339,  0,    382,  376};
-
-std::string AllBytes() {
-  std::string all;
-  for (int code = 0; code < 256; ++code)
-    all += static_cast<char>(code);
-  return all;
-}
 
 TEST(CodePage, MapsBytesAndCodePointsBothWays) {
   for (int code = 0; code < 256; ++code) {

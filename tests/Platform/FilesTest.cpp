@@ -15,6 +15,7 @@
 #include "Platform/Posix/PathMapping.h"
 #include "Platform/Posix/System.h"
 #include "Support/AsOrdinaryUser.h"
+#include "Support/ErrorNumbers.h"
 #include "Support/PrintDateTime.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/ScopedSizeLimit.h"
@@ -42,13 +43,6 @@ std::string TextOf(const std::function<void()>& step) {
     return failure.what();
   }
 }
-
-constexpr int kFileNotFound = 53;
-constexpr int kDeviceIo = 57;
-constexpr int kFileExists = 58;
-constexpr int kDiskFull = 61;
-constexpr int kPathAccess = 75;
-constexpr int kPathNotFound = 76;
 
 constexpr File::Mode kAllModes[] = {File::Mode::Read, File::Mode::ReadWrite, File::Mode::Create,
                                     File::Mode::Append};

@@ -8,18 +8,13 @@
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Standalone/HostActions.h"
+#include "Standalone/ItemOf.h"
 
 namespace vorlent {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::StartsWith;
-
-StandaloneItemPtr ItemOf(std::string_view record) {
-  auto item = std::make_shared<StandaloneItem>();
-  item->ImportRecord(record);
-  return item;
-}
 
 TEST(StandaloneItemTest, IsBornWithAnIDOfItsOwn) {
   const StandaloneItem a, b;

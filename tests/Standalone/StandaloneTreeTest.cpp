@@ -4,16 +4,11 @@
 
 #include <chrono>
 
+#include "Standalone/ItemOf.h"
 #include "Standalone/StandaloneItem.h"
 
 namespace vorlent {
 namespace {
-
-ItemPtr ItemOf(std::string_view record) {
-  auto item = std::make_shared<StandaloneItem>();
-  item->ImportRecord(record);
-  return item;
-}
 
 // The tree as indented lines of node texts, each with the IDs of its items behind it.
 std::string Drawn(const Tree& node, int depth = 0) {

@@ -15,8 +15,8 @@ namespace vorlent::wizard {
 namespace {
 
 // A size to begin with in which most mailboxes are seen with their whole path, in twips.
-constexpr int kStartWidth = 10200;
-constexpr int kStartHeight = 5100;
+constexpr int kProgressWidth = 10200;
+constexpr int kProgressHeight = 5100;
 
 constexpr int kBarSteps = 10'000;
 constexpr qint64 kShowPause = 100;  // milliseconds between two changes of the numbers
@@ -69,7 +69,7 @@ ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
   layout->addWidget(bar_);
   layout->addWidget(log_, 1);
   layout->addLayout(buttons);
-  resize(ToPixels(kStartWidth, *this), ToPixels(kStartHeight, *this));
+  resize(ToPixels(kProgressWidth, *this), ToPixels(kProgressHeight, *this));
   connect(button_, &QPushButton::clicked, this, &ImportProgress::reject);
 }
 

@@ -15,8 +15,8 @@ namespace {
 constexpr auto kFrameLetters = "zwfa";
 
 // A comfortable size to begin with, in twips.
-constexpr int kStartWidth = 10200;
-constexpr int kStartHeight = 6600;
+constexpr int kFrameWidth = 10200;
+constexpr int kFrameHeight = 6600;
 
 constexpr int kMargin = 12;  // pixels
 
@@ -71,7 +71,7 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   layout->addWidget(line);
   layout->addLayout(buttons);
   form_->setMinimumSize(form_->DesignSize());
-  resize(ToPixels(kStartWidth, *this), ToPixels(kStartHeight, *this));
+  resize(ToPixels(kFrameWidth, *this), ToPixels(kFrameHeight, *this));
 
   back_->setObjectName("Back");
   next_->setObjectName("Next");

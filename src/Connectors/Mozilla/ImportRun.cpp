@@ -16,7 +16,7 @@ namespace vorlent {
 namespace {
 
 // It outlives the run, whose object is gone by the time someone asks.
-MailAccount account;
+MailAccount lastAccount;
 
 // The host's pane of structures, if the user has it open, else the one that shows them instead.
 std::int32_t TreePane(HostMainWindow& window) {
@@ -36,11 +36,11 @@ ImportRun::ImportRun(std::string_view cmd) : host_(HostObjects::Current().Global
 }
 
 const MailAccount& ImportRun::LastAccount() {
-  return account;
+  return lastAccount;
 }
 
 void ImportRun::Run() {
-  account = MailAccount();
+  lastAccount = MailAccount();
   if (!FindTarget()) return;
   Open();
   for (std::int32_t position = 1; position <= ToInt32(command_.mailboxes.size()); ++position) {
@@ -102,8 +102,8 @@ std::string ImportRun::KeywordsOf(const std::string& mailbox) const {
 }
 
 void ImportRun::ImportMails() {
-  while (account.Guard(mail_, [&] { return ImportNextMail(); })) {
-    account.CountDelivered(mail_);
+  while (lastAccount.Guard(mail_, [&] { return ImportNextMail(); })) {
+    lastAccount.CountDelivered(mail_);
     for (int i = 0; i < 100; ++i)
       Platform::Current().Yield();
     if (host_.Cancelled()) return;
@@ -113,7 +113,7 @@ void ImportRun::ImportMails() {
 bool ImportRun::ImportNextMail() {
   const std::int32_t expungedBefore = mail_.ExpungedCount();
   const bool found = mail_.ReadHeader(true, true);
-  account.expunged += mail_.ExpungedCount() - expungedBefore;
+  lastAccount.expunged += mail_.ExpungedCount() - expungedBefore;
   if (found) ImportMail();
   return found;
 }
@@ -138,7 +138,7 @@ void ImportRun::ImportMail() {
 void ImportRun::NoteForDeletion() {
   if (!mail_.WriteFailure().empty()) return;
   if (mail_.HidesOffset()) {
-    account.NoteHidden(mail_);
+    lastAccount.NoteHidden(mail_);
   } else {
     deleteList_.Add(mail_.GetHeader("Address"));
   }
@@ -158,7 +158,7 @@ void ImportRun::TakeFiles(Item& item) {
 // Only once the stream is closed: the deletion opens the mailbox for itself.
 void ImportRun::DeleteImportedMails() {
   for (const std::string& offset : deleteList_)
-    account.Delete(mail_, ToInt32(ReadNumber(offset)));
+    lastAccount.Delete(mail_, ToInt32(ReadNumber(offset)));
 }
 
 void ImportRun::ReportMailbox() {

@@ -11,8 +11,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kScheme = "firefox://";
-
 void ShowConnectFailure(const std::string& detail) {
   Platform::Current().ShowMessage("Cannot connect FireFox Bookmarks (please close FireFox)" + detail,
                                   "FireFox", MessageIcon::Critical, MessageButtons::Ok);

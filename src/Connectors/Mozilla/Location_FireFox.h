@@ -28,6 +28,8 @@ namespace vorlent {
 // that form a cycle and widths that overflow raise.
 class Location_FireFox final : public LocationFrame<BookmarkConnector> {
  public:
+  static constexpr std::string_view kScheme = "firefox://";
+
   // A failed read doesn't keep the file from being written.
   void Reload() override;
   std::string GetFile(const ItemPtr&, std::string_view) override { return {}; }

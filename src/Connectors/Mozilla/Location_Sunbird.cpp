@@ -11,7 +11,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kProgId = "VorlentMozilla.Location_Sunbird";
 constexpr std::string_view kSunbird = "sunbird://";
 constexpr std::string_view kLightning = "lightning://";
 

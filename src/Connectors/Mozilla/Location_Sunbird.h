@@ -16,6 +16,8 @@ namespace vorlent {
 // statement and without a transaction. Every connection and every changing statement is logged.
 class Location_Sunbird final : public LocationFrame<CalendarConnector> {
  public:
+  static constexpr std::string_view kProgId = "VorlentMozilla.Location_Sunbird";
+
   LocationState Einlesen() override;
 
   // Swallows every failure step by step. What can't be written is logged and gone; the item keeps its change.

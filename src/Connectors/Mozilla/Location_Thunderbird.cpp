@@ -5,12 +5,6 @@
 
 namespace vorlent {
 
-namespace {
-
-constexpr std::string_view kProgId = "VorlentMozilla.Location_Thunderbird";
-
-}  // namespace
-
 Location_Thunderbird::~Location_Thunderbird() {
   if (!tempFolder_.empty()) DeleteFolder(tempFolder_, true, true);
 }

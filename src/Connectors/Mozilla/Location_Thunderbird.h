@@ -22,6 +22,9 @@ namespace vorlent {
 // mail reader rises from every member but ExecuteAction and those that swallow in the frame.
 class Location_Thunderbird final : public LocationFrame<MailConnector> {
  public:
+  static constexpr std::string_view kProgId = "VorlentMozilla.Location_Thunderbird";
+  static constexpr std::string_view kScheme = "thunderbird://";
+
   // Removes the temporary folder with all that it holds.
   ~Location_Thunderbird() override;
 

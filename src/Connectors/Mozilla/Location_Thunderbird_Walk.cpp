@@ -4,18 +4,16 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 
 namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kScheme = "thunderbird://";
 constexpr std::string_view kAppFolder = "Thunderbird";
 constexpr std::string_view kBrowseMark = "/*";
 constexpr std::string_view kNoSubfoldersMark = "/-";
-constexpr std::string_view kDisks = ".";
-constexpr std::string_view kSubfolders = ".sbd";
 
 // Cuts the mark that keeps subfolders out, and tells whether they are wanted.
 bool CutSubfolderMark(std::string& path) {
@@ -26,7 +24,7 @@ bool CutSubfolderMark(std::string& path) {
 
 // A file is a mailbox if its summary lies beside it.
 bool IsMailbox(const std::string& path) {
-  return FileExists(path + ".msf");
+  return FileExists(path + std::string(kSummary));
 }
 
 std::string WithoutSubfolderSuffix(std::string_view name) {
@@ -189,9 +187,9 @@ void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tr
     const std::string path = folder.dir + name;
     const std::string keywords = folder.keywords + "," + name;
     if (IsMailbox(path)) ReadMailbox({path, folder.location + name, keywords}, visit);
-    if (FolderExists(path + ".sbd")) {
+    if (FolderExists(path + std::string(kSubfolders))) {
       const TreePtr child = tree->AddChild(name, name);
-      ReadMailFolder({path + ".sbd\\", name + "/", keywords}, child, visit);
+      ReadMailFolder({path + std::string(kSubfolderStep), name + "/", keywords}, child, visit);
     }
   }
 }

@@ -4,6 +4,7 @@
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
@@ -14,7 +15,6 @@ namespace {
 
 constexpr std::string_view kSeparator = "From - ";
 constexpr std::string_view kAttachmentKey = "FileAttach";
-constexpr std::string_view kSubfolderStep = ".sbd\\";
 
 // Base64 lines of 72 characters.
 constexpr std::size_t kBase64Chunk = std::size_t{72} / 4 * 3;

@@ -11,6 +11,11 @@
 
 namespace vorlent {
 
+inline constexpr std::string_view kSummary = ".msf";
+inline constexpr std::string_view kSubfolders = ".sbd";
+// From a mailbox into the folder of its subfolders.
+inline constexpr std::string_view kSubfolderStep = ".sbd\\";
+
 // Whether a name ends so, without regard to letter case.
 inline bool HasEnding(std::string_view name, std::string_view ending) {
   return name.size() >= ending.size() && EqualNoCase(name.substr(name.size() - ending.size()), ending);

@@ -11,12 +11,6 @@
 
 namespace vorlent {
 
-namespace {
-
-constexpr std::string_view kLineEnd = "\r\n";
-
-}  // namespace
-
 // --- Text to be read again
 
 void StdMail::PendingText::Clear() {

@@ -6,6 +6,7 @@
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
 #include "Common/StdTask.h"
+#include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Platform/CodePage.h"
@@ -83,7 +84,7 @@ bool StdMail::DeleteMail(std::int32_t offset) {
   bool isMarked = false;
   Swallow([&] { isMarked = MarkMail(mailbox); });
   Swallow([&] { mailbox.Close(); });
-  KillFile(mailboxFile_ + ".msf");
+  KillFile(mailboxFile_ + std::string(kSummary));
   return isMarked;
 }
 

@@ -15,12 +15,6 @@
 
 namespace vorlent {
 
-namespace {
-
-constexpr std::string_view kLineEnd = "\r\n";
-
-}  // namespace
-
 // Reads one mail. Failures are treated by phase: finding a mail guards its reads, the header block guards
 // nothing but the storing of headers, and from the body on every step is guarded by itself.
 class StdMail::HeaderReader {

@@ -14,8 +14,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
-
 // What to write, where it is no part number.
 constexpr std::int16_t kCollectBody = -1;
 constexpr std::int16_t kWholeMail = -2;  // but for the contents of attachments

@@ -16,13 +16,8 @@ namespace vorlent {
 namespace {
 
 constexpr std::string_view kAll = "*";
-constexpr std::string_view kDisks = ".";
 // Stands in the address of everything on the disks.
 constexpr std::string_view kDisksMark = "://./";
-
-constexpr std::string_view kSummary = ".msf";
-constexpr std::string_view kSubfolders = ".sbd";
-constexpr std::string_view kSubfolderStep = ".sbd\\";
 
 struct Profile {
   std::string name;

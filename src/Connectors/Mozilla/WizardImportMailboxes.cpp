@@ -41,27 +41,26 @@ std::string WizardImport::GetAllMailFolders() {
 void WizardImport::AddMailbox(const std::string& path) {
   const bool isFolder = path.ends_with('\\');
   if (!isFolder) AddMailboxRow(path);
-  if (check1_.IsTicked()) AddFolderMailboxes(isFolder ? path : path + ".sbd\\");
+  if (check1_.IsTicked()) AddFolderMailboxes(isFolder ? path : path + std::string(kSubfolderStep));
 }
 
 void WizardImport::AddMailboxRow(const std::string& path) {
   mailboxes_.AddRow(path, "file", 0, false, Sheet::kAppend, "", CheckState::Ticked);
 }
 
-// A mail file shows itself by its index file or its name.
+// A mail file shows itself by its summary file or its name.
 void WizardImport::AddFolderMailboxes(const std::string& folder) {
-  constexpr std::string_view kIndex = ".msf";
   KeyedList<std::string> files;
   KeyedList<std::string> folders;
   ListFolder(folder, &files, &folders, "*.*");
 
-  const SiblingNames indexes(files, kIndex);
+  const SiblingNames summaries(files, kSummary);
   for (const std::string& name : files) {
-    if (HasEnding(name, kIndex)) continue;
-    if (HasEnding(name, ".mbox") || indexes.StandBeside(name)) AddMailboxRow(folder + name);
+    if (HasEnding(name, kSummary)) continue;
+    if (HasEnding(name, ".mbox") || summaries.StandBeside(name)) AddMailboxRow(folder + name);
   }
   for (const std::string& name : folders) {
-    if (HasEnding(name, ".sbd")) AddFolderMailboxes(folder + name + "\\");
+    if (HasEnding(name, kSubfolders)) AddFolderMailboxes(folder + name + "\\");
   }
 }
 

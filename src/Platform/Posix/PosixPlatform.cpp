@@ -15,7 +15,7 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::uint32_t kCurrentUser = 0x80000001;
+constexpr std::uint32_t kCurrentUserHive = 0x80000001;
 constexpr std::string_view kShellFolders =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 constexpr int kFixedDisk = 3;
@@ -104,7 +104,7 @@ int PosixPlatform::DriveType(std::string_view root) {
 std::optional<RegistryValue> PosixPlatform::QueryRegistry(std::uint32_t hive, std::string_view key,
                                                           std::string_view value) {
   const bool isAppData =
-      hive == kCurrentUser && EqualNoCase(key, kShellFolders) && EqualNoCase(value, "AppData");
+      hive == kCurrentUserHive && EqualNoCase(key, kShellFolders) && EqualNoCase(value, "AppData");
   const std::string path = isAppData ? os::AppDataPath() : "";
   if (path.empty()) return std::nullopt;
   RegistryValue found;

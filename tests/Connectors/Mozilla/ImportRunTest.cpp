@@ -7,6 +7,7 @@
 
 #include "Connectors/Mozilla/Actions.h"
 #include "Platform/Files.h"
+#include "Support/Lines.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/TemporaryFolder.h"
@@ -18,13 +19,6 @@ using test::RecordingHost;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-
-using Lines = std::vector<std::string>;
-
-Lines operator+(Lines a, const Lines& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
 
 // A mail of exactly `size` bytes.
 std::string Mail(const std::string& subject, std::size_t size = 250, const std::string& status = "0001") {

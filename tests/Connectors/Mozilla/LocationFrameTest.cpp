@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Support/ErrorNumbers.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 
@@ -77,8 +78,6 @@ class PlainBookmarks final : public LocationFrame<BookmarkConnector> {
   bool Withdraw(const ItemPtr&) override { return true; }
 };
 
-constexpr int kObjectNotSet = static_cast<int>(ErrorNumber::ObjectNotSet);
-constexpr int kNoSuchMember = static_cast<int>(ErrorNumber::NoSuchMember);
 constexpr int kHostFailure = static_cast<int>(ErrorNumber::Host);
 
 class LocationFrameTest : public testing::Test {

@@ -5,15 +5,13 @@
 
 #include "Common/StdModul.h"
 #include "SunbirdTest.h"
+#include "Support/ErrorNumbers.h"
 #include "Support/SourceTree.h"
 
 namespace vorlent {
 namespace {
 
 using testing::ElementsAre;
-
-constexpr int kOverflow = 6;
-constexpr int kTypeMismatch = 13;
 
 constexpr const char* kEvents =
     "SELECT time_created/1000000 As created, last_modified/1000000 As modified, title, "

@@ -13,7 +13,7 @@ using testing::Not;
 using Calls = std::vector<std::string>;
 
 // A mailbox as the expected calls see it.
-struct Box {
+struct ExpectedBox {
   std::string file;
   std::vector<std::string> ids;  // of its mails of MailOf
 };
@@ -25,7 +25,7 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
     NoThunderbirdCheck() = false;
   }
 
-  Box AddBox(const std::string& name, const std::vector<std::string>& ids) {
+  ExpectedBox AddBox(const std::string& name, const std::vector<std::string>& ids) {
     std::string text;
     for (const std::string& id : ids)
       text += MailOf(id);
@@ -58,7 +58,7 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
            Calls{"Global.SetProgressVisible(true)"};
   }
 
-  Calls OpenCalls(const Box& box) const {
+  Calls OpenCalls(const ExpectedBox& box) const {
     return Logged({Report(29, "  " + box.file),
                    Report(33, "Import Thunderbird " + location->Address + ": " + box.file)});
   }
@@ -69,14 +69,14 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
   }
 
   // The calls of a whole run in no time.
-  Calls RunCalls(const std::vector<Box>& boxes) const {
+  Calls RunCalls(const std::vector<ExpectedBox>& boxes) const {
     double total = 0;
-    for (const Box& box : boxes)
+    for (const ExpectedBox& box : boxes)
       total += Size(box);
     Calls calls = InitCalls();
     double done = 0;
     int delivered = 0;
-    for (const Box& box : boxes) {
+    for (const ExpectedBox& box : boxes) {
       calls = calls + OpenCalls(box);
       double offset = 0;
       for (const std::string& id : box.ids) {
@@ -94,7 +94,7 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
     return calls + EndCalls(delivered);
   }
 
-  static double Size(const Box& box) { return static_cast<double>(ReadBytes(box.file).size()); }
+  static double Size(const ExpectedBox& box) { return static_cast<double>(ReadBytes(box.file).size()); }
 
   Calls LogLines() {
     Calls lines;
@@ -108,7 +108,7 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
 // --- Whole runs
 
 TEST_F(LocationThunderbirdPumpTest, OneMailboxIsStreamedMailByMail) {
-  const Box box = AddBox("Inbox", {"1", "2"});
+  const ExpectedBox box = AddBox("Inbox", {"1", "2"});
   Prepare("thunderbird://p/a/Inbox/-");
   const Calls records = Stream();
   EXPECT_EQ(host.Log.Lines(), RunCalls({box}));
@@ -124,7 +124,7 @@ TEST_F(LocationThunderbirdPumpTest, OneMailboxIsStreamedMailByMail) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, MailboxesAreStreamedOneBehindTheOther) {
-  const std::vector<Box> boxes = {AddBox("A", {"1", "2", "3"}), AddBox("B", {}), AddBox("C", {"4"})};
+  const std::vector<ExpectedBox> boxes = {AddBox("A", {"1", "2", "3"}), AddBox("B", {}), AddBox("C", {"4"})};
   Prepare("thunderbird://p/a");
   EXPECT_EQ(Stream().size(), 4U);
   EXPECT_EQ(host.Log.Lines(), RunCalls(boxes));
@@ -137,7 +137,7 @@ TEST_F(LocationThunderbirdPumpTest, WithoutMailboxesTheRunEndsAtOnce) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, EmptyMailboxesReportNoPercentage) {
-  const Box box = AddBox("Inbox", {});
+  const ExpectedBox box = AddBox("Inbox", {});
   Prepare("thunderbird://p/a");
   EXPECT_THAT(Stream(), IsEmpty());
   EXPECT_EQ(host.Log.Lines(),
@@ -145,7 +145,7 @@ TEST_F(LocationThunderbirdPumpTest, EmptyMailboxesReportNoPercentage) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, MailThatCameBehindTheCountOfBytesReportsNoPercentage) {
-  const Box box = AddBox("Inbox", {});
+  const ExpectedBox box = AddBox("Inbox", {});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   host.Log.Clear();
@@ -167,7 +167,7 @@ TEST_F(LocationThunderbirdPumpTest, SwitchOfTheLogIsBroughtBack) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, RunCanBeRepeated) {
-  const Box box = AddBox("Inbox", {"1"});
+  const ExpectedBox box = AddBox("Inbox", {"1"});
   Prepare("thunderbird://p/a");
   Stream();
   host.Log.Clear();
@@ -246,8 +246,8 @@ TEST_F(LocationThunderbirdPumpTest, TimeOfAMailboxIsRoundedAndGivesTheRate) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, EachMailboxHasItsOwnTimeAndCount) {
-  const Box a = AddBox("A", {"1", "2", "3"});
-  const Box b = AddBox("B", {"4"});
+  const ExpectedBox a = AddBox("A", {"1", "2", "3"});
+  const ExpectedBox b = AddBox("B", {"4"});
   Prepare("thunderbird://p/a");
   platform->onYield = [&] { platform->AdvanceClock(10); };
   Stream();
@@ -259,7 +259,7 @@ TEST_F(LocationThunderbirdPumpTest, EachMailboxHasItsOwnTimeAndCount) {
 // --- Cancelling
 
 TEST_F(LocationThunderbirdPumpTest, CancelledRunStillDeliversTheMailAtHandAndThenEnds) {
-  const Box first = AddBox("A", {"1", "2", "3"});
+  const ExpectedBox first = AddBox("A", {"1", "2", "3"});
   AddBox("B", {"4"});
   // In the first mail, in the middle, and in the last mail of the first mailbox.
   for (int at = 1; at <= 3; ++at) {
@@ -278,7 +278,7 @@ TEST_F(LocationThunderbirdPumpTest, CancelledRunStillDeliversTheMailAtHandAndThe
 }
 
 TEST_F(LocationThunderbirdPumpTest, CancelledRunDeletesNothingOfTheMailboxAtHand) {
-  const Box box = AddBox("A", {"1", "2"});
+  const ExpectedBox box = AddBox("A", {"1", "2"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   Next();
@@ -292,8 +292,8 @@ TEST_F(LocationThunderbirdPumpTest, CancelledRunDeletesNothingOfTheMailboxAtHand
 }
 
 TEST_F(LocationThunderbirdPumpTest, CancelAtTheEndOfAMailboxEndsTheRunBehindIt) {
-  const Box first = AddBox("A", {"1"});
-  const Box second = AddBox("B", {"2"});
+  const ExpectedBox first = AddBox("A", {"1"});
+  const ExpectedBox second = AddBox("B", {"2"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   Next();
@@ -318,7 +318,7 @@ TEST_F(LocationThunderbirdPumpTest, EndedRunEndsAgainWithoutHarm) {
 
 TEST_F(LocationThunderbirdPumpTest, RunCancelledBetweenTwoMailboxesGoesOnWithANewOneOnly) {
   AddBox("A", {"1"});
-  const Box second = AddBox("B", {"2"});
+  const ExpectedBox second = AddBox("B", {"2"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   Next();
@@ -338,8 +338,8 @@ TEST_F(LocationThunderbirdPumpTest, RunCancelledBetweenTwoMailboxesGoesOnWithANe
 // --- Marking mails
 
 TEST_F(LocationThunderbirdPumpTest, MarkedMailsGoAtTheEndOfTheirMailbox) {
-  const Box first = AddBox("A", {"1", "2", "3"});
-  const Box second = AddBox("B", {"4"});
+  const ExpectedBox first = AddBox("A", {"1", "2", "3"});
+  const ExpectedBox second = AddBox("B", {"4"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   for (const std::string id : {"1", "2", "3"}) {
@@ -362,7 +362,7 @@ TEST_F(LocationThunderbirdPumpTest, MarkedMailsGoAtTheEndOfTheirMailbox) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, MarkBehindTheLastMailOfARunStillDeletesIt) {
-  const Box box = AddBox("A", {"1"});
+  const ExpectedBox box = AddBox("A", {"1"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   Next();
@@ -373,8 +373,8 @@ TEST_F(LocationThunderbirdPumpTest, MarkBehindTheLastMailOfARunStillDeletesIt) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, MarksOfAnEarlierMailboxAreForgotten) {
-  const Box first = AddBox("A", {"1"});
-  const Box second = AddBox("B", {"2"});
+  const ExpectedBox first = AddBox("A", {"1"});
+  const ExpectedBox second = AddBox("B", {"2"});
   Prepare("thunderbird://p/a");
   // A mark before the first mail, and one behind the end, belong to no mailbox.
   connector->SourceDelete();
@@ -418,7 +418,7 @@ TEST_F(LocationThunderbirdPumpTest, MarkedMailsThatStayAreAccountedFor) {
 }
 
 TEST_F(LocationThunderbirdPumpTest, MailboxThatBecameShorterMeanwhileKeepsItsMails) {
-  const Box box = AddBox("A", {"1", "2"});
+  const ExpectedBox box = AddBox("A", {"1", "2"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   while (Next() != "end" && connector->Account().Found() < 2)
@@ -481,7 +481,7 @@ TEST_F(LocationThunderbirdPumpTest, MailThatRaisesIsCountedWithItsReason) {
 
 TEST_F(LocationThunderbirdPumpTest, MissingMailboxFailsBeforeAnythingIsDelivered) {
   AddBox("A", {"1"});
-  const Box missing = AddBox("B", {});
+  const ExpectedBox missing = AddBox("B", {});
   Prepare("thunderbird://p/a");
   std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/B"));
   connector->SourceInit(nullptr, false);

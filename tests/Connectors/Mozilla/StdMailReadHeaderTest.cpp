@@ -4,14 +4,13 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/MimeTree.h"
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Support/ErrorNumbers.h"
 
 namespace vorlent {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr int kTypeMismatch = static_cast<int>(ErrorNumber::TypeMismatch);
 
 class StdMailReadHeaderTest : public StdMailTest {
  protected:

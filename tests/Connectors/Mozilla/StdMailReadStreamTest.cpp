@@ -2,15 +2,13 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/MimeTree.h"
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Support/ErrorNumbers.h"
 
 namespace vorlent {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr int kTypeMismatch = static_cast<int>(ErrorNumber::TypeMismatch);
-constexpr int kOverflow = static_cast<int>(ErrorNumber::Overflow);
 
 // In front of most mails here: without a status line the empty line behind the headers would be lost.
 constexpr std::string_view kFront = "From - x\nX-Mozilla-Status: 0001\n";

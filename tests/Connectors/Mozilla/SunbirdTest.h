@@ -13,6 +13,7 @@
 #include "Connectors/Mozilla/Location_Sunbird.h"
 #include "Standalone/HostDatabase.h"
 #include "Support/ForeignLock.h"
+#include "Support/Lines.h"
 #include "Support/RecordingDatabase.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
@@ -41,13 +42,6 @@ class StorageFile : public SqliteFile {
 };
 
 // Lists of call lines, put together in order.
-using Lines = std::vector<std::string>;
-
-inline Lines operator+(Lines a, const Lines& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
-
 class SunbirdTest : public testing::Test {
  protected:
   SunbirdTest() {

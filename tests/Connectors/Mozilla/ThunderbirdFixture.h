@@ -11,6 +11,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Connectors/Mozilla/ThunderbirdTree.h"
+#include "Support/Lines.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 
@@ -106,10 +107,5 @@ class ThunderbirdFixture : public testing::Test {
   std::shared_ptr<test::RecordingLocation> location;
   std::shared_ptr<Location_Thunderbird> connector;
 };
-
-inline std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
 
 }  // namespace vorlent
