@@ -18,7 +18,8 @@ namespace vorlent {
 inline constexpr std::string_view kDisks = ".";
 
 // The profiles of an application: "Thunderbird" or "Mozilla\Sunbird" below the application-data folder. The
-// disks close the list of all. A profile's entry tells the folders of its accounts as its path, joined by "|".
+// disks close the list of all. A profile's entry tells the folders of its accounts as its path, joined by
+// "|".
 KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_view filter,
                                           std::string_view appFolder);
 
