@@ -121,8 +121,9 @@ void SyncFileSystem(std::string_view folder);
 // An existing target raises FileExists, unless it is the source by another case of letters. Across file
 // systems a file is copied, complete before the source goes; a folder raises PathAccess.
 void Rename(std::string_view source, std::string_view target);
-// As Rename, but never copies: false if the two places lie on different file systems.
-bool RenameInPlace(std::string_view source, std::string_view target);
+// As Rename, for a name that the target's folder is known not to hold in another case of letters: that isn't
+// looked for. Never copies: false if the two places lie on different file systems.
+bool RenameToNewName(std::string_view source, std::string_view target);
 // Copies a plain file with its attributes and time of last change. Replaces the target, but not a read-only
 // one or the source itself; a target that could not be written whole is removed.
 void Copy(std::string_view source, std::string_view target);

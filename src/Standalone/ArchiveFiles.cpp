@@ -77,7 +77,7 @@ void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_
   if (move) {
     // The bytes must be safe before their new name is.
     if (!deferred_) os::File::Open(source, os::File::Mode::Read).Sync();
-    if (os::RenameInPlace(source, target)) {
+    if (os::RenameToNewName(source, target)) {
       if (!deferred_) os::SyncFolder(FolderOf(folderNumber));
       return;
     }

@@ -561,6 +561,45 @@ TEST_F(FilesTest, RenameOfWhatIsMissingTellsWhichPath) {
               HasSubstr("\\none\\x: "));
 }
 
+TEST_F(FilesTest, RenameToNewNameFindsTheSourceAndTheFolderInAnyCase) {
+  folder_.Write("Temp/Mail.eml", "abc");
+  folder_.Write("Files/1 other", "def");
+  EXPECT_TRUE(os::RenameToNewName(folder_.Path("Temp\\Mail.eml"), folder_.Path("Files\\1 mail.eml")));
+  EXPECT_EQ(folder_.Read("Files/1 mail.eml"), "abc");
+  EXPECT_TRUE(os::RenameToNewName(folder_.Path("FILES\\1 OTHER"), folder_.Path("TEMP\\2 Other")));
+  EXPECT_EQ(folder_.Read("Temp/2 Other"), "def");
+}
+
+TEST_F(FilesTest, RenameToNewNameNeverReplaces) {
+  folder_.Write("f", "abc");
+  folder_.Write("taken", "def");
+  EXPECT_EQ(NumberOf([&] { os::RenameToNewName(folder_.Path("f"), folder_.Path("taken")); }), kFileExists);
+  EXPECT_EQ(folder_.Read("f"), "abc");
+  EXPECT_EQ(folder_.Read("taken"), "def");
+}
+
+TEST_F(FilesTest, RenameToNewNameOfWhatIsMissingTellsWhichPath) {
+  EXPECT_THAT(TextOf([&] { os::RenameToNewName(folder_.Path("none"), folder_.Path("x")); }),
+              HasSubstr("\\none: "));
+  folder_.Write("f", "");
+  EXPECT_EQ(NumberOf([&] { os::RenameToNewName(folder_.Path("f"), folder_.Path("none\\x")); }),
+            kPathNotFound);
+  EXPECT_THAT(TextOf([&] { os::RenameToNewName(folder_.Path("f"), folder_.Path("none\\x")); }),
+              HasSubstr("\\none\\x: "));
+}
+
+TEST_F(FilesTest, RenameToNewNameLeavesWhatWouldHaveToBeCopied) {
+  struct stat here;
+  struct stat there;
+  ASSERT_EQ(stat(folder_.Native().c_str(), &here), 0);
+  if (stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev) GTEST_SKIP() << "one file system only";
+  folder_.Write("f", "abc");
+  const std::string other = "/dev/shm/vorlent-test-" + std::to_string(getpid());
+  EXPECT_FALSE(os::RenameToNewName(folder_.Path("f"), os::ToWindowsPath(other)));
+  EXPECT_EQ(folder_.Read("f"), "abc");
+  EXPECT_FALSE(fs::exists(other));
+}
+
 TEST_F(FilesTest, RenameReachesAnotherFileSystem) {
   // The memory disk is one where the system has it; elsewhere the same must hold without.
   const std::string name = "vorlent-test-" + std::to_string(getpid());

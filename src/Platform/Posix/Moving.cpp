@@ -55,8 +55,7 @@ void CopyFile(std::string_view source, std::string_view target, Replacing replac
 int RenameToFreeName(const std::string& source, const std::string& target) {
   const int result = renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
   if (result == 0 || (errno != EINVAL && errno != ENOSYS)) return result;
-  struct stat status;
-  if (lstat(target.c_str(), &status) == 0) {
+  if (EntryExists(target)) {
     errno = EEXIST;
     return -1;
   }
@@ -82,22 +81,29 @@ void MoveByCopy(std::string_view source, std::string_view target) {
   }
 }
 
-bool RenameInPlace(std::string_view source, std::string_view target) {
-  const std::string from = ToNativePath(source);
-  const std::string found = ToNativePath(target);
-  struct stat status;
-  Require(lstat(from.c_str(), &status) == 0, source);
-  // Names that differ in case only are one entry to Windows, and yet may be exchanged.
-  const bool isSameEntry = found == from;
-  if (!isSameEntry && lstat(found.c_str(), &status) == 0) RaiseSystemFailure(EEXIST, target);
-  const std::string to = ToNewNativePath(target);
-  if (to == from || RenameToFreeName(from, to) == 0) return true;
-  if (errno != EXDEV) RaiseSystemFailure(errno, target);
-  return false;
+bool RenameToNewName(std::string_view source, std::string_view target) {
+  // Nearly always both are as written, and one question to the system is enough.
+  int result = RenameToFreeName(AsWritten(source), WithoutClosingSlash(AsWritten(target)));
+  if (result != 0 && errno == ENOENT) {
+    const std::string from = ToNativePath(source);
+    Require(EntryExists(from), source);
+    result = RenameToFreeName(from, ToNewNativePath(target));
+  }
+  if (result != 0 && errno != EXDEV) RaiseSystemFailure(errno, target);
+  return result == 0;
 }
 
 void Rename(std::string_view source, std::string_view target) {
-  if (!RenameInPlace(source, target)) MoveByCopy(source, target);
+  const std::string from = ToNativePath(source);
+  const std::string found = ToNativePath(target);
+  Require(EntryExists(from), source);
+  // Names that differ in case only are one entry to Windows, and yet may be exchanged.
+  const bool isSameEntry = found == from;
+  if (!isSameEntry && EntryExists(found)) RaiseSystemFailure(EEXIST, target);
+  const std::string to = ToNewNativePath(target);
+  if (to == from || RenameToFreeName(from, to) == 0) return;
+  if (errno != EXDEV) RaiseSystemFailure(errno, target);
+  MoveByCopy(source, target);
 }
 
 }  // namespace vorlent::os

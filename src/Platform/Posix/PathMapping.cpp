@@ -55,11 +55,6 @@ bool IsSeparator(char c) {
   return c == '\\' || c == '/';
 }
 
-bool EntryExists(const std::string& native) {
-  struct stat status;
-  return lstat(native.c_str(), &status) == 0;
-}
-
 // --- The application-data folder -------------------------------------------------------------------------
 
 constexpr std::string_view kAppDataName = "/AppData";
@@ -276,6 +271,11 @@ void ResetPathMapping() {
 }
 
 // --- Paths -----------------------------------------------------------------------------------------------
+
+bool EntryExists(const std::string& native) {
+  struct stat status;
+  return lstat(native.c_str(), &status) == 0;
+}
 
 std::string AsWritten(std::string_view path) {
   if (path.empty() || path.find('\0') != std::string_view::npos) return "";

@@ -42,6 +42,10 @@ std::string ToNativePath(std::string_view path);
 std::string AsWritten(std::string_view path);
 std::string AsFound(std::string native);
 
+// Whether there is an entry of exactly that native path, be it a link that leads nowhere. If not, errno tells
+// the reason.
+bool EntryExists(const std::string& native);
+
 // As ToNativePath, but the last name stays as written: the native path of an entry that is to be called so.
 std::string ToNewNativePath(std::string_view path);
 
