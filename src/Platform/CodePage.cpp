@@ -1,5 +1,6 @@
 #include "Platform/CodePage.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vorlent {
@@ -61,8 +62,13 @@ std::string ToCodePage(std::string_view text, bool& exact) {
 std::string CodePageToUtf8(std::string_view text) {
   std::string out;
   out.reserve(text.size());
-  for (const char c : text)
-    AppendUtf8(out, codepage::ToCodePoint(static_cast<unsigned char>(c)));
+  const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+  for (auto next = text.begin(); next != text.end();) {
+    const auto stop = std::find_if_not(next, text.end(), isAscii);
+    out.append(next, stop);
+    next = stop;
+    if (next != text.end()) AppendUtf8(out, codepage::ToCodePoint(static_cast<unsigned char>(*next++)));
+  }
   return out;
 }
 
