@@ -6,6 +6,7 @@
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Standalone/FieldLines.h"
 
 namespace vorlent {
 
@@ -13,7 +14,7 @@ namespace {
 
 constexpr int kLockTimeout = 500;
 
-// The fields of a record that have a column of their own; all others are rows of the table of fields.
+// The fields of a record that have a column of their own; all others share one, a line for each.
 struct ItemColumn {
   std::string_view key;
   std::string_view column;
@@ -29,30 +30,49 @@ constexpr std::array<ItemColumn, 7> kItemColumns = {{{"ID", "id"},
 constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS items (number INTEGER PRIMARY KEY AUTOINCREMENT, fingerprint INTEGER NOT "
     "NULL,"
-    " id TEXT NOT NULL, type TEXT, text TEXT, keywords TEXT, date TEXT, owner TEXT, log TEXT);"
+    " id TEXT NOT NULL, type TEXT, text TEXT, keywords TEXT, date TEXT, owner TEXT, log TEXT,"
+    " fields TEXT NOT NULL);"
     "CREATE INDEX IF NOT EXISTS items_by_id ON items (id);"
-    "CREATE TABLE IF NOT EXISTS fields (item INTEGER NOT NULL, position INTEGER NOT NULL, key TEXT NOT NULL,"
-    " value TEXT NOT NULL, PRIMARY KEY (item, position)) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS files (item INTEGER NOT NULL, key TEXT NOT NULL, name TEXT NOT NULL,"
     " missing INTEGER NOT NULL, PRIMARY KEY (item, key)) WITHOUT ROWID;"
     "CREATE INDEX IF NOT EXISTS files_missing ON files (item) WHERE missing;"
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS state (key TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;"
     // Words of what an item shows, and of the text of its mail, which never changes and so isn't kept here.
-    "CREATE VIRTUAL TABLE IF NOT EXISTS search USING fts5 (text, keywords, data, files,"
+    "CREATE VIRTUAL TABLE IF NOT EXISTS search USING fts5 (text, keywords, data, files, columnsize = 0,"
     " tokenize = 'unicode61 remove_diacritics 2');"
-    "CREATE VIRTUAL TABLE IF NOT EXISTS bodies USING fts5 (body, content = '',"
+    "CREATE VIRTUAL TABLE IF NOT EXISTS bodies USING fts5 (body, content = '', columnsize = 0,"
     " tokenize = 'unicode61 remove_diacritics 2');";
+
+// Counts with every change of the schema.
+constexpr std::int64_t kFormat = 2;
+
+std::int64_t NumberFrom(SqliteDatabase& database, std::string_view sql) {
+  SqliteStatement statement(database, sql);
+  statement.Step();
+  return statement.Number(0);
+}
+
+void RefuseOtherFormat(SqliteDatabase& database, std::string_view path) {
+  if (NumberFrom(database, "SELECT count(*) FROM sqlite_schema") == 0) return;
+  if (NumberFrom(database, "PRAGMA user_version") == kFormat) return;
+  throw Failure(ErrorNumber::PathAccess,
+                std::string(path) + ": is no archive, or one of another version of this program");
+}
 
 SqliteDatabase Opened(std::string_view path) {
   SqliteDatabase database(path, kLockTimeout);
+  RefuseOtherFormat(database, path);
   database.Execute(
       "PRAGMA locking_mode = EXCLUSIVE;"
       "PRAGMA journal_mode = WAL;"
       "PRAGMA synchronous = FULL;"
-      "PRAGMA journal_size_limit = 16777216;");
+      "PRAGMA journal_size_limit = 16777216;"
+      "PRAGMA cache_size = -16384;"
+      "PRAGMA wal_autocheckpoint = 4000;");
   SqliteTransaction transaction(database);
   database.Execute(kSchema);
+  database.Execute("PRAGMA user_version = " + std::to_string(kFormat));
   transaction.Commit();
   return database;
 }
@@ -72,44 +92,59 @@ bool HasColumn(std::string_view key) {
   return false;
 }
 
+// All columns of a record, each with that suffix.
 std::string ColumnList(std::string_view suffix) {
   std::string list;
-  for (const ItemColumn& column : kItemColumns) {
-    if (!list.empty()) list += ", ";
-    list.append(column.column).append(suffix);
+  for (const ItemColumn& column : kItemColumns)
+    list.append(column.column).append(suffix) += ", ";
+  return list.append("fields").append(suffix);
+}
+
+// The fields without a column of their own, of descriptions of files the lines behind the path.
+std::string SharedColumn(const ItemRecord& record, const std::vector<StoredFile>& files) {
+  std::unordered_set<std::string> describesFile;
+  for (const StoredFile& file : files)
+    describesFile.insert("Data" + file.key);
+  std::string lines;
+  for (std::size_t i = 0; i < record.FieldCount(); ++i) {
+    const std::string_view key = record.FieldKey(i);
+    if (HasColumn(key)) continue;
+    std::string value = record.FieldValue(i);
+    if (describesFile.contains(std::string(key))) CutLine(value);
+    AppendFieldLine(lines, key, value);
   }
-  return list;
+  return lines;
 }
 
 // The values of the columns, held while a statement needs them.
 class ColumnValues {
  public:
-  explicit ColumnValues(const ItemRecord& record) {
+  ColumnValues(const ItemRecord& record, const std::vector<StoredFile>& files) {
     for (std::size_t i = 0; i < kItemColumns.size(); ++i)
       values_[i] = ToStored(record.Value(kItemColumns[i].key));
+    values_.back() = ToStored(SharedColumn(record, files));
   }
 
-  void Bind(SqliteStatement& statement, int first) const {
+  // Gives the parameter behind the last.
+  int Bind(SqliteStatement& statement, int first) const {
     for (const std::string& value : values_)
       statement.Bind(first++, value);
+    return first;
   }
 
  private:
-  std::array<std::string, kItemColumns.size()> values_;
+  std::array<std::string, kItemColumns.size() + 1> values_;
 };
 
 }  // namespace
 
 ArchiveStore::ArchiveStore(std::string_view path)
     : database_(Opened(path)),
-      insertItem_(database_,
-                  "INSERT INTO items (fingerprint, " + ColumnList("") + ") VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
+      insertItem_(database_, "INSERT INTO items (fingerprint, " + ColumnList("") +
+                                 ") VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       updateItem_(database_, "UPDATE items SET " + ColumnList(" = ?") + " WHERE number = ?"),
       removeItem_(database_, "DELETE FROM items WHERE number = ?"),
       selectItem_(database_, "SELECT " + ColumnList("") + " FROM items WHERE number = ?"),
-      insertField_(database_, "INSERT INTO fields (item, position, key, value) VALUES (?, ?, ?, ?)"),
-      removeFields_(database_, "DELETE FROM fields WHERE item = ?"),
-      selectFields_(database_, "SELECT key, value FROM fields WHERE item = ? ORDER BY position"),
       insertFile_(database_,
                   "INSERT INTO files (item, key, name, missing) VALUES (?, ?, ?, ?)"
                   " ON CONFLICT (item, key) DO UPDATE SET name = excluded.name, missing = excluded.missing"),
@@ -131,12 +166,12 @@ ArchiveStore::ArchiveStore(std::string_view path)
 std::int64_t ArchiveStore::Insert(const ItemRecord& record, std::int64_t fingerprint,
                                   const std::vector<StoredFile>& files) {
   SqliteTransaction transaction(database_);
-  const ColumnValues values(record);
+  const ColumnValues values(record, files);
   insertItem_.Bind(1, fingerprint);
   values.Bind(insertItem_, 2);
   insertItem_.Run();
   const std::int64_t number = database_.LastRow();
-  WriteFields(number, record, files);
+  WriteFiles(number, files);
   transaction.Commit();
   return number;
 }
@@ -144,33 +179,18 @@ std::int64_t ArchiveStore::Insert(const ItemRecord& record, std::int64_t fingerp
 void ArchiveStore::Update(std::int64_t number, const ItemRecord& record,
                           const std::vector<StoredFile>& files) {
   SqliteTransaction transaction(database_);
-  const ColumnValues values(record);
-  values.Bind(updateItem_, 1);
-  updateItem_.Bind(static_cast<int>(kItemColumns.size()) + 1, number).Run();
+  const ColumnValues values(record, files);
+  const int last = values.Bind(updateItem_, 1);
+  updateItem_.Bind(last, number).Run();
   if (database_.ChangedRows() == 0) {
     throw Failure(ErrorNumber::ObjectNotSet,
                   "the item '" + record.Value("ID") + "' is no longer in the archive");
   }
-  removeFields_.Bind(1, number).Run();
-  WriteFields(number, record, files);
+  WriteFiles(number, files);
   transaction.Commit();
 }
 
-void ArchiveStore::WriteFields(std::int64_t number, const ItemRecord& record,
-                               const std::vector<StoredFile>& files) {
-  std::unordered_set<std::string> describesFile;
-  for (const StoredFile& file : files)
-    describesFile.insert("Data" + file.key);
-  std::int64_t position = 0;
-  for (std::size_t i = 0; i < record.FieldCount(); ++i) {
-    const std::string_view key = record.FieldKey(i);
-    if (HasColumn(key)) continue;
-    std::string value = record.FieldValue(i);
-    if (describesFile.contains(std::string(key))) CutLine(value);
-    const std::string storedKey = ToStored(key);
-    const std::string storedValue = ToStored(value);
-    insertField_.Bind(1, number).Bind(2, ++position).Bind(3, storedKey).Bind(4, storedValue).Run();
-  }
+void ArchiveStore::WriteFiles(std::int64_t number, const std::vector<StoredFile>& files) {
   for (const StoredFile& file : files) {
     const std::string key = ToStored(file.key);
     const std::string name = ToStored(file.name);
@@ -180,7 +200,7 @@ void ArchiveStore::WriteFields(std::int64_t number, const ItemRecord& record,
 
 void ArchiveStore::Remove(std::int64_t number) {
   SqliteTransaction transaction(database_);
-  for (SqliteStatement* remove : {&removeItem_, &removeFields_, &removeFiles_})
+  for (SqliteStatement* remove : {&removeItem_, &removeFiles_})
     remove->Bind(1, number).Run();
   transaction.Commit();
 }
@@ -194,10 +214,8 @@ bool ArchiveStore::Read(std::int64_t number, StoredItem& item) {
     const std::string value = FromStored(selectItem_.Text(static_cast<int>(i)));
     if (!value.empty()) item.record.Add(kItemColumns[i].key, value);
   }
+  AddFieldLines(item.record, FromStored(selectItem_.Text(static_cast<int>(kItemColumns.size()))));
   selectItem_.Reset();
-  for (selectFields_.Bind(1, number); selectFields_.Step();) {
-    item.record.Add(FromStored(selectFields_.Text(0)), FromStored(selectFields_.Text(1)));
-  }
   for (selectFiles_.Bind(1, number); selectFiles_.Step();) {
     item.files.push_back(
         {FromStored(selectFiles_.Text(0)), FromStored(selectFiles_.Text(1)), selectFiles_.Number(2) != 0});

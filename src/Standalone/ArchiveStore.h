@@ -1,4 +1,4 @@
-// The database of an archive: items, their fields, and which files belong to them.
+// The database of an archive: items with their fields, and which files belong to them.
 #pragma once
 
 #include <cstdint>
@@ -75,12 +75,11 @@ class ArchiveStore {
   void SetState(std::string_view key, std::int64_t value);
 
  private:
-  void WriteFields(std::int64_t number, const ItemRecord& record, const std::vector<StoredFile>& files);
+  void WriteFiles(std::int64_t number, const std::vector<StoredFile>& files);
   std::vector<std::int64_t> Numbers(SqliteStatement& select);
 
   SqliteDatabase database_;
   SqliteStatement insertItem_, updateItem_, removeItem_, selectItem_;
-  SqliteStatement insertField_, removeFields_, selectFields_;
   SqliteStatement insertFile_, removeFiles_, selectFiles_, selectFilesOfRange_, markFile_;
   SqliteStatement selectById_, selectTwins_, selectNumbers_, selectCount_, selectHighest_;
   SqliteStatement selectIncomplete_;

@@ -27,6 +27,14 @@ ErrorNumber NumberOf(int result) {
   }
 }
 
+SqliteStatementHandle Prepared(const SqliteDatabase& database, std::string_view sql) {
+  sqlite3_stmt* prepared = nullptr;
+  const int result = sqlite3_prepare_v3(database.Handle(), sql.data(), ToInt32(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+  if (result != SQLITE_OK) database.RaiseFailure(result);
+  return SqliteStatementHandle(prepared);
+}
+
 }  // namespace
 
 void CloseSqlite::operator()(sqlite3* connection) const {
@@ -37,13 +45,8 @@ void FinalizeSqlite::operator()(sqlite3_stmt* statement) const {
   sqlite3_finalize(statement);
 }
 
-SqliteStatement::SqliteStatement(SqliteDatabase& database, std::string_view sql) : database_(&database) {
-  sqlite3_stmt* prepared = nullptr;
-  const int result = sqlite3_prepare_v3(database.Handle(), sql.data(), ToInt32(sql.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
-  statement_.reset(prepared);
-  Check(result);
-}
+SqliteStatement::SqliteStatement(SqliteDatabase& database, std::string_view sql)
+    : database_(&database), statement_(Prepared(database, sql)) {}
 
 SqliteStatement& SqliteStatement::Bind(int parameter, std::int64_t value) {
   Check(sqlite3_bind_int64(statement_.get(), parameter, value));
@@ -104,6 +107,17 @@ void SqliteDatabase::Execute(const std::string& statements) {
   if (result != SQLITE_OK) RaiseFailure(result);
 }
 
+void SqliteDatabase::Execute(Control control) {
+  static constexpr std::array<std::string_view, 4> kTexts = {"BEGIN IMMEDIATE", "COMMIT", "SAVEPOINT part",
+                                                             "RELEASE part"};
+  const auto index = static_cast<std::size_t>(control);
+  SqliteStatementHandle& statement = controls_[index];
+  if (statement == nullptr) statement = Prepared(*this, kTexts[index]);
+  sqlite3_step(statement.get());
+  const int result = sqlite3_reset(statement.get());
+  if (result != SQLITE_OK) RaiseFailure(result);
+}
+
 std::int64_t SqliteDatabase::LastRow() const {
   return sqlite3_last_insert_rowid(handle_.get());
 }
@@ -123,7 +137,8 @@ void SqliteDatabase::RaiseFailure(int result) const {
 
 SqliteTransaction::SqliteTransaction(SqliteDatabase& database)
     : database_(database), nested_(database.InTransaction()) {
-  database_.Execute(nested_ ? "SAVEPOINT part" : "BEGIN IMMEDIATE");
+  using Control = SqliteDatabase::Control;
+  database_.Execute(nested_ ? Control::BeginPart : Control::Begin);
 }
 
 SqliteTransaction::~SqliteTransaction() {
@@ -134,7 +149,8 @@ SqliteTransaction::~SqliteTransaction() {
 }
 
 void SqliteTransaction::Commit() {
-  database_.Execute(nested_ ? "RELEASE part" : "COMMIT");
+  using Control = SqliteDatabase::Control;
+  database_.Execute(nested_ ? Control::CommitPart : Control::Commit);
   open_ = false;
 }
 

@@ -5,6 +5,7 @@
 // the rest. Text goes in and out as UTF-8.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -62,6 +63,9 @@ class SqliteDatabase {
 
   // Runs statements one behind the other.
   void Execute(const std::string& statements);
+  // What begins and ends transactions, which happens for every item: it stays prepared.
+  enum class Control { Begin, Commit, BeginPart, CommitPart };
+  void Execute(Control control);
   // The number of the row inserted last.
   std::int64_t LastRow() const;
   // How many rows the last INSERT, UPDATE or DELETE touched.
@@ -75,6 +79,7 @@ class SqliteDatabase {
  private:
   std::string path_;
   SqliteHandle handle_;
+  std::array<SqliteStatementHandle, 4> controls_;  // by their enumerators, each from its first use on
 };
 
 // A transaction from its making to Commit; without that it is rolled back. Within another it is a part that

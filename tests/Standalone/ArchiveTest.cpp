@@ -12,6 +12,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Standalone/MemoryFolder.h"
+#include "Standalone/Sqlite.h"
 
 namespace vorlent {
 namespace {
@@ -381,6 +382,7 @@ TEST_F(ArchiveTest, ChangesOfAnItemAreKept) {
   item->SetText("new");
   item->AddKeyword("Post");
   item->SetData("X", "a\nb", false);
+  item->SetData("A=B", "c=\\d\r", false);
   item->SetType("url");
   AsStandalone(item)->SetDate("02.01.2010 00:00:00");
   item->SetID("2");
@@ -390,6 +392,7 @@ TEST_F(ArchiveTest, ChangesOfAnItemAreKept) {
   EXPECT_EQ(found->Text(), "new");
   EXPECT_EQ(found->Keywords(), "Post");
   EXPECT_EQ(found->DataText("X"), "a\nb");
+  EXPECT_EQ(found->DataText("A=B"), "c=\\d\r");
   EXPECT_EQ(found->Type(), "url");
   EXPECT_EQ(found->Date(), "02.01.2010 00:00:00");
 }
@@ -499,6 +502,25 @@ TEST_F(ArchiveTest, ADamagedDatabaseIsRefusedByName) {
   Archive other{std::weak_ptr<StandaloneGlobal>()};
   EXPECT_THROW(other.Open(folder_.Path("broken")), Failure);
   EXPECT_EQ(folder_.Read("broken/archive.sqlite"), std::string(8192, 'x'));
+}
+
+TEST_F(ArchiveTest, AnArchiveOfAnotherFormatIsRefusedAsItIs) {
+  archive_->Close();
+  const auto execute = [&](const std::string& sql) {
+    SqliteDatabase(folder_.Path("archive\\archive.sqlite"), 0).Execute(sql);
+  };
+  for (const std::string format : {"1", "3"}) {
+    execute("PRAGMA journal_mode = DELETE; PRAGMA user_version = " + format);
+    const std::string before = folder_.Read("archive/archive.sqlite");
+    try {
+      archive_->Open(folder_.Path("archive"));
+      FAIL() << "was opened";
+    } catch (const Failure& failure) {
+      EXPECT_TRUE(failure.Is(ErrorNumber::PathAccess));
+      EXPECT_THAT(failure.what(), HasSubstr("archive.sqlite: is no archive, or one of another version"));
+    }
+    EXPECT_EQ(folder_.Read("archive/archive.sqlite"), before);
+  }
 }
 
 TEST_F(ArchiveTest, AFolderThatCantBeMadeIsRefusedByName) {
