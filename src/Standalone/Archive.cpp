@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/Failure.h"
@@ -92,9 +93,34 @@ std::vector<std::shared_ptr<ArchiveItem>> Archive::IncompleteItems() {
 }
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::Search(std::string_view words) {
+  if (!TakeUpTexts()) return {};
+  return ItemsOf(Opened().Index().Find(words));
+}
+
+bool Archive::TakeUpTexts() {
   ArchiveContent& content = Opened();
-  content.Index().Reach(content.Store().HighestNumber());
-  return ItemsOf(content.Index().Find(words));
+  const std::int64_t highest = content.Store().HighestNumber();
+  content.Index().Reach(highest);
+  const auto global = GlobalIfThere();
+  if (global == nullptr) {
+    content.Index().ReachTexts(highest, [](double) { return true; });
+    return true;
+  }
+  bool isShown = false;
+  content.Index().ReachTexts(highest, [&](double done) {
+    if (!isShown && done < 1) {
+      global->Report(report::kProgress, "0/100:Index " + name_, nullptr);
+      global->SetProgressVisible(true);
+      isShown = true;
+    }
+    if (isShown) global->Report(report::kProgress, NumberText(done * 100), nullptr);
+    return !global->Cancelled();
+  });
+  if (isShown) {
+    global->SetProgressVisible(false);
+    global->Report(report::kProgress, "", nullptr);
+  }
+  return !global->Cancelled();
 }
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::ItemsOf(const std::vector<std::int64_t>& numbers) {

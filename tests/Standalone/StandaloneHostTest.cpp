@@ -417,6 +417,44 @@ TEST_F(StandaloneHostTest, WhatIsPastedIntoAnArchiveIsTold) {
   EXPECT_THAT(observer_.lines, ElementsAre("pasted 1 ID=1|Text=one", "pasted 2 ID=2"));
 }
 
+// Twice as many as the index takes up at a time.
+constexpr int kManyMails = 4096;
+
+ArchivePtr ArchiveOfManyMails(StandaloneHost& host, const std::string& path) {
+  const ArchivePtr archive = host.Global().OpenArchive(path);
+  Archive::Portions portions(*archive);
+  for (int i = 1; i <= kManyMails; ++i)
+    archive->PasteRecord("ID=n" + std::to_string(i) + "|Text=wort");
+  portions.Finish();
+  return archive;
+}
+
+TEST_F(StandaloneHostTest, FirstSearchBehindALargeImportShowsItsProgress) {
+  const MemoryFolder folder;
+  const ArchivePtr archive = ArchiveOfManyMails(*host_, folder.Path("archive"));
+  observer_.lines.clear();
+  EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails});
+  EXPECT_THAT(observer_.lines, ElementsAre("opened Index " + folder.Path("archive"), "shown", "moved 50",
+                                           "moved 100", "hidden", "closed"));
+  observer_.lines.clear();
+  EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails});
+  EXPECT_THAT(observer_.lines, IsEmpty());
+}
+
+TEST_F(StandaloneHostTest, FirstSearchThatIsCancelledIsContinuedByTheNext) {
+  const MemoryFolder folder;
+  const ArchivePtr archive = ArchiveOfManyMails(*host_, folder.Path("archive"));
+  host_->Global().CancelFlag() = true;
+  observer_.lines.clear();
+  EXPECT_TRUE(archive->Search("wort").empty());
+  EXPECT_THAT(observer_.lines,
+              ElementsAre("opened Index " + folder.Path("archive"), "shown", "moved 50", "hidden", "closed"));
+  host_->Global().CancelFlag() = false;
+  observer_.lines.clear();
+  EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails});
+  EXPECT_THAT(observer_.lines, IsEmpty());
+}
+
 // --- Topics
 
 TEST_F(StandaloneHostTest, TopicsTakeUpLocationsAndLetThemGo) {

@@ -39,6 +39,7 @@ void PrintFiles(const StandaloneItem& item) {
 ExitCode Search(Session& session, const SearchOptions& options) {
   const ArchivePtr archive = session.OpenArchive(options.archive);
   const std::vector<StandaloneItemPtr> items = Find(*archive, options);
+  if (session.Host().Global().Cancelled()) return ExitCode::Cancelled;
   if (items.empty()) {
     session.Output().Complain("nothing found in " + options.archive);
     return ExitCode::Partly;
