@@ -196,7 +196,13 @@ void StdMail::AddHeader(std::string_view a) {
 }
 
 std::string StdMail::GetDate() const {
-  return MailDateToDisplay(GetHeader("Date"));
+  // It is asked for with every file of the mail.
+  std::string header = GetHeader("Date");
+  if (!lastDate_ || lastDate_->header != header) {
+    std::string display = MailDateToDisplay(header);
+    lastDate_ = {std::move(header), std::move(display)};
+  }
+  return lastDate_->display;
 }
 
 // --- Files

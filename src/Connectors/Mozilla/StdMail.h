@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -208,6 +209,12 @@ class StdMail : public Object {
   std::int32_t bodySize_ = 0;
   std::int16_t saveFlag_ = 0;
   std::vector<std::string> tempfiles_;
+  // A date header with what it says.
+  struct Date {
+    std::string header;
+    std::string display;
+  };
+  mutable std::optional<Date> lastDate_;
   std::string lastHeaderKey_;
 };
 

@@ -1,6 +1,5 @@
 #include "Platform/Posix/AbsentNames.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -74,11 +73,11 @@ bool AbsentNames::IsSettled(const Stamp& stamp) {
 }
 
 std::optional<std::vector<std::size_t>> AbsentNames::ListHashes(const std::string& folder) {
-  const Listing listing(opendir(folder.c_str()));
-  if (!listing) return std::nullopt;
   std::vector<std::size_t> hashes;
-  while (const dirent* entry = readdir(listing.get()))
-    hashes.push_back(std::hash<std::string>()(NameKey(ToWindowsName(entry->d_name))));
+  const bool isListed = ForEachName(folder, [&](const char* name) {
+    hashes.push_back(std::hash<std::string>()(NameKey(ToWindowsName(name))));
+  });
+  if (!isListed) return std::nullopt;
   std::sort(hashes.begin(), hashes.end());
   return hashes;
 }

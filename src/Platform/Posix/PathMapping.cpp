@@ -1,6 +1,5 @@
 #include "Platform/Posix/PathMapping.h"
 
-#include <dirent.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -144,8 +143,10 @@ void AppendNames(std::string& native, std::string_view names) {
 // Tells which names Windows takes for one name.
 class NameMatcher {
  public:
-  explicit NameMatcher(const std::string& nativeName)
+  explicit NameMatcher(std::string_view nativeName)
       : name_(nativeName), key_(NameKey(ToWindowsName(nativeName))), isAscii_(IsAscii(nativeName)) {}
+
+  const std::string& Key() const { return key_; }
 
   bool Matches(std::string_view entry) const {
     // The common case first, as a probe for a missing file passes through here for every entry of its folder.
@@ -153,7 +154,7 @@ class NameMatcher {
   }
 
  private:
-  std::string name_;
+  std::string_view name_;
   std::string key_;
   bool isAscii_;
 };
@@ -163,15 +164,12 @@ class NameMatcher {
 std::string FindWithoutCase(const std::string& folder, const std::string& name) {
   const std::string place = folder.empty() ? "." : folder;
   static thread_local AbsentNames absent;
-  if (absent.Hold(place, NameKey(ToWindowsName(name)))) return "";
-  const Listing listing(opendir(place.c_str()));
-  if (!listing) return "";
   const NameMatcher wanted(name);
+  if (absent.Hold(place, wanted.Key())) return "";
   std::string found;
-  while (const dirent* entry = readdir(listing.get())) {
-    if (!wanted.Matches(entry->d_name)) continue;
-    if (found.empty() || found > entry->d_name) found = entry->d_name;
-  }
+  ForEachName(place, [&](const char* entry) {
+    if (wanted.Matches(entry) && (found.empty() || found > entry)) found = entry;
+  });
   return found;
 }
 
