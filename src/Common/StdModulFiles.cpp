@@ -12,6 +12,8 @@ constexpr int kPlainFiles = os::kReadOnly | os::kHidden | os::kSystem | os::kArc
 constexpr int kAllEntries = kPlainFiles | os::kDirectory;
 
 void RemoveOneFile(std::string_view p) {
+  // The common case, with one look at the file.
+  if (os::TryRemovePlainFile(p)) return;
   const std::int32_t attributes = GetFileAttr(p);
   if (attributes < 0) return;
   if (attributes != os::kArchive) Swallow([&] { os::WriteAttributes(p, 0); });

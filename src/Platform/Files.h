@@ -109,6 +109,8 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
 
 // A read-only file and a folder are refused. Of a link only the link goes, here and in RemoveFolder.
 void RemoveFile(std::string_view path);
+// Removes a plain file that may be written. False if there is none of just that name, or if it can't go.
+bool TryRemovePlainFile(std::string_view path);
 // The parent must exist. An existing entry raises PathAccess. Below a folder that is shared with other users,
 // such as that for temporary files, the new one is private.
 void CreateFolder(std::string_view path);

@@ -526,6 +526,21 @@ TEST_F(FilesTest, OfALinkOnlyTheLinkGoes) {
 
 // --- Renaming and copying --------------------------------------------------------------------------------
 
+TEST_F(FilesTest, OnlyAPlainFileThatMayBeWrittenIsTriedToBeRemoved) {
+  folder_.Write("plain", "abc");
+  folder_.Write("readonly", "abc");
+  folder_.Write("other", "abc");
+  Permit("readonly", 0444);
+  fs::create_symlink("other", folder_.Native("link"));
+  folder_.MakeFolder("folder");
+  EXPECT_TRUE(os::TryRemovePlainFile(folder_.Path("plain")));
+  for (const char* name : {"plain", "readonly", "link", "folder", "none\\none", "OTHER"})
+    EXPECT_FALSE(os::TryRemovePlainFile(folder_.Path(name))) << name;
+  EXPECT_FALSE(os::TryRemovePlainFile(""));
+  EXPECT_THAT(os::ListNames(folder_.Path(), "*", os::kDirectory),
+              ElementsAre("folder", "link", "other", "readonly"));
+}
+
 TEST_F(FilesTest, RenameMovesFilesAndFolders) {
   folder_.Write("f", "abc");
   folder_.Write("folder/g", "def");

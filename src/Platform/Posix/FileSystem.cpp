@@ -194,6 +194,13 @@ void RemoveFile(std::string_view path) {
   Require(unlink(native.c_str()) == 0, path);
 }
 
+bool TryRemovePlainFile(std::string_view path) {
+  const std::string native = AsWritten(path);
+  struct stat status;
+  return lstat(native.c_str(), &status) == 0 && S_ISREG(status.st_mode) && !IsReadOnly(status) &&
+         unlink(native.c_str()) == 0;
+}
+
 void CreateFolder(std::string_view path) {
   const std::string native = WithoutClosingSlash(ToNativePath(path));
   const std::string parent = native.substr(0, native.rfind('/') + 1);

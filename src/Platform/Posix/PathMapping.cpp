@@ -104,9 +104,17 @@ bool IsWithin(std::string_view path, std::string_view folder) {
          EqualNoCase(path.substr(0, folder.size()), folder);
 }
 
+// Nearly all paths lie elsewhere, and the home need not be asked for.
+bool NamesAppData(std::string_view native) {
+  for (std::size_t at = native.find('/'); at != std::string_view::npos; at = native.find('/', at + 1)) {
+    if (EqualNoCase(native.substr(at, kAppDataName.size()), kAppDataName)) return true;
+  }
+  return false;
+}
+
 // Puts the real place in for a path below the application-data folder of the user.
 std::string WithRealPlace(std::string native) {
-  if (Current().appData) return native;
+  if (Current().appData || !NamesAppData(native)) return native;
   const auto home = Home();
   if (!home || !IsWithin(native, *home + std::string(kAppDataName))) return native;
   const std::string below = native.substr(home->size() + kAppDataName.size());
@@ -160,16 +168,17 @@ class NameMatcher {
 };
 
 // The entry of a folder that Windows takes for `name`; of several the first in sorted order. "" if there is
-// none.
-std::string FindWithoutCase(const std::string& folder, const std::string& name) {
+// none, nothing if there is no such folder.
+std::optional<std::string> FindWithoutCase(const std::string& folder, const std::string& name) {
   const std::string place = folder.empty() ? "." : folder;
   static thread_local AbsentNames absent;
   const NameMatcher wanted(name);
   if (absent.Hold(place, wanted.Key())) return "";
   std::string found;
-  ForEachName(place, [&](const char* entry) {
+  const bool isListed = ForEachName(place, [&](const char* entry) {
     if (wanted.Matches(entry) && (found.empty() || found > entry)) found = entry;
   });
+  if (!isListed) return std::nullopt;
   return found;
 }
 
@@ -179,10 +188,14 @@ std::string Resolve(const std::string& native) {
   const std::size_t end = native.find_last_not_of('/') + 1;
   const std::size_t start = native.rfind('/', end - 1) + 1;
   const std::string name = native.substr(start, end - start);
-  // Most often the folder is there, since the file is about to be made in it.
-  const std::string folder = AsFound(native.substr(0, start));
-  const std::string found = FindWithoutCase(folder, name);
-  return folder + (found.empty() ? name : found) + native.substr(end);
+  // Most often the folder is there as written, since the file is about to be made in it.
+  std::string folder = native.substr(0, start);
+  std::optional<std::string> found = FindWithoutCase(folder, name);
+  if (!found) {
+    folder = AsFound(std::move(folder));
+    found = FindWithoutCase(folder, name);
+  }
+  return folder + (!found || found->empty() ? name : *found) + native.substr(end);
 }
 
 // --- From native to Windows ------------------------------------------------------------------------------
