@@ -93,21 +93,20 @@ std::vector<std::shared_ptr<ArchiveItem>> Archive::IncompleteItems() {
 }
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::Search(std::string_view words) {
-  if (!TakeUpTexts()) return {};
+  if (!UpdateIndex()) return {};
   return ItemsOf(Opened().Index().Find(words));
 }
 
-bool Archive::TakeUpTexts() {
+bool Archive::UpdateIndex() {
   ArchiveContent& content = Opened();
   const std::int64_t highest = content.Store().HighestNumber();
-  content.Index().Reach(highest);
   const auto global = GlobalIfThere();
   if (global == nullptr) {
-    content.Index().ReachTexts(highest, [](double) { return true; });
+    content.Index().Reach(highest, [](double) { return true; });
     return true;
   }
   bool isShown = false;
-  content.Index().ReachTexts(highest, [&](double done) {
+  content.Index().Reach(highest, [&](double done) {
     if (!isShown && done < 1) {
       global->Report(report::kProgress, "0/100:Index " + name_, nullptr);
       global->SetProgressVisible(true);

@@ -64,9 +64,9 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
   std::vector<std::shared_ptr<ArchiveItem>> ItemsOf(std::string_view id);
   // The items that lack a file.
   std::vector<std::shared_ptr<ArchiveItem>> IncompleteItems();
-  // The items that hold all the words, as ArchiveIndex::Find tells. The first search after an import takes up
-  // the texts of its mails, with the host's progress display if that takes long; cancelled there, it finds
-  // nothing, and the next one continues.
+  // The items that hold all the words, as ArchiveIndex::Find tells. The first search behind an import
+  // brings the index up to date, with the host's progress display if that takes long; cancelled there, it
+  // finds nothing, and the next one continues.
   std::vector<std::shared_ptr<ArchiveItem>> Search(std::string_view words);
 
   // While this lives, what is pasted and taken becomes durable in large portions, the last one in Finish.
@@ -87,7 +87,7 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
  private:
   ArchiveContent& Opened() const;
   // Brings the index up to date; false if the user cancelled.
-  bool TakeUpTexts();
+  bool UpdateIndex();
   std::shared_ptr<ArchiveItem> ItemOf(std::int64_t number);
   std::vector<std::shared_ptr<ArchiveItem>> ItemsOf(const std::vector<std::int64_t>& numbers);
 

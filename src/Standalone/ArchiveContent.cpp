@@ -16,7 +16,6 @@ constexpr std::string_view kFilesName = "files\\";
 // Set while there may be something to put in order.
 constexpr std::string_view kOpen = "open";
 
-constexpr std::int64_t kItemsPerIndexing = 2048;
 constexpr std::size_t kHeldItems = 1024;
 constexpr std::int64_t kDeferredItems = 1024;
 
@@ -47,9 +46,7 @@ std::int64_t ArchiveContent::Insert(const ItemRecord& record, std::int64_t finge
   NoteChange();
   const std::int64_t number = store_.Insert(record, fingerprint, files);
   if (numbers_ != nullptr) numbers_->push_back(number);
-  index_.Await(number, record);
   ++deferredItems_;
-  if (number - index_.Reached() > kItemsPerIndexing) index_.Reach(number - 1);
   return number;
 }
 
@@ -132,7 +129,6 @@ void ArchiveContent::Settle() {
 
 void ArchiveContent::Finish() {
   Settle();
-  index_.Reach(store_.HighestNumber());
   if (changeNoted_ && filesExpected_ == 0) store_.SetState(kOpen, 0);
   changeNoted_ = false;
 }

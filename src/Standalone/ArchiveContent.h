@@ -25,7 +25,7 @@ class ArchiveContent {
   ArchiveFiles& Files() { return files_; }
   ArchiveIndex& Index() { return index_; }
 
-  // Adds an item. Those added before it are complete by now, and the index takes them up every so often.
+  // Adds an item.
   std::int64_t Insert(const ItemRecord& record, std::int64_t fingerprint,
                       const std::vector<StoredFile>& files);
   void Update(std::int64_t number, const ItemRecord& record, const std::vector<StoredFile>& files);
@@ -53,7 +53,7 @@ class ArchiveContent {
   void SettleStep();
   void Settle();
 
-  // The index reaches all items, and the next opening finds nothing to put in order.
+  // The next opening finds nothing to put in order.
   void Finish();
 
  private:

@@ -12,7 +12,6 @@ namespace vorlent {
 namespace {
 
 constexpr std::string_view kReached = "indexed";
-constexpr std::string_view kTextsReached = "indexed texts";
 
 // Items that one transaction takes up at most, so that the log of an import of any size stays small.
 constexpr std::int64_t kItemsPerStep = 2048;
@@ -24,6 +23,23 @@ constexpr std::size_t kIndexedBytes = 2 * 1024;
 bool IsSearched(std::string_view key) {
   return !key.starts_with('_') && key != "Size" && key != "Attribute" && !DescribesFile(key);
 }
+
+// What an item shows, as UTF-8.
+struct Head {
+  explicit Head(const ItemRecord& record)
+      : text(DisplayUtf8(record.Value("Text"))), keywords(DisplayUtf8(record.Value("Keywords"))) {
+    for (std::int32_t pos = 1; pos <= record.DataCount(); ++pos) {
+      const std::string key = record.DataKey(pos);
+      if (IsSearched(key)) {
+        data.append(DisplayUtf8(record.DataValue(pos))) += '\n';
+      } else if (DescribesFile(key)) {
+        files.append(DisplayUtf8(FileNameIn(record.DataValue(pos)))) += '\n';
+      }
+    }
+  }
+
+  std::string text, keywords, data, files;
+};
 
 // The words in the form of a query: each a quoted string, with its "*" behind it.
 std::vector<std::string> QueriesOf(std::string_view words) {
@@ -42,23 +58,6 @@ std::vector<std::string> QueriesOf(std::string_view words) {
 
 }  // namespace
 
-// What an item shows, as UTF-8.
-struct ArchiveIndex::Head {
-  explicit Head(const ItemRecord& record)
-      : text(DisplayUtf8(record.Value("Text"))), keywords(DisplayUtf8(record.Value("Keywords"))) {
-    for (std::int32_t pos = 1; pos <= record.DataCount(); ++pos) {
-      const std::string key = record.DataKey(pos);
-      if (IsSearched(key)) {
-        data.append(DisplayUtf8(record.DataValue(pos))) += '\n';
-      } else if (DescribesFile(key)) {
-        files.append(DisplayUtf8(FileNameIn(record.DataValue(pos)))) += '\n';
-      }
-    }
-  }
-
-  std::string text, keywords, data, files;
-};
-
 ArchiveIndex::ArchiveIndex(ArchiveStore& store, ArchiveFiles& files)
     : store_(store),
       files_(files),
@@ -68,50 +67,30 @@ ArchiveIndex::ArchiveIndex(ArchiveStore& store, ArchiveFiles& files)
                   "REPLACE INTO search (rowid, text, keywords, data, files) VALUES (?, ?, ?, ?, ?)"),
       removeHead_(store.Database(), "DELETE FROM search WHERE rowid = ?"),
       insertBody_(store.Database(), "INSERT INTO bodies (rowid, body) VALUES (?, ?)"),
-      shown_{kReached, store.State(kReached)},
-      said_{kTextsReached, store.State(kTextsReached)} {}
+      reached_(store.State(kReached)) {}
 
-ArchiveIndex::~ArchiveIndex() = default;
-
-void ArchiveIndex::Await(std::int64_t number, const ItemRecord& record) {
-  awaited_.insert_or_assign(number, Head(record));
-}
-
-void ArchiveIndex::Reach(std::int64_t number) {
-  while (shown_.reached < number)
-    Step(shown_, number, [&](std::int64_t next) { InsertHead(next); });
-  awaited_.erase(awaited_.begin(), awaited_.upper_bound(number));
-}
-
-void ArchiveIndex::ReachTexts(std::int64_t number, const std::function<bool(double)>& goOn) {
-  const auto toDo = static_cast<double>(number - said_.reached);
-  while (said_.reached < number) {
-    Step(said_, number, [&](std::int64_t next) { InsertText(next); });
-    if (!goOn(1 - static_cast<double>(number - said_.reached) / toDo)) return;
+void ArchiveIndex::Reach(std::int64_t number, const std::function<bool(double)>& goOn) {
+  const auto toDo = static_cast<double>(number - reached_);
+  while (reached_ < number) {
+    Step(number);
+    if (!goOn(1 - static_cast<double>(number - reached_) / toDo)) return;
   }
 }
 
-void ArchiveIndex::Step(Part& part, std::int64_t number, const std::function<void(std::int64_t)>& insert) {
+// Takes up some of the items up to the number.
+void ArchiveIndex::Step(std::int64_t number) {
   SqliteTransaction transaction(store_.Database());
-  const std::int64_t last = std::min(number, part.reached + kItemsPerStep);
-  for (std::int64_t next = part.reached + 1; next <= last; ++next)
-    insert(next);
-  store_.SetState(part.key, last);
-  transaction.Commit();
-  part.reached = last;
-}
-
-void ArchiveIndex::InsertHead(std::int64_t number) {
-  if (const auto awaited = awaited_.find(number); awaited != awaited_.end()) {
-    WriteHead(insertHead_, number, awaited->second);
-  } else if (StoredItem item; store_.Read(number, item)) {
-    WriteHead(insertHead_, number, Head(item.record));
+  const std::int64_t last = std::min(number, reached_ + kItemsPerStep);
+  for (std::int64_t next = reached_ + 1; next <= last; ++next) {
+    if (StoredItem item; store_.Read(next, item)) Insert(item);
   }
+  store_.SetState(kReached, last);
+  transaction.Commit();
+  reached_ = last;
 }
 
-void ArchiveIndex::InsertText(std::int64_t number) {
-  StoredItem item;
-  if (!store_.Read(number, item)) return;
+void ArchiveIndex::Insert(const StoredItem& item) {
+  WriteHead(insertHead_, item.number, item.record);
   std::string body;
   // The HTML text comes undone of its encoding, so it goes first.
   for (const StoredFile& file : item.files) {
@@ -124,20 +103,19 @@ void ArchiveIndex::InsertText(std::int64_t number) {
   if (!body.empty()) insertBody_.Bind(1, item.number).Bind(2, body).Run();
 }
 
-void ArchiveIndex::WriteHead(SqliteStatement& statement, std::int64_t number, const Head& head) {
+void ArchiveIndex::WriteHead(SqliteStatement& statement, std::int64_t number, const ItemRecord& record) {
+  const Head head(record);
   statement.Bind(1, number).Bind(2, head.text).Bind(3, head.keywords).Bind(4, head.data).Bind(5, head.files);
   statement.Run();
 }
 
 void ArchiveIndex::Update(std::int64_t number, const ItemRecord& record) {
-  if (number > shown_.reached) return Await(number, record);
-  WriteHead(updateHead_, number, Head(record));
+  if (number <= reached_) WriteHead(updateHead_, number, record);
 }
 
 // What the index of bodies holds of the item stays there: numbers are never used again, and only items that
 // exist are found.
 void ArchiveIndex::Remove(std::int64_t number) {
-  awaited_.erase(number);
   removeHead_.Bind(1, number).Run();
 }
 

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,25 +12,17 @@
 
 namespace vorlent {
 
-// Words of an item's text, keywords, data and file names, and of the beginning of its mail. Items are taken
-// up in order of their numbers, many at once, since that is far cheaper than one by one; how far the index
-// reaches is kept in the database beside it. What a mail says costs as much as all the rest of its import, so
-// that is taken up apart, once somebody searches.
+// Words of an item's text, keywords, data and file names, and of the beginning of its mail. It follows the
+// archive when somebody searches, since it costs as much as all the rest of an import: items are taken up in
+// order of their numbers, many at once, and how far it reaches is kept in the database beside it.
 class ArchiveIndex {
  public:
   ArchiveIndex(ArchiveStore& store, ArchiveFiles& files);
 
-  ~ArchiveIndex();
-
-  // Takes up what the items up to a number show, as far as it isn't in the index yet.
-  void Reach(std::int64_t number);
-  std::int64_t Reached() const { return shown_.reached; }
-  // Keeps what a new item shows until then, so that it need not be read back.
-  void Await(std::int64_t number, const ItemRecord& record);
-  // Takes up what their mails say. `goOn` hears every so often how much of it is done, from 0 to 1, and may
-  // end it there with false; the next call continues.
-  void ReachTexts(std::int64_t number, const std::function<bool(double)>& goOn);
-  // Follows a change of an item's fields, its removal.
+  // Takes up the items up to a number that aren't in the index yet. `goOn` hears every so often how much of
+  // that is done, from 0 to 1, and may end it there with false; the next call continues.
+  void Reach(std::int64_t number, const std::function<bool(double)>& goOn);
+  // Follows a change of an item's fields, or its removal.
   void Update(std::int64_t number, const ItemRecord& record);
   void Remove(std::int64_t number);
 
@@ -40,25 +31,14 @@ class ArchiveIndex {
   std::vector<std::int64_t> Find(std::string_view words);
 
  private:
-  // How far one of the two parts of the index reaches, and where the database keeps that.
-  struct Part {
-    std::string_view key;
-    std::int64_t reached;
-  };
-
-  struct Head;
-
-  // Takes up items of one part in a transaction, and no further than up to the number.
-  void Step(Part& part, std::int64_t number, const std::function<void(std::int64_t)>& insert);
-  void InsertHead(std::int64_t number);
-  void InsertText(std::int64_t number);
-  static void WriteHead(SqliteStatement& statement, std::int64_t number, const Head& head);
+  void Step(std::int64_t number);
+  void Insert(const StoredItem& item);
+  static void WriteHead(SqliteStatement& statement, std::int64_t number, const ItemRecord& record);
 
   ArchiveStore& store_;
   ArchiveFiles& files_;
   SqliteStatement insertHead_, updateHead_, removeHead_, insertBody_;
-  Part shown_, said_;
-  std::map<std::int64_t, Head> awaited_;  // by item number
+  std::int64_t reached_;
 };
 
 }  // namespace vorlent

@@ -1,6 +1,7 @@
 #include "Standalone/ArchiveItem.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "Common/StdModul.h"
@@ -20,14 +21,20 @@ bool HasOption(std::string_view options, std::string_view option) {
   return false;
 }
 
-// FNV-1a over all that makes two mails the same: every field but the time of import, and of a description of
-// a file all but its path.
+// A hash of all that makes two mails the same: every field but the time of import, and of a description of a
+// file all but its path.
 std::int64_t FingerprintOf(const ItemRecord& record) {
+  constexpr std::uint64_t kPrime = 1099511628211ULL;
   std::uint64_t hash = 14695981039346656037ULL;
   const auto add = [&](std::string_view text) {
-    for (const char c : text)
-      hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ULL;
-    hash = (hash ^ '|') * 1099511628211ULL;
+    std::uint64_t word = 0;
+    for (; text.size() >= sizeof word; text.remove_prefix(sizeof word)) {
+      text.copy(reinterpret_cast<char*>(&word), sizeof word);
+      hash = std::rotl((hash ^ word) * kPrime, 29);
+    }
+    word = text.size();
+    text.copy(reinterpret_cast<char*>(&word) + 1, text.size());
+    hash = std::rotl((hash ^ word) * kPrime, 29);
   };
   for (std::size_t i = 0; i < record.FieldCount(); ++i) {
     const std::string_view key = record.FieldKey(i);

@@ -1,7 +1,7 @@
 #include "Standalone/ArchiveStore.h"
 
+#include <algorithm>
 #include <array>
-#include <unordered_set>
 
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
@@ -100,17 +100,19 @@ std::string ColumnList(std::string_view suffix) {
   return list.append("fields").append(suffix);
 }
 
-// The fields without a column of their own, of descriptions of files the lines behind the path.
+// The fields without a column of their own, of descriptions of files the lines behind the path. The files are
+// in the order of their keys.
 std::string SharedColumn(const ItemRecord& record, const std::vector<StoredFile>& files) {
-  std::unordered_set<std::string> describesFile;
-  for (const StoredFile& file : files)
-    describesFile.insert("Data" + file.key);
+  const auto describesFile = [&](std::string_view key) {
+    if (!key.starts_with("Data")) return false;
+    return std::ranges::binary_search(files, key.substr(4), {}, &StoredFile::key);
+  };
   std::string lines;
   for (std::size_t i = 0; i < record.FieldCount(); ++i) {
     const std::string_view key = record.FieldKey(i);
     if (HasColumn(key)) continue;
     std::string value = record.FieldValue(i);
-    if (describesFile.contains(std::string(key))) CutLine(value);
+    if (describesFile(key)) CutLine(value);
     AppendFieldLine(lines, key, value);
   }
   return lines;

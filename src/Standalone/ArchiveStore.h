@@ -37,7 +37,8 @@ class ArchiveStore {
 
   SqliteDatabase& Database() { return database_; }
 
-  // Adds an item and returns its number. `fingerprint` tells two mails of one ID apart.
+  // Adds an item and returns its number. `fingerprint` tells two mails of one ID apart; the files are in the
+  // order of their keys, here and below.
   std::int64_t Insert(const ItemRecord& record, std::int64_t fingerprint,
                       const std::vector<StoredFile>& files);
   // Writes an item's fields anew, and adds or renames files. Raises ObjectNotSet if there is no such item any
