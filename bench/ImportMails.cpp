@@ -2,7 +2,8 @@
 // the same mailbox into files. Exits with 1 if a required ratio or bound is missed.
 //
 //   bench_ImportMails [--size MB] [--runs N]   import against splitting, on mailboxes of that size (256, 3)
-//   bench_ImportMails --growth [--mails N]     cost per mail as an archive grows, copied and moved (100000)
+//   bench_ImportMails --growth [--mails N] [--runs N]
+//                                              cost per mail as an archive grows, copied and moved (100000, 3)
 //   bench_ImportMails --memory [--size MB]     peak memory of the stream (1024)
 #include <algorithm>
 #include <cstdint>
@@ -11,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "Common/StdModul.h"
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Connectors/Mozilla/ImportRun.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
@@ -84,11 +86,9 @@ class Bench {
 
   // Into a fresh archive, which is closed and safe on the disk at the end.
   void Import(bool move) {
-    ++archives_;
-    const std::string target = LastArchive();
-    const ArchivePtr archive = host_->Global().OpenArchive(target);
+    const ArchivePtr archive = host_->Global().OpenArchive(target_);
     ImportCommand command;
-    command.target = target;
+    command.target = target_;
     command.move = move;
     command.mailboxes = {mailbox_};
     std::optional<Archive::Portions> portions;
@@ -99,77 +99,84 @@ class Bench {
     archive->Close();
   }
 
-  // The first search in the archive made last, which takes up the texts of the mails.
+  void RemoveArchive() { DeleteFolder(target_, true, true); }
+
+  // The first search in the archive, which makes its index.
   void Search() {
-    const ArchivePtr archive = host_->Global().OpenArchive(LastArchive());
+    const ArchivePtr archive = host_->Global().OpenArchive(target_);
     sink_ += archive->Search("Quartalsbericht").size();
     archive->Close();
   }
 
  private:
-  std::string LastArchive() { return folder_.Path("archive" + std::to_string(archives_)); }
-
   TemporaryFolder folder_;
   std::string mailbox_ = folder_.Path("Inbox");
+  std::string target_ = folder_.Path("archive");
   MailClock clock_;
   std::shared_ptr<StandaloneHost> host_;
-  int archives_ = 0;
   std::size_t sink_ = 0;
 };
 
-Time Median(std::vector<Time> times) {
-  Time median;
-  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-  for (double Time::*part : {&Time::processor, &Time::wall}) {
-    std::nth_element(times.begin(), middle, times.end(),
-                     [&](const Time& a, const Time& b) { return a.*part < b.*part; });
-    median.*part = (*middle).*part;
+// The times of one kind of work, a pair for each round.
+struct Times {
+  std::vector<double> processor, wall;
+
+  void Add(const Time& time) {
+    processor.push_back(time.processor);
+    wall.push_back(time.wall);
   }
-  return median;
-}
+};
 
 bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int runs) {
   Bench bench;
   const int mails = bench.Generate(kind, size);
-  std::vector<Time> splitting, importing;
+  Times splitting, importing;
   // In turn, so that a disturbance of the machine hits both alike; the first round warms the caches.
   for (int run = 0; run <= runs; ++run) {
     const Time split = Timed([&] { bench.Split(); });
+    bench.RemoveArchive();
     const Time import = Timed([&] { bench.Import(false); });
     if (run == 0) continue;
-    splitting.push_back(split);
-    importing.push_back(import);
+    splitting.Add(split);
+    importing.Add(import);
   }
   const Time search = Timed([&] { bench.Search(); });
-  const Time split = Median(splitting);
-  const Time import = Median(importing);
   const double megabytes = bench.Size() / kMegabyte;
   std::printf("%s: %.0f MB, %d mails, median of %d runs\n", title, megabytes, mails, runs);
-  const auto print = [&](const char* name, const Time& time) {
-    std::printf("  %-24s %6.0f MB/s processor, %6.0f MB/s wall\n", name, megabytes / time.processor,
-                megabytes / time.wall);
+  const auto print = [&](const char* name, const Times& times) {
+    std::printf("  %-24s %6.0f MB/s processor, %6.0f MB/s wall\n", name,
+                megabytes / MedianOf(times.processor), megabytes / MedianOf(times.wall));
   };
-  print("split", split);
-  print("import", import);
+  print("split", splitting);
+  print("import", importing);
   std::printf("  first search behind it   %6.1f microseconds per mail, once\n",
               search.processor * 1e6 / mails);
-  const double ratio = split.processor / import.processor;
+  const double ratio = RatioOf(splitting.processor, importing.processor);
   const bool reached = ratio >= kRequiredOfSplitting;
   std::printf("  import has %.2f of the speed of splitting (wall %.2f), required %.2f: %s\n\n", ratio,
-              split.wall / import.wall, kRequiredOfSplitting, reached ? "ok" : "MISSED");
+              RatioOf(splitting.wall, importing.wall), kRequiredOfSplitting, reached ? "ok" : "MISSED");
   return reached;
 }
 
-bool MeasureGrowth(const char* title, std::size_t mails, bool move) {
+bool MeasureGrowth(const char* title, std::size_t mails, bool move, int runs) {
   Bench bench;
-  GenerateSmallMails(bench.Mailbox(), static_cast<int>(mails));
-  const Time time = Timed([&] { bench.Import(move); });
-  const std::vector<double> tenths = bench.Clock().Tenths(mails);
-  std::printf("%s %zu small mails: %.1f s processor, %.1f s wall; microseconds per mail in each tenth:\n ",
-              title, mails, time.processor, time.wall);
-  for (const double tenth : tenths)
-    std::printf(" %.0f", tenth * 10e6 / static_cast<double>(mails));
-  const double growth = tenths.back() / tenths.front();
+  Times times;
+  std::vector<std::vector<double>> tenths(10);
+  for (int run = 0; run < runs; ++run) {
+    bench.RemoveArchive();
+    GenerateSmallMails(bench.Mailbox(), static_cast<int>(mails));
+    times.Add(Timed([&] { bench.Import(move); }));
+    const std::vector<double> measured = bench.Clock().Tenths(mails);
+    for (std::size_t i = 0; i < tenths.size(); ++i)
+      tenths[i].push_back(measured[i]);
+  }
+  std::printf(
+      "%s %zu small mails, median of %d runs: %.1f s processor, %.1f s wall; microseconds per mail in "
+      "each tenth:\n ",
+      title, mails, runs, MedianOf(times.processor), MedianOf(times.wall));
+  for (const std::vector<double>& tenth : tenths)
+    std::printf(" %.0f", MedianOf(tenth) * 10e6 / static_cast<double>(mails));
+  const double growth = RatioOf(tenths.back(), tenths.front());
   const bool kept = growth <= kAllowedGrowth;
   std::printf("\n  the last tenth costs %.2f of the first, allowed %.2f: %s\n\n", growth, kAllowedGrowth,
               kept ? "ok" : "MISSED");
@@ -237,8 +244,8 @@ int Main(int argc, char** argv) {
     ok &= MeasureMemory("attachments", MailboxKind::Attachments, size);
     ok &= MeasureMemory("text", MailboxKind::Text, size);
   } else if (growth) {
-    ok &= MeasureGrowth("copying", mails, false);
-    ok &= MeasureGrowth("moving", mails, true);
+    ok &= MeasureGrowth("copying", mails, false, runs);
+    ok &= MeasureGrowth("moving", mails, true, runs);
   } else {
     ok &= MeasureSpeed("attachment-heavy", MailboxKind::Attachments, size, runs);
     ok &= MeasureSpeed("text-heavy", MailboxKind::Text, size, runs);

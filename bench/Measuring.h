@@ -1,11 +1,14 @@
 // What the benchmarks measure with.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vorlent {
 
@@ -24,6 +27,22 @@ inline Time Timed(const std::function<void()>& work) {
   work();
   return {static_cast<double>(std::clock() - processor) / CLOCKS_PER_SEC,
           std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count()};
+}
+
+inline double MedianOf(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// How fast a piece of work is, measured by a floor that ran just before it in each round. A machine that is
+// shared with others changes its speed within seconds: what a round's two have in common goes out by the
+// division, and a round that a change fell into by the median.
+inline double RatioOf(const std::vector<double>& floorTimes, const std::vector<double>& times) {
+  std::vector<double> ratios;
+  for (std::size_t round = 0; round < times.size(); ++round)
+    ratios.push_back(floorTimes[round] / times[round]);
+  return MedianOf(std::move(ratios));
 }
 
 // The most memory that the process has had so far.

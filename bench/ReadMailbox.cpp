@@ -38,12 +38,7 @@ struct Measure {
   std::uint64_t bytes;  // that the speed is reckoned on
   std::vector<double> times = {};
 
-  double Median() const {
-    std::vector<double> sorted = times;
-    std::sort(sorted.begin(), sorted.end());
-    return sorted[sorted.size() / 2];
-  }
-  double Speed() const { return static_cast<double>(bytes) / kMegabyte / Median(); }
+  double Speed() const { return static_cast<double>(bytes) / kMegabyte / MedianOf(times); }
 };
 
 // Runs all measures in turn, so that a disturbance of the machine hits them alike.
@@ -61,7 +56,7 @@ void Print(const Measure& measure) {
 }
 
 bool PrintAgainst(const Measure& measure, const Measure& floor, double required) {
-  const double ratio = floor.Median() / measure.Median();
+  const double ratio = RatioOf(floor.times, measure.times);
   const bool reached = ratio >= required;
   std::printf("  %-34s %8.0f MB/s   %.2f of %s, required %.2f: %s\n", measure.name.c_str(), measure.Speed(),
               ratio, floor.name.c_str(), required, reached ? "ok" : "MISSED");
