@@ -3,7 +3,7 @@
 //
 //   bench_ImportMails [--size MB] [--runs N]   import against splitting, on mailboxes of that size (256, 3)
 //   bench_ImportMails --growth [--mails N] [--runs N]
-//                                              cost per mail as an archive grows, copied and moved (100000, 3)
+//                                              cost per mail as an archive grows, copied and moved (100000)
 //   bench_ImportMails --memory [--size MB]     peak memory of the stream (1024)
 #include <algorithm>
 #include <cstdint>

@@ -55,8 +55,8 @@ class Descriptor {
   int value_;
 };
 
-// Hands the names in a folder to `take`. False if it can't be opened. Unlike a Listing it makes no buffer of its
-// own, which for a folder of few names costs more than reading it.
+// Hands the names in a folder to `take`. False if it can't be opened. Unlike a Listing it makes no buffer of
+// its own, which for a folder of few names costs more than reading it.
 template <class Take>
 bool ForEachName(const std::string& folder, Take&& take) {
   const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
