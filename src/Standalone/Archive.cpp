@@ -101,12 +101,9 @@ bool Archive::UpdateIndex() {
   ArchiveContent& content = Opened();
   const std::int64_t highest = content.Store().HighestNumber();
   const auto global = GlobalIfThere();
-  if (global == nullptr) {
-    content.Index().Reach(highest, [](double) { return true; });
-    return true;
-  }
+  if (global == nullptr) return content.Index().Reach(highest, [](double) { return true; });
   bool isShown = false;
-  content.Index().Reach(highest, [&](double done) {
+  const bool isUpToDate = content.Index().Reach(highest, [&](double done) {
     if (!isShown && done < 1) {
       global->Report(report::kProgress, "0/100:Index " + name_, nullptr);
       global->SetProgressVisible(true);
@@ -119,7 +116,7 @@ bool Archive::UpdateIndex() {
     global->SetProgressVisible(false);
     global->Report(report::kProgress, "", nullptr);
   }
-  return !global->Cancelled();
+  return isUpToDate;
 }
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::ItemsOf(const std::vector<std::int64_t>& numbers) {

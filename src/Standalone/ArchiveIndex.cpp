@@ -69,12 +69,13 @@ ArchiveIndex::ArchiveIndex(ArchiveStore& store, ArchiveFiles& files)
       insertBody_(store.Database(), "INSERT INTO bodies (rowid, body) VALUES (?, ?)"),
       reached_(store.State(kReached)) {}
 
-void ArchiveIndex::Reach(std::int64_t number, const std::function<bool(double)>& goOn) {
+bool ArchiveIndex::Reach(std::int64_t number, const std::function<bool(double)>& goOn) {
   const auto toDo = static_cast<double>(number - reached_);
   while (reached_ < number) {
     Step(number);
-    if (!goOn(1 - static_cast<double>(number - reached_) / toDo)) return;
+    if (!goOn(1 - static_cast<double>(number - reached_) / toDo)) break;
   }
+  return reached_ >= number;
 }
 
 // Takes up some of the items up to the number.

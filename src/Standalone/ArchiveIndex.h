@@ -20,8 +20,9 @@ class ArchiveIndex {
   ArchiveIndex(ArchiveStore& store, ArchiveFiles& files);
 
   // Takes up the items up to a number that aren't in the index yet. `goOn` hears every so often how much of
-  // that is done, from 0 to 1, and may end it there with false; the next call continues.
-  void Reach(std::int64_t number, const std::function<bool(double)>& goOn);
+  // that is done, from 0 to 1, and may end it there with false; the next call continues. Tells whether the
+  // index reaches that far.
+  bool Reach(std::int64_t number, const std::function<bool(double)>& goOn);
   // Follows a change of an item's fields, or its removal.
   void Update(std::int64_t number, const ItemRecord& record);
   void Remove(std::int64_t number);

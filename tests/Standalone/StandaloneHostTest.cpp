@@ -453,6 +453,8 @@ TEST_F(StandaloneHostTest, FirstSearchThatIsCancelledIsContinuedByTheNext) {
   observer_.lines.clear();
   EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails});
   EXPECT_THAT(observer_.lines, IsEmpty());
+  host_->Global().CancelFlag() = true;
+  EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails}) << "there is nothing left to cancel";
 }
 
 // --- Topics
