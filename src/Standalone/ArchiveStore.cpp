@@ -62,14 +62,18 @@ void RefuseOtherFormat(SqliteDatabase& database, std::string_view path) {
 
 SqliteDatabase Opened(std::string_view path) {
   SqliteDatabase database(path, kLockTimeout);
+  // Before the first read, so that SQLite needs no memory shared with other programs: some file systems have
+  // none.
+  database.Execute("PRAGMA locking_mode = EXCLUSIVE");
   RefuseOtherFormat(database, path);
+  // The log grows to about 16 MB, and as much is held of the database: an import writes the same pages again
+  // and again.
   database.Execute(
-      "PRAGMA locking_mode = EXCLUSIVE;"
       "PRAGMA journal_mode = WAL;"
       "PRAGMA synchronous = FULL;"
       "PRAGMA journal_size_limit = 16777216;"
-      "PRAGMA cache_size = -16384;"
-      "PRAGMA wal_autocheckpoint = 4000;");
+      "PRAGMA wal_autocheckpoint = 4000;"
+      "PRAGMA cache_size = -16384;");
   SqliteTransaction transaction(database);
   database.Execute(kSchema);
   database.Execute("PRAGMA user_version = " + std::to_string(kFormat));

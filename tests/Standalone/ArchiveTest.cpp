@@ -497,6 +497,13 @@ TEST_F(ArchiveTest, AnArchiveThatIsOpenElsewhereIsRefused) {
   EXPECT_FALSE(other.IsOpen());
 }
 
+TEST_F(ArchiveTest, AnArchiveThatIsOpenAgainIsAsMuchThisProgramsAlone) {
+  Reopen();
+  EXPECT_FALSE(folder_.Exists("archive/archive.sqlite-shm")) << "memory shared with other programs";
+  Archive other{std::weak_ptr<StandaloneGlobal>()};
+  EXPECT_THROW(other.Open(folder_.Path("archive")), Failure);
+}
+
 TEST_F(ArchiveTest, ADamagedDatabaseIsRefusedByName) {
   folder_.Write("broken/archive.sqlite", std::string(8192, 'x'));
   Archive other{std::weak_ptr<StandaloneGlobal>()};
@@ -509,7 +516,7 @@ TEST_F(ArchiveTest, AnArchiveOfAnotherFormatIsRefusedAsItIs) {
   const auto execute = [&](const std::string& sql) {
     SqliteDatabase(folder_.Path("archive\\archive.sqlite"), 0).Execute(sql);
   };
-  for (const std::string format : {"1", "3"}) {
+  for (const std::string format : {"0", "1", "3"}) {
     execute("PRAGMA journal_mode = DELETE; PRAGMA user_version = " + format);
     const std::string before = folder_.Read("archive/archive.sqlite");
     try {
