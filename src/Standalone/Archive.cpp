@@ -11,6 +11,39 @@
 
 namespace vorlent {
 
+namespace {
+
+// The host's progress display while an index is made. One that is made at a stroke shows none.
+class IndexProgress {
+ public:
+  IndexProgress(StandaloneGlobal* global, std::string_view archive) : global_(global), archive_(archive) {}
+  ~IndexProgress() {
+    if (!isShown_) return;
+    global_->SetProgressVisible(false);
+    Swallow([&] { global_->Report(report::kProgress, "", nullptr); });
+  }
+  IndexProgress(const IndexProgress&) = delete;
+  IndexProgress& operator=(const IndexProgress&) = delete;
+
+  // `done` goes from 0 to 1.
+  void Show(double done) {
+    if (global_ == nullptr || (!isShown_ && done == 1)) return;
+    if (!isShown_) {
+      isShown_ = true;
+      global_->Report(report::kProgress, "0/100:Index " + archive_, nullptr);
+      global_->SetProgressVisible(true);
+    }
+    global_->Report(report::kProgress, NumberText(done * 100), nullptr);
+  }
+
+ private:
+  StandaloneGlobal* global_;
+  std::string archive_;
+  bool isShown_ = false;
+};
+
+}  // namespace
+
 Archive::~Archive() {
   Swallow([&] { Close(); });
 }
@@ -99,24 +132,12 @@ std::vector<std::shared_ptr<ArchiveItem>> Archive::Search(std::string_view words
 
 bool Archive::UpdateIndex() {
   ArchiveContent& content = Opened();
-  const std::int64_t highest = content.Store().HighestNumber();
   const auto global = GlobalIfThere();
-  if (global == nullptr) return content.Index().Reach(highest, [](double) { return true; });
-  bool isShown = false;
-  const bool isUpToDate = content.Index().Reach(highest, [&](double done) {
-    if (!isShown && done < 1) {
-      global->Report(report::kProgress, "0/100:Index " + name_, nullptr);
-      global->SetProgressVisible(true);
-      isShown = true;
-    }
-    if (isShown) global->Report(report::kProgress, NumberText(done * 100), nullptr);
-    return !global->Cancelled();
+  IndexProgress progress(global.get(), name_);
+  return content.Index().Reach(content.Store().HighestNumber(), [&](double done) {
+    progress.Show(done);
+    return global == nullptr || !global->Cancelled();
   });
-  if (isShown) {
-    global->SetProgressVisible(false);
-    global->Report(report::kProgress, "", nullptr);
-  }
-  return isUpToDate;
 }
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::ItemsOf(const std::vector<std::int64_t>& numbers) {

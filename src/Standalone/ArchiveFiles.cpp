@@ -77,6 +77,7 @@ void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_
   if (move) {
     // The bytes must be safe before their new name is.
     if (!deferred_) os::File::Open(source, os::File::Mode::Read).Sync();
+    // The item's number makes the name the only one of its kind.
     if (os::RenameToNewName(source, target)) {
       if (!deferred_) os::SyncFolder(FolderOf(folderNumber));
       return;

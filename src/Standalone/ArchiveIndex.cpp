@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kReached = "indexed";
 
-// Items that one transaction takes up at most, so that the log of an import of any size stays small.
+// Items that one transaction takes up at most: the database's log stays small, and the user sees it go on.
 constexpr std::int64_t kItemsPerStep = 2048;
 
 // What a person looks for stands at the beginning of a mail, and an index of all would take very long.

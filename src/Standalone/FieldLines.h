@@ -8,8 +8,8 @@
 
 namespace vorlent {
 
-// Adds the line "key=value" to `lines`. Every key and value comes back byte for byte: a line end in either, a
-// backslash, and a "=" in the key are written with a backslash in front.
+// Adds the line "key=value" to `lines`. Every key and value comes back byte for byte: a backslash, and a "="
+// in the key, get a backslash in front, and a line feed becomes "\n".
 void AppendFieldLine(std::string& lines, std::string_view key, std::string_view value);
 
 // Adds the fields of the lines to a record that has none of them.

@@ -24,6 +24,7 @@ from program_case import INBOX, LOCAL, ProgramCase, file_size_limit
 
 SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+) \+ expunged (\d+) \+ failed (\d+)$", re.M)
 BAR = re.compile(rb"\[#* *\] +\d+\.\d %  \d+ mails/s  \d+:\d\d left  ")
+INDEX_BAR = re.compile(rb"\[#* *\] +\d+\.\d %  .*Index ")
 ATTACHMENT = bytes(range(256)) * 20
 
 
@@ -308,7 +309,8 @@ class ImportFaults(ProgramCase):
             if code != 0 and account[1] < count:
                 return code, shown, account
 
-    def run_on_terminal(self, *arguments):
+    def run_on_terminal(self, *arguments, bar=BAR):
+        """Runs the program on a terminal and presses Ctrl-C at the sight of its bar."""
         child, terminal = pty.fork()
         if child == 0:
             os.chdir(self.work)
@@ -318,7 +320,7 @@ class ImportFaults(ProgramCase):
         with contextlib.suppress(OSError):  # the terminal's end
             while block := os.read(terminal, 65536):
                 shown += block
-                if not pressed and BAR.search(shown):
+                if not pressed and bar.search(shown):
                     pressed = True
                     os.write(terminal, b"\x03")
         os.close(terminal)
@@ -337,6 +339,17 @@ class ImportFaults(ProgramCase):
         self.assertEqual(self.marked(), [])
         self.assertEqual(self.archived(), list(range(imported)))
         code, out, _ = self.run_program("search", str(self.archive), "Hallo", "mail", "0", "--json", sample=False)
+        self.assertEqual((code, len(out.splitlines())), (0, 1))
+
+    def test_interrupted_first_search_is_continued_by_the_next(self):
+        for _ in self.starting_with_more_mails(10000, self.archive):
+            self.assertEqual(self.run_program(*self.importing(move=False))[0], 0)
+            search = "search", str(self.archive), "Hallo", "mail", "0", "--json"
+            code, shown = self.run_on_terminal(*search, bar=INDEX_BAR)
+            if code != 0:
+                break
+        self.assertEqual(code, 130, shown[-500:])
+        code, out, _ = self.run_program(*search, sample=False)
         self.assertEqual((code, len(out.splitlines())), (0, 1))
 
     def test_interrupted_stream_tells_what_was_delivered(self):

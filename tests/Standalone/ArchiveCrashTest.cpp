@@ -185,11 +185,16 @@ class ArchiveCrashTest : public ::testing::Test {
     archive->Open(folder_.Path("archive"));
     EXPECT_EQ(archive->ItemCount(), kMails);
     EXPECT_TRUE(archive->IncompleteItems().empty());
-    for (int mail = 0; mail < kMails; ++mail) {
-      EXPECT_EQ(archive->Search("Betreff" + std::to_string(mail)).size(), 1u);
-      EXPECT_EQ(archive->Search("inhalt" + std::to_string(mail) + "File").size(), 1u);
-    }
+    ExpectFound(*archive);
     archive->Close();
+  }
+
+  // Each mail once by what it shows and by what it says.
+  void ExpectFound(Archive& archive) {
+    for (int mail = 0; mail < kMails; ++mail) {
+      EXPECT_EQ(archive.Search("Betreff" + std::to_string(mail)).size(), 1u);
+      EXPECT_EQ(archive.Search("inhalt" + std::to_string(mail) + "File").size(), 1u);
+    }
   }
 
   void ExpectArchiveSurvived() {
@@ -261,6 +266,51 @@ TEST_F(ArchiveCrashTest, PuttingInOrderCanBeInterruptedToo) {
     if (!WIFSIGNALED(status)) break;
   }
   ExpectArchiveSurvived();
+}
+
+TEST_F(ArchiveCrashTest, FirstSearchMayDieAnywhereAndTheNextFindsAll) {
+  long operation = 0;
+  for (;; ++operation) {
+    SCOPED_TRACE("killed before operation " + std::to_string(operation));
+    Prepare();
+    Import(*OpenArchive());
+    const pid_t child = fork();
+    if (child == 0) {
+      const ArchivePtr archive = OpenArchive();
+      BeginDiskTrouble(operation, DiskTrouble::Death);
+      Swallow([&] { archive->Search("Betreff0"); });
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    const ArchivePtr archive = OpenArchive();
+    ExpectFound(*archive);
+    archive->Close();
+    ExpectConsistent();
+    if (!WIFSIGNALED(status)) break;
+  }
+  EXPECT_GT(operation, 0);
+}
+
+TEST_F(ArchiveCrashTest, FirstSearchOnAFullDiskTellsItAndTheNextFindsAll) {
+  long operation = 0;
+  for (;; ++operation) {
+    SCOPED_TRACE("no space at operation " + std::to_string(operation));
+    Prepare();
+    Import(*OpenArchive());
+    const ArchivePtr archive = OpenArchive();
+    BeginDiskTrouble(operation, DiskTrouble::FullOnce);
+    const int number = SwallowedNumber([&] { archive->Search("Betreff0"); });
+    if (!EndDiskTrouble()) break;
+    // No space to sync to is an error of the device in SQLite's eyes.
+    EXPECT_TRUE(number == static_cast<int>(ErrorNumber::DiskFull) ||
+                number == static_cast<int>(ErrorNumber::DeviceIo))
+        << number;
+    ExpectFound(*archive);
+    archive->Close();
+    ExpectConsistent();
+  }
+  EXPECT_GT(operation, 0);
 }
 
 TEST_F(ArchiveCrashTest, ACrashInPortionsLosesNoMailThatTheMailboxKeeps) {
