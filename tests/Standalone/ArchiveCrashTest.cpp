@@ -16,9 +16,9 @@
 #include "Common/StdModul.h"
 #include "Platform/Failure.h"
 #include "Standalone/Archive.h"
-#include "Standalone/DiskOperations.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/Sqlite.h"
+#include "Support/DiskOperations.h"
 
 namespace vorlent {
 namespace {
@@ -103,7 +103,7 @@ class ArchiveCrashTest : public ::testing::Test {
   bool RunAndKillAt(long operation) {
     const pid_t child = fork();
     if (child == 0) {
-      BeginDiskTrouble(operation, DiskTrouble::Death);
+      const DiskFault death({kChangingTheDisk, operation, DiskTrouble::Death});
       Swallow([&] { Import(*OpenArchive()); });
       _exit(0);
     }
@@ -257,7 +257,7 @@ TEST_F(ArchiveCrashTest, PuttingInOrderCanBeInterruptedToo) {
   for (long operation = 0;; ++operation) {
     const pid_t child = fork();
     if (child == 0) {
-      BeginDiskTrouble(operation, DiskTrouble::Death);
+      const DiskFault death({kChangingTheDisk, operation, DiskTrouble::Death});
       Swallow([&] { OpenArchive()->Close(); });
       _exit(0);
     }
@@ -277,7 +277,7 @@ TEST_F(ArchiveCrashTest, FirstSearchMayDieAnywhereAndTheNextFindsAll) {
     const pid_t child = fork();
     if (child == 0) {
       const ArchivePtr archive = OpenArchive();
-      BeginDiskTrouble(operation, DiskTrouble::Death);
+      const DiskFault death({kChangingTheDisk, operation, DiskTrouble::Death});
       Swallow([&] { archive->Search("Betreff0"); });
       _exit(0);
     }
@@ -299,9 +299,12 @@ TEST_F(ArchiveCrashTest, FirstSearchOnAFullDiskTellsItAndTheNextFindsAll) {
     Prepare();
     Import(*OpenArchive());
     const ArchivePtr archive = OpenArchive();
-    BeginDiskTrouble(operation, DiskTrouble::FullOnce);
-    const int number = SwallowedNumber([&] { archive->Search("Betreff0"); });
-    if (!EndDiskTrouble()) break;
+    int number = 0;
+    {
+      const DiskFault full({kTakingSpace, operation, DiskTrouble::Once, ENOSPC});
+      number = SwallowedNumber([&] { archive->Search("Betreff0"); });
+      if (!full.WasReached()) break;
+    }
     // No space to sync to is an error of the device in SQLite's eyes.
     EXPECT_TRUE(number == static_cast<int>(ErrorNumber::DiskFull) ||
                 number == static_cast<int>(ErrorNumber::DeviceIo))
@@ -319,7 +322,7 @@ TEST_F(ArchiveCrashTest, ACrashInPortionsLosesNoMailThatTheMailboxKeeps) {
     Prepare();
     const pid_t child = fork();
     if (child == 0) {
-      BeginDiskTrouble(operation, DiskTrouble::Death);
+      const DiskFault death({kChangingTheDisk, operation, DiskTrouble::Death});
       Swallow([&] {
         const ArchivePtr archive = OpenArchive();
         Archive::Portions portions(*archive);

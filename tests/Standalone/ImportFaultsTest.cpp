@@ -8,15 +8,16 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/Failure.h"
 #include "Standalone/Archive.h"
-#include "Standalone/DiskOperations.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/StandaloneHost.h"
+#include "Support/DiskOperations.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 
@@ -180,7 +181,7 @@ TEST_F(ImportFaultsTest, DeathAtAnyOperationLosesNoMail) {
     Prepare();
     const pid_t child = fork();
     if (child == 0) {
-      BeginDiskTrouble(operation, DiskTrouble::Death);
+      const DiskFault death({kChangingTheDisk, operation, DiskTrouble::Death});
       Import();
       _exit(0);
     }
@@ -195,15 +196,21 @@ TEST_F(ImportFaultsTest, DeathAtAnyOperationLosesNoMail) {
   EXPECT_GT(operation, 30);
 }
 
-class FullDiskTest : public ImportFaultsTest, public testing::WithParamInterface<DiskTrouble> {};
+class FullDiskTest : public ImportFaultsTest, public testing::WithParamInterface<DiskTrouble> {
+ protected:
+  // The import's failure, and whether it came to that operation.
+  std::pair<std::string, bool> ImportOnFullDisk(long operation) {
+    const DiskFault full({kTakingSpace, operation, GetParam(), ENOSPC});
+    std::string failure = Import();
+    return {std::move(failure), full.WasReached()};
+  }
+};
 
 TEST_P(FullDiskTest, AtAnyOperationIsToldAndLosesNoMail) {
   for (long operation = 0;; ++operation) {
     SCOPED_TRACE("full at operation " + std::to_string(operation));
     Prepare();
-    BeginDiskTrouble(operation, GetParam());
-    const std::string failure = Import();
-    const bool reached = EndDiskTrouble();
+    const auto [failure, reached] = ImportOnFullDisk(operation);
     const MailAccount account = ImportRun::LastAccount();
     if (!failure.empty()) ExpectErrorIsTold(failure, account);
     for (const MailAccount::Failed& failed : account.failed) {
@@ -222,7 +229,7 @@ TEST_P(FullDiskTest, AtAnyOperationIsToldAndLosesNoMail) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OnceOrFromThenOn, FullDiskTest,
-                         testing::Values(DiskTrouble::FullOnce, DiskTrouble::FullFromHere));
+                         testing::Values(DiskTrouble::Once, DiskTrouble::FromHere));
 
 }  // namespace
 }  // namespace vorlent
