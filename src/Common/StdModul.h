@@ -159,8 +159,12 @@ std::string GetFileAttrText(std::string_view p);
 // Creates every folder of `p`.
 void MakePath(std::string_view p);
 
-// Deletes a file, read-only or not; with "*" or "?" all files that match.
+// Deletes a file, read-only or not; with "*" or "?" all files that match. For texts that may be a pattern by
+// intent: a mailbox or an attachment may be called so, and others would go with it.
 void KillFile(std::string_view p);
+
+// Deletes a file of just that name, read-only or not. For names that come from the disk or from a mail.
+void RemoveExactFile(std::string_view p);
 
 // Removes all subfolders of `p`, its files if `files`, itself if `self`.
 void DeleteFolder(std::string_view p, bool files, bool self);

@@ -11,15 +11,6 @@ namespace {
 constexpr int kPlainFiles = os::kReadOnly | os::kHidden | os::kSystem | os::kArchive;
 constexpr int kAllEntries = kPlainFiles | os::kDirectory;
 
-void RemoveOneFile(std::string_view p) {
-  // The common case, with one look at the file.
-  if (os::TryRemovePlainFile(p)) return;
-  const std::int32_t attributes = GetFileAttr(p);
-  if (attributes < 0) return;
-  if (attributes != os::kArchive) Swallow([&] { os::WriteAttributes(p, 0); });
-  Swallow([&] { os::RemoveFile(p); });
-}
-
 // Removes a subfolder with all that it holds. Of a link only the link goes: what it leads to is none of the
 // folder's.
 void RemoveSubfolder(const std::string& p, std::int32_t attributes) {
@@ -83,19 +74,28 @@ void MakePath(std::string_view p) {
   }
 }
 
+void RemoveExactFile(std::string_view p) {
+  // The common case, with one look at the file.
+  if (os::TryRemovePlainFile(p)) return;
+  const std::int32_t attributes = GetFileAttr(p);
+  if (attributes < 0) return;
+  if (attributes != os::kArchive) Swallow([&] { os::WriteAttributes(p, 0); });
+  Swallow([&] { os::RemoveFile(p); });
+}
+
 void KillFile(std::string_view p) {
   // A system may allow these characters in names, and then an entry of just that name is the one that is
   // meant.
   const bool isPattern = p.find_first_of("*?") != std::string_view::npos && GetFileAttr(p) < 0;
   if (!isPattern) {
-    RemoveOneFile(p);
+    RemoveExactFile(p);
     return;
   }
   const std::string folder = GetPath(p);
   KeyedList<std::string> files;
   ListFolder(folder.empty() ? ".\\" : folder, &files, nullptr, GetFileName(p));
   for (const std::string& name : files)
-    RemoveOneFile(folder + name);
+    RemoveExactFile(folder + name);
 }
 
 void DeleteFolder(std::string_view p, bool files, bool self) {
@@ -116,7 +116,7 @@ void DeleteFolder(std::string_view p, bool files, bool self) {
     RemoveSubfolder(folder + name, attributes);
   if (files) {
     for (const std::string& name : fileNames)
-      KillFile(folder + name);
+      RemoveExactFile(folder + name);
   }
   if (self) {
     const std::string bare = RemovePathSep(p);
@@ -127,7 +127,7 @@ void DeleteFolder(std::string_view p, bool files, bool self) {
 
 void MoveFile(std::string_view target, std::string_view source) {
   if (EqualNoCase(target, source) || !FileExists(source)) return;
-  KillFile(target);
+  RemoveExactFile(target);
   MakePath(GetPath(target));
   int attributes = 0;
   const bool areAttributesKnown = Swallow([&] { attributes = os::ReadAttributes(source); });
@@ -136,7 +136,7 @@ void MoveFile(std::string_view target, std::string_view source) {
     if (!Swallow([&] { os::Rename(source, target); }) || !areAttributesKnown) return;
   } else {
     if (!Swallow([&] { os::Copy(source, target); })) return;
-    KillFile(source);
+    RemoveExactFile(source);
   }
   // The date goes first, since a read-only file refuses it.
   SetFileDate(target, date);

@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+
 #include "Platform/Failure.h"
 #include "Support/RecordingPlatform.h"
 
@@ -187,6 +190,21 @@ TEST_F(ShowFileDialogTest, EveryFailureIsPassedOver) {
   };
   EXPECT_EQ(Show(folder, "", 0), "");
   EXPECT_EQ(platform_->CountOf("SetCurrentFolder"), 2);
+}
+
+// The current folder may be one that was removed.
+class PlatformWithoutCurrentFolder : public RecordingPlatform {
+ public:
+  std::string CurrentFolder() override { throw Failure(ErrorNumber::PathNotFound, "no current folder"); }
+};
+
+TEST(FileDialogWithoutCurrentFolderTest, ComesWithItsChoiceNevertheless) {
+  const auto platform = std::make_shared<PlatformWithoutCurrentFolder>();
+  const ScopedPlatform installed(platform);
+  platform->fileDialogAnswers.push_back(RecordingPlatform::Chosen("C:\\x\\a.txt"));
+  std::string folder;
+  EXPECT_EQ(ShowOpenDialog(0, "Titel", folder, "", "#txt", ""), "C:\\x\\a.txt");
+  EXPECT_EQ(platform->fileDialogRequests.front().initialFolder, "");
 }
 
 }  // namespace

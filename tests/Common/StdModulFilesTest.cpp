@@ -11,6 +11,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Support/AsOrdinaryUser.h"
+#include "Support/DiskOperations.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
@@ -190,6 +191,47 @@ TEST_F(StdModulFilesTest, NameThatHoldsAPatternIsItself) {
   EXPECT_THAT(Tree(), ElementsAre("Wass"));
 }
 
+TEST_F(StdModulFilesTest, ExactRemovalKnowsNoPatterns) {
+  for (const char* name : {"Wass.msf", "Wasn.msf", "Was*.msf", "locked"})
+    folder_.Write(name, "");
+  Permit("locked", 0444);
+  folder_.MakeFolder("folder");
+  RemoveExactFile(folder_.Path("Was?.msf"));
+  RemoveExactFile(folder_.Path("*"));
+  RemoveExactFile(folder_.Path("folder"));
+  RemoveExactFile("");
+  EXPECT_THAT(Tree(), ElementsAre("Was*.msf", "Wasn.msf", "Wass.msf", "folder/", "locked"));
+  RemoveExactFile(folder_.Path("Was*.msf"));
+  RemoveExactFile(folder_.Path("LOCKED"));
+  EXPECT_THAT(Tree(), ElementsAre("Wasn.msf", "Wass.msf", "folder/"));
+}
+
+TEST_F(StdModulFilesTest, FileThatCannotBeMadeWritableStays) {
+  folder_.Write("locked", "");
+  Permit("locked", 0444);
+  {
+    const DiskFault fault({.calls = DiskCall::SetMode, .error = EPERM});
+    RemoveExactFile(folder_.Path("locked"));
+    EXPECT_TRUE(fault.WasReached());
+  }
+  EXPECT_THAT(Tree(), ElementsAre("locked"));
+}
+
+TEST_F(StdModulFilesTest, LinkThatCannotGoKeepsNothingElse) {
+  folder_.MakeFolder("elsewhere");
+  folder_.Write("top/file", "");
+  folder_.MakeFolder("top/sub");
+  fs::create_directory_symlink(folder_.Native("elsewhere"), folder_.Native("top/link"));
+  {
+    const DiskFault fault({.calls = DiskCall::Remove, .error = EPERM, .pathEnd = "/link"});
+    DeleteFolder(folder_.Path("top"), true, false);
+    EXPECT_TRUE(fault.WasReached());
+  }
+  EXPECT_TRUE(fs::is_symlink(folder_.Native("top/link")));
+  EXPECT_FALSE(folder_.Exists("top/sub"));
+  EXPECT_FALSE(folder_.Exists("top/file"));
+}
+
 TEST_F(StdModulFilesTest, DeleteFolderTakesSubfoldersWhateverTheFlags) {
   const auto build = [&] {
     for (const char* name : {"top/file", "top/.hidden", "top/sub/file", "top/sub/deep/file"})
@@ -301,6 +343,23 @@ TEST_F(StdModulFilesTest, ListFolderOfNothingClearsTheLists) {
     ListFolder(path, &files, &folders, "*.*");
     EXPECT_TRUE(files.IsEmpty() && folders.IsEmpty()) << path;
   }
+}
+
+TEST_F(StdModulFilesTest, FolderThatCannotBeReadHasNoEntries) {
+  folder_.Write("file", "");
+  const DiskFault fault({.calls = DiskCall::List, .trouble = DiskTrouble::FromHere, .error = EACCES});
+  EXPECT_EQ(FirstFolderEntry(folder_.Path()), "");
+  EXPECT_TRUE(fault.WasReached());
+}
+
+TEST_F(StdModulFilesTest, ListsOfAFolderThatCannotBeReadAreEmpty) {
+  folder_.Write("file", "");
+  KeyedList<std::string> files;
+  files.Add("left over");
+  const DiskFault fault({.calls = DiskCall::List, .trouble = DiskTrouble::FromHere, .error = EIO});
+  ListFolder(folder_.Path(), &files, nullptr, "*.*");
+  EXPECT_TRUE(fault.WasReached());
+  EXPECT_TRUE(files.IsEmpty());
 }
 
 TEST_F(StdModulFilesTest, EntryWithoutAttributesCountsAsAFile) {
@@ -421,6 +480,36 @@ TEST_F(MoveFileTest, FailedMoveLeavesTheSource) {
     EXPECT_THAT(Tree(), ElementsAre("source", "taken/", "taken/file"));
     EXPECT_EQ(folder_.Read("source"), "abc");
   }
+}
+
+TEST_F(MoveFileTest, TargetNamedLikeAPatternTakesNoOther) {
+  folder_.Write("saved1", "");
+  MoveFile(folder_.Path("saved?"), folder_.Path("source"));
+  EXPECT_THAT(Tree(), ElementsAre("saved1", "saved?"));
+}
+
+TEST_F(MoveFileTest, SourceThatCannotBeLookedAtAnyMoreStays) {
+  {
+    // The first look finds it.
+    const DiskFault fault(
+        {.calls = DiskCall::Status, .number = 1, .trouble = DiskTrouble::FromHere, .pathEnd = "/source"});
+    MoveFile(folder_.Path("target"), folder_.Path("source"));
+    EXPECT_TRUE(fault.WasReached());
+  }
+  EXPECT_THAT(Tree(), ElementsAre("source"));
+}
+
+TEST_F(MoveFileTest, CopyThatCannotBeMadeReadOnlyIsMovedNevertheless) {
+  const std::string target = ByOtherDrive("target");
+  Permit("source", 0444);
+  {
+    const DiskFault fault(
+        {.calls = DiskCall::SetMode, .trouble = DiskTrouble::FromHere, .error = EPERM, .pathEnd = "/target"});
+    MoveFile(target, folder_.Path("source"));
+    EXPECT_TRUE(fault.WasReached());
+  }
+  EXPECT_THAT(Tree(), ElementsAre("target"));
+  EXPECT_EQ(folder_.Read("target"), "abc");
 }
 
 TEST_F(MoveFileTest, FailedCopyHasDeletedTheTargetAlready) {

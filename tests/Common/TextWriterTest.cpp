@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Platform/Failure.h"
+#include "Support/DiskOperations.h"
 #include "Support/ScopedSizeLimit.h"
 #include "Support/TemporaryFolder.h"
 
@@ -172,6 +173,21 @@ TEST_F(TextWriterTest, FailedWriteIsRemembered) {
     torn = Open();
     EXPECT_FALSE(torn.HasFailed());
   }
+}
+
+TEST_F(TextWriterTest, WriterThatCannotBeClosedTakesAnotherFileNevertheless) {
+  TextWriter writer = Open();
+  writer.WriteLine("lost");
+  {
+    const DiskFault full({.calls = DiskCall::Write, .error = ENOSPC, .pathEnd = "/file"});
+    writer = TextWriter(folder_.Path("other"), Mode::Create);
+    EXPECT_TRUE(full.WasReached());
+  }
+  EXPECT_FALSE(writer.HasFailed());
+  writer.WriteLine("kept");
+  writer.Close();
+  EXPECT_EQ(Written(), "");
+  EXPECT_EQ(folder_.Read("other"), "kept\r\n");
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ void BringOut(MailConnector& connector, const StandaloneItemPtr& item, const std
   }
   const std::filesystem::path target = folder / os::ToNativeName(GetFileName(file));
   os::Copy(file, os::ToWindowsPath(target.string()));
-  KillFile(file);
+  RemoveExactFile(file);
   std::puts(target.c_str());
 }
 

@@ -221,7 +221,7 @@ void StdMail::AddTempfile(std::string_view file) {
 
 void StdMail::DeleteLastTempfiles() {
   for (const std::string& file : tempfiles_)
-    KillFile(file);
+    RemoveExactFile(file);
   tempfiles_.clear();
 }
 

@@ -84,7 +84,7 @@ bool StdMail::DeleteMail(std::int32_t offset) {
   bool isMarked = false;
   Swallow([&] { isMarked = MarkMail(mailbox); });
   Swallow([&] { mailbox.Close(); });
-  KillFile(mailboxFile_ + std::string(kSummary));
+  RemoveExactFile(mailboxFile_ + std::string(kSummary));
   return isMarked;
 }
 

@@ -276,7 +276,7 @@ void StdMail::HeaderReader::EndPartHeader() {
 
 void StdMail::HeaderReader::BeginAttachment() {
   const std::string path = TempPath("att" + std::to_string(Parts().Count()));
-  KillFile(path);
+  RemoveExactFile(path);
   mail_.AddTempfile(path);
   WriteStep([&] { attachmentFile_ = TextWriter(path, os::File::Mode::Create); });
   partHeader_.clear();

@@ -180,7 +180,7 @@ void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
 
 void StdMail::SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
                                  std::string_view dat) {
-  KillFile(file);
+  RemoveExactFile(file);
   pending_.Clear();
   stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
   stream_.Seek(MailPosition(offset));

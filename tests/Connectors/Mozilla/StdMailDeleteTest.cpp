@@ -292,5 +292,16 @@ TEST_F(StdMailDeleteTest, CancelLeavesAllAsItWasAndTheNextMailAsksAgain) {
   EXPECT_EQ(platform_->CountOf("ShowMessage"), 2);
 }
 
+TEST_F(StdMailDeleteTest, SummariesOfOthersStayWhereTheNameLooksLikeAPattern) {
+  for (const char* name : {"Was?", "Wass.msf", "Wasn.msf", "Was?.msf"})
+    folder_.Write(name, "");
+  mail_.SetMailboxFile(folder_.Path("Was?"));
+  mail_.DeleteMail(0);
+  EXPECT_FALSE(folder_.Exists("Was?.msf"));
+  mail_.DeleteMail(0);
+  EXPECT_TRUE(folder_.Exists("Wass.msf"));
+  EXPECT_TRUE(folder_.Exists("Wasn.msf"));
+}
+
 }  // namespace
 }  // namespace vorlent

@@ -348,5 +348,12 @@ TEST_F(StdMailStreamTest, RegisteredFilesAreDeletedOnce) {
   EXPECT_TRUE(folder_.Exists("a"));
 }
 
+TEST_F(StdMailStreamTest, TempfileNamedLikeAPatternTakesNoOtherAway) {
+  folder_.Write("att1", "");
+  mail_.AddTempfile(folder_.Path("att?"));
+  mail_.DeleteLastTempfiles();
+  EXPECT_TRUE(folder_.Exists("att1"));
+}
+
 }  // namespace
 }  // namespace vorlent
