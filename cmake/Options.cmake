@@ -10,9 +10,7 @@ target_compile_options(vorlent_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
   -Wnon-virtual-dtor -Woverloaded-virtual -Werror
   # GCC 12 takes optimised string code for overlapping copies (its bug 105651).
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-  # Lets the functions of the shared library call each other directly, and be inlined.
-  $<$<CONFIG:Release>:-fno-semantic-interposition>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_include_directories(vorlent_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
 
 if(VORLENT_SANITIZE)

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Host/Connector.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
@@ -17,11 +18,11 @@ struct ComponentClass {
 };
 
 // All public classes.
-std::span<const ComponentClass> ComponentClasses();
+VORLENT_PUBLIC std::span<const ComponentClass> ComponentClasses();
 
 // A new object of the class of that ProgID ("VorlentMozilla.Location_Thunderbird", "VorlentMozilla.Actions",
 // ...), found without regard to case; nothing if the component has no such class. A host must be installed
 // before: some classes ask for it when they are made, which raises ObjectNotSet without one.
-ObjectPtr CreateObject(std::string_view progId);
+VORLENT_PUBLIC ObjectPtr CreateObject(std::string_view progId);
 
 }  // namespace vorlent

@@ -11,6 +11,7 @@
 #include "Host/Item.h"
 #include "Host/Location.h"
 #include "Host/Tree.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
@@ -18,7 +19,7 @@ namespace vorlent {
 // the host's questions about them.
 //
 // Calling order: SetLocObject, InitLocation, OpenLocation; then anything; Disconnect and release at the end.
-class Connector : public Object {
+class VORLENT_PUBLIC Connector : public Object {
  public:
   // The Location that this is the connector of, nothing before SetLocObject.
   virtual LocationPtr LocObject() const = 0;
@@ -64,7 +65,7 @@ using ConnectorPtr = std::shared_ptr<Connector>;
 // 0 brings the file out, any other value asks for the path only.
 using GetFileOption = std::int32_t;
 
-class MailConnector : public Connector {
+class VORLENT_PUBLIC MailConnector : public Connector {
  public:
   // As OpenLocation.
   virtual LocationState Einlesen() = 0;
@@ -82,7 +83,7 @@ class MailConnector : public Connector {
   virtual std::string ExecuteAction(std::string_view cmd) = 0;
 };
 
-class BookmarkConnector : public Connector {
+class VORLENT_PUBLIC BookmarkConnector : public Connector {
  public:
   // Always "": a bookmark has no files.
   virtual std::string GetFile(const ItemPtr& itm, std::string_view key) = 0;
@@ -92,7 +93,7 @@ class BookmarkConnector : public Connector {
   virtual std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr& expr) = 0;
 };
 
-class CalendarConnector : public Connector {
+class VORLENT_PUBLIC CalendarConnector : public Connector {
  public:
   // Repeats a change that the host made to an item in the calendar's database. `msg` is the host's action
   // number.
@@ -106,7 +107,7 @@ class CalendarConnector : public Connector {
 };
 
 // The actions that the component adds to the host's menu.
-class ActionList : public Object {
+class VORLENT_PUBLIC ActionList : public Object {
  public:
   // One entry for each action: its name, "|", a flag word for the menu, "#", the caption.
   virtual KeyedList<std::string> GetActions() = 0;
@@ -115,7 +116,7 @@ class ActionList : public Object {
 };
 
 // A wizard control, driven by the host's wizard frame.
-class WizardControl : public Object {
+class VORLENT_PUBLIC WizardControl : public Object {
  public:
   // Number of the wizard's pages.
   virtual std::int16_t Pages() const = 0;

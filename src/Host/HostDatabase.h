@@ -6,11 +6,12 @@
 #include <string_view>
 
 #include "Host/Object.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
 // The rows of a query, walked forward. A query stands before its first row until MoveFirst.
-class HostRecordset : public Object {
+class VORLENT_PUBLIC HostRecordset : public Object {
  public:
   virtual std::int32_t RecordCount() = 0;
   virtual void MoveFirst() = 0;
@@ -27,7 +28,7 @@ class HostRecordset : public Object {
 using HostRecordsetPtr = std::shared_ptr<HostRecordset>;
 
 // A database connection of the host.
-class HostDatabase : public Object {
+class VORLENT_PUBLIC HostDatabase : public Object {
  public:
   // Opens by a connection text such as "Driver={SQLite3 ODBC Driver};Database=<path>;Timeout=<milliseconds>".
   // False if it can't be opened.

@@ -4,10 +4,11 @@
 #include <string_view>
 
 #include "Host/Object.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
-class HostDialogs : public Object {
+class VORLENT_PUBLIC HostDialogs : public Object {
  public:
   // Runs the wizard control of that ProgID in the host's frame and returns its parameter, "" if the user
   // cancelled.

@@ -6,11 +6,12 @@
 
 #include "Common/KeyedList.h"
 #include "Host/Location.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
 // A condition on items, such as "$type=mail".
-class Expression : public Object {
+class VORLENT_PUBLIC Expression : public Object {
  public:
   virtual std::string Text() const = 0;
 };
@@ -18,7 +19,7 @@ class Expression : public Object {
 using ExpressionPtr = std::shared_ptr<Expression>;
 
 // An enumeration of the items of a Location that meet a condition.
-class HostEnum : public Object {
+class VORLENT_PUBLIC HostEnum : public Object {
  public:
   // Binds the enumeration. May replace both references.
   virtual void Init(LocationPtr& location, ExpressionPtr& expression) = 0;

@@ -5,10 +5,11 @@
 #include <string_view>
 
 #include "Host/Object.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
-class HostError : public Object {
+class VORLENT_PUBLIC HostError : public Object {
  public:
   // Shows or logs an error and returns: the caller goes on behind the call. `kind` is 3 for a named thing
   // that doesn't exist; 1 and 2 come from the calendar connector for a database call that went well and one
@@ -20,7 +21,7 @@ class HostError : public Object {
   virtual bool Silent() const = 0;
 };
 
-class HostErrorFactory : public Object {
+class VORLENT_PUBLIC HostErrorFactory : public Object {
  public:
   // The object by which errors are reported.
   virtual std::shared_ptr<HostError> Error() = 0;

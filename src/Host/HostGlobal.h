@@ -9,6 +9,7 @@
 #include "Host/HostError.h"
 #include "Host/Location.h"
 #include "Host/Tree.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
@@ -26,7 +27,7 @@ inline constexpr std::int32_t kTreeImported = 45;    // last report of an import
 }  // namespace report
 
 // The host's main window.
-class HostMainWindow : public Object {
+class VORLENT_PUBLIC HostMainWindow : public Object {
  public:
   virtual TreePtr GetPaneTree(std::int32_t pane) = 0;
   // Puts a tree back and so refreshes the pane.
@@ -35,7 +36,7 @@ class HostMainWindow : public Object {
 };
 
 // The one global object of the host.
-class HostGlobal : public Object {
+class VORLENT_PUBLIC HostGlobal : public Object {
  public:
   // A host object by name, nothing if the host has none: "topics" is the Location of topics, any other name a
   // Location.

@@ -10,10 +10,11 @@
 #include "Host/Item.h"
 #include "Host/Location.h"
 #include "Host/Tree.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
-class HostObjects {
+class VORLENT_PUBLIC HostObjects {
  public:
   virtual ~HostObjects() = default;
 

@@ -6,11 +6,12 @@
 #include <string_view>
 
 #include "Host/Object.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
 // An item of the host: a mail, a bookmark, an event, a task, a place to browse, or a Location's parameters.
-class Item : public Object {
+class VORLENT_PUBLIC Item : public Object {
  public:
   // A new item comes with an ID of its own, which is the key in the connector's store.
   virtual std::string ID() const = 0;

@@ -7,6 +7,7 @@
 
 #include "Host/HostError.h"
 #include "Host/Item.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
@@ -14,7 +15,7 @@ namespace vorlent {
 enum class LocationState : std::int32_t { Read = 1, Unreadable = 3 };
 
 // A data source of the host.
-class Location : public Object {
+class VORLENT_PUBLIC Location : public Object {
  public:
   // Always given true, after an item was deleted.
   virtual void SetChanged(bool changed) = 0;
@@ -65,7 +66,7 @@ class Location : public Object {
 using LocationPtr = std::shared_ptr<Location>;
 
 // The connector of the host's Location of topics.
-class TopicsConnector : public Object {
+class VORLENT_PUBLIC TopicsConnector : public Object {
  public:
   // Whether the topics follow each single change.
   virtual void SetNotify(bool notify) = 0;

@@ -4,10 +4,11 @@
 #include <memory>
 
 #include "Platform/Failure.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
-class Object {
+class VORLENT_PUBLIC Object {
  public:
   Object() = default;
   Object(const Object&) = delete;

@@ -7,6 +7,7 @@
 
 #include "Common/KeyedList.h"
 #include "Host/Item.h"
+#include "Platform/Public.h"
 
 namespace vorlent {
 
@@ -14,7 +15,7 @@ class Tree;
 using TreePtr = std::shared_ptr<Tree>;
 
 // A node of the keyword tree; the root is the connector's tree.
-class Tree : public Object {
+class VORLENT_PUBLIC Tree : public Object {
  public:
   // The text that the node shows.
   virtual std::string Text() const = 0;

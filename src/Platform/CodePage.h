@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Public.h"
+
 namespace vorlent {
 
 namespace codepage {
@@ -75,30 +77,30 @@ constexpr std::string_view operator""_cp() {
 }
 
 // The text as UTF-8.
-std::string CodePageToUtf8(std::string_view text);
+VORLENT_PUBLIC std::string CodePageToUtf8(std::string_view text);
 
 // The text as code page; characters that the page doesn't hold, and bytes that are no UTF-8, become '?'.
-std::string Utf8ToCodePage(std::string_view text);
+VORLENT_PUBLIC std::string Utf8ToCodePage(std::string_view text);
 
 // As above, but nothing if a character is lost.
-std::optional<std::string> ExactUtf8ToCodePage(std::string_view text);
+VORLENT_PUBLIC std::optional<std::string> ExactUtf8ToCodePage(std::string_view text);
 
 // Whether all bytes are ASCII, which the page and UTF-8 write alike.
-bool IsAscii(std::string_view text);
+VORLENT_PUBLIC bool IsAscii(std::string_view text);
 
 // Whether the bytes are well-formed UTF-8 that holds at least one multi-byte character.
-bool IsMultiByteUtf8(std::string_view text);
+VORLENT_PUBLIC bool IsMultiByteUtf8(std::string_view text);
 
 // What a person should read: text that is multi-byte UTF-8 already stays, all else is taken as code page.
-std::string DisplayUtf8(std::string_view text);
+VORLENT_PUBLIC std::string DisplayUtf8(std::string_view text);
 
 // A copy in lower case.
-std::string LowerCase(std::string_view text);
+VORLENT_PUBLIC std::string LowerCase(std::string_view text);
 
 // Whether the two are equal without regard to letter case.
-bool EqualNoCase(std::string_view a, std::string_view b);
+VORLENT_PUBLIC bool EqualNoCase(std::string_view a, std::string_view b);
 
 // A hash that texts which are EqualNoCase share.
-std::size_t HashNoCase(std::string_view text);
+VORLENT_PUBLIC std::size_t HashNoCase(std::string_view text);
 
 }  // namespace vorlent

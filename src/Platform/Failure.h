@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "Platform/Public.h"
+
 namespace vorlent {
 
 // Error numbers of the runtime, as they stand in logs and reach the host.
@@ -29,7 +31,7 @@ enum class ErrorNumber : int {
 
 // A failed step: the runtime's error number and a text for people, which names the file where one is
 // concerned.
-class Failure : public std::runtime_error {
+class VORLENT_PUBLIC Failure : public std::runtime_error {
  public:
   Failure(ErrorNumber number, const std::string& text) : Failure(static_cast<int>(number), text) {}
   Failure(int number, const std::string& text) : std::runtime_error(text), number_(number) {}

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Public.h"
 #include "Platform/Time.h"
 
 namespace vorlent {
@@ -52,7 +53,7 @@ struct RegistryValue {
 inline constexpr int kNoRootDirectory = 1;
 
 // One instance is current. Paths are Windows paths, texts code page.
-class Platform {
+class VORLENT_PUBLIC Platform {
  public:
   virtual ~Platform() = default;
 
@@ -106,7 +107,7 @@ class Platform {
 namespace os {
 
 // A new instance of the operating system's own platform.
-std::shared_ptr<Platform> NewPlatform();
+VORLENT_PUBLIC std::shared_ptr<Platform> NewPlatform();
 
 }  // namespace os
 

@@ -79,7 +79,7 @@ ExitCode RunAction(const GlobalOptions& options, const Action& action) {
 int Main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   CLI::App app("Mails, bookmarks and calendars out of Mozilla profiles, and back.", "vorlent-mozilla");
-  app.set_version_flag("--version", "vorlent-mozilla 1.0");
+  app.set_version_flag("--version", "vorlent-mozilla " VORLENT_VERSION);
   app.require_subcommand(1);
   app.fallthrough();
   GlobalOptions options;
