@@ -21,6 +21,9 @@ constexpr std::int32_t kQuery = 2;
 constexpr std::int32_t kDone = 1;
 constexpr std::int32_t kFailed = 2;
 
+// The number that a database gives a statement that isn't valid.
+constexpr int kInvalidStatement = 1;
+
 void LogDatabase(std::string_view line) {
   HostObjects::Current().Global().Report(report::kDatabaseLog, line, nullptr);
 }
@@ -45,10 +48,22 @@ std::string LogValue(HostRecordset& row) {
   return created + ',' + modified + "*1";
 }
 
-// The first of an event's locations: a changed one leaves the old row in place.
+// Whether a text leaves the literal that it stands in open to the end of the statement.
+bool LeavesLiteralOpen(std::string_view text) {
+  return std::count(text.begin(), text.end(), '\'') % 2 == 1;
+}
+
+// The first of an event's locations: a changed one leaves the old row in place. An ID that spoils the query
+// fails as the query would; but where its quotes come in pairs the query would run, and ask for whatever
+// stands between them. Then there is no location.
 std::string ReadLocation(HostDatabase& db, const std::string& id) {
-  const HostRecordsetPtr rows =
-      db.Query("SELECT value FROM cal_properties WHERE item_id='" + id + "' AND key='LOCATION'", kQuery);
+  const CalendarSql query = CalendarSql::Of<CalendarSql::Form::ReadLocation>({id});
+  if (query.IsSpoiled()) {
+    if (LeavesLiteralOpen(id) || id.find('\0') != std::string::npos)
+      throw Failure(kInvalidStatement, "quote in an ID: " + query.Text());
+    return {};
+  }
+  const HostRecordsetPtr rows = db.Query(query.Text(), kQuery);
   if (rows->RecordCount() == 0) return {};
   rows->MoveFirst();
   return rows->Field("value");
@@ -229,12 +244,16 @@ bool Location_Sunbird::ConnectDatabase(HostDatabase& db) {
   return connected;
 }
 
-void Location_Sunbird::ExecuteSql(HostDatabase& db, const std::string& sql) {
+void Location_Sunbird::ExecuteSql(HostDatabase& db, const CalendarSql& sql) {
   bool done = false;
-  const std::string number = std::to_string(SwallowedNumber([&] { done = db.Execute(sql); }));
-  Swallow([&] { LogDatabase(number + "<-" + sql); });
-  Swallow(
-      [&] { HostLocation().ErrorFactory()->Error()->Raise(kDone, kProgId, done, sql + " -> " + number); });
+  const std::string number = std::to_string(SwallowedNumber([&] {
+    if (sql.IsSpoiled()) throw Failure(kInvalidStatement, "a value ends its place: " + sql.Text());
+    done = db.Execute(sql.Text());
+  }));
+  Swallow([&] { LogDatabase(number + "<-" + sql.Text()); });
+  Swallow([&] {
+    HostLocation().ErrorFactory()->Error()->Raise(kDone, kProgId, done, sql.Text() + " -> " + number);
+  });
 }
 
 }  // namespace vorlent

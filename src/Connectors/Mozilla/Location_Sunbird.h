@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "Connectors/Mozilla/CalendarSql.h"
 #include "Connectors/Mozilla/LocationFrame.h"
 #include "Host/HostDatabase.h"
 
@@ -13,7 +14,8 @@ namespace vorlent {
 // Events and tasks of "sunbird://<profile>/<calendar>" and "lightning://<profile>/<calendar>", read from the
 // storage.sdb of a profile; without a calendar all of the profile's, without a profile all of all profiles.
 // Changes that the host makes to its items are repeated in the calendar that was read last, statement by
-// statement and without a transaction. Every connection and every changing statement is logged.
+// statement and without a transaction. Every connection and every changing statement is logged, one that a
+// quote in a text has spoiled too: it fails without reaching the database.
 class Location_Sunbird final : public LocationFrame<CalendarConnector> {
  public:
   static constexpr std::string_view kProgId = "VorlentMozilla.Location_Sunbird";
@@ -48,7 +50,7 @@ class Location_Sunbird final : public LocationFrame<CalendarConnector> {
   std::string CalendarCondition() const;
 
   bool ConnectDatabase(HostDatabase& db);
-  void ExecuteSql(HostDatabase& db, const std::string& sql);
+  void ExecuteSql(HostDatabase& db, const CalendarSql& sql);
 
   using Action = void (Location_Sunbird::*)(HostDatabase& db, vorlent::Item& item, std::string_view value);
   static Action FindAction(std::string_view name);

@@ -4,18 +4,18 @@
 #include <utility>
 
 #include "Common/StdTime.h"
+#include "Connectors/Mozilla/CalendarSql.h"
 #include "Connectors/Mozilla/Location_Sunbird.h"
 
 namespace vorlent {
 
 namespace {
 
+using Form = CalendarSql::Form;
+
 // The numbers that the host's action names have here; those of all other actions are the host's own matter.
 constexpr std::int32_t kInsertAction = 37;
 constexpr std::int32_t kRemoveAction = 38;
-
-// The time zone that every inserted event gets, whatever the machine's zone.
-constexpr std::string_view kTimeZoneId = "/mozilla.org/20050126_1/Europe/Berlin";
 
 // Microseconds since 1970 in UTC of a local date text, as decimal text.
 std::string StoredTime(std::string_view date) {
@@ -26,17 +26,16 @@ std::string TableOf(const Item& item) {
   return item.Type() == "termin" ? "cal_events" : "cal_todos";
 }
 
-std::string RowDeletion(const std::string& table, const std::string& id) {
-  return "DELETE FROM " + table + " WHERE id='" + id + "';";
+CalendarSql ItemDeletion(const std::string& table, const Item& item) {
+  return CalendarSql::Of<Form::DeleteItem>({table, item.ID()});
 }
 
-std::string PropertiesDeletion(const std::string& id) {
-  return "DELETE FROM cal_properties WHERE item_id='" + id + "';";
+CalendarSql PropertiesDeletion(const Item& item) {
+  return CalendarSql::Of<Form::DeleteProperties>({item.ID()});
 }
 
-std::string LocationInsertion(const std::string& id, const std::string& location) {
-  return "INSERT INTO cal_properties (item_id,key,value) VALUES ('" + id + "','LOCATION','" + location +
-         "');";
+CalendarSql LocationInsertion(const Item& item, const std::string& location) {
+  return CalendarSql::Of<Form::InsertLocation>({item.ID(), location});
 }
 
 // The host has always been asked for the creation, too, although no column gets it.
@@ -55,8 +54,8 @@ bool Location_Sunbird::Withdraw(const ItemPtr& item) {
   const HostDatabasePtr db = HostObjects::Current().NewDatabase();
   const bool connected = ConnectDatabase(*db);
   if (connected) {
-    ExecuteSql(*db, RowDeletion(TableOf(*item), item->ID()));
-    ExecuteSql(*db, PropertiesDeletion(item->ID()));
+    ExecuteSql(*db, ItemDeletion(TableOf(*item), *item));
+    ExecuteSql(*db, PropertiesDeletion(*item));
     db->Close();
   }
   ItemStore().Remove(item->ID());
@@ -103,14 +102,14 @@ Location_Sunbird::Action Location_Sunbird::FindAction(std::string_view name) {
 
 void Location_Sunbird::ChangeText(HostDatabase& db, vorlent::Item& item, std::string_view) {
   Swallow([&] {
-    ExecuteSql(db, "UPDATE " + TableOf(item) + " SET title='" + item.Text() + "', last_modified=" +
-                       StoredTime(item.DateModified()) + " WHERE id='" + item.ID() + "';");
+    ExecuteSql(db, CalendarSql::Of<Form::ChangeTitle>(
+                       {TableOf(item), item.Text(), StoredTime(item.DateModified()), item.ID()}));
   });
 }
 
 void Location_Sunbird::ItemRemove(HostDatabase& db, vorlent::Item& item, std::string_view) {
-  Swallow([&] { ExecuteSql(db, PropertiesDeletion(item.ID())); });
-  Swallow([&] { ExecuteSql(db, RowDeletion(TableOf(item), item.ID())); });
+  Swallow([&] { ExecuteSql(db, PropertiesDeletion(item)); });
+  Swallow([&] { ExecuteSql(db, ItemDeletion(TableOf(item), item)); });
 }
 
 void Location_Sunbird::ItemInsert(HostDatabase& db, vorlent::Item& item, std::string_view) {
@@ -130,19 +129,15 @@ void Location_Sunbird::InsertEvent(HostDatabase& db, vorlent::Item& item) {
   Swallow([&] { end = StoredTime(item.DataText("DateEnd")); });
   Swallow([&] { modified = StoredTime(item.DateModified()); });
   ConvertCreation(item);
-  Swallow([&] { ExecuteSql(db, RowDeletion("cal_events", item.ID())); });
-  Swallow([&] { ExecuteSql(db, PropertiesDeletion(item.ID())); });
+  Swallow([&] { ExecuteSql(db, ItemDeletion("cal_events", item)); });
+  Swallow([&] { ExecuteSql(db, PropertiesDeletion(item)); });
   Swallow([&] {
-    const std::string zone = "'" + std::string(kTimeZoneId) + "'";
-    ExecuteSql(db,
-               "INSERT INTO cal_events (id, cal_id, title, event_start, event_end, last_modified, "
-               "time_created, flags, event_start_tz, event_end_tz) VALUES ('" +
-                   item.ID() + "', " + InsertedCalendarId() + ", '" + item.Text() + "', " + start + ", " +
-                   end + ", " + modified + ", " + modified + ", 4, " + zone + ", " + zone + ");");
+    ExecuteSql(db, CalendarSql::Of<Form::InsertEvent>(
+                       {item.ID(), InsertedCalendarId(), item.Text(), start, end, modified, modified}));
   });
   Swallow([&] {
     const std::string location = item.DataText("Location");
-    if (!location.empty()) ExecuteSql(db, LocationInsertion(item.ID(), location));
+    if (!location.empty()) ExecuteSql(db, LocationInsertion(item, location));
   });
 }
 
@@ -150,12 +145,11 @@ void Location_Sunbird::InsertTask(HostDatabase& db, vorlent::Item& item) {
   std::string modified;
   ConvertCreation(item);
   Swallow([&] { modified = StoredTime(item.DateModified()); });
-  Swallow([&] { ExecuteSql(db, RowDeletion("cal_todos", item.ID())); });
-  Swallow([&] { ExecuteSql(db, PropertiesDeletion(item.ID())); });
+  Swallow([&] { ExecuteSql(db, ItemDeletion("cal_todos", item)); });
+  Swallow([&] { ExecuteSql(db, PropertiesDeletion(item)); });
   Swallow([&] {
-    ExecuteSql(db, "INSERT INTO cal_todos (id, cal_id, title, last_modified, time_created, flags) VALUES ('" +
-                       item.ID() + "', " + InsertedCalendarId() + ", '" + item.Text() + "', " + modified +
-                       ", " + modified + ", 4);");
+    ExecuteSql(db, CalendarSql::Of<Form::InsertTask>(
+                       {item.ID(), InsertedCalendarId(), item.Text(), modified, modified}));
   });
 }
 
@@ -167,8 +161,8 @@ std::string Location_Sunbird::InsertedCalendarId() const {
 void Location_Sunbird::Date(HostDatabase& db, vorlent::Item& item, std::string_view) {
   Swallow([&] {
     if (item.Type() != "termin") return;
-    ExecuteSql(db, "UPDATE cal_events SET event_start=" + StoredTime(item.Date()) + ", last_modified=" +
-                       StoredTime(item.DateModified()) + " WHERE id='" + item.ID() + "';");
+    ExecuteSql(db, CalendarSql::Of<Form::ChangeStart>(
+                       {StoredTime(item.Date()), StoredTime(item.DateModified()), item.ID()}));
   });
 }
 
@@ -179,17 +173,18 @@ void Location_Sunbird::DataSet(HostDatabase& db, vorlent::Item& item, std::strin
   Swallow([&] { isEvent = item.Type() == "termin"; });
   if (!isEvent) return;
   Swallow([&] {
-    const std::string part =
-        key == "DateEnd" ? "event_end=" + StoredTime(item.DataText("DateEnd")) + ", " : std::string();
-    ExecuteSql(db, "UPDATE cal_events SET " + part + "last_modified=" + StoredTime(item.DateModified()) +
-                       " WHERE id='" + item.ID() + "';");
+    if (key == "DateEnd") {
+      ExecuteSql(db, CalendarSql::Of<Form::ChangeEnd>(
+                         {StoredTime(item.DataText("DateEnd")), StoredTime(item.DateModified()), item.ID()}));
+    } else {
+      ExecuteSql(db, CalendarSql::Of<Form::ChangeTime>({StoredTime(item.DateModified()), item.ID()}));
+    }
   });
   if (key != "Location") return;
   Swallow([&] {
-    ExecuteSql(db, "DELETE FROM cal_properties WHERE item_id='" + item.ID() +
-                       "' AND key='LOCATION' AND value='" + item.DataText("Location") + "';");
+    ExecuteSql(db, CalendarSql::Of<Form::DeleteLocation>({item.ID(), item.DataText("Location")}));
   });
-  Swallow([&] { ExecuteSql(db, LocationInsertion(item.ID(), item.DataText("Location"))); });
+  Swallow([&] { ExecuteSql(db, LocationInsertion(item, item.DataText("Location"))); });
 }
 
 }  // namespace vorlent

@@ -334,6 +334,38 @@ TEST_F(SunbirdReadingTest, IDCanNotBringInASecondStatement) {
   EXPECT_THAT(Storage().Rows("SELECT count(*) FROM cal_events"), ElementsAre("1"));
 }
 
+TEST_F(SunbirdReadingTest, IDOfQuotesInPairsAsksForNothingElse) {
+  WriteHome();
+  const std::string prefix = "x'' UNION SELECT ";
+  const std::string suffix = " WHERE ''a''=''a";
+  AddEvent("e1");
+  AddLocation("e1", "Room 5");
+  AddEvent("x'' OR ''a''=''a");
+  AddEvent(prefix + "value FROM cal_calendars_prefs" + suffix);
+  // This one would be asked for until the end of days.
+  AddEvent(prefix +
+           "count(*) FROM (WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n+1 FROM c) SELECT n FROM c)" +
+           suffix);
+  AddEvent("e1''''");
+  ASSERT_EQ(Read("sunbird://p/Home"), LocationState::Read);
+  ASSERT_EQ(connector_->Count(), 5);
+  EXPECT_EQ(host_.Log.Only({"Database.Query(\"SELECT value"}), Queried(LocationOf("e1")));
+  EXPECT_NE(Stored(1).Record.find("|DataLocation=Room 5|"), std::string::npos);
+  for (std::int32_t i = 2; i <= 5; ++i)
+    EXPECT_NE(Stored(i).Record.find("|DataLocation=|"), std::string::npos) << Stored(i).Record;
+}
+
+TEST_F(SunbirdReadingTest, IDThatEndsItsQueryFailsWithoutBeingAsked) {
+  WriteHome();
+  for (const std::string id : {"x'' --", "x'' /*", "x''"}) {
+    Storage().Run("DELETE FROM cal_events");
+    AddEvent(id);
+    host_.Log.Clear();
+    EXPECT_EQ(SwallowedNumber([&] { Read("sunbird://p/Home"); }), 1) << id;
+    EXPECT_THAT(host_.Log.Only({"Database.Query(\"SELECT value"}), testing::IsEmpty()) << id;
+  }
+}
+
 TEST_F(SunbirdReadingTest, DamagedFileEndsTheReadingWithTheNumberOfTheDatabase) {
   WriteHome();
   for (int i = 0; i < 200; ++i)

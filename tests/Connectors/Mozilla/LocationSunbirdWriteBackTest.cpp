@@ -502,19 +502,15 @@ TEST_F(SunbirdWriteBackTest, QuoteInATitleSpoilsTheStatement) {
   EXPECT_EQ(
       HostCalls(),
       Announced("ChangeText") + Connected(Connection()) +
-          Executed("UPDATE cal_events SET title='Anna's', last_modified=1273471201000000 WHERE id='id-1';",
-                   1) +
+          Refused("UPDATE cal_events SET title='Anna's', last_modified=1273471201000000 WHERE id='id-1';") +
           Closed());
   EXPECT_THAT(Storage().Rows("SELECT title FROM cal_events"), ElementsAre("Lunch"));
 }
 
-TEST_F(SunbirdWriteBackTest, NoTextRunsASecondStatement) {
-  OpenHome();
-  Redo(MakeItem("termin"), kItemInsert);
-  const auto events = Events();
-  const auto properties = Properties();
+// Texts that end their literal and say something of their own.
+std::vector<std::string> Intruders() {
   using namespace std::string_literals;
-  const std::string texts[] = {
+  return {
       "x'; DELETE FROM cal_events; --",
       "x' WHERE id='id-1'; DROP TABLE cal_events; --",
       "x' WHERE id='id-1'; DROP TABLE cal_events",
@@ -522,20 +518,147 @@ TEST_F(SunbirdWriteBackTest, NoTextRunsASecondStatement) {
       "x' WHERE id='id-1';\0"s,
       "x' WHERE id='id-1'; /*",
       "'; DELETE FROM cal_properties; SELECT '",
+      // One statement still, without its condition or with another.
+      "Anna' --Notiz",
+      "Anna' /* Notiz",
+      "x' OR 'a'='a",
+      "x' OR 1=1 --",
+      "x' OR 1=1 /*",
+      "x', title='y",
+      "x' || 'y",
+      "'",
+      "''",
+      "id-1''",
+      // Drivers end a statement here.
+      "id-1\0"s,
+      "x\0' OR 'a'='a"s,
   };
-  for (const std::string& text : texts) {
-    auto item = MakeItem("termin");
-    item->DisplayText = text;
-    host_.Log.Clear();
-    Redo(item, kChangeText);
-    EXPECT_EQ(host_.Log.Only({"Global.Report(30,\"1<-UPDATE cal_events"}).size(), 1u) << text;
-    item = MakeItem("termin");
-    item->IdText = "none' AND 0;" + text;
-    Redo(item, kItemRemove);
-    Redo(item, kDate);
-    EXPECT_EQ(Events(), events) << text;
-    EXPECT_EQ(Properties(), properties) << text;
+}
+
+class SunbirdIntruderTest : public SunbirdWriteBackTest {
+ protected:
+  // Two events and a task, of which nothing may change.
+  void Fill() {
+    OpenHome();
+    Redo(MakeItem("termin"), kItemInsert);
+    Redo(MakeItem("task"), kItemInsert);
+    auto other = MakeItem("termin");
+    other->IdText = "id-2";
+    Redo(other, kItemInsert);
+    before_ = StorageBytes();
   }
+
+  // Every statement is logged twice as one that failed, and the database sees none.
+  void ExpectRefused(const ItemPtr& item, std::int32_t msg, std::size_t statements, const std::string& what,
+                     std::string_view value = {}) {
+    host_.Log.Clear();
+    Redo(item, msg, value);
+    EXPECT_THAT(host_.Log.Only({"Database.Execute"}), IsEmpty()) << what;
+    EXPECT_EQ(host_.Log.Only({"Global.Report(30,\"1<-"}).size(), statements) << what;
+    EXPECT_EQ(host_.Log.Only({"Error.Raise(1,\"VorlentMozilla.Location_Sunbird\",false"}).size(), statements)
+        << what;
+    EXPECT_TRUE(StorageBytes() == before_) << what;
+  }
+
+  std::string before_;
+};
+
+TEST_F(SunbirdIntruderTest, NoTitleRunsAStatementOfItsOwn) {
+  Fill();
+  for (const std::string& text : Intruders()) {
+    for (const char* type : {"termin", "task"}) {
+      auto item = MakeItem(type);
+      item->DisplayText = text;
+      ExpectRefused(item, kChangeText, 1, text);
+    }
+  }
+}
+
+TEST_F(SunbirdIntruderTest, NoIDRunsAStatementOfItsOwn) {
+  Fill();
+  for (const std::string& text : Intruders()) {
+    for (const std::string type : {"termin", "task"}) {
+      auto item = MakeItem(type);
+      item->IdText = text;
+      ExpectRefused(item, kChangeText, 1, text);
+      ExpectRefused(item, kItemRemove, 2, text);
+      ExpectRefused(item, kItemInsert, type == "termin" ? 4 : 3, text);
+    }
+    auto item = MakeItem("termin");
+    item->IdText = text;
+    ExpectRefused(item, kDate, 1, text);
+    ExpectRefused(item, kDataSet, 1, text, "DateEnd=x");
+    ExpectRefused(item, kDataSet, 1, text, "Calendar=x");
+    ExpectRefused(item, kDataSet, 3, text, "Location=x");
+  }
+}
+
+TEST_F(SunbirdIntruderTest, NoLocationRunsAStatementOfItsOwn) {
+  Fill();
+  const auto properties = Properties();
+  const auto events = Events();
+  for (const std::string& text : Intruders()) {
+    auto item = MakeItem("termin");
+    item->Data = {{"DateEnd", "09.05.2010 15:30"}, {"Location", text}};
+    host_.Log.Clear();
+    Redo(item, kDataSet, "Location=" + text);
+    // The time of change alone is written, which is what it was.
+    EXPECT_THAT(host_.Log.Only({"Database.Execute"}),
+                ElementsAre("Database.Execute(\"UPDATE cal_events SET last_modified=1273471201000000 WHERE "
+                            "id='id-1';\")"))
+        << text;
+    EXPECT_THAT(host_.Log.Only({"Global.Report(30,\"1<-"}),
+                ElementsAre(testing::HasSubstr("1<-DELETE FROM cal_properties"),
+                            testing::HasSubstr("1<-INSERT INTO cal_properties")))
+        << text;
+    EXPECT_EQ(Properties(), properties) << text;
+    EXPECT_EQ(Events(), events) << text;
+    // An insert goes on to its end without the location.
+    item->IdText = "id-3";
+    Redo(item, kItemInsert);
+    EXPECT_EQ(Properties(), properties) << text;
+    EXPECT_EQ(Events().size(), events.size() + 1) << text;
+    Redo(item, kItemRemove);
+  }
+}
+
+TEST_F(SunbirdIntruderTest, CalendarThatIsNoNumberIsNotInserted) {
+  Fill();
+  for (const std::string calendar :
+       {"2, ''x'', 0, 0, 0, 0, 4, , ) --", "2 OR 1", "2;", "cal_id", "-", "2.5", "(SELECT 7)"}) {
+    Storage().Run("UPDATE cal_calendars_prefs SET calendar='" + calendar + "'");
+    // What a reading makes of it is of no matter here.
+    Swallow([&] { Read("sunbird://p/Home"); });
+    before_ = StorageBytes();
+    for (const char* type : {"termin", "task"}) {
+      auto item = MakeItem(type);
+      item->IdText = "id-3";
+      item->Data.clear();
+      host_.Log.Clear();
+      Redo(item, kItemInsert);
+      EXPECT_THAT(host_.Log.Only({"Database.Execute(\"INSERT"}), IsEmpty()) << calendar;
+      EXPECT_EQ(host_.Log.Only({"Global.Report(30,\"1<-INSERT"}).size(), 1U) << calendar;
+      EXPECT_TRUE(StorageBytes() == before_) << calendar;
+    }
+  }
+}
+
+TEST_F(SunbirdIntruderTest, SpoiledStatementIsLoggedAsItStandsAndTheNextOneRuns) {
+  OpenHome();
+  auto item = MakeItem("termin");
+  item->DisplayText = "Anna' --Notiz";
+  Redo(item, kItemInsert);
+  EXPECT_EQ(
+      HostCalls(),
+      Announced("ItemInsert") + Connected(Connection()) +
+          Executed("DELETE FROM cal_events WHERE id='id-1';") +
+          Executed("DELETE FROM cal_properties WHERE item_id='id-1';") +
+          Refused("INSERT INTO cal_events (id, cal_id, title, event_start, event_end, last_modified, "
+                  "time_created, flags, event_start_tz, event_end_tz) VALUES ('id-1', 2, 'Anna' --Notiz', "
+                  "1273408200000000, 1273411800000000, 1273471201000000, 1273471201000000, 4, " +
+                  std::string(kZone) + ", " + kZone + ");") +
+          Executed("INSERT INTO cal_properties (item_id,key,value) VALUES ('id-1','LOCATION','Room 5');") +
+          Closed());
 }
 
 TEST_F(SunbirdWriteBackTest, FailedStatementDoesNotStopTheNext) {
@@ -589,6 +712,13 @@ TEST_F(SunbirdWriteBackTest, FailedHostCallSkipsItsStepAlone) {
     Redo(item, kChangeText);
     EXPECT_EQ(HostCalls(), c.rest) << c.call;
   }
+}
+
+TEST_F(SunbirdWriteBackTest, HostWithoutDatabasesIsNoConnection) {
+  OpenHome();
+  host_.MakeDatabase = []() -> HostDatabasePtr { throw Failure(ErrorNumber::Host, "no database"); };
+  EXPECT_NO_THROW(Redo(MakeItem("termin"), kChangeText));
+  EXPECT_EQ(HostCalls(), Announced("ChangeText"));
 }
 
 // A database to which everything is right.
@@ -760,6 +890,38 @@ TEST_F(SunbirdDeletionTest, FailedDeletionIsLoggedAndCountsAsDone) {
                              Executed("DELETE FROM cal_events WHERE id='id-1';", 1) +
                              Executed("DELETE FROM cal_properties WHERE item_id='id-1';") + Closed() +
                              Told());
+}
+
+TEST_F(SunbirdDeletionTest, StatementThatCannotBeLoggedIsRunAndTheNextOneFollows) {
+  const ItemPtr item = ReadEvent();
+  host_.Global.ActionNames.clear();
+  host_.Log.FailOn("Global.Report(30,\"0<-");
+  host_.Log.FailOn("Error.Raise(1,\"VorlentMozilla.Location_Sunbird\",true,\"DELETE FROM cal_events");
+  EXPECT_TRUE(connector_->DeleteItem(item));
+  EXPECT_EQ(HostCalls(), AnnouncedNow("") + Connected(Connection()) + rowFirst_ + Closed() + Told());
+  EXPECT_THAT(Events(), IsEmpty());
+  EXPECT_THAT(Properties(), IsEmpty());
+}
+
+TEST_F(SunbirdDeletionTest, DeletionOfAnIDWithQuotesLeavesTheFileAsItWas) {
+  const std::string id = "x' OR 'a'='a";
+  OpenHome();
+  Redo(MakeItem("termin"), kItemInsert);
+  Storage().Run(
+      "INSERT INTO cal_events (cal_id, id, time_created, last_modified, event_start, event_end) "
+      "VALUES (2, 'x'' OR ''a''=''a', 0, 0, 0, 0)");
+  ASSERT_EQ(Read("sunbird://p/Home"), LocationState::Read);
+  ASSERT_TRUE(connector_->HasID(id));
+  const std::string before = StorageBytes();
+  host_.Log.Clear();
+  EXPECT_TRUE(connector_->DeleteItem(connector_->GetItem(id)));
+  const Lines properties = Refused("DELETE FROM cal_properties WHERE item_id='" + id + "';");
+  const Lines event = Refused("DELETE FROM cal_events WHERE id='" + id + "';");
+  EXPECT_EQ(host_.Log.Only({"Database.Execute", "Global.Report(30,\"1",
+                            "Error.Raise(1,\"VorlentMozilla.Location_Sunbird\",false"}),
+            properties + event + event + properties);
+  EXPECT_TRUE(StorageBytes() == before);
+  EXPECT_FALSE(connector_->HasID(id));
 }
 
 TEST_F(SunbirdDeletionTest, DeletionOfNothingIsFalseWithoutALine) {

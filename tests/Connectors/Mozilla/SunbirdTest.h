@@ -121,6 +121,10 @@ class SunbirdTest : public testing::Test {
             "Error.Raise(2,\"VorlentMozilla.Location_Sunbird\",false,\"" + connection + "\")"};
   }
 
+  std::string StorageBytes() const {
+    return folder_.Read(ProfileFolder("Mozilla\\Sunbird", "p") + "\\storage.sdb");
+  }
+
   static Lines Queried(const std::string& sql) { return {"Database.Query(\"" + sql + "\",2)"}; }
 
   static Lines Executed(const std::string& sql, int number = 0) {
@@ -130,6 +134,12 @@ class SunbirdTest : public testing::Test {
     return {"Database.Execute(\"" + inner + "\")", "Global.Report(30,\"" + n + "<-" + inner + "\",nothing)",
             "Error.Raise(1,\"VorlentMozilla.Location_Sunbird\"," +
                 std::string(number == 0 ? "true" : "false") + ",\"" + inner + " -> " + n + "\")"};
+  }
+
+  // A statement that is logged as one that failed, and that the database never sees.
+  static Lines Refused(const std::string& sql) {
+    const Lines lines = Executed(sql, 1);
+    return {lines.begin() + 1, lines.end()};
   }
 
   static Lines Closed() { return {"Database.Close"}; }
