@@ -13,6 +13,8 @@ template <std::integral Number>
 std::string NumberText(Number value) {
   return std::to_string(value);
 }
+// A character is text, not the number of its code.
+std::string NumberText(char value) = delete;
 
 // A number rounded to a whole one (halves to the even one), padded with "0" to `width` digits; a longer
 // number keeps all its digits, a negative one has its sign in front of them.

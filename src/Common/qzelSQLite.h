@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "Common/KeyedList.h"
 #include "Common/NumberText.h"
@@ -83,11 +84,13 @@ class qzelSQLite {
   // Nothing for a position out of range.
   std::optional<SqliteRow> Row(std::int32_t pos);
   std::shared_ptr<const KeyedList<SqliteRow>> Rows();
-  // The values of a row, joined; "" for a position out of range.
+  // The values of a row, joined; "" for a position out of range. A character is a separator, no position.
   template <class Separator>
   std::string RowString(std::int32_t pos, const Separator& separator) {
     return JoinRow(pos, AsText(separator));
   }
+  template <class Separator>
+  std::string RowString(char pos, const Separator& separator) = delete;
 
   // Data rows of the latest statement of any connection: the size of its result, not how many it changed.
   std::int32_t RowsAffected() const;
@@ -99,6 +102,8 @@ class qzelSQLite {
   static std::string AsText(const Value& value) {
     if constexpr (std::is_convertible_v<const Value&, std::string_view>) {
       return std::string(std::string_view(value));
+    } else if constexpr (std::is_same_v<Value, char>) {
+      return std::string(1, value);
     } else {
       return NumberText(value);
     }

@@ -205,6 +205,27 @@ TEST_F(qzelSQLiteTest, SeparatorMayBeAnyValue) {
   EXPECT_EQ(database_.ColumnsString(1.5), "x1.5y1.5z");
 }
 
+TEST_F(qzelSQLiteTest, CharacterSeparatesAsText) {
+  Open();
+  ASSERT_TRUE(database_.execute("SELECT 'a' AS x, 'b' AS y, 'c' AS z"));
+  EXPECT_EQ(database_.RowString(1, ','), "a,b,c");
+  EXPECT_EQ(database_.ColumnsString('\t'), "x\ty\tz");
+  const char separator = '0';
+  EXPECT_EQ(database_.RowString(1, separator), "a0b0c");
+}
+
+// Whether RowString takes arguments of these types at all.
+template <class Position, class Separator>
+constexpr bool kTakesRowOf = requires(qzelSQLite database, Position pos, Separator separator) {
+  database.RowString(pos, separator);
+};
+
+TEST_F(qzelSQLiteTest, CharacterIsNoPosition) {
+  static_assert(kTakesRowOf<int, char> && kTakesRowOf<std::int16_t, const char*>);
+  EXPECT_FALSE((kTakesRowOf<char, int>));
+  EXPECT_FALSE((kTakesRowOf<char, const char*>));
+}
+
 TEST_F(qzelSQLiteTest, TwoColumnsOfOneNameRaise) {
   Open();
   EXPECT_EQ(SwallowedNumber([&] { database_.execute("SELECT name, age, note AS NAME FROM people"); }),
