@@ -14,8 +14,11 @@ namespace {
 constexpr std::string_view kRestore = "Restore";
 constexpr std::string_view kShortcut = "Shortcut";
 
-bool IsQuiet(const HostError& error) {
-  return error.Silent() || error.Suppressed();
+// A flag of the host's error object. One that can't be read isn't set.
+bool ReadFlag(HostGlobal& host, bool (HostError::*flag)() const) {
+  bool isSet = false;
+  Swallow([&] { isSet = ((*host.ErrorFactory()->Error()).*flag)(); });
+  return isSet;
 }
 
 }  // namespace
@@ -35,9 +38,9 @@ std::string Location_Thunderbird::ExecuteAction(std::string_view cmd) {
   if (IsNothing(itm)) {
     Swallow([&] { RaiseMissing("ID '" + id + "' nicht gefunden!"); });
   } else if (mailFiles_.IsEmpty()) {
-    Swallow([&] {
-      if (!IsQuiet(*host.ErrorFactory()->Error())) RaiseMissing(verb + ": Folder not found");
-    });
+    const bool isSilent = ReadFlag(host, &HostError::Silent);
+    const bool isSuppressed = ReadFlag(host, &HostError::Suppressed);
+    if (!isSilent && !isSuppressed) Swallow([&] { RaiseMissing(verb + ": Folder not found"); });
   } else {
     RestoreMail(itm, mailFiles_.Item(1), verb == kShortcut);
   }

@@ -119,6 +119,39 @@ TEST_F(RestoreTest, QuietErrorsKeepTheMissingFolderToThemselves) {
   }
 }
 
+TEST_F(RestoreTest, FlagOfTheErrorsThatCannotBeReadIsNotSet) {
+  Store("Subject: x\r\n\r\ny\r\n");
+  const std::string raised = Raised("Restore: Folder not found");
+  struct Row {
+    std::string call;
+    bool silent;
+    bool suppressed;
+    Lines lines;
+  };
+  for (const Row& row : {
+           Row{"Error.Silent", false, false, {raised}},
+           Row{"Error.Silent", true, false, {raised}},
+           Row{"Error.Silent", false, true, {}},
+           Row{"Error.Suppressed", false, false, {raised}},
+           Row{"Error.Suppressed", true, false, {}},
+           Row{"Error.Suppressed", false, true, {raised}},
+           // The first asking for the object is the one for the first flag.
+           Row{"Global.ErrorFactory", true, false, {raised}},
+           Row{"ErrorFactory.Error", false, true, {}},
+       }) {
+    SCOPED_TRACE(row.call);
+    Connect("thunderbird://p/a/*");
+    connector->InitLocation("thunderbird://p/a/*");
+    host.Global.Error->IsSilent = row.silent;
+    host.Global.Error->IsSuppressed = row.suppressed;
+    host.Log.Clear();
+    host.Log.FailOn(row.call);
+    EXPECT_EQ(connector->ExecuteAction("Restore:id:1"), "");
+    EXPECT_EQ(host.Log.Lines(), row.lines);
+    host.Log.ClearFaults();
+  }
+}
+
 TEST_F(RestoreTest, MissingSourceIsShownAndNothingWritten) {
   Store("x");
   item->Files["File"] = "C:\\nowhere\\mail.eml";
@@ -130,6 +163,22 @@ TEST_F(RestoreTest, MissingSourceIsShownAndNothingWritten) {
   item->Files.clear();
   EXPECT_EQ(Restore(), "(none)");
   EXPECT_EQ(platform->CountOf("ShowMessage"), 2);
+}
+
+class BoxlessPlatform : public RecordingPlatform {
+ public:
+  MessageAnswer ShowMessage(std::string_view, std::string_view, MessageIcon, MessageButtons) override {
+    throw Failure(ErrorNumber::Host, "no box can be shown");
+  }
+};
+
+TEST_F(RestoreTest, BoxThatCannotBeShownIsSwallowed) {
+  Store("x");
+  item->Files.clear();
+  const ScopedPlatform scope(std::make_shared<BoxlessPlatform>());
+  Connect("thunderbird://p/a/Inbox/-");
+  connector->InitLocation("thunderbird://p/a/Inbox/-");
+  EXPECT_EQ(connector->ExecuteAction("Restore:id:1"), "");
 }
 
 TEST_F(RestoreTest, FirstMailboxOfTheWalkIsTheTarget) {
@@ -269,6 +318,18 @@ TEST_F(RestoreTest, TypeMayStandWithinBlanksAndTabs) {
   Attach("FileAttach1", "a.txt", "Hello");
   EXPECT_EQ(Restore(), "From - \r\nContent-Type:\t multipart/mixed \t; boundary=own\r\n\r\n" +
                            PartOf("own", "a.txt", "SGVsbG8=\r\n") + "--own--\r\n\r\n");
+}
+
+TEST_F(RestoreTest, BoundaryThatCannotBeDecodedCountsAsNone) {
+  const std::string type = "Content-Type: multipart/mixed; boundary=\"=?utf-8?Q?=XY?=\"";
+  Store(type + "\r\n\r\nbody\r\n");
+  Attach("FileAttach1", "a.txt", "Hello");
+  const std::string written = Restore();
+  const std::string boundary = BoundaryIn(written);
+  EXPECT_EQ(boundary.size(), 36U);
+  EXPECT_EQ(written, "From - \r\nContent-Type: multipart/mixed; boundary=\"" + boundary + "\"\r\n\r\n--" +
+                         boundary + "\r\n" + type + "\r\n\r\nbody\r\n" +
+                         PartOf(boundary, "a.txt", "SGVsbG8=\r\n") + "--" + boundary + "--\r\n\r\n");
 }
 
 TEST_F(RestoreTest, OnlyFieldsThatBeginWithFileAttachAreAttachments) {
