@@ -1,12 +1,12 @@
 // A mailbox of given bytes on the disk, for the fuzz targets of the mail engine.
 #pragma once
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <string>
 #include <string_view>
+
+#include "Standalone/MemoryFolder.h"
 
 namespace vorlent::fuzz {
 
@@ -14,27 +14,24 @@ namespace vorlent::fuzz {
 class FuzzMailbox {
  public:
   explicit FuzzMailbox(std::string_view bytes) : bytes_(bytes) {
-    std::filesystem::create_directories(Folder() / "tmp");
-    std::ofstream(Folder() / "Inbox", std::ios::binary) << bytes_;
+    std::ofstream(Path(), std::ios::binary) << bytes_;
   }
 
   const std::string& Bytes() const { return bytes_; }
-  std::string Path() const { return (Folder() / "Inbox").string(); }
-  std::string TempPrefix() const { return (Folder() / "tmp").string() + "/"; }
+  std::string Path() const { return Folder().Native("Inbox").string(); }
+  std::string TempPrefix() const { return Folder().Native("tmp").string() + "/"; }
 
   // The mailbox as it now stands.
   std::string Read() const {
-    std::ifstream file(Folder() / "Inbox", std::ios::binary);
+    std::ifstream file(Path(), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
  private:
-  static const std::filesystem::path& Folder() {
-    static const std::filesystem::path folder = [] {
-      const std::filesystem::path memory = "/dev/shm";
-      const auto base = std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path();
-      return base / ("vorlent-fuzz-" + std::to_string(std::random_device()()));
-    }();
+  static const TemporaryFolder& Folder() {
+    static const struct Place : MemoryFolder {
+      Place() { MakeFolder("tmp"); }
+    } folder;
     return folder;
   }
 

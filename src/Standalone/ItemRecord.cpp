@@ -23,6 +23,13 @@ std::size_t FieldEnd(std::string_view record, std::size_t start) {
   return record.size();
 }
 
+// Whether a value as it stands in a record would take the "|" behind it for its own. Only the last value of a
+// record can be so, and it may no longer be the last.
+bool EndsTorn(std::string_view value) {
+  const std::size_t end = value.find_last_not_of('\\') + 1;
+  return (value.size() - end) % 2 != 0;
+}
+
 // What most records have at least; that of a bookmark hardly more.
 constexpr std::size_t kUsualFields = 8;
 
@@ -72,8 +79,8 @@ std::string ItemRecord::Text() const {
     if (!record.empty()) record += '|';
     record.append(KeyOf(field)) += '=';
     const std::string_view value = Slice(field.valueAt, field.valueSize);
-    if (field.plain) {
-      record += EscapeValue(value);
+    if (field.plain || EndsTorn(value)) {
+      record += EscapeValue(ValueOf(&field));
     } else {
       record += value;
     }

@@ -103,5 +103,15 @@ TEST(ItemRecordTest, ARecordOfTwentyThousandAttachmentsIsReadInOneGo) {
   }
 }
 
+TEST(ItemRecordTest, AValueTornBehindABackslashDoesNotTakeTheNextFieldWithIt) {
+  ItemRecord record;
+  record.Import("ID=1|Text=a\\");
+  record.Set("Owner", "o");
+  ItemRecord again;
+  again.Import(record.Text());
+  EXPECT_EQ(again.Value("Text"), record.Value("Text"));
+  EXPECT_EQ(again.Value("Owner"), "o");
+}
+
 }  // namespace
 }  // namespace vorlent
