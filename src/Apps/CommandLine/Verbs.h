@@ -5,17 +5,8 @@
 
 namespace vorlent::app {
 
-void DeclareBrowse(CLI::App& command, Action& action);
-void DeclareRead(CLI::App& command, Action& action);
-void DeclareGet(CLI::App& command, Action& action);
-void DeclareStream(CLI::App& command, Action& action);
-void DeclareBookmarks(CLI::App& command, Action& action);
-void DeclareDelete(CLI::App& command, Action& action);
-void DeclareCalendar(CLI::App& command, Action& action);
-void DeclareImport(CLI::App& command, Action& action);
-void DeclareRestore(CLI::App& command, Action& action);
-void DeclareShortcut(CLI::App& command, Action& action);
-void DeclareSearch(CLI::App& command, Action& action);
-void DeclareWizard(CLI::App& command, Action& action);
+#define VERB(name, summary, group, declare) void declare(CLI::App& command, Action& action);
+#include "Apps/CommandLine/Verbs.def"
+#undef VERB
 
 }  // namespace vorlent::app
