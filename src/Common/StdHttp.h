@@ -64,6 +64,9 @@ std::string GetPartContentType(std::string_view headerBlock);
 // The boundary of a part that is a multipart itself, "" for others.
 std::string GetPartBoundary(std::string_view headerBlock);
 
+// The charset of a part's content type, "" if it has none.
+std::string GetPartCharset(std::string_view headerBlock);
+
 // --- Dates (StdHttpMailDate.cpp) ---------------------------------------------------------------------------
 
 // Display text of a mail date, whose zone is ignored.

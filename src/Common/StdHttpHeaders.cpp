@@ -133,6 +133,18 @@ std::string GetPartFileName(std::string_view headerBlock) {
   return EncodeFileName(name);
 }
 
+namespace {
+
+std::string GetContentTypeParam(std::string_view headerBlock, std::string_view name) {
+  std::string param;
+  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view value) {
+    if (key == "content-type") param = GetHeaderParam(value, name);
+  });
+  return param;
+}
+
+}  // namespace
+
 std::string GetPartContentType(std::string_view headerBlock) {
   std::string type;
   ForEachHeader(headerBlock, [&](std::string_view key, std::string& value) {
@@ -142,11 +154,11 @@ std::string GetPartContentType(std::string_view headerBlock) {
 }
 
 std::string GetPartBoundary(std::string_view headerBlock) {
-  std::string boundary;
-  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view value) {
-    if (key == "content-type") boundary = GetHeaderParam(value, "boundary");
-  });
-  return boundary;
+  return GetContentTypeParam(headerBlock, "boundary");
+}
+
+std::string GetPartCharset(std::string_view headerBlock) {
+  return GetContentTypeParam(headerBlock, "charset");
 }
 
 }  // namespace vorlent

@@ -3,14 +3,19 @@
 
 usage: command_line_test.py PROGRAM ROOT [unittest arguments]
 """
+import base64
 import contextlib
+import email
+import email.header
 import json
 import os
 import pwd
+import re
 import sqlite3
 import subprocess
 import unittest
 import unittest.mock
+import urllib.parse
 
 from program_case import INBOX, LOCAL, ProgramCase, file_size_limit, tree_bytes
 
@@ -178,6 +183,18 @@ class CommandLine(ProgramCase):
         code, _, err = self.run_program("read", LOCAL + "/NoSuch")
         self.assertEqual(code, 3)
         self.assertIn("Mail/Local Folders/NoSuch: no such mailbox", err)
+
+    def test_a_mailbox_that_is_not_there_is_told_alike_by_what_reads_it(self):
+        lost = (self.samples / INBOX).with_name("Lost")
+        lost.with_name("Lost.msf").write_bytes(b"")
+        for name in ("NoSuch", "NoSuch/-", "Inbox/NoSuch", "NoSuch/Sub/-", "Weiß nicht", "Lost", "Lost/-"):
+            told = {self.run_program(*command) for command in (
+                ("read", f"{LOCAL}/{name}"), ("stream", f"{LOCAL}/{name}"), ("get", f"{LOCAL}/{name}", "1"),
+                ("delete", f"{LOCAL}/{name}", "1"))}
+            self.assertEqual(len(told), 1, told)
+            code, out, err = told.pop()
+            self.assertEqual((code, out), (3, ""))
+            self.assertIn(": no such mailbox\n", err)
 
     def test_a_read_only_mailbox_is_an_error_with_path_and_reason(self):
         (self.samples / INBOX).chmod(0o444)
@@ -468,6 +485,31 @@ class CommandLine(ProgramCase):
 
     def sent(self):
         return (self.samples / INBOX).with_name("Sent")
+
+    def test_a_restored_attachment_keeps_its_type_and_its_name(self):
+        def part(kind, disposition, content):
+            return b"--B\r\nContent-Type: " + kind + b"\r\nContent-Disposition: attachment" + disposition + \
+                   b"\r\nContent-Transfer-Encoding: base64\r\n\r\n" + base64.b64encode(content) + b"\r\n"
+        long = "Ж" * 12 + " +.txt"
+        self.write_inbox(mail(b"one", b"MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=B\r\n",
+                              b"--B\r\nContent-Type: text/plain\r\n\r\nbody\r\n" +
+                              part(b"image/png; name=\"Lage plan.png\"", b"; filename=\"Lage plan.png\"", b"1") +
+                              part(b"application/pdf", b"; filename=\"=?utf-8?Q?R=C3=BCck.pdf?=\"", b"2") +
+                              part(b"text/plain; charset=utf-8", b"; filename*=UTF-8''" +
+                                   urllib.parse.quote(long).encode(), b"3") +
+                              part(b"message/rfc822", b"; filename=a.eml", b"4") + b"--B--\r\n"))
+        self.import_inbox()
+        before = self.sent().read_bytes()
+        self.assertEqual(self.restore("1")[0], 0)
+        restored = email.message_from_bytes(self.sent().read_bytes()[len(before):].split(b"\r\n", 1)[1])
+        attached = [part for part in restored.walk() if part.get_content_disposition() == "attachment"]
+        self.assertEqual([(part.get_content_type(), part.get_content_charset(), part.get_filename(),
+                           part.get_payload(decode=True)) for part in attached],
+                         [("image/png", None, "Lage plan.png", b"1"), ("application/pdf", None, "Rück.pdf", b"2"),
+                          ("text/plain", "utf-8", long, b"3"), ("application/octet-stream", None, "a.eml", b"4")])
+        # What mail programs without RFC 2231 show.
+        name = email.header.make_header(email.header.decode_header(attached[1].get_param("name")))
+        self.assertEqual(str(name), "Rück.pdf")
 
     def test_numbers_of_search_are_those_of_restore(self):
         self.import_inbox()
@@ -776,6 +818,38 @@ class CommandLine(ProgramCase):
         self.assertEqual(self.work_items()[0]["Data"]["Location"], "Raum 5")
         self.assertEqual(self.calendar_rows("SELECT value FROM cal_properties WHERE key='LOCATION' AND "
                                             "item_id LIKE '%f05'"), [("Raum 5",), ("Raum 6",), ("Raum 7",)])
+
+    def calendar_dump(self):
+        with contextlib.closing(sqlite3.connect(self.sunbird("storage.sdb"))) as database:
+            return list(database.iterdump())
+
+    def test_no_text_of_an_event_leaves_its_place(self):
+        first = self.work_items()[0]["ID"]
+        before = self.calendar_dump()
+        for option, text in (("--text", "Anna' --Notiz"), ("--text", "x' OR 'a'='a"), ("--text", "''"),
+                             ("--location", "x' OR 'a'='a"), ("--location", "x' --")):
+            code, out, err = self.run_program("--log", "calendar", "set", "sunbird://default/Arbeit", first, option, text)
+            self.assertEqual((code, out), (1, ""), text)
+            self.assertRegex(err, "1<-[^\\n]*'" + re.escape(text))
+            self.assertNotIn("in front of the new one", err)
+            changed = [line for line in self.calendar_dump() if line not in before]
+            # A location has its event's time of change written before it.
+            self.assertEqual(len(changed), 1 if option == "--location" else 0, text)
+            self.assertTrue(all("cal_events" in line and "Besprechung" in line for line in changed))
+
+    def test_removing_an_event_whose_id_holds_quotes_leaves_the_others(self):
+        identity = "x' OR 'a'='a"
+        with contextlib.closing(sqlite3.connect(self.sunbird("storage.sdb"))) as database:
+            database.execute("INSERT INTO cal_events (cal_id, id, title, time_created, last_modified, event_start, "
+                             "event_end) VALUES (2, ?, 'Einladung', 0, 0, 0, 0)", (identity,))
+            database.commit()
+        before = self.calendar_dump()
+        self.assertEqual([item["Data"]["Location"] for item in self.work_items() if item["ID"] == identity], [""])
+        code, out, err = self.run_program("--log", "calendar", "remove", "sunbird://default/Arbeit", identity)
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn(f"1<-DELETE FROM cal_events WHERE id='{identity}';", err)
+        self.assertIn(f"1<-DELETE FROM cal_properties WHERE item_id='{identity}';", err)
+        self.assertEqual(self.calendar_dump(), before)
 
     def test_a_task_is_added_changed_and_removed(self):
         identity = self.add_event("--task", "--text", "Anrufen | dringend")

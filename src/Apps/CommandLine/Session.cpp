@@ -10,6 +10,7 @@
 
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Platform/CodePage.h"
@@ -62,6 +63,7 @@ Session::Session(const GlobalOptions& options)
     os::SetAppDataFolder(options.appData);
   }
   SetDefaultLineRule(options.lineRule == "windows" ? LineRule::Windows : LineRule::Native);
+  ChooseAttachmentHeaders(AttachmentHeaders::AsSent);
   Platform::Install(std::make_shared<ConsolePlatform>(*console_));
   host_ = std::make_shared<StandaloneHost>(*console_);
   host_->Global().SetLogEnabled(options.verbose || options.databaseLog);

@@ -6,6 +6,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Actions.h"
+#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/HostObjects.h"
 #include "Platform/Files.h"
@@ -145,12 +146,16 @@ void ImportRun::NoteForDeletion() {
 }
 
 void ImportRun::TakeFiles(Item& item) {
+  const std::vector<std::string> contentTypes = ContentTypeLines(*mail_.Attachments());
+  std::size_t attachment = 0;
   const std::int32_t count = item.DataCount();
   for (std::int32_t position = 1; position <= count; ++position) {
     const std::string key = item.DataKey(position);
     if (!key.starts_with("File")) continue;
     std::string metaData = item.DataText(key);
     const std::string path = CutLine(metaData);
+    if (key.starts_with("FileAttach") && attachment < contentTypes.size())
+      metaData += contentTypes[attachment++];
     item.TakeFile(key, path, "move|nofileattribute", metaData);
   }
 }

@@ -4,6 +4,7 @@
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
@@ -82,11 +83,11 @@ void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundar
   for (std::int32_t i = 1; i <= count; ++i) {
     const std::string key = itm.DataKey(i);
     if (!IsAttachmentKey(key)) continue;
-    const std::string name = GetFileName(GetLineValue(itm.DataText(key), "file"));
+    const PartNaming naming = NamingOf(itm.DataText(key));
     out.WriteLine(boundaryLine);
-    out.WriteLine("Content-Type: application/octet-stream; name=\"" + name + "\"");
+    out.WriteLine("Content-Type: " + naming.contentType);
     out.WriteLine("Content-Transfer-Encoding: base64");
-    out.WriteLine("Content-Disposition: attachment; filename=\"" + name + "\"");
+    out.WriteLine("Content-Disposition: " + naming.disposition);
     out.WriteLine("");
     WriteFileEncoded(out, itm.DataFile(key, 0), kBase64File);
   }

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "Connectors/Mozilla/Actions.h"
+#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Platform/Files.h"
 #include "Support/Lines.h"
 #include "Support/RecordingHost.h"
@@ -266,6 +267,28 @@ TEST_F(ImportRunTest, FilesOfTheMailMoveIntoTheItem) {
           "\"file=mail.html\\r\\ndate=09.05.2010 14:30:00\\r\\nsize=5\\r\\nattr=A\")",
           "item1.TakeFile(\"FileAttach1\",\"<f>\\temp\\a.txt\",\"move|nofileattribute\",\"file=a.txt\\r\\n"
           "size=10\\r\\nattr=A\\r\\ndate=09.05.2010 14:30:00\\r\\noriginalfile=a.txt\")"));
+}
+
+TEST_F(ImportRunTest, TargetIsToldTheTypesOfAttachmentsWhereTheHostHasChosenSo) {
+  const std::string mail =
+      "From - Sun May 09 14:30:00 2010\r\nSubject: s\r\nMessage-ID: <1@x>\r\n"
+      "Content-Type: multipart/mixed; boundary=b\r\n\r\n"
+      "--b\r\nContent-Type: text/plain\r\n\r\nbody\r\n"
+      "--b\r\nContent-Type: image/png; name=a.png\r\n\r\nx\r\n"
+      "--b\r\nContent-Disposition: attachment; filename=b\r\n\r\nx\r\n"
+      "--b\r\nContent-Type: audio/ogg; name=c.ogg\r\n\r\nx\r\n--b--\r\n\r\n";
+  const std::string box = Box("Inbox", mail);
+  ChooseAttachmentHeaders(AttachmentHeaders::AsSent);
+  const int number = Run({"import " + box});
+  ChooseAttachmentHeaders(AttachmentHeaders::Plain);
+  EXPECT_EQ(number, 0);
+  EXPECT_THAT(host.Log.Only({"item1.TakeFile"}),
+              ElementsAre(testing::Not(testing::HasSubstr("type=")),
+                          testing::EndsWith("originalfile=a.png\\r\\ntype=image/png\")"),
+                          testing::EndsWith("originalfile=b\")"),
+                          testing::EndsWith("originalfile=c.ogg\\r\\ntype=audio/ogg\")")));
+  // The record is what it always is.
+  EXPECT_THAT(host.Items[0]->Record, testing::Not(testing::HasSubstr("type=")));
 }
 
 TEST_F(ImportRunTest, EveryFieldThatBeginsWithFileIsTaken) {

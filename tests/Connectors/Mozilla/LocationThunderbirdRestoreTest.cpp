@@ -1,6 +1,7 @@
 #include <cstdint>
 
 #include "Common/StdHttp.h"
+#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/MailRestore.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Support/ScopedSizeLimit.h"
@@ -175,9 +176,9 @@ class BoxlessPlatform : public RecordingPlatform {
 TEST_F(RestoreTest, BoxThatCannotBeShownIsSwallowed) {
   Store("x");
   item->Files.clear();
-  const ScopedPlatform scope(std::make_shared<BoxlessPlatform>());
   Connect("thunderbird://p/a/Inbox/-");
   connector->InitLocation("thunderbird://p/a/Inbox/-");
+  const ScopedPlatform scope(std::make_shared<BoxlessPlatform>());
   EXPECT_EQ(connector->ExecuteAction("Restore:id:1"), "");
 }
 
@@ -352,6 +353,21 @@ TEST_F(RestoreTest, MissingAttachmentLeavesItsPartEmpty) {
   EXPECT_EQ(Restore(), "From - \r\nContent-Type: multipart/mixed; boundary=own\r\n\r\n" +
                            PartOf("own", "gone", "") + PartOf("own", "a.txt", "SGVsbG8=\r\n") +
                            PartOf("own", "", "") + "--own--\r\n\r\n");
+}
+
+TEST_F(RestoreTest, AttachmentsGoBackAsTheyWereSentWhereTheHostHasChosenSo) {
+  Store("Content-Type: multipart/mixed; boundary=own\r\n\r\n--own--\r\n");
+  Attach("FileAttach1", "R%FCck.pdf\r\ntype=application/pdf", "Hello");
+  Attach("FileAttach2", "a.txt", "Hello");
+  ChooseAttachmentHeaders(AttachmentHeaders::AsSent);
+  const std::string written = Restore();
+  ChooseAttachmentHeaders(AttachmentHeaders::Plain);
+  EXPECT_EQ(written,
+            "From - \r\nContent-Type: multipart/mixed; boundary=own\r\n\r\n"
+            "--own\r\nContent-Type: application/pdf;\r\n name=\"=?UTF-8?B?UsO8Y2sucGRm?=\"\r\n"
+            "Content-Transfer-Encoding: base64\r\n"
+            "Content-Disposition: attachment;\r\n filename*=UTF-8''R%C3%BCck.pdf\r\n\r\nSGVsbG8=\r\n" +
+                PartOf("own", "a.txt", "SGVsbG8=\r\n") + "--own--\r\n\r\n");
 }
 
 // --- Encoding a file

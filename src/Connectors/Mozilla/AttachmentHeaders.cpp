@@ -1,0 +1,149 @@
+#include "Connectors/Mozilla/AttachmentHeaders.h"
+
+#include <algorithm>
+
+#include "Common/StdHttp.h"
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kUnknownType = "application/octet-stream";
+
+AttachmentHeaders chosenHeaders = AttachmentHeaders::Plain;
+
+// RFC 2045: token := 1*<any (US-ASCII) CHAR except SPACE, CTLs, or tspecials>
+bool IsToken(std::string_view text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    return c > ' ' && c < '\x7F' && std::string_view("()<>@,;:\\\"/[]?=").find(c) == std::string_view::npos;
+  });
+}
+
+bool IsContentType(std::string_view type) {
+  const std::size_t slash = type.find('/');
+  return slash != std::string_view::npos && IsToken(type.substr(0, slash)) && IsToken(type.substr(slash + 1));
+}
+
+// The content type that a part's header tells, with the charset that a text needs to be read; "" if it tells
+// none that could be written again.
+std::string ContentTypeIn(std::string_view partHeader) {
+  std::string type = LowerCase(GetPartContentType(partHeader));
+  if (!IsContentType(type)) return {};
+  const std::string charset = GetPartCharset(partHeader);
+  if (IsToken(charset)) type += "; charset=" + charset;
+  return type;
+}
+
+// RFC 2046: no encoding but 7bit, 8bit and binary is permitted for a composite type, and attachments are
+// written in base64.
+bool MayBeEncoded(std::string_view type) {
+  return !type.starts_with("multipart/") && !type.starts_with("message/");
+}
+
+// A file name as it was before it was made safe for a disk, in UTF-8.
+std::string SentName(std::string_view safeName) {
+  std::string name;
+  while (!safeName.empty()) {
+    name += CutToken(safeName, "%");
+    if (safeName.size() < 2) break;
+    name +=
+        static_cast<char>(static_cast<unsigned char>(ReadNumber("&H" + std::string(safeName.substr(0, 2)))));
+    safeName.remove_prefix(2);
+  }
+  return DisplayUtf8(name);
+}
+
+bool IsPlainName(std::string_view name) {
+  constexpr std::size_t kLongest = 60;
+  return name.size() <= kLongest && std::all_of(name.begin(), name.end(), [](char c) {
+           return c >= ' ' && c < '\x7F' && c != '"' && c != '\\';
+         });
+}
+
+bool ContinuesCharacter(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// RFC 2047: an encoded word holds whole characters and at most 75 letters. In the parameter of a header it
+// isn't foreseen, but mail programs write it beside the name of RFC 2231, for those that don't know that.
+std::string EncodedWords(std::string_view utf8) {
+  constexpr std::size_t kMostBytes = 45;
+  std::string words;
+  while (!utf8.empty()) {
+    std::size_t size = std::min(kMostBytes, utf8.size());
+    while (size > 1 && size < utf8.size() && ContinuesCharacter(utf8[size]))
+      --size;
+    if (!words.empty()) words += "\r\n ";
+    words += "=?UTF-8?B?" + Base64Encode(utf8.substr(0, size)) + "?=";
+    utf8.remove_prefix(size);
+  }
+  return words;
+}
+
+std::string PercentEncoded(char c) {
+  const auto isLetter = [](char l) { return (l >= 'a' && l <= 'z') || (l >= 'A' && l <= 'Z'); };
+  if (isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '-' || c == '_') return {c};
+  return "%" + HexPad(static_cast<unsigned char>(c), 2);
+}
+
+// RFC 2231: name*=charset'language'text, a long one in sections name*0*, name*1* of a line each.
+std::string ExtendedParameter(const std::string& name, std::string_view utf8) {
+  constexpr std::size_t kLongestSection = 54;
+  std::vector<std::string> sections = {"UTF-8''"};
+  for (const char c : utf8) {
+    const std::string encoded = PercentEncoded(c);
+    if (sections.back().size() + encoded.size() > kLongestSection) sections.emplace_back();
+    sections.back() += encoded;
+  }
+  if (sections.size() == 1) return "\r\n " + name + "*=" + sections.front();
+  std::string parameter;
+  for (std::size_t i = 0; i < sections.size(); ++i) {
+    parameter += (i == 0 ? "\r\n " : ";\r\n ") + name + "*" + std::to_string(i) + "*=" + sections[i];
+  }
+  return parameter;
+}
+
+PartNaming NamingAsSent(std::string_view description) {
+  std::string type = GetLineValue(description, "type");
+  if (type.empty() || !MayBeEncoded(type)) type = kUnknownType;
+  const std::string name = SentName(GetLineValue(description, "file"));
+  if (IsPlainName(name)) {
+    return {type + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
+  }
+  return {type + ";\r\n name=\"" + EncodedWords(name) + "\"",
+          "attachment;" + ExtendedParameter("filename", name)};
+}
+
+}  // namespace
+
+AttachmentHeaders ChosenAttachmentHeaders() {
+  return chosenHeaders;
+}
+
+void ChooseAttachmentHeaders(AttachmentHeaders headers) {
+  chosenHeaders = headers;
+}
+
+std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
+  std::vector<std::string> lines;
+  if (chosenHeaders == AttachmentHeaders::Plain) return lines;
+  for (const std::string& header : parts) {
+    std::string name;
+    std::string type;
+    Swallow([&] { name = GetPartFileName(header); });
+    if (name.empty()) continue;
+    Swallow([&] { type = ContentTypeIn(header); });
+    lines.push_back(type.empty() ? "" : "\r\ntype=" + type);
+  }
+  return lines;
+}
+
+PartNaming NamingOf(std::string_view description) {
+  if (chosenHeaders == AttachmentHeaders::AsSent) return NamingAsSent(description);
+  const std::string name = GetFileName(GetLineValue(description, "file"));
+  return {std::string(kUnknownType) + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
+}
+
+}  // namespace vorlent
