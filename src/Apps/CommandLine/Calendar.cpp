@@ -123,7 +123,8 @@ ExitCode Set(Session& session, const CalendarOptions& options) {
   Edit(*item, options);
   session.Host().SetItemListener(nullptr);
   const ExitCode code = Finish(session, "changed: " + Quoted(*item) + " " + Shown(item->ID()));
-  if (options.location && !oldLocation.empty() && oldLocation != *options.location) {
+  const bool isAdded = code == ExitCode::Done && options.location.has_value();
+  if (isAdded && !oldLocation.empty() && oldLocation != *options.location) {
     session.Output().Say("The calendar keeps the location '" + Shown(oldLocation) +
                          "' in front of the new one, and reading takes the first.");
   }
