@@ -74,7 +74,7 @@ void FormView::Run(const std::function<void()>& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    failed = ToQt(failure.what());
+    failed = WithNativePaths(failure.what());
   }
   for (SheetView* sheet : sheets_)
     sheet->Sync();
@@ -129,7 +129,7 @@ QWidget* FormView::MakeWidget(Control& control, QWidget* page, std::function<voi
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   update = [label, &control] {
-    const QString caption = ToQt(control.Caption());
+    const QString caption = WithNativePaths(control.Caption());
     if (label->buddy() == nullptr) label->setText(caption);
     label->setToolTip(caption.contains('\n') ? caption : QString());
   };
@@ -160,13 +160,16 @@ QWidget* FormView::MakeLine(TextBox& box, QWidget* page, std::function<void()>& 
   auto* line = new QLineEdit(page);
   connect(line, &QLineEdit::textEdited, this,
           [this, &box](const QString& text) { Run([&] { box.UserTypes(FromQt(text)); }); });
-  // A path as this system writes it is taken as the same place by its Windows name.
+  // A path as this system writes it is taken as the same place by its Windows name. One that the field itself
+  // shows so has its name already, and may have another one: that of the place it is found by.
   connect(line, &QLineEdit::editingFinished, this, [this, line, &box] {
     const std::string native = line->text().toStdString();
-    if (native.starts_with('/')) Run([&] { box.UserTypes(os::ToWindowsPath(native)); });
+    if (native.starts_with('/') && line->isModified()) Run([&] { box.UserTypes(os::ToWindowsPath(native)); });
   });
   update = [line, &box] {
-    if (FromQt(line->text()) != box.Text()) line->setText(ToQt(box.Text()));
+    if (FromQt(line->text()) == box.Text()) return;
+    const QString shown = WithNativePaths(box.Text());
+    if (line->text() != shown) line->setText(shown);
   };
   return line;
 }
@@ -198,7 +201,7 @@ QWidget* FormView::MakeDropDown(DropDown& list, QWidget* page, std::function<voi
           [this, &list](int index) { Run([&] { list.UserSelects(index + 1); }); });
   update = [combo, &list] {
     for (std::size_t i = static_cast<std::size_t>(combo->count()); i < list.Entries().size(); ++i) {
-      combo->addItem(ToQt(list.Entries()[i]));
+      combo->addItem(WithNativePaths(list.Entries()[i]));
     }
     combo->setCurrentIndex(list.Selected() - 1);
   };

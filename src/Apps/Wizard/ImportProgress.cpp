@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QLocale>
-#include <QMessageBox>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -38,14 +37,16 @@ QString SumOf(const MailAccount& account) {
 
 }  // namespace
 
-ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
+ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
     : QDialog(parent),
-      cancel_(std::move(cancel)),
+      cancelFlag_(std::move(cancelFlag)),
       status_(new QLabel(this)),
       bar_(new QProgressBar(this)),
       rate_(new QLabel(this)),
-      log_(new QPlainTextEdit(this)),
-      button_(new QPushButton(this)) {
+      log_(new LogView(this)),
+      button_(new QPushButton(this)),
+      question_(new QMessageBox(QMessageBox::Question, "Abbrechen", "Den Import abbrechen?",
+                                QMessageBox::NoButton, this)) {
   setModal(true);
   status_->setObjectName("Status");
   bar_->setObjectName("Progress");
@@ -57,9 +58,13 @@ ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
   status_->setMinimumWidth(1);
   status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   bar_->setRange(0, kBarSteps);
-  log_->setReadOnly(true);
-  log_->setLineWrapMode(QPlainTextEdit::NoWrap);
-  log_->setTabChangesFocus(true);
+  // Enter and the space bar press nothing as long as the user doesn't go to the button.
+  button_->setAutoDefault(false);
+  question_->setInformativeText("Er läuft inzwischen weiter. Was er importiert hat, bleibt im Archiv.");
+  QPushButton* yes = question_->addButton("&Ja", QMessageBox::YesRole);
+  QPushButton* no = question_->addButton("&Nein", QMessageBox::NoRole);
+  question_->setDefaultButton(no);
+  question_->setEscapeButton(no);
 
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(rate_, 1);
@@ -71,41 +76,54 @@ ImportProgress::ImportProgress(std::function<void()> cancel, QWidget* parent)
   layout->addLayout(buttons);
   resize(ToPixels(kProgressWidth, *this), ToPixels(kProgressHeight, *this));
   connect(button_, &QPushButton::clicked, this, &ImportProgress::reject);
+  connect(yes, &QPushButton::clicked, this, &ImportProgress::Stop);
 }
 
 // --- What the host reports ------------------------------------------------------------------------------
 
 void ImportProgress::ProgressOpened(std::string_view title) {
   opened_ = isRunning_ = true;
-  setWindowTitle(ToQt(title));
+  setWindowTitle(WithNativePaths(title));
   bar_->setValue(0);
   rate_->clear();
   log_->clear();
+  percent_ = 0;
   button_->setText("&Abbrechen");
-  button_->setEnabled(true);
-  button_->setFocus();
+  button_->setDefault(false);
+  log_->setFocus();
   running_.start();
   lastShown_.start();
   show();
 }
 
+// After a mailbox comes its place among all, whatever was read of it: a run that is told to stop came only as
+// far as it was.
 void ImportProgress::ProgressMoved(double percent) {
+  if (cancelFlag_()) return;
+  percent_ = percent;
   if (lastShown_.elapsed() < kShowPause) return;
   lastShown_.start();
-  ShowRate(percent);
+  ShowHowFar();
+  ShowRate();
 }
 
 void ImportProgress::ProgressClosed() {
+  End();
+}
+
+void ImportProgress::End() {
   isRunning_ = false;
+  question_->close();
   rate_->clear();
 }
 
 void ImportProgress::StatusChanged(std::string_view text) {
-  status_->setText(ToQt(text));
+  status_->setText(WithNativePaths(text));
+  status_->setToolTip(status_->text());
 }
 
 void ImportProgress::LogLine(std::string_view line) {
-  log_->appendPlainText(ToQt(line));
+  log_->appendPlainText(WithNativePaths(line));
 }
 
 void ImportProgress::LocationUnreadable(std::string_view reason) {
@@ -118,19 +136,22 @@ void ImportProgress::ErrorRaised(std::int32_t, std::string_view, bool, std::stri
 
 void ImportProgress::Tell(std::string_view error) {
   if (isRunning_) {
-    log_->appendPlainText(ToQt(error));
+    log_->appendPlainText(WithNativePaths(error));
   } else {
-    QMessageBox::warning(QApplication::activeWindow(), QString(), ToQt(error));
+    QMessageBox::warning(QApplication::activeWindow(), QString(), WithNativePaths(error));
   }
 }
 
-void ImportProgress::ShowRate(double percent) {
-  bar_->setValue(static_cast<int>(percent * kBarSteps / 100));
+void ImportProgress::ShowHowFar() {
+  bar_->setValue(static_cast<int>(percent_ * kBarSteps / 100));
+}
+
+void ImportProgress::ShowRate() {
   const qint64 elapsed = running_.elapsed();
-  if (!button_->isEnabled() || elapsed < kFirstRate || percent <= 0) return;
+  if (elapsed < kFirstRate || percent_ <= 0) return;
   const auto mails = static_cast<qlonglong>(ImportRun::LastAccount().delivered);
   const double rate = static_cast<double>(mails) * 1000.0 / static_cast<double>(elapsed);
-  const auto left = static_cast<qint64>(static_cast<double>(elapsed) * (100 - percent) / percent);
+  const auto left = static_cast<qint64>(static_cast<double>(elapsed) * (100 - percent_) / percent_);
   rate_->setText(QString("%1 Mails, %2 Mails/Sekunde, noch %3")
                      .arg(mails)
                      .arg(QLocale(QLocale::German).toString(rate, 'f', 1))
@@ -140,24 +161,24 @@ void ImportProgress::ShowRate(double percent) {
 // --- The end --------------------------------------------------------------------------------------------
 
 void ImportProgress::ShowResult(const MailAccount& account, const QString& failure) {
-  isRunning_ = false;
+  End();
   for (const auto& [mails, outcome] :
        {std::pair(&account.failed, ""), std::pair(&account.unmarked, "nicht als gelöscht markiert: ")}) {
     for (const MailAccount::Failed& mail : *mails) {
       log_->appendPlainText(QString("%1, Mail an Stelle %2: %3%4")
-                                .arg(ToQt(mail.mailbox))
+                                .arg(WithNativePaths(mail.mailbox))
                                 .arg(mail.offset)
-                                .arg(outcome, ToQt(mail.reason)));
+                                .arg(outcome, WithNativePaths(mail.reason)));
     }
   }
   if (failure.isEmpty()) {
-    bar_->setValue(kBarSteps);
-    status_->setText(SumOf(account) + (button_->isEnabled() ? "." : ", dann abgebrochen."));
+    if (!cancelFlag_()) percent_ = 100;
+    status_->setText(SumOf(account) + (cancelFlag_() ? ", dann abgebrochen." : "."));
   } else {
     log_->appendPlainText(SumOf(account) + ", dann gescheitert.");
     status_->setText("Der Import ist gescheitert: " + failure);
   }
-  rate_->clear();
+  ShowHowFar();
   button_->setText("&Schließen");
   button_->setEnabled(true);
   button_->setDefault(true);
@@ -167,9 +188,13 @@ void ImportProgress::ShowResult(const MailAccount& account, const QString& failu
 
 void ImportProgress::reject() {
   if (!isRunning_) return QDialog::reject();
-  cancel_();
+  if (!cancelFlag_()) question_->open();
+}
+
+void ImportProgress::Stop() {
+  cancelFlag_() = true;
   button_->setEnabled(false);
-  rate_->setText("Wird hinter der laufenden Mail abgebrochen ...");
+  rate_->setText("Wird nach der laufenden Mail abgebrochen ...");
 }
 
 }  // namespace vorlent::wizard

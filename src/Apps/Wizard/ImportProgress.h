@@ -4,24 +4,29 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
-#include <QPlainTextEdit>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <atomic>
 #include <functional>
 #include <string>
 #include <string_view>
 
+#include "Apps/Wizard/LogView.h"
 #include "Connectors/Mozilla/MailAccount.h"
 #include "Standalone/HostObserver.h"
 
 namespace vorlent::wizard {
 
-// Title, mailbox at hand, percentage, mails by second, time left, the log, and a button that asks the run to
-// stop. It stays open behind the run with what became of it, until the user closes it.
+// Title, mailbox at hand, percentage, mails by second, time left, the log, and a button to stop the run, which
+// asks first; the run goes on meanwhile. It stays open after the run with what became of it, until the user
+// closes it.
 class ImportProgress : public QDialog, public HostObserver {
  public:
-  // `cancel` is called when the user wants to stop.
-  ImportProgress(std::function<void()> cancel, QWidget* parent);
+  // The flag by which a run is told to stop; asked for only while there is one.
+  using CancelFlag = std::function<std::atomic<bool>&()>;
+
+  ImportProgress(CancelFlag cancelFlag, QWidget* parent);
 
   void ProgressOpened(std::string_view title) override;
   void ProgressMoved(double percent) override;
@@ -37,22 +42,27 @@ class ImportProgress : public QDialog, public HostObserver {
   // mail. Waits until the window is closed.
   void ShowResult(const MailAccount& account, const QString& failure);
 
-  // Asks to stop while the run is on, and closes the window behind it.
+  // Asks whether to stop while the run is on, and closes the window after it.
   void reject() override;
 
  private:
   // What the host has to say against a Location: into the log of a run, before it in a message box.
   void Tell(std::string_view error);
-  void ShowRate(double percent);
+  void End();
+  void ShowRate();
+  void ShowHowFar();
+  void Stop();
 
-  std::function<void()> cancel_;
+  CancelFlag cancelFlag_;
   QLabel* status_;
   QProgressBar* bar_;
   QLabel* rate_;
-  QPlainTextEdit* log_;
+  LogView* log_;
   QPushButton* button_;
+  QMessageBox* question_;
   QElapsedTimer running_;
   QElapsedTimer lastShown_;
+  double percent_ = 0;
   bool opened_ = false;
   bool isRunning_ = false;
 };

@@ -10,6 +10,20 @@ namespace vorlent::wizard {
 // What a person should read; CR LF becomes the line feed of Qt.
 QString ToQt(std::string_view text);
 
+// The same for a text that may hold paths: each that begins with a drive is written as this system has it.
+QString WithNativePaths(std::string_view text);
+
+// The same for many texts that are paths, most of them of one folder like the one before.
+class NativePaths {
+ public:
+  // A text that isn't a path below a drive stays.
+  QString Of(std::string_view path);
+
+ private:
+  std::string folder_;
+  std::string native_;
+};
+
 // The text as the component holds it: code page, or UTF-8 where the page doesn't hold a character; line feeds
 // become CR LF.
 std::string FromQt(const QString& text);

@@ -1,10 +1,7 @@
 #include "Apps/Wizard/SheetModel.h"
 
 #include <iterator>
-#include <string>
 #include <utility>
-
-#include "Apps/Wizard/QtText.h"
 
 namespace vorlent::wizard {
 
@@ -13,7 +10,7 @@ struct SheetModel::Node {
   int place = 0;  // among the parent's children
   SheetRow* row = nullptr;
   std::uint64_t serial = 0;
-  std::string text;
+  QString text;
   bool hasIcon = false;
   CheckState state = CheckState::Clear;
   bool expanded = false;
@@ -58,7 +55,7 @@ QVariant SheetModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-      return ToQt(node.text);
+      return node.text;
     case Qt::DecorationRole:
       return node.hasIcon ? QVariant(icon_) : QVariant();
     case Qt::CheckStateRole:
@@ -149,14 +146,13 @@ void SheetModel::InsertNodes(Node& parent, std::size_t place, const std::vector<
   endInsertRows();
 }
 
-std::unique_ptr<SheetModel::Node> SheetModel::NewNode(Node& parent, std::int32_t position,
-                                                      std::int32_t end) const {
+std::unique_ptr<SheetModel::Node> SheetModel::NewNode(Node& parent, std::int32_t position, std::int32_t end) {
   SheetRow& row = sheet_.Row(position);
   auto node = std::make_unique<Node>();
   node->parent = &parent;
   node->row = &row;
   node->serial = row.Serial();
-  node->text = row.Text();
+  node->text = paths_.Of(row.Text());
   node->hasIcon = !row.Icon().empty();
   node->state = row.State();
   const std::vector<std::int32_t> below = DirectRows(position + 1, end);
@@ -170,6 +166,13 @@ std::unique_ptr<SheetModel::Node> SheetModel::NewNode(Node& parent, std::int32_t
 void SheetModel::Renumber(Nodes& nodes, std::size_t first) {
   for (std::size_t place = first; place < nodes.size(); ++place)
     nodes[place]->place = static_cast<int>(place);
+}
+
+void SheetModel::ForEachOpen(const Node& parent, int depth, const Visit& visit) const {
+  for (const auto& node : parent.children) {
+    visit(IndexOf(*node), node->text, depth);
+    if (node->expanded) ForEachOpen(*node, depth + 1, visit);
+  }
 }
 
 void SheetModel::SyncStates(Node& parent) {

@@ -8,11 +8,12 @@
 #include <memory>
 #include <vector>
 
+#include "Apps/Wizard/QtText.h"
 #include "Connectors/Mozilla/WizardSheet.h"
 
 namespace vorlent::wizard {
 
-// Mirrors the rows as a tree of nodes, which hold copies of what is shown. The sheet tells each change by
+// Mirrors the rows as a tree of nodes, which hold copies of what is shown: paths as this system has them. The sheet tells each change by
 // itself; Sync takes over all that piled up since, a run of new or gone rows below one parent in one step.
 class SheetModel : public QAbstractItemModel {
  public:
@@ -33,6 +34,10 @@ class SheetModel : public QAbstractItemModel {
   // The sheet's row of an index. Valid until the sheet changes.
   SheetRow& RowOf(const QModelIndex& index);
 
+  // Visits every row of which all rows above are open; the depth of the outermost is 0.
+  using Visit = std::function<void(const QModelIndex& index, const QString& text, int depth)>;
+  void ForEachOpen(const Visit& visit) const { ForEachOpen(*root_, 0, visit); }
+
   // The user ticks or clears a row.
   std::function<void(SheetRow& row, CheckState state)> OnTick;
   // A row is to be shown open or closed; called by Sync behind the change of rows.
@@ -48,7 +53,8 @@ class SheetModel : public QAbstractItemModel {
   void RemoveNodes(Node& parent, std::size_t first, std::size_t end);
   void InsertNodes(Node& parent, std::size_t place, const std::vector<std::int32_t>& positions,
                    std::size_t first, std::size_t last, std::int32_t end);
-  std::unique_ptr<Node> NewNode(Node& parent, std::int32_t position, std::int32_t end) const;
+  std::unique_ptr<Node> NewNode(Node& parent, std::int32_t position, std::int32_t end);
+  void ForEachOpen(const Node& parent, int depth, const Visit& visit) const;
   void SyncStates(Node& parent);
   void SyncState(Node& node);
   QModelIndex IndexOf(const Node& node) const;
@@ -57,6 +63,7 @@ class SheetModel : public QAbstractItemModel {
 
   Sheet& sheet_;
   QIcon icon_;
+  NativePaths paths_;
   std::unique_ptr<Node> root_;
   std::uint64_t shape_ = 0;
 };

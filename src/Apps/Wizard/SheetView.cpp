@@ -1,11 +1,15 @@
 #include "Apps/Wizard/SheetView.h"
 
+#include <QEvent>
+#include <QFontMetricsF>
 #include <QHeaderView>
 #include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <algorithm>
+#include <cmath>
 #include <utility>
+#include <vector>
 
 #include "Apps/Wizard/Twips.h"
 
@@ -29,6 +33,29 @@ class RowDelegate : public QStyledItemDelegate {
   const QWidget& view_;
 };
 
+// How much room texts take. Each character is measured once: what two of them share is left out of account,
+// and thousands of rows are measured at once.
+class TextWidths {
+ public:
+  explicit TextWidths(const QFont& font) : metrics_(font), widths_(0x10000, kUnknown) {}
+
+  double Of(const QString& text) {
+    double width = 0;
+    for (const QChar c : text) {
+      double& own = widths_[c.unicode()];
+      if (own == kUnknown) own = metrics_.horizontalAdvance(c);
+      width += own;
+    }
+    return width;
+  }
+
+ private:
+  static constexpr double kUnknown = -1;
+
+  QFontMetricsF metrics_;
+  std::vector<double> widths_;
+};
+
 }  // namespace
 
 SheetView::SheetView(Sheet& sheet, UserStep user, QWidget* parent)
@@ -41,7 +68,7 @@ SheetView::SheetView(Sheet& sheet, UserStep user, QWidget* parent)
   setEditTriggers(NoEditTriggers);
   setItemDelegate(new RowDelegate(sheet, this));
   setModel(model_);
-  // Long paths scroll; only the rows on the screen are measured.
+  // Long paths scroll.
   header()->setStretchLastSection(false);
   header()->setSectionResizeMode(QHeaderView::ResizeToContents);
   header()->setResizeContentsPrecision(0);
@@ -54,6 +81,11 @@ SheetView::SheetView(Sheet& sheet, UserStep user, QWidget* parent)
   connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) {
     if (!syncing_) user_([&] { sheet_.UserCloses(model_->RowOf(index)); });
   });
+  const auto measureAnew = [this] { widestRow_.reset(); };
+  connect(model_, &SheetModel::rowsInserted, this, measureAnew);
+  connect(model_, &SheetModel::rowsRemoved, this, measureAnew);
+  connect(this, &QTreeView::expanded, this, measureAnew);
+  connect(this, &QTreeView::collapsed, this, measureAnew);
   sheet_.OnRowsChange = [this] { SyncLater(); };
 }
 
@@ -71,7 +103,35 @@ void SheetView::Sync() {
 }
 
 int SheetView::sizeHintForColumn(int column) const {
-  return std::max(QTreeView::sizeHintForColumn(column), viewport()->width());
+  if (!widestRow_) widestRow_ = WidestRow();
+  return std::max({QTreeView::sizeHintForColumn(column), *widestRow_, viewport()->width()});
+}
+
+int SheetView::WidestRow() const {
+  TextWidths widths(font());
+  QModelIndex widest;
+  double textWidth = 0;
+  double width = -1;
+  int indented = 0;
+  model_->ForEachOpen([&](const QModelIndex& index, const QString& text, int depth) {
+    const double own = widths.Of(text);
+    const int left = (depth + 1) * indentation();
+    if (own + left <= width) return;
+    widest = index;
+    textWidth = own;
+    width = own + left;
+    indented = left;
+  });
+  if (!widest.isValid()) return 0;
+  // The check box, the icon and the margins are those of every row.
+  const double drawn = QFontMetricsF(font()).horizontalAdvance(widest.data().toString());
+  return sizeHintForIndex(widest).width() + indented +
+         static_cast<int>(std::ceil(std::max(0.0, textWidth - drawn)));
+}
+
+void SheetView::changeEvent(QEvent* event) {
+  QTreeView::changeEvent(event);
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) widestRow_.reset();
 }
 
 void SheetView::SyncLater() {

@@ -3,6 +3,7 @@
 
 #include <QTreeView>
 #include <functional>
+#include <optional>
 
 #include "Apps/Wizard/SheetModel.h"
 #include "Connectors/Mozilla/WizardSheet.h"
@@ -22,18 +23,22 @@ class SheetView : public QTreeView {
   void Sync();
 
  protected:
-  // At least as wide as the view, so that the whole row shows that it is the current one.
+  // At least as wide as the view, so that the whole row shows that it is the current one; the widest row can be
+  // scrolled to its end, wherever it stands.
   int sizeHintForColumn(int column) const override;
+  void changeEvent(QEvent* event) override;
 
  private:
   void SyncLater();
   void ShowExpanded(const QModelIndex& index, bool expanded);
+  int WidestRow() const;
 
   Sheet& sheet_;
   UserStep user_;
   SheetModel* model_;
   bool syncing_ = false;
   bool syncIsDue_ = false;
+  mutable std::optional<int> widestRow_;  // pixels; nothing until it is asked for
 };
 
 }  // namespace vorlent::wizard

@@ -80,7 +80,8 @@ class Installed {
 int RunWizardApp(const WizardAppOptions& options) {
   const Application application;
   std::shared_ptr<StandaloneHost> host;
-  wizard::ImportProgress progress([&host] { host->Global().CancelFlag() = true; }, nullptr);
+  wizard::ImportProgress progress([&]() -> std::atomic<bool>& { return host->Global().CancelFlag(); },
+                                  nullptr);
   host = std::make_shared<StandaloneHost>(progress);
   const Installed installed(std::make_shared<wizard::QtPlatform>(), host);
 
@@ -110,7 +111,7 @@ int RunWizardApp(const WizardAppOptions& options) {
     RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
     if (portions) portions->Finish();
   } catch (const Failure& failure) {
-    failed = wizard::ToQt(failure.what());
+    failed = wizard::WithNativePaths(failure.what());
   }
   if (!progress.WasOpened() && failed.isEmpty()) return wizardFinished ? kFailed : kCancelled;
   const MailAccount& account = ImportRun::LastAccount();

@@ -19,6 +19,7 @@
 #include "Apps/Wizard/SheetView.h"
 #include "Apps/Wizard/WizardFrame.h"
 #include "Platform/CodePage.h"
+#include "Platform/Posix/PathMapping.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "UserScript.h"
@@ -169,6 +170,35 @@ TEST_F(FormViewTest, RowsReachOverTheWholeSheetAndLongOnesScroll) {
   EXPECT_GT(list.horizontalScrollBar()->maximum(), 0);
 }
 
+TEST_F(FormViewTest, LongestRowScrollsToItsEndWhereverItStands) {
+  auto& list = Shown<QTreeView>("qzelSheet2");
+  GoToPage(2);
+  auto& sheet = Control<Sheet>("qzelSheet2");
+  const auto widthOfTheColumn = [&] {
+    QApplication::processEvents();
+    return list.columnWidth(0);
+  };
+  const auto widthOf = [&](int row) {
+    return list.indentation() + list.sizeHintForIndex(list.model()->index(row, 0)).width();
+  };
+  for (int i = 0; i < 1000; ++i)
+    sheet.AddRow("C:\\short", "file", 0, false, -1, "");
+  EXPECT_EQ(list.horizontalScrollBar()->maximum(), 0);
+  // Of two rows the one with more characters is not the longer one.
+  sheet.AddRow("C:\\" + std::string(200, 'i'), "file", 0, false, -1, "");
+  sheet.AddRow("C:\\" + std::string(190, 'm'), "file", 0, false, -1, "");
+  const int width = widthOfTheColumn();
+  EXPECT_GE(width, widthOf(sheet.RowCount() - 1));
+  EXPECT_LE(width, widthOf(sheet.RowCount() - 1) + 2);
+  EXPECT_GT(list.horizontalScrollBar()->maximum(), 0);
+  sheet.RemoveRow(sheet.RowCount());
+  EXPECT_LT(widthOfTheColumn(), width);
+  QFont large = list.font();
+  large.setPointSizeF(3 * large.pointSizeF());
+  list.setFont(large);
+  EXPECT_GE(widthOfTheColumn(), widthOf(sheet.RowCount() - 1));
+}
+
 TEST_F(FormViewTest, WizardKnowsTheWindowOverWhichItsDialogOpens) {
   Click(Frame(), "qzelButton1");
   ASSERT_EQ(platform->fileDialogRequests.size(), 1U);
@@ -229,19 +259,20 @@ TEST_F(FormViewTest, TypingAPathChoosesTheFile) {
   EXPECT_TRUE(Control<OptionButton>("Option2").IsSet());
 }
 
-TEST_F(FormViewTest, PathOfThisSystemBecomesItsWindowsName) {
+TEST_F(FormViewTest, PathOfThisSystemGoesToTheWizardByItsWindowsName) {
   Shown<QLineEdit>("Text1").setFocus();
   Type("/var/mail/");
   EXPECT_EQ(Control<TextBox>("Text1").Text(), "/var/mail/");
   Press(Qt::Key_Tab);
   EXPECT_EQ(Control<TextBox>("Text1").Text(), "C:\\var\\mail\\");
-  EXPECT_EQ(Shown<QLineEdit>("Text1").text(), "C:\\var\\mail\\");
+  EXPECT_EQ(Shown<QLineEdit>("Text1").text(), "/var/mail/");
 }
 
 TEST_F(FormViewTest, ChosenFileComesBackIntoTheField) {
   platform->fileDialogAnswers.push_back(RecordingPlatform::Chosen("C:\\Mail\\B\xFCro.mbox"));
   Click(Frame(), "qzelButton1");
-  EXPECT_EQ(Shown<QLineEdit>("Text1").text(), QString("C:\\Mail\\Büro.mbox"));
+  EXPECT_EQ(Control<TextBox>("Text1").Text(), "C:\\Mail\\B\xFCro.mbox");
+  EXPECT_EQ(Shown<QLineEdit>("Text1").text(), QString("/Mail/Büro.mbox"));
   EXPECT_TRUE(Shown<QRadioButton>("Option2").isChecked());
 }
 
@@ -304,10 +335,10 @@ TEST_F(FormViewTest, TreeChoosesTheFoldersAgain) {
 TEST_F(FormViewTest, TargetIsPickedByKeysAndDescribed) {
   GoToPage(3);
   EXPECT_EQ(QApplication::focusWidget()->objectName(), "Combo1");
-  EXPECT_EQ(Shown<QLabel>("LabelInfo").text(), "FileLocation: C:\\Archiv\\files\\\n");
+  EXPECT_EQ(Shown<QLabel>("LabelInfo").text(), "FileLocation: /Archiv/files/\n");
   Press(Qt::Key_Down);
   EXPECT_EQ(Control<DropDown>("Combo1").Text(), "B\xFCro");
-  EXPECT_EQ(Shown<QLabel>("LabelInfo").text(), QString("FileLocation: C:\\Büro\\files\\\n"));
+  EXPECT_EQ(Shown<QLabel>("LabelInfo").text(), QString("FileLocation: /Büro/files/\n"));
 }
 
 TEST_F(FormViewTest, NewTargetIsAddedToTheList) {
@@ -343,6 +374,24 @@ TEST_F(FormViewTest, FailureOfAStepIsToldAndTheWizardGoesOn) {
   Press(Qt::Key_Right);
   EXPECT_EQ(told, "scripted failure of Location(\"\").Load");
   EXPECT_THAT(TreeTexts(), ElementsAre("thunderbird://"));
+}
+
+// The application-data folder is none of this system: what is shown of it is where it really lies.
+TEST_F(FormViewTest, ChosenFileKeepsItsNameThoughItIsShownAtItsRealPlace) {
+  os::SetHomeFolder("/home/anna");
+  const std::string name = "C:\\home\\anna\\AppData\\Thunderbird\\Profiles\\x\\Mail\\Inbox";
+  platform->fileDialogAnswers.push_back(RecordingPlatform::Chosen(name));
+  Click(Frame(), "qzelButton1");
+  EXPECT_EQ(Shown<QLineEdit>("Text1").text(), "/home/anna/.thunderbird/Profiles/x/Mail/Inbox");
+  Shown<QLineEdit>("Text1").setFocus();
+  Press(Qt::Key_Tab);
+  EXPECT_EQ(Control<TextBox>("Text1").Text(), name);
+  GoToPage(2);
+  EXPECT_EQ(Shown<QTreeView>("qzelSheet2").model()->index(0, 0).data().toString(),
+            "/home/anna/.thunderbird/Profiles/x/Mail/Inbox");
+  EXPECT_EQ(Control<Sheet>("qzelSheet2").Row(1).Text(), name);
+  EXPECT_THAT(Wizard().Parameter(), testing::EndsWith("import " + name + "\r\n"));
+  os::ResetPathMapping();
 }
 
 // --- The frame ------------------------------------------------------------------------------------------

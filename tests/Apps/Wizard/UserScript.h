@@ -33,6 +33,8 @@ class UserScript {
   void In(std::function<void(Window&)> act, std::function<bool(Window&)> ready = nullptr) {
     steps_.push_back([act = std::move(act), ready = std::move(ready)]() -> std::function<void()> {
       auto* window = dynamic_cast<Window*>(QApplication::activeModalWidget());
+      // There is no window manager that gives the focus back after a window that closed.
+      if (window != nullptr && QApplication::focusWindow() == nullptr) window->activateWindow();
       if (window == nullptr || !window->isActiveWindow() || (ready && !ready(*window))) return nullptr;
       return [act, window] { act(*window); };
     });
@@ -77,7 +79,7 @@ Widget& Find(QWidget& window, const char* name) {
 
 // Keys go to the window that has the focus, as from a keyboard.
 inline void Press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-  // There is no window manager that gives the focus back behind a window that closed.
+  // As for a step: nobody else gives the focus back.
   if (QApplication::focusWindow() == nullptr) QApplication::activeModalWidget()->activateWindow();
   if (!QTest::qWaitFor([] { return QApplication::focusWindow() != nullptr; })) {
     ADD_FAILURE() << "no window has the focus";
