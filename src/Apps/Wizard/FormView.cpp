@@ -58,8 +58,13 @@ QSize FormView::DesignSize() const {
   return {ToPixels(page.Width(), *this), ToPixels(kPageTop + page.Height(), *this)};
 }
 
-void FormView::ShowPage(std::int16_t page) {
-  Run([&] { wizard_.ShowPage(page); });
+bool FormView::ShowPage(std::int16_t page) {
+  const bool shown = Run([&] { wizard_.ShowPage(page); });
+  FocusFirst(page);
+  return shown;
+}
+
+void FormView::FocusFirst(std::int16_t page) {
   for (const Shown& shown : shown_) {
     if (shown.control->Page() != page || shown.widget->focusPolicy() == Qt::NoFocus) continue;
     // Of a group of buttons the set one takes the focus: it isn't picked by that.
@@ -69,7 +74,7 @@ void FormView::ShowPage(std::int16_t page) {
   }
 }
 
-void FormView::Run(const std::function<void()>& step) {
+bool FormView::Run(const std::function<void()>& step) {
   QString failed;
   try {
     step();
@@ -78,7 +83,9 @@ void FormView::Run(const std::function<void()>& step) {
   }
   for (SheetView* sheet : sheets_)
     sheet->Sync();
-  if (!failed.isEmpty()) QMessageBox::critical(window(), window()->windowTitle(), failed);
+  if (failed.isEmpty()) return true;
+  QMessageBox::critical(window(), window()->windowTitle(), failed);
+  return false;
 }
 
 void FormView::resizeEvent(QResizeEvent*) {

@@ -22,10 +22,11 @@ class FormView : public QWidget {
 
   // Size at which every control is as large as designed.
   QSize DesignSize() const;
-  // Shows a page and puts the focus on its first control.
-  void ShowPage(std::int16_t page);
-  // Runs something the user did and shows what came of it; a failure is told in a message box.
-  void Run(const std::function<void()>& step);
+  // Shows a page and puts the focus on its first control. False if that failed, as Run tells.
+  bool ShowPage(std::int16_t page);
+  // Runs something the user did and shows what came of it; a failure is told in a message box. False if there
+  // was one.
+  bool Run(const std::function<void()>& step);
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
@@ -37,6 +38,7 @@ class FormView : public QWidget {
     std::function<void()> update;  // takes over the control's own state
   };
 
+  void FocusFirst(std::int16_t page);
   void Add(Control& control);
   QWidget* MakeWidget(Control& control, QWidget* page, std::function<void()>& update);
   QWidget* MakeOption(OptionButton& option, QWidget* page, std::function<void()>& update);

@@ -44,6 +44,7 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
       bar_(new QProgressBar(this)),
       rate_(new QLabel(this)),
       log_(new LogView(this)),
+      back_(new QPushButton("< &Zurück", this)),
       button_(new QPushButton(this)),
       question_(new QMessageBox(QMessageBox::Question, "Abbrechen", "Den Import abbrechen?",
                                 QMessageBox::NoButton, this)) {
@@ -52,6 +53,7 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
   bar_->setObjectName("Progress");
   rate_->setObjectName("Rate");
   log_->setObjectName("Log");
+  back_->setObjectName("Back");
   button_->setObjectName("Cancel");
   status_->setTextFormat(Qt::PlainText);
   status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -68,6 +70,7 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
 
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(rate_, 1);
+  buttons->addWidget(back_);
   buttons->addWidget(button_);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(status_);
@@ -76,6 +79,7 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
   layout->addLayout(buttons);
   resize(ToPixels(kProgressWidth, *this), ToPixels(kProgressHeight, *this));
   connect(button_, &QPushButton::clicked, this, &ImportProgress::reject);
+  connect(back_, &QPushButton::clicked, this, &QDialog::accept);
   connect(yes, &QPushButton::clicked, this, &ImportProgress::Stop);
 }
 
@@ -88,6 +92,7 @@ void ImportProgress::ProgressOpened(std::string_view title) {
   rate_->clear();
   log_->clear();
   percent_ = 0;
+  back_->hide();
   button_->setText("&Abbrechen");
   button_->setDefault(false);
   log_->setFocus();
@@ -160,7 +165,7 @@ void ImportProgress::ShowRate() {
 
 // --- The end --------------------------------------------------------------------------------------------
 
-void ImportProgress::ShowResult(const MailAccount& account, const QString& failure) {
+bool ImportProgress::ShowResult(const MailAccount& account, const QString& failure) {
   End();
   for (const auto& [mails, outcome] :
        {std::pair(&account.failed, ""), std::pair(&account.unmarked, "nicht als gelöscht markiert: ")}) {
@@ -181,9 +186,12 @@ void ImportProgress::ShowResult(const MailAccount& account, const QString& failu
   ShowHowFar();
   button_->setText("&Schließen");
   button_->setEnabled(true);
-  button_->setDefault(true);
-  button_->setFocus();
-  exec();
+  back_->setVisible(!failure.isEmpty());
+  QPushButton* likely = failure.isEmpty() ? button_ : back_;
+  likely->setDefault(true);
+  likely->setFocus();
+  opened_ = false;
+  return exec() == Accepted;
 }
 
 void ImportProgress::reject() {

@@ -18,9 +18,9 @@
 
 namespace vorlent::wizard {
 
-// Title, mailbox at hand, percentage, mails by second, time left, the log, and a button to stop the run, which
-// asks first; the run goes on meanwhile. It stays open after the run with what became of it, until the user
-// closes it.
+// Title, mailbox at hand, percentage, mails by second, time left, the log, and a button to stop the run. That
+// asks first, and the run goes on meanwhile. The window stays open after the run with what became of it,
+// until the user closes it.
 class ImportProgress : public QDialog, public HostObserver {
  public:
   // The flag by which a run is told to stop; asked for only while there is one.
@@ -36,11 +36,12 @@ class ImportProgress : public QDialog, public HostObserver {
   void LocationUnreadable(std::string_view reason) override;
   void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override;
 
-  // Whether a run was ever begun.
+  // Whether a run was begun since the last result.
   bool WasOpened() const { return opened_; }
   // The run ended, by itself or with a failure (a text for the user, else empty): shows what became of every
-  // mail. Waits until the window is closed.
-  void ShowResult(const MailAccount& account, const QString& failure);
+  // mail. Waits until the window is closed; true if the user wants to go back to the wizard, which a failure
+  // offers.
+  bool ShowResult(const MailAccount& account, const QString& failure);
 
   // Asks whether to stop while the run is on, and closes the window after it.
   void reject() override;
@@ -58,6 +59,7 @@ class ImportProgress : public QDialog, public HostObserver {
   QProgressBar* bar_;
   QLabel* rate_;
   LogView* log_;
+  QPushButton* back_;
   QPushButton* button_;
   QMessageBox* question_;
   QElapsedTimer running_;

@@ -4,20 +4,20 @@
 #include <QFileDialog>
 
 #include "Apps/Wizard/QtText.h"
-#include "Apps/Wizard/WizardFrame.h"
 #include "Component/Component.h"
-#include "Connectors/Mozilla/WizardImport.h"
 #include "Platform/Posix/PathMapping.h"
 
 namespace vorlent::wizard {
 
 std::string QtDialogs::ShowWizard(std::string_view title, std::string_view progId,
                                   std::string_view parameter) {
-  const auto wizard = RequireAs<WizardImport>(CreateObject(progId));
-  wizard->SetParameter(parameter);
-  WizardFrame frame(*wizard, title, QApplication::activeWindow());
-  if (frame.exec() != QDialog::Accepted) return {};
-  const std::string command = wizard->Parameter();
+  if (frame_ == nullptr) {
+    wizard_ = RequireAs<WizardImport>(CreateObject(progId));
+    wizard_->SetParameter(parameter);
+    frame_ = std::make_unique<WizardFrame>(*wizard_, title, nullptr);
+  }
+  if (frame_->exec() != QDialog::Accepted) return {};
+  const std::string command = wizard_->Parameter();
   prepare_(command);
   return command;
 }

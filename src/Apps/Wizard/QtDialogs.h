@@ -2,9 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "Apps/Wizard/WizardFrame.h"
+#include "Connectors/Mozilla/WizardImport.h"
 #include "Host/HostDialogs.h"
 
 namespace vorlent::wizard {
@@ -20,7 +23,8 @@ class QtDialogs : public HostDialogs {
   QtDialogs(OpenTarget openTarget, Prepare prepare)
       : openTarget_(std::move(openTarget)), prepare_(std::move(prepare)) {}
 
-  // Raises NoSuchMember for a ProgID that is no wizard of this component.
+  // The wizard stays: shown another time, after an import that failed, it is as the user left it. Raises
+  // NoSuchMember for a ProgID that is no wizard of this component.
   std::string ShowWizard(std::string_view title, std::string_view progId,
                          std::string_view parameter) override;
 
@@ -31,6 +35,8 @@ class QtDialogs : public HostDialogs {
  private:
   OpenTarget openTarget_;
   Prepare prepare_;
+  std::shared_ptr<WizardImport> wizard_;
+  std::unique_ptr<WizardFrame> frame_;
 };
 
 }  // namespace vorlent::wizard

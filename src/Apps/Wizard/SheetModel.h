@@ -13,8 +13,9 @@
 
 namespace vorlent::wizard {
 
-// Mirrors the rows as a tree of nodes, which hold copies of what is shown: paths as this system has them. The sheet tells each change by
-// itself; Sync takes over all that piled up since, a run of new or gone rows below one parent in one step.
+// Mirrors the rows as a tree of nodes, which hold copies of what is shown: paths as this system has them. The
+// sheet tells each change by itself; Sync takes over all that piled up since, a run of new or gone rows below
+// one parent in one step.
 class SheetModel : public QAbstractItemModel {
  public:
   SheetModel(Sheet& sheet, QIcon icon, QObject* parent);

@@ -23,8 +23,8 @@ class SheetView : public QTreeView {
   void Sync();
 
  protected:
-  // At least as wide as the view, so that the whole row shows that it is the current one; the widest row can be
-  // scrolled to its end, wherever it stands.
+  // At least as wide as the view, so that the whole row shows that it is the current one, and as the widest
+  // row, so that it can be scrolled to its end wherever it stands.
   int sizeHintForColumn(int column) const override;
   void changeEvent(QEvent* event) override;
 

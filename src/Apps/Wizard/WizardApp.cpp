@@ -17,7 +17,6 @@
 #include "Component/Component.h"
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Connectors/Mozilla/ImportRun.h"
-#include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Standalone/StandaloneHost.h"
 
@@ -39,20 +38,24 @@ void SayThatThereIsNoDisplay(QtMsgType type, const QMessageLogContext&, const QS
   std::_Exit(kNoDisplay);
 }
 
-// The application, unless the process has one.
+// The application, unless the process has one. Qt's own texts are German while this lives.
 class Application {
  public:
   Application() {
-    if (QCoreApplication::instance() != nullptr) return;
-    const QtMessageHandler before = qInstallMessageHandler(SayThatThereIsNoDisplay);
-    own_.emplace(argc_, argv_);
-    qInstallMessageHandler(before);
+    if (QCoreApplication::instance() == nullptr) MakeOwn();
+    // Without the package of Qt's translations its texts stay English.
     if (german_.load("qtbase_de", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
       QCoreApplication::installTranslator(&german_);
     }
   }
 
  private:
+  void MakeOwn() {
+    const QtMessageHandler before = qInstallMessageHandler(SayThatThereIsNoDisplay);
+    own_.emplace(argc_, argv_);
+    qInstallMessageHandler(before);
+  }
+
   int argc_ = 1;
   char name_[16] = "vorlent-mozilla";
   char* argv_[2] = {name_, nullptr};
@@ -75,49 +78,91 @@ class Installed {
   std::shared_ptr<HostObjects> host_;
 };
 
+// The wizard with a host of its own, which stands in for the one installed while this lives.
+class WizardProgram {
+ public:
+  WizardProgram()
+      : progress_([this]() -> std::atomic<bool>& { return host_->Global().CancelFlag(); }, nullptr),
+        host_(std::make_shared<StandaloneHost>(progress_)),
+        installed_(std::make_shared<wizard::QtPlatform>(), host_) {
+    host_->SetDialogs(
+        std::make_shared<wizard::QtDialogs>([this](const std::string& folder) { return OpenTarget(folder); },
+                                            [this](const std::string& command) { Prepare(command); }));
+  }
+
+  // Opens the archive in a folder, which is offered from then on.
+  std::string OpenTarget(const std::string& folder) { return host_->Global().OpenArchive(folder)->Name(); }
+
+  // After a run that failed the user may go back to the pages, where all is still as it was chosen.
+  int Run() {
+    bool failedBefore = false;
+    while (true) {
+      finished_ = false;
+      const QString failure = RunAction();
+      if (!finished_ && failure.isEmpty()) return failedBefore ? kFailed : kCancelled;
+      failedBefore = true;
+      // The run told already that its target can't be opened.
+      const bool hasNoTarget = !progress_.WasOpened() && failure.isEmpty();
+      if (!hasNoTarget && !ShowResult(failure)) return exitCode_;
+    }
+  }
+
+ private:
+  void Prepare(const std::string& text) {
+    finished_ = true;
+    // A failure of the run before may have left them so.
+    host_->Global().CancelFlag() = false;
+    host_->Global().SetLogEnabled(true);
+    const ImportCommand command = ImportCommand::Parse(text);
+    const auto archive = std::dynamic_pointer_cast<Archive>(host_->Global().GetObject(command.target));
+    // Mails that stay in their mailbox need not be safe one by one.
+    if (archive != nullptr && !command.move) portions_.emplace(*archive);
+  }
+
+  // What failed, for the user; "" if nothing did.
+  QString RunAction() {
+    QString failure;
+    try {
+      RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
+      if (portions_) portions_->Finish();
+    } catch (const Failure& failed) {
+      failure = wizard::WithNativePaths(failed.what());
+    }
+    portions_.reset();
+    return failure;
+  }
+
+  // Whether the user wants to go back to the pages.
+  bool ShowResult(const QString& failure) {
+    const MailAccount& account = ImportRun::LastAccount();
+    const bool wantsBack = progress_.ShowResult(account, failure);
+    const bool failed = !failure.isEmpty() || !account.failed.empty() || !account.unmarked.empty();
+    exitCode_ = failed ? kFailed : host_->Global().Cancelled() ? kCancelled : kDone;
+    return wantsBack;
+  }
+
+  wizard::ImportProgress progress_;
+  std::shared_ptr<StandaloneHost> host_;
+  Installed installed_;
+  std::optional<Archive::Portions> portions_;
+  bool finished_ = false;  // the wizard, with a command
+  int exitCode_ = kDone;
+};
+
 }  // namespace
 
 int RunWizardApp(const WizardAppOptions& options) {
   const Application application;
-  std::shared_ptr<StandaloneHost> host;
-  wizard::ImportProgress progress([&]() -> std::atomic<bool>& { return host->Global().CancelFlag(); },
-                                  nullptr);
-  host = std::make_shared<StandaloneHost>(progress);
-  const Installed installed(std::make_shared<wizard::QtPlatform>(), host);
-
-  const auto openTarget = [&](const std::string& folder) {
-    return host->Global().OpenArchive(folder)->Name();
-  };
-  // Mails that stay in their mailbox need not be safe one by one.
-  std::optional<Archive::Portions> portions;
-  bool wizardFinished = false;
-  const auto prepare = [&](const std::string& text) {
-    wizardFinished = true;
-    const ImportCommand command = ImportCommand::Parse(text);
-    const auto archive = std::dynamic_pointer_cast<Archive>(host->Global().GetObject(command.target));
-    if (archive != nullptr && !command.move) portions.emplace(*archive);
-  };
-  host->SetDialogs(std::make_shared<wizard::QtDialogs>(openTarget, prepare));
+  WizardProgram program;
   try {
     for (const std::string& folder : options.archives)
-      openTarget(os::ToWindowsPath(folder));
+      program.OpenTarget(os::ToWindowsPath(folder));
   } catch (const Failure& failure) {
-    std::fprintf(stderr, "vorlent-mozilla: %s\n", DisplayUtf8(failure.what()).c_str());
+    std::fprintf(stderr, "vorlent-mozilla: %s\n",
+                 wizard::WithNativePaths(failure.what()).toStdString().c_str());
     return kUnreadable;
   }
-
-  QString failed;
-  try {
-    RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
-    if (portions) portions->Finish();
-  } catch (const Failure& failure) {
-    failed = wizard::WithNativePaths(failure.what());
-  }
-  if (!progress.WasOpened() && failed.isEmpty()) return wizardFinished ? kFailed : kCancelled;
-  const MailAccount& account = ImportRun::LastAccount();
-  progress.ShowResult(account, failed);
-  if (!failed.isEmpty() || !account.failed.empty() || !account.unmarked.empty()) return kFailed;
-  return host->Global().Cancelled() ? kCancelled : kDone;
+  return program.Run();
 }
 
 }  // namespace vorlent

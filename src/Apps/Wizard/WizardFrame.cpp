@@ -2,10 +2,13 @@
 
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QMessageBox>
 #include <QVBoxLayout>
 
+#include "Apps/Wizard/MoveQuestion.h"
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
+#include "Connectors/Mozilla/ImportCommand.h"
 
 namespace vorlent::wizard {
 
@@ -19,6 +22,44 @@ constexpr int kFrameWidth = 10200;
 constexpr int kFrameHeight = 6600;
 
 constexpr int kMargin = 12;  // pixels
+
+// Whether a sheet has a ticked row; one without a text, as an empty path gives it, is none.
+bool HasTickedRow(const Sheet& sheet) {
+  for (std::int32_t position = 1; position <= sheet.RowCount(); ++position) {
+    const SheetRow& row = sheet.Row(position);
+    if (row.IsTicked() && !row.Text().empty()) return true;
+  }
+  return false;
+}
+
+// Why page 1 leads to no mailbox, and what to do there.
+QString WhyNoMailboxes(const WizardForm& form) {
+  const bool areFolders = form.Get<OptionButton>("Option1").IsSet();
+  if (areFolders && !HasTickedRow(form.Get<Sheet>("qzelSheet1")))
+    return "Es ist kein Mail-Folder angekreuzt. Bitte mindestens einen ankreuzen oder eine Datei angeben.";
+  if (!areFolders && form.Get<TextBox>("Text1").Text().empty())
+    return "Es ist keine Datei angegeben. Bitte den Pfad einer Thunderbird-Datei angeben.";
+  QString why = areFolders ? "In den angekreuzten Mail-Foldern gibt es kein Postfach. Bitte andere ankreuzen"
+                           : "In diesem Ordner gibt es kein Postfach. Bitte einen anderen angeben";
+  if (!form.Get<CheckBox>("Check1").IsTicked()) why += " oder „inkl. Unterverzeichnisse“ ankreuzen";
+  return why + ".";
+}
+
+// What a page lacks that the import needs, and what to do there; "" if nothing.
+QString MissingOn(std::int16_t page, const WizardForm& form) {
+  switch (page) {
+    case 1:
+      return HasTickedRow(form.Get<Sheet>("qzelSheet2")) ? QString() : WhyNoMailboxes(form);
+    case 2:
+      if (HasTickedRow(form.Get<Sheet>("qzelSheet2"))) return {};
+      return "Es ist kein Postfach angekreuzt. Bitte mindestens eines ankreuzen.";
+    case 3:
+      if (!form.Get<DropDown>("Combo1").Text().empty()) return {};
+      return "Es gibt noch kein Ziel. Bitte mit „Neu“ den Ordner eines Archivs wählen, auch eines neuen.";
+    default:
+      return {};
+  }
+}
 
 }  // namespace
 
@@ -78,14 +119,25 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   finish_->setObjectName("Finish");
   cancel_->setObjectName("Cancel");
   connect(back_, &QPushButton::clicked, this, [this] { GoTo(static_cast<std::int16_t>(page_ - 1)); });
-  connect(next_, &QPushButton::clicked, this, [this] { GoTo(static_cast<std::int16_t>(page_ + 1)); });
+  connect(next_, &QPushButton::clicked, this, [this] { GoOn(); });
   connect(finish_, &QPushButton::clicked, this, [this] { Finish(); });
   connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
   wizard_.SetWindow(static_cast<std::int32_t>(winId()));
   GoTo(1);
 }
 
-void WizardFrame::GoTo(std::int16_t page) {
+// The list of mailboxes is made on the way to page 2, so that only there it is seen to be empty.
+void WizardFrame::GoOn() {
+  const std::int16_t left = page_;
+  const bool went = GoTo(static_cast<std::int16_t>(left + 1));
+  const QString missing = MissingOn(left, wizard_.Form());
+  if (missing.isEmpty()) return;
+  GoTo(left);
+  // A failure on the way was told already, and is the reason.
+  if (went) QMessageBox::information(this, windowTitle(), missing);
+}
+
+bool WizardFrame::GoTo(std::int16_t page) {
   page_ = page;
   const bool isLast = page == wizard_.Pages();
   back_->setEnabled(page > 1);
@@ -95,13 +147,15 @@ void WizardFrame::GoTo(std::int16_t page) {
   next_->setDefault(!isLast);
   finish_->setDefault(isLast);
   step_->setText(QString("Schritt %1 von %2").arg(page).arg(wizard_.Pages()));
-  form_->ShowPage(page);
+  return form_->ShowPage(page);
 }
 
 void WizardFrame::Finish() {
   bool mayEnd = false;
   form_->Run([&] { mayEnd = wizard_.Finish(); });
-  if (mayEnd) accept();
+  if (!mayEnd) return;
+  const ImportCommand command = ImportCommand::Parse(wizard_.Parameter());
+  if (!command.move || MoveQuestion(command, this).exec() == QDialog::Accepted) accept();
 }
 
 void WizardFrame::resizeEvent(QResizeEvent* event) {

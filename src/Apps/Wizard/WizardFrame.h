@@ -11,8 +11,9 @@
 
 namespace vorlent::wizard {
 
-// A heading over the pages, and buttons to go back and forth, to finish and to cancel. Accepted once the
-// wizard says that it may end.
+// A heading over the pages, and buttons to go back and forth, to finish and to cancel. A page isn't left
+// forwards without what the import needs of it: a message there says what to do. Accepted once the wizard
+// says that it may end, and once the user wants the mails to be moved, if they are to be.
 class WizardFrame : public QDialog {
  public:
   WizardFrame(WizardImport& wizard, std::string_view title, QWidget* parent);
@@ -21,7 +22,8 @@ class WizardFrame : public QDialog {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
-  void GoTo(std::int16_t page);
+  bool GoTo(std::int16_t page);
+  void GoOn();
   void Finish();
 
   WizardImport& wizard_;

@@ -16,6 +16,7 @@
 #include <cmath>
 #include <set>
 
+#include "Apps/Wizard/MoveQuestion.h"
 #include "Apps/Wizard/SheetView.h"
 #include "Apps/Wizard/WizardFrame.h"
 #include "Platform/CodePage.h"
@@ -73,9 +74,27 @@ class FormViewTest : public testing::Test {
     return Find<Widget>(Frame(), name);
   }
   FormView& View() { return *dynamic_cast<FormView*>(Shown<QWidget>("Picture1").parentWidget()); }
+  // What page 1 needs so that the others can be reached.
+  void ChooseAMailbox() { Control<TextBox>("Text1").UserTypes("C:\\P\\E"); }
   void GoToPage(int page) {
+    if (Control<TextBox>("Text1").Text().empty()) ChooseAMailbox();
     while (Shown<QLabel>("Step").text() != QString("Schritt %1 von 4").arg(page))
       Click(Frame(), "Next");
+  }
+
+  int Step() { return Shown<QLabel>("Step").text().section(' ', 1, 1).toInt(); }
+  // Enter, and what a message says then.
+  std::string Refused() {
+    UserScript user;
+    std::string told;
+    user.In<QMessageBox>([&](QMessageBox& box) {
+      told = box.text().toStdString();
+      Press(Qt::Key_Return);
+    });
+    Press(Qt::Key_Return);
+    Frame().activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&Frame()));
+    return told;
   }
 
   int Pixels(int twips) { return static_cast<int>(std::lround(twips * Frame().logicalDpiX() / 1440.0)); }
@@ -406,6 +425,7 @@ TEST_F(FormViewTest, ButtonsFollowThePages) {
     return enabled;
   };
   EXPECT_EQ(state(), "-*-+");
+  ChooseAMailbox();
   Press(Qt::Key_Return);
   EXPECT_EQ(state(), "+*-+");
   EXPECT_TRUE(Shown<QWidget>("Picture2").isVisible());
@@ -420,11 +440,115 @@ TEST_F(FormViewTest, ButtonsFollowThePages) {
 }
 
 TEST_F(FormViewTest, EnterOnTheLastPageFinishes) {
+  ChooseAMailbox();
   for (int page = 1; page <= 4; ++page)
     Press(Qt::Key_Return);
   EXPECT_FALSE(Frame().isVisible());
   EXPECT_EQ(Frame().result(), QDialog::Accepted);
-  EXPECT_EQ(Wizard().Parameter(), "target Archiv\r\naction copy\r\nkeyword #subpath\r\noption tree\r\n");
+  EXPECT_EQ(Wizard().Parameter(),
+            "target Archiv\r\naction copy\r\nkeyword #subpath\r\noption tree\r\nimport C:\\P\\E\r\n");
+}
+
+// --- What a page lacks ----------------------------------------------------------------------------------
+
+TEST_F(FormViewTest, NothingTickedIsToldOnPageOne) {
+  EXPECT_THAT(Refused(), testing::StartsWith("Es ist kein Mail-Folder angekreuzt."));
+  EXPECT_EQ(Step(), 1);
+  EXPECT_TRUE(Shown<QWidget>("Picture1").isVisible());
+  EXPECT_FALSE(Shown<QWidget>("Picture2").isVisible());
+}
+
+TEST_F(FormViewTest, TickedFoldersWithoutAMailboxAreToldOnPageOneAndStayTicked) {
+  Shown<QWidget>("qzelSheet1").setFocus();
+  Press(Qt::Key_Right);
+  Press(Qt::Key_Down);
+  Press(Qt::Key_Space);
+  EXPECT_THAT(Refused(), testing::MatchesRegex("In den angekreuzten .* Bitte andere ankreuzen\\."));
+  EXPECT_EQ(Step(), 1);
+  EXPECT_THAT(TreeTexts(), ElementsAre("thunderbird://", "Profil 'p' x"));
+  PressAlt(Qt::Key_I);
+  EXPECT_THAT(Refused(), testing::EndsWith("oder „inkl. Unterverzeichnisse“ ankreuzen."));
+}
+
+TEST_F(FormViewTest, EmptyPathIsToldOnPageOne) {
+  PressAlt(Qt::Key_E);
+  EXPECT_THAT(Refused(), testing::StartsWith("Es ist keine Datei angegeben."));
+  EXPECT_EQ(Step(), 1);
+}
+
+TEST_F(FormViewTest, FolderWithoutAMailboxIsToldOnPageOne) {
+  Shown<QLineEdit>("Text1").setFocus();
+  Type("/nowhere/");
+  EXPECT_THAT(Refused(), testing::StartsWith("In diesem Ordner gibt es kein Postfach."));
+  EXPECT_EQ(Shown<QLineEdit>("Text1").text(), "/nowhere/");
+}
+
+TEST_F(FormViewTest, ListWithoutATickIsToldOnPageTwo) {
+  GoToPage(2);
+  Press(Qt::Key_Space);
+  EXPECT_THAT(Refused(), testing::StartsWith("Es ist kein Postfach angekreuzt."));
+  EXPECT_EQ(Step(), 2);
+  EXPECT_FALSE(Control<Sheet>("qzelSheet2").Row(1).IsTicked());
+  Shown<QWidget>("qzelSheet2").setFocus();
+  Press(Qt::Key_Space);
+  Press(Qt::Key_Return);
+  EXPECT_EQ(Step(), 3);
+}
+
+TEST_F(FormViewTest, FailureOnTheWayToTheListIsToldOnce) {
+  Shown<QWidget>("qzelSheet1").setFocus();
+  Press(Qt::Key_Space);
+  host.Log.FailOn("Location(\"\").Load");
+  EXPECT_EQ(Refused(), "scripted failure of Location(\"\").Load");
+  EXPECT_EQ(Step(), 1);
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+// --- The question before a move -------------------------------------------------------------------------
+
+TEST_F(FormViewTest, MoveIsAskedForByTheNamesOfTheMailboxes) {
+  GoToPage(3);
+  PressAlt(Qt::Key_D);
+  GoToPage(4);
+  UserScript user;
+  user.In<MoveQuestion>([](MoveQuestion& question) {
+    EXPECT_THAT(Find<QLabel>(question, "Question").text().toStdString(),
+                testing::AllOf(testing::HasSubstr("dieses Postfachs"), testing::HasSubstr("Archiv")));
+    EXPECT_EQ(Find<QPlainTextEdit>(question, "Mailboxes").toPlainText(), "/P/E");
+    Press(Qt::Key_Return);
+  });
+  Click(Frame(), "Finish");
+  EXPECT_TRUE(Frame().isVisible()) << "Enter says no";
+  EXPECT_EQ(Step(), 4);
+  user.In<MoveQuestion>([](MoveQuestion&) { Press(Qt::Key_Escape); });
+  Click(Frame(), "Finish");
+  EXPECT_TRUE(Frame().isVisible());
+  user.In<MoveQuestion>([](MoveQuestion&) { PressAlt(Qt::Key_V); });
+  Click(Frame(), "Finish");
+  EXPECT_EQ(Frame().result(), QDialog::Accepted);
+}
+
+TEST_F(FormViewTest, MoveOfManyMailboxesNamesTheFirstAndTellsHowManyMore) {
+  GoToPage(2);
+  auto& sheet = Control<Sheet>("qzelSheet2");
+  for (int i = 2; i <= 2100; ++i)
+    sheet.AddRow("C:\\P\\" + std::to_string(i), "file", 0, false, -1, "", CheckState::Ticked);
+  GoToPage(3);
+  PressAlt(Qt::Key_D);
+  GoToPage(4);
+  UserScript user;
+  user.In<MoveQuestion>([](MoveQuestion& question) {
+    EXPECT_THAT(Find<QLabel>(question, "Question").text().toStdString(),
+                testing::HasSubstr("dieser 2.100 Postfächer"));
+    auto& names = Find<QPlainTextEdit>(question, "Mailboxes");
+    const QStringList lines = names.toPlainText().split('\n');
+    EXPECT_EQ(lines.size(), 101);
+    EXPECT_EQ(lines[99], "/P/100");
+    EXPECT_EQ(lines[100], "und 2.000 weitere");
+    EXPECT_GT(names.verticalScrollBar()->maximum(), 0);
+    Press(Qt::Key_Escape);
+  });
+  Click(Frame(), "Finish");
 }
 
 TEST_F(FormViewTest, EscapeCancelsOnEveryPage) {

@@ -16,6 +16,7 @@
 #include <filesystem>
 
 #include "Apps/Wizard/ImportProgress.h"
+#include "Apps/Wizard/MoveQuestion.h"
 #include "Apps/Wizard/QtDialogs.h"
 #include "Apps/Wizard/QtPlatform.h"
 #include "Apps/Wizard/WizardFrame.h"
@@ -175,6 +176,13 @@ TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveACommandThatFillsANewArchive) {
     Click(frame, "Finish");
   });
   user.In<QFileDialog>([&](QFileDialog& dialog) { ChooseNewFolder(dialog, "Archiv"); });
+  user.In<MoveQuestion>([&](MoveQuestion& question) {
+    const std::string names = Find<QPlainTextEdit>(question, "Mailboxes").toPlainText().toStdString();
+    EXPECT_EQ(std::count(names.begin(), names.end(), '\n'), 5);
+    EXPECT_THAT(names, HasSubstr(folder.Native(Sample("Inbox")).string() + "\n"));
+    EXPECT_THAT(names, testing::Not(HasSubstr("Trash")));
+    Click(question, "Move");
+  });
   InResult(user, [](ImportProgress& window) {
     // One mail has no header in which it could be marked.
     EXPECT_EQ(Find<QLabel>(window, "Status").text(),
@@ -257,6 +265,7 @@ TEST_F(WizardAppTest, MovedMailsAreInTheArchiveAndMarkedInTheMailbox) {
     PressAlt(Qt::Key_D);
     GoOnToTheEnd(frame);
   });
+  user.In<MoveQuestion>([](MoveQuestion&) { PressAlt(Qt::Key_V); });
   InResult(user, [](ImportProgress&) { Press(Qt::Key_Escape); });
   EXPECT_EQ(RunWizardApp(WithArchive()), 0);
   EXPECT_THAT(Archived(), ElementsAre("mail 1", "mail 2", "mail 3"));
@@ -391,38 +400,122 @@ TEST_F(WizardAppTest, FailureOfTheImportIsShown) {
     EXPECT_THAT(Find<QLabel>(progress, "Status").text().toStdString(),
                 testing::AllOf(testing::StartsWith("Der Import ist gescheitert: "),
                                HasSubstr(folder.Native("nowhere").string())));
-    Press(Qt::Key_Return);
+    Click(progress, "Cancel");
   });
   EXPECT_EQ(RunWizardApp(WithArchive()), 1);
 }
 
-TEST_F(WizardAppTest, ImportFailsOnAnEmptyPath) {
+TEST_F(WizardAppTest, AfterAFailureAllChoicesAreStillThere) {
+  const std::filesystem::path sent = folder.Native(Sample("Sent"));
+  const std::filesystem::path away = folder.Native("away");
+  const auto textsOf = [](WizardFrame& frame, const char* sheet) {
+    std::vector<std::string> ticked;
+    auto& view = Find<QTreeView>(frame, sheet);
+    for (QModelIndex index = view.model()->index(0, 0); index.isValid(); index = view.indexBelow(index)) {
+      if (index.data(Qt::CheckStateRole).toInt() == Qt::Checked)
+        ticked.push_back(index.data().toString().toStdString());
+    }
+    return ticked;
+  };
+  std::vector<std::string> mailboxes;
   UserScript user;
   user.In<WizardFrame>([&](WizardFrame& frame) {
-    PressAlt(Qt::Key_E);
-    GoOnToTheEnd(frame);
+    Press(Qt::Key_Tab);
+    for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Space})
+      Press(key);
+    Press(Qt::Key_Return);
+    Press(Qt::Key_Space);
+    mailboxes = textsOf(frame, "qzelSheet2");
+    EXPECT_EQ(mailboxes.size(), 6U);
+    Press(Qt::Key_Return);
+    PressAlt(Qt::Key_N);
+    PressAlt(Qt::Key_D);
+    Press(Qt::Key_Return);
+    Find<QPlainTextEdit>(frame, "T_Keywords").setFocus();
+    Type("alte Mails");
+    std::filesystem::rename(sent, away);
+    Click(frame, "Finish");
   });
+  user.In<QFileDialog>([&](QFileDialog& dialog) { ChooseNewFolder(dialog, "Archiv"); });
+  user.In<MoveQuestion>([](MoveQuestion&) { PressAlt(Qt::Key_V); });
   InResult(user, [](ImportProgress& progress) {
-    EXPECT_THAT(Find<QLabel>(progress, "Status").text().toStdString(),
-                testing::StartsWith("Der Import ist gescheitert: "));
+    EXPECT_THAT(Find<QLabel>(progress, "Status").text().toStdString(), HasSubstr("Sent"));
+    EXPECT_TRUE(Find<QPushButton>(progress, "Back").isVisible());
     Press(Qt::Key_Return);
   });
-  EXPECT_EQ(RunWizardApp(WithArchive()), 1);
-  EXPECT_THAT(Archived(), ElementsAre());
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    EXPECT_EQ(Find<QLabel>(frame, "Step").text(), "Schritt 4 von 4");
+    EXPECT_EQ(Find<QPlainTextEdit>(frame, "T_Keywords").toPlainText(), "alte Mails");
+    PressAlt(Qt::Key_Z);
+    EXPECT_EQ(Find<QComboBox>(frame, "Combo1").currentText().toStdString(), folder.Native("Archiv").string());
+    EXPECT_TRUE(Find<QAbstractButton>(frame, "Option3").isChecked());
+    PressAlt(Qt::Key_Z);
+    EXPECT_EQ(textsOf(frame, "qzelSheet2"), mailboxes);
+    PressAlt(Qt::Key_Z);
+    EXPECT_THAT(textsOf(frame, "qzelSheet1"), ElementsAre("Local Folders"));
+    std::filesystem::rename(away, sent);
+    GoOnToTheEnd(frame);
+  });
+  user.In<MoveQuestion>([](MoveQuestion&) { PressAlt(Qt::Key_V); });
+  InResult(user, [](ImportProgress& progress) {
+    EXPECT_THAT(Find<QLabel>(progress, "Status").text().toStdString(),
+                testing::MatchesRegex("1[0-9] Mails importiert, .*"));
+    EXPECT_FALSE(Find<QPushButton>(progress, "Back").isVisible());
+    Press(Qt::Key_Return);
+  });
+  EXPECT_EQ(RunWizardApp({}), 1) << "one mail can't be marked";
+  EXPECT_THAT(OfArchived(KeywordsOf), testing::Each(HasSubstr("alte Mails")));
 }
 
-TEST_F(WizardAppTest, WizardWithoutATargetSaysSo) {
+TEST_F(WizardAppTest, WizardCancelledAfterAFailureEndsAsOneThatFailed) {
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    ChooseFile(frame, folder.Native("nowhere").string());
+    GoOnToTheEnd(frame);
+  });
+  InResult(user, [](ImportProgress&) { PressAlt(Qt::Key_Z); });
+  user.In<WizardFrame>([](WizardFrame&) { Press(Qt::Key_Escape); });
+  EXPECT_EQ(RunWizardApp(WithArchive()), 1);
+}
+
+TEST_F(WizardAppTest, WizardWithoutATargetSaysSoOnItsPage) {
   const std::string box = ManyMails(1);
   UserScript user;
   user.In<WizardFrame>([&](WizardFrame& frame) {
     ChooseFile(frame, box);
+    Press(Qt::Key_Return);
+    Press(Qt::Key_Return);
+    EXPECT_EQ(Find<QLabel>(frame, "Step").text(), "Schritt 3 von 4");
+    PressAlt(Qt::Key_N);
     GoOnToTheEnd(frame);
   });
   user.In<QMessageBox>([](QMessageBox& told) {
-    EXPECT_EQ(told.windowTitle(), QString("kann Location nicht öffnen!"));
+    EXPECT_THAT(told.text().toStdString(), HasSubstr("„Neu“"));
     Press(Qt::Key_Return);
   });
-  EXPECT_EQ(RunWizardApp({}), 1);
+  user.In<QFileDialog>([&](QFileDialog& dialog) { ChooseNewFolder(dialog, "Archiv"); });
+  InResult(user, [](ImportProgress&) { Press(Qt::Key_Return); });
+  EXPECT_EQ(RunWizardApp({}), 0);
+  EXPECT_THAT(Archived(), ElementsAre("mail 1"));
+}
+
+TEST_F(WizardAppTest, TextsOfQtAreGerman) {
+  const std::string box = ManyMails(1);
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    ChooseFile(frame, box);
+    Press(Qt::Key_Return);
+    PressAlt(Qt::Key_N);
+    Press(Qt::Key_Escape);
+  });
+  user.In<QFileDialog>([](QFileDialog& dialog) {
+    QStringList captions;
+    for (const QPushButton* button : dialog.findChildren<QPushButton*>())
+      captions += button->text().remove('&');
+    EXPECT_TRUE(captions.contains("Abbrechen")) << captions.join(", ").toStdString();
+    Press(Qt::Key_Escape);
+  });
+  EXPECT_EQ(RunWizardApp({}), 130);
 }
 
 TEST_F(WizardAppTest, ArchiveThatCannotBeOpenedEndsTheProgram) {

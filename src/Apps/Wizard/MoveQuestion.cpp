@@ -1,0 +1,82 @@
+#include "Apps/Wizard/MoveQuestion.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "Apps/Wizard/QtText.h"
+#include "Apps/Wizard/Twips.h"
+
+namespace vorlent::wizard {
+
+namespace {
+
+// As many as a person may read; of more only their number is told.
+constexpr std::size_t kNamed = 100;
+
+// A size to begin with, in twips.
+constexpr int kQuestionWidth = 9000;
+constexpr int kQuestionHeight = 4500;
+
+QString Counted(std::size_t count, const QString& one, const QString& many) {
+  if (count == 1) return one;
+  return many.arg(QLocale(QLocale::German).toString(static_cast<qulonglong>(count)));
+}
+
+QString QuestionFor(const ImportCommand& command) {
+  const QString mailboxes = Counted(command.mailboxes.size(), "dieses Postfachs", "dieser %1 Postfächer");
+  return QString(
+             "Die Mails %1 kommen in das Archiv\n%2\n"
+             "und werden dann in ihrem Postfach als gelöscht markiert. Sollen sie verschoben werden?")
+      .arg(mailboxes, WithNativePaths(command.target));
+}
+
+QString NamesOf(const std::vector<std::string>& mailboxes) {
+  const std::size_t named = std::min(mailboxes.size(), kNamed);
+  NativePaths paths;
+  QStringList names;
+  for (std::size_t i = 0; i < named; ++i)
+    names += paths.Of(mailboxes[i]);
+  if (named < mailboxes.size())
+    names += Counted(mailboxes.size() - named, "und ein weiteres", "und %1 weitere");
+  return names.join('\n');
+}
+
+}  // namespace
+
+MoveQuestion::MoveQuestion(const ImportCommand& command, QWidget* parent) : QDialog(parent) {
+  setWindowTitle("Mails verschieben");
+  auto* question = new QLabel(QuestionFor(command), this);
+  question->setObjectName("Question");
+  question->setTextFormat(Qt::PlainText);
+  question->setWordWrap(true);
+  auto* names = new QPlainTextEdit(NamesOf(command.mailboxes), this);
+  names->setObjectName("Mailboxes");
+  names->setReadOnly(true);
+  names->setLineWrapMode(QPlainTextEdit::NoWrap);
+  names->setTabChangesFocus(true);
+  auto* move = new QPushButton("&Verschieben", this);
+  move->setObjectName("Move");
+  auto* cancel = new QPushButton("&Abbrechen", this);
+  cancel->setObjectName("Cancel");
+  cancel->setDefault(true);
+  cancel->setFocus();
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch();
+  buttons->addWidget(move);
+  buttons->addWidget(cancel);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(question);
+  layout->addWidget(names, 1);
+  layout->addLayout(buttons);
+  resize(ToPixels(kQuestionWidth, *this), ToPixels(kQuestionHeight, *this));
+  connect(move, &QPushButton::clicked, this, &QDialog::accept);
+  connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+}  // namespace vorlent::wizard
