@@ -132,5 +132,30 @@ TEST(MailDateToDisplay, MakesSomeDateOfAnything) {
   });
 }
 
+TEST(MailDateToDisplay, FindsTheYearBehindTheTime) {
+  ExpectDates({
+      {"Sun May 9 14:30:05 2010", "09.05.2010 14:30:05"},
+      {"Sun May 9 14:30:05 GMT 2010", "09.05.2010 14:30:05"},
+      // The first token that reads as a number is the year, whatever stands behind it.
+      {"9 May 14:30:05 2010 +0200", "09.05.2010 14:30:05"},
+      // One that reads as 0 belongs to the time, with a blank in front.
+      {"9 May 14:30:05 0 2010", "09.05.2010 14:30:05"},
+      {"9 May 14:30:05", "09.05.2000 14:30:05"},
+      {"9 May 14:30:05 GMT", "09.05.2000 14:30:05"},
+  });
+}
+
+TEST(MailDateToDisplay, TakesTwelveForAMonthAndThirtyOneForADay) {
+  ExpectDates({
+      {"12/25/2010 14:30:05", "25.12.2010 14:30:05"},
+      {"13/25/2010 14:30:05", "13.25.2010 14:30:05"},
+      {"12/11/2010 14:30:05", "11.12.2010 14:30:05"},
+      {"Dec 12 2010 14:30:05", "12.12.2010 14:30:05"},
+      {"Dec 31 2010 14:30:05", "31.12.2010 14:30:05"},
+      // No day, so it is a year, and the day is the first. Its place is the time's then.
+      {"Dec 32 14:30:05", "01.12.2032 14:30:05"},
+  });
+}
+
 }  // namespace
 }  // namespace vorlent
