@@ -372,6 +372,19 @@ class CommandLine(ProgramCase):
         self.assertIn("is not marked: it has no header X-Mozilla-Status", err)
         self.assertEqual(self.inbox(), marked(mails, b"two"))
 
+    def test_delete_of_a_status_that_is_no_number_tells_what_it_changed(self):
+        for header, before, after, listed in ((b"Status: zz", "zz", "z8", True), (b"Status: 000g", "000g", "0008", False),
+                                              (b"Status: ?", "?", "8", False), (b"Status: 0001 ", "0001 ", "00018", False),
+                                              (b"Status:", ":", "8", True)):
+            mails = mail(b"one", status=b"X-Mozilla-" + header + b"\r\n") + mail(b"two")
+            self.write_inbox(mails)
+            code, out, err = self.run_program("delete", LOCAL + "/Inbox/-", "1")
+            self.assertIn(f"the status '{before}' became '{after}'", err if listed else out)
+            self.assertNotIn("it has no header", err)
+            self.assertEqual((code, out.startswith("deleted:")), (1, False) if listed else (0, True), header)
+            self.assertEqual(self.inbox(), mails.replace(header + b"\r\n", header[:-1] + b"8\r\n", 1))
+            self.assertEqual(len(self.read(LOCAL + "/Inbox/-")), 2 if listed else 1)
+
     def test_delete_of_an_unknown_mail_deletes_the_others(self):
         code, _, err = self.run_program("delete", LOCAL + "/Inbox/-", "nosuch", "1")
         self.assertEqual(code, 1)

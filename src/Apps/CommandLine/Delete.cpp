@@ -18,13 +18,16 @@ bool DeleteMail(Session& session, Connector& connector, const StandaloneItemPtr&
     session.Output().Complain(what + " stays: its own header Address hides its place in the mailbox");
     return false;
   }
+  const WatchedStatus status(*item);
   connector.DeleteItem(item);
+  const std::string change = status.ChangeOfNoNumber();
   if (LiesAtItsPlace(*item)) {
-    session.Output().Complain(what +
-                              " is not marked: it has no header X-Mozilla-Status, or Thunderbird is running");
+    const std::string reason = change.empty() ? "it has no header X-Mozilla-Status, or Thunderbird is running"
+                                              : change + ", which is no number either";
+    session.Output().Complain(what + " is not marked: " + reason);
     return false;
   }
-  std::printf("deleted: %s\n", what.c_str());
+  std::printf("deleted: %s%s\n", what.c_str(), change.empty() ? "" : (": " + change).c_str());
   return true;
 }
 

@@ -1,9 +1,22 @@
 #include "Apps/CommandLine/MailPlace.h"
 
+#include <algorithm>
+#include <cctype>
+
+#include "Apps/CommandLine/Terminal.h"
+#include "Common/LineFile.h"
+#include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/StdMail.h"
+#include "Platform/CodePage.h"
 
 namespace vorlent::app {
+
+namespace {
+
+constexpr std::string_view kStatusHeader = "x-mozilla-status:";
+
+}  // namespace
 
 bool LiesAtItsPlace(const StandaloneItem& item) {
   std::int32_t offset = 0;
@@ -14,6 +27,37 @@ bool LiesAtItsPlace(const StandaloneItem& item) {
   StandaloneItem there;
   there.ImportRecord(mail.GetData("", false));
   return there.ID() == item.ID() && there.DataText("Size") == item.DataText("Size");
+}
+
+WatchedStatus::WatchedStatus(const StandaloneItem& item) : file_(item.DataText("_SourceFile")) {
+  Swallow([&] {
+    LineFile file(file_, os::File::Mode::Read);
+    file.Seek(static_cast<std::uint64_t>(ParseInt32(item.DataText("_SourceOffset"))) + 1);
+    for (bool inHeader = true; inHeader && position_ == 0 && !file.AtEnd();) {
+      const std::uint64_t start = file.Position();
+      const std::string line(file.ReadLine());
+      inHeader = !line.empty();
+      if (!LowerCase(line).starts_with(kStatusHeader)) continue;
+      // An empty status has the line's last character for its digit.
+      const std::size_t value =
+          std::min(line.find_first_not_of(" \t", kStatusHeader.size()), line.size() - 1);
+      position_ = start + value;
+      before_ = line.substr(value);
+    }
+  });
+}
+
+std::string WatchedStatus::ChangeOfNoNumber() const {
+  const auto isDigit = [](unsigned char c) { return std::isxdigit(c) != 0; };
+  if (std::all_of(before_.begin(), before_.end(), isDigit)) return {};
+  std::string after = before_;
+  Swallow([&] {
+    LineFile file(file_, os::File::Mode::Read);
+    file.Seek(position_);
+    after = file.ReadLine();
+  });
+  return after == before_ ? std::string()
+                          : "the status '" + Shown(before_) + "' became '" + Shown(after) + "'";
 }
 
 }  // namespace vorlent::app
