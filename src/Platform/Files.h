@@ -83,6 +83,16 @@ std::optional<int> TryReadAttributes(std::string_view path);
 // touched.
 void WriteAttributes(std::string_view path, int attributes);
 
+// Tells an entry of the disks from all others, whatever path leads to it.
+struct Identity {
+  std::uint64_t device;
+  std::uint64_t number;
+
+  bool operator==(const Identity&) const = default;
+};
+// That of what the path leads to; nothing if there is none.
+std::optional<Identity> TryIdentify(std::string_view path);
+
 // Time of last change in local time.
 DateTime ReadChangeTime(std::string_view path);
 

@@ -340,6 +340,18 @@ TEST_F(FilesTest, AttributesThatStayChangeNoPermission) {
   EXPECT_EQ(PermissionsOf("f"), 0466u);
 }
 
+TEST_F(FilesTest, EntryIsTheSameWhateverPathLeadsToIt) {
+  folder_.Write("folder/file", "x");
+  fs::create_symlink("folder", folder_.Native("link"));
+  const auto folder = os::TryIdentify(folder_.Path("folder"));
+  ASSERT_TRUE(folder.has_value());
+  EXPECT_EQ(os::TryIdentify(folder_.Path("link")), folder);
+  EXPECT_EQ(os::TryIdentify(folder_.Path("FOLDER\\")), folder);
+  EXPECT_EQ(os::TryIdentify(folder_.Path("link\\file")), os::TryIdentify(folder_.Path("folder\\file")));
+  EXPECT_NE(os::TryIdentify(folder_.Path("folder\\file")), folder);
+  EXPECT_EQ(os::TryIdentify(folder_.Path("none")), std::nullopt);
+}
+
 TEST_F(FilesTest, AttributesOfALinkLeaveItsTargetAlone) {
   folder_.Write("file", "");
   Permit("file", 0444);

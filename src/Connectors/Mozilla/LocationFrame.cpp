@@ -1,5 +1,7 @@
 #include "Connectors/Mozilla/LocationFrame.h"
 
+#include "Platform/CodePage.h"
+#include "Platform/Files.h"
 #include "Platform/Platform.h"
 
 namespace vorlent::frame {
@@ -40,6 +42,13 @@ void ReportDeleted(const ItemPtr& item) {
 
 void ReportUnreadable(std::string_view text) {
   HostObjects::Current().Global().Report(report::kUnreadable, text, nullptr);
+}
+
+bool PassesOver(const std::string& path) {
+  const std::int32_t attributes = GetFileAttr(path);
+  if (attributes < 0 || (attributes & (os::kArchive | os::kDirectory)) != 0) return false;
+  ReportUnreadable(path + std::string(": keine Datei, sondern Pipe, Socket oder Gerät; wird übergangen!"_cp));
+  return true;
 }
 
 void ShowUnreadable(std::string_view text) {

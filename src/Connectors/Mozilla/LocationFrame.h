@@ -39,6 +39,10 @@ void ReportDeleted(const ItemPtr& item);
 // Tells the host why a Location could not be read.
 void ReportUnreadable(std::string_view text);
 
+// Whether something that isn't a file of bytes lies at a path where mails are expected: a pipe, a socket or a
+// device, which might keep a reader waiting without end. Tells the host that it is passed over.
+bool PassesOver(const std::string& path);
+
 // As ReportUnreadable, behind a message box that says the same.
 void ShowUnreadable(std::string_view text);
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Common/KeyedList.h"
+#include "Connectors/Mozilla/FolderTrail.h"
 #include "Connectors/Mozilla/LocationFrame.h"
 #include "Connectors/Mozilla/MailAccount.h"
 #include "Connectors/Mozilla/StdMail.h"
@@ -122,6 +123,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);
 
   std::string tempFolder_;  // "" until first needed
+  FolderTrail trail_;       // of the present walk
   // The mailboxes found by InitLocation, and the address of each.
   KeyedList<std::string> mailFiles_;
   KeyedList<std::string> mailAddresses_;

@@ -183,6 +183,8 @@ void Location_Thunderbird::ReadDrivePlace(Place place, std::string rest, bool su
 // The plain files tell what is there: a mailbox has its ".msf" beside it, a folder with subfolders its
 // ".sbd". The address handed down keeps the folder's name alone.
 void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit) {
+  const FolderTrail::Step step(trail_, folder.dir);
+  if (step.LeadsBack()) return;
   for (const std::string& name : os::ListNames(folder.dir, "*.*", 0)) {
     const std::string path = folder.dir + name;
     const std::string keywords = folder.keywords + "," + name;
@@ -196,6 +198,8 @@ void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tr
 
 // Every subfolder gets a node, whether it holds mail or not, and the address keeps the whole path.
 void Location_Thunderbird::ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit) {
+  const FolderTrail::Step step(trail_, folder.dir);
+  if (step.LeadsBack()) return;
   KeyedList<std::string> files;
   KeyedList<std::string> folders;
   ListFolder(folder.dir, &files, &folders, "*.*");
@@ -214,6 +218,7 @@ void Location_Thunderbird::ReadDriveFolder(const Place& folder, const TreePtr& t
 
 void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   const auto mail = GetMailObject();
+  if (frame::PassesOver(mailbox.dir)) return;
   if (visit == Visit::Note) {
     mailFiles_.Add(mailbox.dir);
     mailAddresses_.Add(mailbox.location);

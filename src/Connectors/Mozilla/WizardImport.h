@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "Connectors/Mozilla/FolderTrail.h"
 #include "Connectors/Mozilla/WizardForm.h"
 #include "Host/Connector.h"
 
@@ -61,6 +62,7 @@ class WizardImport : public WizardControl {
   std::int16_t currentPage_ = 0;
   std::string startFolder_;
   std::int32_t window_ = 0;
+  FolderTrail trail_;  // of AddFolderMailboxes
 
   WizardForm form_;
   std::array<Control*, 4> pictures_;

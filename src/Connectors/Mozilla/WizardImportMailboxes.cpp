@@ -2,6 +2,7 @@
 #include <string>
 
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/LocationFrame.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/WizardImport.h"
 #include "Host/HostObjects.h"
@@ -50,6 +51,8 @@ void WizardImport::AddMailboxRow(const std::string& path) {
 
 // A mail file shows itself by its summary file or its name.
 void WizardImport::AddFolderMailboxes(const std::string& folder) {
+  const FolderTrail::Step step(trail_, folder);
+  if (step.LeadsBack()) return;
   KeyedList<std::string> files;
   KeyedList<std::string> folders;
   ListFolder(folder, &files, &folders, "*.*");
@@ -57,7 +60,8 @@ void WizardImport::AddFolderMailboxes(const std::string& folder) {
   const SiblingNames summaries(files, kSummary);
   for (const std::string& name : files) {
     if (HasEnding(name, kSummary)) continue;
-    if (HasEnding(name, ".mbox") || summaries.StandBeside(name)) AddMailboxRow(folder + name);
+    const bool isMailFile = HasEnding(name, ".mbox") || summaries.StandBeside(name);
+    if (isMailFile && !frame::PassesOver(folder + name)) AddMailboxRow(folder + name);
   }
   for (const std::string& name : folders) {
     if (HasEnding(name, kSubfolders)) AddFolderMailboxes(folder + name + "\\");

@@ -96,6 +96,12 @@ std::optional<int> TryReadAttributes(std::string_view path) {
   return AttributesOf(*entry);
 }
 
+std::optional<Identity> TryIdentify(std::string_view path) {
+  const std::optional<Entry> entry = TryFind<stat>(AsWritten(path));
+  if (!entry) return std::nullopt;
+  return Identity{entry->status.st_dev, entry->status.st_ino};
+}
+
 void WriteAttributes(std::string_view path, int attributes) {
   const auto [native, status] = FindEntry(path);
   const bool readOnly = (attributes & kReadOnly) != 0;

@@ -1,11 +1,15 @@
+#include <sys/stat.h>
+
 #include <filesystem>
 
 #include "Common/NumberText.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
+#include "Platform/Posix/PathMapping.h"
 
 namespace vorlent {
 namespace {
 
+namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -347,6 +351,56 @@ TEST_F(LocationThunderbirdWalkTest, EinlesenLeavesTheMailboxesOfInitLocation) {
   EXPECT_EQ(Stream().size(), 1U);
 }
 
+TEST_F(LocationThunderbirdWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {
+  tree.AddProfile("p", {"a"});
+  const std::string inbox = tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  const std::string sub = tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2", "two"));
+  const fs::path inside = fs::path(os::ToNativePath(inbox)).concat(".sbd");
+  fs::create_directory_symlink("..", inside / "Sub.sbd");
+  fs::create_directory_symlink(".", inside / "Self.sbd");
+  tree.AddMailbox("p", "a", "Inbox.sbd/Self", MailOf("3", "three"));
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(),
+              ElementsAre("Account=a,Inbox one", "Account=a,Inbox,Self three", "Account=a,Inbox,Sub two"));
+  EXPECT_EQ(Nodes(), "Account 'a' [Account=a]\n  Inbox [Inbox]\n    Self [Self]\n    Sub [Sub]\n");
+  EXPECT_THAT(Raises(), IsEmpty());
+  // The walk starts anew each time.
+  connector->Einlesen();
+  EXPECT_EQ(Mails().size(), 3U);
+}
+
+TEST_F(LocationThunderbirdWalkTest, FolderThatTwoLinksLeadToIsWalkedOnBothWays) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "x.sbd/Box", MailOf("1", "one"));
+  const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
+  for (const std::string name : {"A", "B"}) {
+    tree.AddMailbox("p", "a", name);
+    fs::create_directory_symlink("x.sbd", account / (name + ".sbd"));
+  }
+  EXPECT_EQ(Noted("thunderbird://p/a").size(), 2U);
+}
+
+TEST_F(LocationThunderbirdWalkTest, WhatIsNoFileIsPassedOverAndToldAndTheRestIsRead) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddFile("p", "a", "Device.msf");
+  tree.AddFile("p", "a", "Pipe.msf");
+  tree.AddMailbox("p", "a", "Sent", MailOf("2", "two"));
+  const std::string account = tree.AccountFolder("p", "a");
+  fs::create_symlink("/dev/zero", os::ToNativePath(account + "Device"));
+  ASSERT_EQ(mkfifo(os::ToNativePath(account + "Pipe").c_str(), 0600), 0);
+  const auto told = [&](const std::string& name) {
+    return Report(
+        27, account + name + ": keine Datei, sondern Pipe, Socket oder Ger\xE4t; wird \xFC" + "bergangen!");
+  };
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Sent two"));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), ElementsAre(told("Device"), told("Pipe")));
+  host.Log.Clear();
+  EXPECT_EQ(Noted("thunderbird://p/a").size(), 2U);
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), ElementsAre(told("Device"), told("Pipe")));
+}
+
 // --- The disks
 
 class DiskWalkTest : public LocationThunderbirdWalkTest {
@@ -377,6 +431,16 @@ TEST_F(DiskWalkTest, FolderOfTheDisksIsReadWithAllThatIsBelowIt) {
   EXPECT_EQ(Nodes(),
             "Account 'C' [Account=C]\n  d [d]\n    Inbox [Inbox]\n    plain [plain]\n    void [void]\n");
   EXPECT_THAT(Mails(), ElementsAre(",Inbox one", ",Inbox,Sub two", ",plain,Other three"));
+}
+
+TEST_F(DiskWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {
+  fs::create_directory_symlink("..", disk.Native("d/plain/up"));
+  fs::create_directory_symlink(".", disk.Native("d/void/self"));
+  fs::create_directory_symlink("../plain", disk.Native("d/void/aside"));
+  EXPECT_EQ(Read(address), LocationState::Read);
+  EXPECT_EQ(Nodes(),
+            "Account 'C' [Account=C]\n  d [d]\n    Inbox [Inbox]\n    plain [plain]\n      up [up]\n"
+            "    void [void]\n      aside [aside]\n        up [up]\n      self [self]\n");
 }
 
 TEST_F(DiskWalkTest, AddressesOnTheDisksKeepTheWholePath) {

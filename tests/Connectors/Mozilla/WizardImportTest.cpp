@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 
 #include "Platform/Failure.h"
 #include "Support/RecordingHost.h"
@@ -11,6 +14,7 @@
 namespace vorlent {
 namespace {
 
+namespace fs = std::filesystem;
 using test::RecordingHost;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -519,6 +523,23 @@ TEST_F(WizardMailboxesTest, OnlySbdFoldersAreSearched) {
   Get<TextBox>("Text1").UserTypes(At("Archiv\\"));
   Wizard().ShowPage(2);
   EXPECT_THAT(MailboxTexts(), ElementsAre(At("Archiv\\Inbox")));
+}
+
+TEST_F(WizardMailboxesTest, LinkThatLeadsBackUpIsNotSearchedAgain) {
+  Mailbox("Inbox");
+  Mailbox("Inbox.sbd/a");
+  fs::create_directory_symlink("..", folder.Native("Inbox.sbd/up.sbd"));
+  List(folder.Path() + "\\");
+  EXPECT_THAT(MailboxTexts(), ElementsAre(At("Inbox"), At("Inbox.sbd\\a")));
+}
+
+TEST_F(WizardMailboxesTest, WhatIsNoFileIsPassedOverAndTold) {
+  Mailbox("Inbox");
+  folder.Write("Pipe.msf", "");
+  ASSERT_EQ(mkfifo(folder.Native("Pipe").c_str(), 0600), 0);
+  List(folder.Path() + "\\");
+  EXPECT_THAT(MailboxTexts(), ElementsAre(At("Inbox")));
+  EXPECT_EQ(host.Log.Only({"Global.Report(27"}).size(), 1U);
 }
 
 TEST_F(WizardMailboxesTest, FolderBesideAMailboxIsNoIndex) {
