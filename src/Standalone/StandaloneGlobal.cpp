@@ -6,7 +6,6 @@
 #include "Common/StdModul.h"
 #include "Component/Component.h"
 #include "Platform/CodePage.h"
-#include "Platform/Files.h"
 #include "Platform/Locale.h"
 #include "Platform/User.h"
 #include "Standalone/HostActions.h"
@@ -37,7 +36,7 @@ StandaloneGlobal::StandaloneGlobal(HostObserver& observer)
 StandaloneGlobal::~StandaloneGlobal() {
   for (const StandaloneLocationPtr& location : OpenLocations())
     location->Close();
-  if (!tempPath_.empty()) DeleteFolder(tempPath_, true, true);
+  workFolder_.reset();
 }
 
 ObjectPtr StandaloneGlobal::GetObject(std::string_view name) {
@@ -121,6 +120,7 @@ void StandaloneGlobal::Report(std::int32_t code, std::string_view text, const It
 }
 
 void StandaloneGlobal::ReportProgress(std::string_view text) {
+  if (isReading_ && Cancelled()) throw Failure(ErrorNumber::Host, "cancelled");
   if (text.empty()) {
     observer_.ProgressClosed();
   } else if (text.starts_with(kOpensProgress)) {
@@ -136,13 +136,8 @@ std::string StandaloneGlobal::GetOption(std::string_view key) {
 }
 
 std::string StandaloneGlobal::TempPath() {
-  if (tempPath_.empty()) {
-    std::string name = NewGuidText();
-    std::string folder = os::TemporaryFolder() + "vorlent-" + name.substr(1, name.size() - 2);
-    os::CreateFolder(folder);
-    tempPath_ = folder + "\\";
-  }
-  return tempPath_;
+  if (!workFolder_) workFolder_.emplace();
+  return workFolder_->Path();
 }
 
 const std::shared_ptr<TopicsLocation>& StandaloneGlobal::TopicsOfHost() {

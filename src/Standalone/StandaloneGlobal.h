@@ -6,11 +6,14 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Host/HostGlobal.h"
+#include "Platform/WorkFolder.h"
 #include "Standalone/Archive.h"
 #include "Standalone/HostObserver.h"
 #include "Standalone/StandaloneError.h"
@@ -36,7 +39,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   KeyedList<LocationPtr> Locations() override;
   void Report(std::int32_t code, std::string_view text, const ItemPtr& item) override;
   std::string GetOption(std::string_view key) override;
-  // A folder of this process alone, made on first use.
+  // A work folder of this process, made on first use.
   std::string TempPath() override;
   std::shared_ptr<HostMainWindow> MainWindow() override { return window_; }
   bool Cancelled() override { return cancelled_.load(std::memory_order_relaxed); }
@@ -68,6 +71,20 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
 
   // Makes an opened Location known, for as long as someone holds it open.
   void Remember(const StandaloneLocationPtr& location);
+  // A Location is being read as long as this stands: once the user wants to stop, the next report of progress
+  // fails, and the reading ends with it.
+  class Reading {
+   public:
+    explicit Reading(StandaloneGlobal& global)
+        : isReading_(global.isReading_), before_(std::exchange(isReading_, true)) {}
+    ~Reading() { isReading_ = before_; }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+   private:
+    bool& isReading_;
+    bool before_;
+  };
   // The archive of a folder, opened and made if need be, and kept open as long as the host unless someone
   // closes it.
   ArchivePtr OpenArchive(std::string_view folder);
@@ -86,9 +103,10 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   std::vector<ArchivePtr> archives_;
   std::map<std::string, std::string, std::less<>> options_;
   ItemPtr chosenItem_;
-  std::string tempPath_;
+  std::optional<os::WorkFolder> workFolder_;
   std::string userName_;
   bool logEnabled_ = true;
+  bool isReading_ = false;
   std::atomic<bool> cancelled_ = false;
   static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
 };

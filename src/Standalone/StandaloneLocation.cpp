@@ -53,7 +53,10 @@ LocationState StandaloneLocation::Open(std::string_view address) {
 }
 
 void StandaloneLocation::Load() {
-  if (IsOpen()) state_ = connector_->OpenLocation(name_);
+  if (!IsOpen()) return;
+  const std::shared_ptr<StandaloneGlobal> global = Global();
+  const StandaloneGlobal::Reading reading(*global);
+  state_ = connector_->OpenLocation(name_);
 }
 
 void StandaloneLocation::Close() {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
+#include "Platform/Posix/PathMapping.h"
 #include "Platform/User.h"
 #include "Standalone/Condition.h"
 #include "Standalone/HostActions.h"
@@ -54,7 +56,8 @@ class NotingObserver : public HostObserver {
   }
 };
 
-// A connector that holds what its address lists: "thunderbird://a,b" has the items a and b.
+// A connector that holds what its address lists: "thunderbird://a,b" has the items a and b. For "%" it
+// reports progress.
 class ListConnector : public Connector {
  public:
   explicit ListConnector(std::string progId) : ProgId(std::move(progId)) {}
@@ -76,6 +79,10 @@ class ListConnector : public Connector {
     CutToken(name, "://");
     while (!name.empty()) {
       const std::string id = CutToken(name, ",");
+      if (id == "%") {
+        HostObjects::Current().Global().Report(report::kProgress, "50", nullptr);
+        continue;
+      }
       PasteItem("ID=" + id + "|Type=mail|Keywords=Account=x," + id, false);
     }
     return LocationState::Read;
@@ -226,6 +233,7 @@ TEST_F(StandaloneHostTest, TheTemporaryFolderIsPrivateAndGoesWithTheHost) {
   EXPECT_TRUE(path.ends_with('\\'));
   EXPECT_EQ(host_->Global().TempPath(), path);
   EXPECT_TRUE(FolderExists(path));
+  EXPECT_EQ(std::filesystem::status(os::ToNativePath(path)).permissions(), std::filesystem::perms::owner_all);
   WriteBytes(path + "left.txt", "x");
   HostObjects::Install(previous_);
   host_.reset();
@@ -296,6 +304,19 @@ TEST_F(StandaloneHostTest, OpenBindsAndLoadReads) {
   EXPECT_EQ(location->GetSetting("Keywords"), "");
   EXPECT_EQ(location->FileLocation(), "");
   EXPECT_EQ(location->ItemAt(1)->Address(), "thunderbird://a,b#a");
+}
+
+TEST_F(StandaloneHostTest, ACancelledReadingEndsAtItsNextReportOfProgress) {
+  const auto location = host_->MakeLocation();
+  location->Open("thunderbird://a,%,b");
+  host_->Global().CancelFlag() = true;
+  EXPECT_THROW(location->Load(), Failure);
+  EXPECT_EQ(location->ItemCount(), 1);
+  EXPECT_EQ(location->State(), LocationState::Unreadable);
+  EXPECT_THAT(observer_.lines, IsEmpty());
+  // What else reports progress ends by its own rules.
+  host_->Global().Report(report::kProgress, "50", nullptr);
+  EXPECT_THAT(observer_.lines, ElementsAre("moved 50"));
 }
 
 TEST_F(StandaloneHostTest, CloseLetsLocationAndConnectorGo) {

@@ -22,9 +22,9 @@ ExitCode Browse(Session& session, const BrowseOptions& options) {
   }
   if (options.json) {
     for (const StandaloneItemPtr& item : items)
-      std::puts(ItemJson(*item).c_str());
+      PrintLine(ItemJson(*item));
   } else {
-    std::fputs(ItemTables(items, TerminalWidth(0)).c_str(), stdout);
+    PrintLines(ItemTables(items, TerminalWidth(0)));
   }
   return ExitCode::Done;
 }

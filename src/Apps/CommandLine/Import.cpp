@@ -40,7 +40,8 @@ class ChosenCommand : public HostDialogs {
 std::vector<std::string> MailboxesOf(Session& session, const std::string& source) {
   if (source.find("://") == std::string::npos) {
     if (!std::filesystem::is_regular_file(source)) {
-      throw AppError(ExitCode::Unreadable, source + ": no such mailbox");
+      const bool isThere = std::filesystem::exists(source);
+      throw AppError(ExitCode::Unreadable, source + (isThere ? ": is no file" : ": no such mailbox"));
     }
     return {ComponentPath(std::filesystem::absolute(source).lexically_normal().string())};
   }

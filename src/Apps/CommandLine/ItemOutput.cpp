@@ -6,6 +6,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "Apps/CommandLine/EndingSignals.h"
 #include "Apps/CommandLine/Terminal.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
@@ -127,8 +128,10 @@ std::vector<StandaloneItemPtr> ItemsOf(Location& location) {
   std::vector<StandaloneItemPtr> items;
   const std::int32_t count = location.ItemCount();
   items.reserve(static_cast<std::size_t>(count));
-  for (std::int32_t i = 1; i <= count; ++i)
+  for (std::int32_t i = 1; i <= count; ++i) {
+    StopIfAsked();
     items.push_back(AsStandalone(location.ItemAt(i)));
+  }
   return items;
 }
 
@@ -159,6 +162,7 @@ std::string ItemTables(const std::vector<StandaloneItemPtr>& items, std::size_t 
                        const std::vector<std::int32_t>& numbers) {
   std::vector<std::pair<const TableKind*, Columns>> tables;
   for (std::size_t i = 0; i < items.size(); ++i) {
+    StopIfAsked();
     const TableKind& kind = KindOf(*items[i]);
     auto table =
         std::find_if(tables.begin(), tables.end(), [&](const auto& entry) { return entry.first == &kind; });

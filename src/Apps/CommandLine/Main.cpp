@@ -20,7 +20,8 @@ Addresses:
   ADDRESS/*                                 what can be chosen there, for `browse`
 
 Exit codes: 0 done, 1 nothing found or a part failed, 2 wrong use, 3 could not be read or written,
-130 cancelled.)";
+130 cancelled. A signal that asks the program to end gives 128 and its number: Ctrl-C 130, SIGTERM 143,
+SIGHUP 129, SIGPIPE 141 where nobody reads on.)";
 
 void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
   app.add_option("--appdata", options.appData,
@@ -63,7 +64,9 @@ ExitCode RunAction(const GlobalOptions& options, const Action& action) {
     Session session(options);
     const ExitCode code = action(session);
     FlushResults();
-    return session.Host().Global().Cancelled() ? ExitCode::Cancelled : code;
+    return code == ExitCode::Done && session.HasComplained() ? ExitCode::Partly : code;
+  } catch (const Interrupted&) {
+    return ExitCode::Cancelled;
   } catch (const AppError& error) {
     PrintError(error);
     return error.Code();
@@ -101,7 +104,9 @@ int Main(int argc, char** argv) {
     }
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
   }
-  return static_cast<int>(RunAction(options, action));
+  const ExitCode code = RunAction(options, action);
+  if (EndingSignal() != 0) EndBySignal();
+  return static_cast<int>(code);
 }
 
 }  // namespace

@@ -15,18 +15,15 @@ struct ReadOptions {
 void Print(StandaloneLocation& location, const std::vector<StandaloneItemPtr>& items,
            const ReadOptions& options) {
   if (options.tree) {
-    std::fputs(TreeText(*location.FiledTree()).c_str(), stdout);
+    PrintLines(TreeText(*location.FiledTree()));
     return;
   }
   if (!options.json && !options.records) {
-    std::fputs(ItemTables(items, TerminalWidth(0)).c_str(), stdout);
+    PrintLines(ItemTables(items, TerminalWidth(0)));
     return;
   }
-  for (const StandaloneItemPtr& item : items) {
-    const std::string line = options.json ? ItemJson(*item) : item->Record();
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
-  }
+  for (const StandaloneItemPtr& item : items)
+    PrintLine(options.json ? ItemJson(*item) : item->Record());
 }
 
 ExitCode Read(Session& session, const ReadOptions& options) {

@@ -32,25 +32,25 @@ std::vector<std::int32_t> NumbersOf(Archive& archive, const std::vector<Standalo
 void PrintFiles(const StandaloneItem& item) {
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
-    if (key.starts_with("File")) std::printf("%s\n", NativeShown(item.DataFile(key, 0)).c_str());
+    if (key.starts_with("File")) PrintLine(NativeShown(item.DataFile(key, 0)));
   }
 }
 
 ExitCode Search(Session& session, const SearchOptions& options) {
   const ArchivePtr archive = session.OpenArchive(options.archive);
   const std::vector<StandaloneItemPtr> items = Find(*archive, options);
-  if (session.Host().Global().Cancelled()) return ExitCode::Cancelled;
+  StopIfAsked();
   if (items.empty()) {
     session.Output().Complain("nothing found in " + options.archive);
     return ExitCode::Partly;
   }
   if (!options.json && !options.files) {
-    std::fputs(ItemTables(items, TerminalWidth(0), NumbersOf(*archive, items)).c_str(), stdout);
+    PrintLines(ItemTables(items, TerminalWidth(0), NumbersOf(*archive, items)));
     return ExitCode::Done;
   }
   for (const StandaloneItemPtr& item : items) {
     if (options.json) {
-      std::puts(ItemJson(*item).c_str());
+      PrintLine(ItemJson(*item));
     } else {
       PrintFiles(*item);
     }

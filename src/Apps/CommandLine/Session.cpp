@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -15,6 +13,7 @@
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
+#include "Platform/WorkFolder.h"
 
 namespace vorlent::app {
 
@@ -22,14 +21,6 @@ namespace {
 
 constexpr std::array<std::string_view, 4> kSchemes = {"thunderbird://", "firefox://", "sunbird://",
                                                       "lightning://"};
-
-std::atomic<bool>* cancelFlag = nullptr;
-
-// The first Ctrl-C asks the component to stop between two mails, the second ends the program as usual.
-extern "C" void Interrupt(int) {
-  if (cancelFlag != nullptr) cancelFlag->store(true);
-  std::signal(SIGINT, SIG_DFL);
-}
 
 void ApplyDrives(const std::vector<std::string>& drives) {
   for (const std::string& drive : drives) {
@@ -68,13 +59,12 @@ Session::Session(const GlobalOptions& options)
   host_ = std::make_shared<StandaloneHost>(*console_);
   host_->Global().SetLogEnabled(options.verbose || options.databaseLog);
   HostObjects::Install(host_);
-  cancelFlag = &host_->Global().CancelFlag();
-  std::signal(SIGINT, Interrupt);
+  signals_.emplace(host_->Global().CancelFlag());
+  os::RemoveAbandonedWorkFolders();
 }
 
 Session::~Session() {
-  std::signal(SIGINT, SIG_DFL);
-  cancelFlag = nullptr;
+  signals_.reset();
   HostObjects::Install(nullptr);
   Platform::Install(std::make_shared<PosixPlatform>());
 }
@@ -124,9 +114,10 @@ StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
   const auto connector = std::dynamic_pointer_cast<Location_Thunderbird>(location->Connector());
   if (connector == nullptr) throw AppError(ExitCode::Usage, Shown(address) + " is no address of mail");
   CheckMailboxes(*location);
-  if (connector->MailFiles().IsEmpty() && ComplainOfErrors()) {
+  if (ComplainOfErrors() && connector->MailFiles().IsEmpty()) {
     throw AppError(ExitCode::Unreadable, Shown(address) + " could not be read");
   }
+  console_->Forget();
   return location;
 }
 
@@ -145,6 +136,7 @@ StandaloneLocationPtr Session::Read(const std::string& address) {
   try {
     location->Load();
   } catch (const Failure& failure) {
+    StopIfAsked();
     throw AppError(ExitCode::Unreadable, FailureShown(failure.what()), PlaceOf(*location));
   }
   const bool nothingRead = location->ItemCount() == 0;
@@ -191,6 +183,7 @@ bool Session::ComplainOfErrors() {
     console_->Complain(error);
     any = true;
   }
+  hasComplained_ |= any;
   return any;
 }
 

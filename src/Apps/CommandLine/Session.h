@@ -2,12 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Apps/CommandLine/AppError.h"
 #include "Apps/CommandLine/Console.h"
+#include "Apps/CommandLine/EndingSignals.h"
 #include "Standalone/Archive.h"
 #include "Standalone/StandaloneHost.h"
 #include "Standalone/StandaloneLocation.h"
@@ -43,9 +45,9 @@ class Session {
   // Opens a Location on an address and lets the connector prepare it, without reading items.
   StandaloneLocationPtr Open(const std::string& address);
 
-  // Opens and makes sure that there are mailboxes. Raises AppError with ExitCode::Unreadable if a profile or
-  // an account doesn't exist or a mailbox of the address is missing, with ExitCode::Usage if it isn't one of
-  // mail.
+  // Opens and makes sure that there are mailboxes; errors that leave some are shown. Raises AppError with
+  // ExitCode::Unreadable if a profile or an account doesn't exist or a mailbox of the address is missing,
+  // with ExitCode::Usage if it isn't one of mail.
   StandaloneLocationPtr OpenMailboxes(const std::string& address);
 
   // Opens an archive that is there. Raises AppError with ExitCode::Unreadable if it isn't.
@@ -57,6 +59,8 @@ class Session {
 
   // Shows the errors that the component told since the last Open, and returns whether there were any.
   bool ComplainOfErrors();
+  // Whether any were shown in this run.
+  bool HasComplained() const { return hasComplained_; }
 
   // Asks before a user's file is changed: what will happen to which file. True without a question if there is
   // no terminal or the user said --yes.
@@ -70,6 +74,8 @@ class Session {
   GlobalOptions options_;
   std::shared_ptr<Console> console_;
   std::shared_ptr<StandaloneHost> host_;
+  std::optional<EndingSignals> signals_;
+  bool hasComplained_ = false;
 };
 
 // The hint behind an error: the database of a Location of bookmarks; "" for any other.

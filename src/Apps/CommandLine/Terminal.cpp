@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "Apps/CommandLine/AppError.h"
+#include "Apps/CommandLine/EndingSignals.h"
 #include "Platform/CodePage.h"
 
 namespace vorlent::app {
@@ -61,6 +62,12 @@ void Narrow(std::vector<std::size_t>& widths, const std::vector<std::size_t>& cu
   }
 }
 
+[[noreturn]] void RaiseUnwritten(int error) {
+  StopIfAsked();
+  const std::string reason = error == 0 ? "" : ": " + std::generic_category().message(error);
+  throw AppError(ExitCode::Unreadable, "standard output could not be written" + reason);
+}
+
 std::string ShownDuration(double seconds) {
   const auto whole = static_cast<long>(std::lround(seconds));
   if (whole >= 3600) return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
@@ -84,9 +91,23 @@ std::size_t TerminalWidth(std::size_t otherwise) {
 
 void FlushResults() {
   errno = 0;
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
-  const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
-  throw AppError(ExitCode::Unreadable, "standard output could not be written" + reason);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) RaiseUnwritten(errno);
+}
+
+void PrintLine(std::string_view line) {
+  StopIfAsked();
+  errno = 0;
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fputc('\n', stdout);
+  if (std::ferror(stdout) != 0) RaiseUnwritten(errno);
+}
+
+void PrintLines(std::string_view lines) {
+  while (!lines.empty()) {
+    const std::string_view line = lines.substr(0, lines.find('\n'));
+    PrintLine(line);
+    lines.remove_prefix(std::min(lines.size(), line.size() + 1));
+  }
 }
 
 std::string Shown(std::string_view text) {

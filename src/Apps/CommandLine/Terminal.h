@@ -17,8 +17,13 @@ bool IsTerminal(std::FILE* stream);
 std::size_t TerminalWidth(std::size_t otherwise);
 
 // Brings all that was printed to standard output. Raises AppError with ExitCode::Unreadable if some of it
-// didn't get there.
+// didn't get there, and Interrupted if that is because the program was asked to end.
 void FlushResults();
+
+// Print one line, or lines with a line feed behind each, to standard output. Raise as FlushResults does once
+// it takes no more, and Interrupted before the next line once the program was asked to end.
+void PrintLine(std::string_view line);
+void PrintLines(std::string_view lines);
 
 // Code-page or UTF-8 text of the component as one line of UTF-8 that can't move the cursor: control
 // characters become blanks.
