@@ -287,9 +287,7 @@ void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
   Swallow([&] { boundary = GetPartBoundary(header); });
   if (!boundary.empty()) subPair_ = BoundaryPair(boundary);
   FlushPartHeader();
-  std::string type;
-  Swallow([&] { type = GetPartContentType(header); });
-  if (type != "text/html") return;
+  if (GetPartContentType(header) != "text/html") return;
   WriteStep([&] { htmlFile_ = TextWriter(TempPath("mail.html"), os::File::Mode::Create); });
   mail_.hasHTML_ = true;
 }
