@@ -8,13 +8,13 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyleFactory>
-#include <QTemporaryDir>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
 #include "../UserScript.h"
 #include "Apps/Wizard/ImportProgress.h"
+#include "Apps/Wizard/MoveQuestion.h"
 #include "Apps/Wizard/WizardApp.h"
 #include "Apps/Wizard/WizardFrame.h"
 #include "Platform/Posix/PathMapping.h"
@@ -50,6 +50,7 @@ void WalkThroughThePages(WizardFrame& frame) {
   Press(Qt::Key_Return);
   Save(frame, "wizard-2-mailboxes.png");
   Press(Qt::Key_Return);
+  PressAlt(Qt::Key_D);
   Save(frame, "wizard-3-target.png");
   Press(Qt::Key_Return);
   Find<QPlainTextEdit>(frame, "T_Keywords").setFocus();
@@ -63,7 +64,7 @@ void WalkThroughThePages(WizardFrame& frame) {
 // A long enough mailbox for the running import to be seen.
 void WriteMailbox(const fs::path& file) {
   std::FILE* mailbox = std::fopen(file.c_str(), "wb");
-  for (int i = 1; i <= 8'000; ++i) {
+  for (int i = 1; i <= 600; ++i) {
     std::fprintf(
         mailbox,
         "From - x\r\nX-Mozilla-Status: 0001\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: %d\r\n"
@@ -84,8 +85,12 @@ int main(int argc, char** argv) {
   if (argc == 4) times = std::atof(argv[3]);
   fs::create_directories(target);
 
-  const QTemporaryDir temporary;
-  const fs::path work = temporary.path().toStdString();
+  // Its name is seen in the pictures, and should be the same each time.
+  const fs::path work = fs::temp_directory_path() / "anna";
+  if (!fs::create_directory(work)) {
+    std::fprintf(stderr, "%s is there already\n", work.c_str());
+    return 1;
+  }
   fs::copy(argv[1], work / "samples", fs::copy_options::recursive);
   WriteMailbox(work / "samples/AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox");
   os::SetDrive('D', work.string());
@@ -96,19 +101,24 @@ int main(int argc, char** argv) {
   const QApplication application(argc, argv);
   UserScript user;
   user.In<WizardFrame>(WalkThroughThePages);
-  user.In<ImportProgress>([](ImportProgress& progress) { Save(progress, "wizard-5-import.png"); },
+  user.In<MoveQuestion>([](MoveQuestion& question) {
+    Save(question, "wizard-5-move.png");
+    Click(question, "Move");
+  });
+  user.In<ImportProgress>([](ImportProgress& progress) { Save(progress, "wizard-6-import.png"); },
                           [](ImportProgress& progress) {
                             const auto& bar = Find<QProgressBar>(progress, "Progress");
                             return bar.value() > bar.maximum() / 2;
                           });
   user.In<ImportProgress>(
       [](ImportProgress& progress) {
-        Save(progress, "wizard-6-result.png");
+        Save(progress, "wizard-7-result.png");
         Click(progress, "Cancel");
       },
       [](ImportProgress& progress) {
         return Find<QPushButton>(progress, "Cancel").text() == QString("&Schließen");
       });
   RunWizardApp({{(work / "Archiv").string()}});
+  fs::remove_all(work);
   return 0;
 }
