@@ -1,7 +1,10 @@
 #include "Platform/CodePage.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+
+#include "Platform/Guid.h"
 
 namespace vorlent {
 
@@ -55,6 +58,44 @@ std::string ToCodePage(std::string_view text, bool& exact) {
     i += std::max<std::size_t>(decoded.length, 1);
   }
   return out;
+}
+
+// What the hashes of this process rest on: who writes the texts can't know which of them share one.
+struct HashSeed {
+  std::uint64_t start;
+  std::uint64_t factor;
+
+  HashSeed() {
+    const auto bytes = os::NewGuidBytes();
+    std::memcpy(&start, bytes.data(), sizeof start);
+    std::memcpy(&factor, bytes.data() + sizeof start, sizeof factor);
+    factor |= 1;
+  }
+};
+
+// Every bit of the result depends on every bit of both.
+std::uint64_t MultiplyAndFold(std::uint64_t a, std::uint64_t b) {
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+// Eight characters at a time.
+std::uint64_t LowerCaseOf(std::uint64_t word) {
+  constexpr std::uint64_t kEach = 0x0101010101010101;
+  constexpr std::uint64_t kHighBits = 0x80 * kEach;
+  if ((word & kHighBits) != 0) {
+    std::array<unsigned char, sizeof word> bytes;
+    std::memcpy(bytes.data(), &word, sizeof word);
+    for (unsigned char& byte : bytes)
+      byte = codepage::ToLower(byte);
+    std::memcpy(&word, bytes.data(), sizeof word);
+    return word;
+  }
+  // The high bit of each sum tells whether the character stands at or behind "A", and behind "Z".
+  const std::uint64_t fromA = word + (0x80 - 'A') * kEach;
+  const std::uint64_t behindZ = word + (0x80 - 'Z' - 1) * kEach;
+  return word | (fromA & ~behindZ & kHighBits) >> 2;
 }
 
 }  // namespace
@@ -122,21 +163,13 @@ bool EqualNoCase(std::string_view a, std::string_view b) {
 }
 
 std::size_t HashNoCase(std::string_view text) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
-  constexpr std::uint64_t kCaseBits = 0x2020202020202020;  // fold the letters, and other characters with them
-  constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15;
-  std::uint64_t hash = text.size() * kMix;
+  static const HashSeed seed;
+  std::uint64_t hash = seed.start ^ text.size();
   while (!text.empty()) {
     std::uint64_t word = 0;
     const std::size_t size = std::min(text.size(), sizeof word);
     std::memcpy(&word, text.data(), size);
-    // Beyond ASCII the cases differ by other bits.
-    if ((word & kHighBits) != 0) {
-      const std::string lower = LowerCase(text.substr(0, size));
-      std::memcpy(&word, lower.data(), size);
-    }
-    hash = (hash ^ (word | kCaseBits)) * kMix;
-    hash ^= hash >> 32;
+    hash = MultiplyAndFold(hash ^ LowerCaseOf(word), seed.factor);
     text.remove_prefix(size);
   }
   return hash;

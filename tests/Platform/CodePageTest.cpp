@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Support/AllBytes.h"
 
@@ -150,6 +152,27 @@ TEST(HashNoCase, TellsTextsApart) {
   EXPECT_EQ(hashes.size(), 10000U);
   EXPECT_NE(HashNoCase("a"), HashNoCase("aa"));
   EXPECT_NE(HashNoCase("ab"), HashNoCase("ba"));
+}
+
+// Characters that differ in the bit in which the cases of a letter do are no two cases of one.
+TEST(HashNoCase, TellsCharactersApartThatAreNoLetters) {
+  for (const std::string_view pair : {"@`", "[{", "\\|", "]}", "^~", "\x80\xA0", "\xD7\xF7"}) {
+    std::set<std::size_t> hashes;
+    for (unsigned text = 0; text < 1u << 14; ++text) {
+      std::string name = "X-";
+      for (unsigned bit = 0; bit < 14; ++bit)
+        name += pair[text >> bit & 1];
+      hashes.insert(HashNoCase(name));
+    }
+    EXPECT_EQ(hashes.size(), 1u << 14) << pair;
+  }
+}
+
+TEST(HashNoCase, IsSpreadOverItsLowBitsToo) {
+  std::vector<int> counts(256);
+  for (int i = 0; i < 256 * 64; ++i)
+    ++counts[HashNoCase("key" + std::to_string(i)) % counts.size()];
+  EXPECT_LT(*std::max_element(counts.begin(), counts.end()), 2 * 64);
 }
 
 }  // namespace
