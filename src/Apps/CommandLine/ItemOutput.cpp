@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "Apps/CommandLine/EndingSignals.h"
 #include "Apps/CommandLine/Terminal.h"
@@ -135,23 +137,45 @@ std::vector<StandaloneItemPtr> ItemsOf(Location& location) {
   return items;
 }
 
-StandaloneItemPtr FindItem(Location& location, const std::string& wanted) {
-  for (const StandaloneItemPtr& item : ItemsOf(location)) {
-    if (DisplayUtf8(item->ID()) == wanted) return item;
+namespace {
+
+// The items of a Location by their IDs and by their numbers.
+class ItemFinder {
+ public:
+  explicit ItemFinder(Location& location) : items_(ItemsOf(location)) {
+    // Of several with one ID the first is meant.
+    for (const StandaloneItemPtr& item : items_)
+      byId_.emplace(DisplayUtf8(item->ID()), item);
   }
-  std::int32_t number = 0;
-  if (!Swallow([&] { number = ParseInt32(wanted); }) || number < 1 || number > location.ItemCount())
-    return nullptr;
-  return AsStandalone(location.ItemAt(number));
+
+  StandaloneItemPtr Find(const std::string& wanted) const {
+    if (const auto found = byId_.find(wanted); found != byId_.end()) return found->second;
+    std::int32_t number = 0;
+    if (!Swallow([&] { number = ParseInt32(wanted); }) || number < 1) return nullptr;
+    const auto position = static_cast<std::size_t>(number);
+    return position <= items_.size() ? items_[position - 1] : nullptr;
+  }
+
+ private:
+  std::vector<StandaloneItemPtr> items_;
+  std::unordered_map<std::string, StandaloneItemPtr> byId_;
+};
+
+}  // namespace
+
+StandaloneItemPtr FindItem(Location& location, const std::string& wanted) {
+  return ItemFinder(location).Find(wanted);
 }
 
 FoundItems FindItems(Location& location, const std::vector<std::string>& wanted) {
+  const ItemFinder finder(location);
   FoundItems found;
+  std::unordered_set<StandaloneItemPtr> taken;
   for (const std::string& each : wanted) {
-    const StandaloneItemPtr item = FindItem(location, each);
+    const StandaloneItemPtr item = finder.Find(each);
     if (item == nullptr) {
       found.missing.push_back(each);
-    } else if (std::find(found.items.begin(), found.items.end(), item) == found.items.end()) {
+    } else if (taken.insert(item).second) {
       found.items.push_back(item);
     }
   }
