@@ -31,9 +31,9 @@ bool AreOnOneDrive(std::string_view target, std::string_view source) {
 
 bool FolderExists(std::string_view p) {
   if (p.size() == 3 && p.substr(1) == ":\\") return Platform::Current().DriveType(p) != kNoRootDirectory;
-  if (p.empty() || !os::MayList(AddPathSep(p))) return false;
-  const std::int32_t attributes = GetFileAttr(p);
-  return attributes >= 0 && (attributes & os::kDirectory) != 0;
+  // A file, which is nearly always asked about, is told by a look at it.
+  const std::int32_t attributes = p.empty() ? -1 : GetFileAttr(p);
+  return attributes >= 0 && (attributes & os::kDirectory) != 0 && os::MayList(AddPathSep(p));
 }
 
 bool FileExists(std::string_view p) {
@@ -65,12 +65,12 @@ void MakePath(std::string_view p) {
   // Nearly always the folder is there, which one look tells.
   const std::int32_t attributes = GetFileAttr(p);
   if (attributes >= 0 && (attributes & os::kDirectory) != 0) return;
-  std::string rest(p);
-  std::string path = CutToken(rest, "\\");
-  Swallow([&] { os::CreateFolder(path); });
-  while (!rest.empty()) {
-    path += "\\" + CutToken(rest, "\\");
-    Swallow([&] { os::CreateFolder(path); });
+  std::string_view rest = p;
+  std::string path(CutToken(rest, "\\"));
+  // Where a folder neither is there nor can be made, none below it can.
+  while (Swallow([&] { os::CreateFolder(path); }) || path.empty() || os::TryReadAttributes(path)) {
+    if (rest.empty()) return;
+    path.append("\\").append(CutToken(rest, "\\"));
   }
 }
 

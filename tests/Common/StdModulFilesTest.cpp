@@ -70,6 +70,15 @@ TEST_F(StdModulFilesTest, FolderExistsForFoldersOnly) {
   EXPECT_FALSE(FolderExists(""));
 }
 
+TEST_F(StdModulFilesTest, AskingForFilesAsFoldersReadsNoFolder) {
+  for (int i = 0; i < 20; ++i)
+    folder_.Write("file" + std::to_string(i), "");
+  const DiskCallCount listings(DiskCall::List);
+  for (int i = 0; i < 20; ++i)
+    EXPECT_FALSE(FolderExists(folder_.Path("file" + std::to_string(i))));
+  EXPECT_EQ(listings.Count(), 0);
+}
+
 TEST_F(StdModulFilesTest, RootOfADriveIsAskedOfTheSystem) {
   const ScopedRecordingPlatform platform;
   platform->drives = {{'D', 3}, {'E', 0}, {'F', 1}};
@@ -135,6 +144,16 @@ TEST_F(StdModulFilesTest, MakePathMakesEveryFolder) {
   MakePath(folder_.Path("a\\b\\d\\"));
   MakePath(folder_.Path("A\\e"));
   EXPECT_THAT(Tree(), ElementsAre("a/", "a/b/", "a/b/c/", "a/b/d/", "a/e/"));
+}
+
+TEST_F(StdModulFilesTest, MakePathStopsWhereNoFolderCanBe) {
+  std::string path = folder_.Path("top\\x\\.\\..\\y\\") + std::string(300, 'n');
+  for (int i = 0; i < 25'000; ++i)
+    path += "\\a";
+  const DiskCallCount calls(DiskCall::MakeFolder);
+  MakePath(path);
+  EXPECT_LT(calls.Count(), 30);
+  EXPECT_THAT(Tree(), ElementsAre("top/", "top/x/", "top/y/"));
 }
 
 TEST_F(StdModulFilesTest, MakePathBelowAFileFailsInSilence) {

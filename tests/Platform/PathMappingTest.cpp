@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +16,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Support/DiskOperations.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
 
@@ -238,6 +241,97 @@ TEST_F(PathMappingTest, ThousandsOfMissingNamesInALargeFolderTakeNoTime) {
     ASSERT_FALSE(fs::exists(os::ToNativePath(folder_.Path("Folder " + std::to_string(i) + ".sbd"))));
   // Each looked for in the whole folder would take a second or more.
   EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 3);
+}
+
+// How often folders were read while a mail's worth of attachments got names that nobody had.
+long ListingsForNewNames(const TemporaryFolder& folder, int count) {
+  folder.MakeFolder(std::to_string(count));
+  const DiskCallCount listings(DiskCall::List);
+  for (int i = 0; i < count; ++i) {
+    const std::string path = folder.Path(std::to_string(count) + "\\Name " + std::to_string(i));
+    for (int asked = 0; asked < 3; ++asked)
+      EXPECT_FALSE(FileExists(path));
+    os::File::Open(path, os::File::Mode::Create);
+  }
+  return listings.Count();
+}
+
+TEST_F(PathMappingTest, FolderIsNotListedForEveryNewName) {
+  EXPECT_LE(ListingsForNewNames(folder_, 1000), ListingsForNewNames(folder_, 500) + 10);
+}
+
+TEST_F(PathMappingTest, ChangesByOthersAreSeenAmongOwnOnes) {
+  for (int i = 0; i < 300; ++i) {
+    const std::string number = std::to_string(i);
+    os::File::Open(folder_.Path("own" + number), os::File::Mode::Create);
+    ASSERT_EQ(os::ToNativePath(folder_.Path("FILE" + number)), In("FILE" + number));
+    folder_.Write("file" + number, "");
+    ASSERT_EQ(os::ToNativePath(folder_.Path("FILE" + number)), In("file" + number));
+    fs::rename(In("file" + number), In("File" + number));
+    os::RemoveFile(folder_.Path("own" + number));
+    ASSERT_EQ(os::ToNativePath(folder_.Path("FILE" + number)), In("File" + number));
+    ASSERT_EQ(os::ToNativePath(folder_.Path("OWN" + number)), In("OWN" + number));
+    fs::remove(In("File" + number));
+    ASSERT_EQ(os::ToNativePath(folder_.Path("FILE" + number)), In("FILE" + number));
+  }
+}
+
+TEST_F(PathMappingTest, MoreChangesThanTheSystemKeepsForUsAreSeen) {
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("INBOX"));
+  // Each round makes four; the system keeps 16,384.
+  for (int i = 0; i < 6'000; ++i) {
+    folder_.Write("passing", "");
+    fs::rename(In("passing"), In("other"));
+    fs::remove(In("other"));
+  }
+  folder_.Write("Inbox", "");
+  EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("Inbox"));
+}
+
+TEST_F(PathMappingTest, ForkedProcessesBothSeeChanges) {
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("INBOX"));
+  folder_.Write("Inbox", "");
+  const pid_t child = fork();
+  if (child == 0) _exit(os::ToNativePath(folder_.Path("INBOX")) == In("Inbox") ? 0 : 1);
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(os::ToNativePath(folder_.Path("INBOX")), In("Inbox"));
+}
+
+TEST_F(PathMappingTest, FolderThatIsRemovedAndMadeAgainIsAskedAnew) {
+  for (int round = 0; round < 20; ++round) {
+    folder_.Write("box/Inbox" + std::to_string(round), "");
+    for (int i = 0; i < 3; ++i) {
+      const std::string number = std::to_string(round);
+      ASSERT_EQ(os::ToNativePath(folder_.Path("box\\INBOX" + number)), In("box/Inbox" + number));
+      ASSERT_EQ(os::ToNativePath(folder_.Path("box\\SENT" + number)), In("box/SENT" + number));
+    }
+    fs::remove_all(In("box"));
+  }
+}
+
+TEST_F(PathMappingTest, NameAsWrittenGoesFirstInAFolderOfAnotherCaseToo) {
+  folder_.Write("Mail/inbox", "lower");
+  folder_.Write("Mail/INBOX", "upper");
+  EXPECT_EQ(os::ToNativePath(folder_.Path("MAIL\\inbox")), In("Mail/inbox"));
+  EXPECT_EQ(os::ToNativePath(folder_.Path("MAIL\\INBOX")), In("Mail/INBOX"));
+  EXPECT_EQ(os::ToNativePath(folder_.Path("MAIL\\Inbox")), In("Mail/INBOX"));
+}
+
+// Each of its names looked at from the front again would take minutes, and a call for each the whole stack.
+TEST_F(PathMappingTest, MissingPathOfVeryManyNamesStaysAsWritten) {
+  std::string path = folder_.Path("MISSING");
+  std::string native = In("MISSING");
+  for (int i = 0; i < 100'000; ++i) {
+    path += "\\a";
+    native += "/a";
+  }
+  const DiskCallCount looks(DiskCall::Status | DiskCall::Open);
+  EXPECT_EQ(os::ToNativePath(path), native);
+  EXPECT_LT(looks.Count(), 100);
 }
 
 TEST_F(PathMappingTest, NewNameStaysAsWrittenBelowTheFoundFolder) {

@@ -234,8 +234,8 @@ void SyncFolder(std::string_view path) {
 
 namespace {
 
-Descriptor OpenFolder(const std::string& native, std::string_view path) {
-  Descriptor folder(Retry([&] { return open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+Descriptor OpenExistingFolder(const std::string& native, std::string_view path) {
+  Descriptor folder = OpenFolder(native);
   Require(folder.Get() >= 0, path);
   return folder;
 }
@@ -243,12 +243,12 @@ Descriptor OpenFolder(const std::string& native, std::string_view path) {
 }  // namespace
 
 void SyncNativeFolder(const std::string& native, std::string_view path) {
-  const Descriptor folder = OpenFolder(native, path);
+  const Descriptor folder = OpenExistingFolder(native, path);
   Require(Retry([&] { return fsync(folder.Get()); }) == 0, path);
 }
 
 void SyncFileSystem(std::string_view folder) {
-  const Descriptor opened = OpenFolder(ToNativePath(folder), folder);
+  const Descriptor opened = OpenExistingFolder(ToNativePath(folder), folder);
   Require(Retry([&] { return syncfs(opened.Get()); }) == 0, folder);
 }
 

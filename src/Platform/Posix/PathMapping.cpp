@@ -12,7 +12,7 @@
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
-#include "Platform/Posix/AbsentNames.h"
+#include "Platform/Posix/KnownNames.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent::os {
@@ -171,31 +171,50 @@ class NameMatcher {
 // none, nothing if there is no such folder.
 std::optional<std::string> FindWithoutCase(const std::string& folder, const std::string& name) {
   const std::string place = folder.empty() ? "." : folder;
-  static thread_local AbsentNames absent;
+  static thread_local KnownNames known;
   const NameMatcher wanted(name);
-  if (absent.Hold(place, wanted.Key())) return "";
+  const KnownNames::Answer answer = known.Ask(place, name, wanted.Key());
+  if (answer == KnownNames::Answer::None) return "";
+  if (answer == KnownNames::Answer::JustThis) return name;
+  const Descriptor opened = OpenFolder(place);
   std::string found;
-  const bool isListed = ForEachName(place, [&](const char* entry) {
-    if (wanted.Matches(entry) && (found.empty() || found > entry)) found = entry;
-  });
+  const bool isListed = opened.Get() >= 0 && ForEachName(opened, [&](const char* entry) {
+                          if (wanted.Matches(entry) && (found.empty() || found > entry)) found = entry;
+                        });
   if (!isListed) return std::nullopt;
   return found;
 }
 
-// `native`, which isn't there as written, with every name replaced by that of the entry which Windows would
-// find.
+// `native` with every name that isn't there as written replaced by that of the entry which Windows would
+// find, up to the first for which there is none.
+std::string ResolveFromLeft(std::string_view native) {
+  std::string found;
+  found.reserve(native.size());
+  for (std::size_t at = 0; at < native.size();) {
+    const std::size_t end = std::min(native.find('/', at), native.size());
+    const std::size_t next = std::min(end + 1, native.size());
+    const std::size_t start = found.size();
+    found += native.substr(at, next - at);
+    if (end > at && !EntryExists(found)) {
+      const auto entry = FindWithoutCase(found.substr(0, start), std::string(native.substr(at, end - at)));
+      if (!entry || entry->empty()) return found.append(native.substr(next));
+      found.replace(start, end - at, *entry);
+    }
+    at = next;
+  }
+  return found;
+}
+
+// The same for a path that isn't there as written.
 std::string Resolve(const std::string& native) {
   const std::size_t end = native.find_last_not_of('/') + 1;
   const std::size_t start = native.rfind('/', end - 1) + 1;
-  const std::string name = native.substr(start, end - start);
   // Most often the folder is there as written, since the file is about to be made in it.
-  std::string folder = native.substr(0, start);
-  std::optional<std::string> found = FindWithoutCase(folder, name);
-  if (!found) {
-    folder = AsFound(std::move(folder));
-    found = FindWithoutCase(folder, name);
-  }
-  return folder + (!found || found->empty() ? name : *found) + native.substr(end);
+  const std::string folder = native.substr(0, start);
+  const std::string name = native.substr(start, end - start);
+  const std::optional<std::string> found = FindWithoutCase(folder, name);
+  if (!found) return ResolveFromLeft(native);
+  return folder + (found->empty() ? name : *found) + native.substr(end);
 }
 
 // --- From native to Windows ------------------------------------------------------------------------------

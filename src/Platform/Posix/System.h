@@ -43,7 +43,10 @@ class Descriptor {
  public:
   explicit Descriptor(int value) : value_(value) {}
   Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-  Descriptor& operator=(Descriptor&&) = delete;
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(value_, other.value_);
+    return *this;
+  }
   ~Descriptor() {
     if (value_ >= 0) close(value_);
   }
@@ -55,22 +58,25 @@ class Descriptor {
   int value_;
 };
 
-// Hands the names in a folder to `take`. False if it can't be opened. Unlike a Listing it makes no buffer of
-// its own, which for a folder of few names costs more than reading it.
+// An open folder; a descriptor below 0 if it can't be opened, for the reason in errno.
+inline Descriptor OpenFolder(const std::string& native) {
+  return Descriptor(Retry([&] { return open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+}
+
+// Hands the names in an open folder to `take`. False if it can't be read to its end. Unlike a Listing it
+// makes no buffer of its own, which for a folder of few names costs more than reading it.
 template <class Take>
-bool ForEachName(const std::string& folder, Take&& take) {
-  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (opened.Get() < 0) return false;
+bool ForEachName(const Descriptor& folder, Take&& take) {
   alignas(dirent64) char buffer[16 * 1024];
   ssize_t size;
-  while ((size = getdents64(opened.Get(), buffer, sizeof buffer)) > 0) {
+  while ((size = getdents64(folder.Get(), buffer, sizeof buffer)) > 0) {
     for (ssize_t at = 0; at < size;) {
       const auto* entry = reinterpret_cast<const dirent64*>(buffer + at);
       take(entry->d_name);
       at += entry->d_reclen;
     }
   }
-  return true;
+  return size == 0;
 }
 
 // An open listing of a folder that closes itself; nothing if the folder can't be opened.
