@@ -100,8 +100,8 @@ VORLENT_PUBLIC std::string LowerCase(std::string_view text);
 // Whether the two are equal without regard to letter case.
 VORLENT_PUBLIC bool EqualNoCase(std::string_view a, std::string_view b);
 
-// A hash that texts which are EqualNoCase share. It is another in each process, so that nobody can write texts
-// that all have the same one.
+// A hash that texts which are EqualNoCase share. It is another in each process, so that nobody can write
+// texts that all have the same one.
 VORLENT_PUBLIC std::size_t HashNoCase(std::string_view text);
 
 }  // namespace vorlent
