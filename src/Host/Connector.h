@@ -10,6 +10,7 @@
 #include "Host/HostEnum.h"
 #include "Host/Item.h"
 #include "Host/Location.h"
+#include "Host/MailRunObserver.h"
 #include "Host/Tree.h"
 #include "Platform/Public.h"
 
@@ -81,6 +82,14 @@ class VORLENT_PUBLIC MailConnector : public Connector {
   virtual std::string GetActions() = 0;
   // Runs "<verb>:<id>"; always returns "".
   virtual std::string ExecuteAction(std::string_view cmd) = 0;
+
+  // Paths of the mailboxes that InitLocation found, whether they exist or not.
+  virtual const KeyedList<std::string>& MailFiles() const = 0;
+  // Who hears what becomes of the mails of the stream, and of those that DeleteItem doesn't mark; null for
+  // nobody. It must outlive the calls of the connector.
+  virtual void SetRunObserver(MailRunObserver* observer) = 0;
+  // Whether the last action wrote all of its mail, but for what the files of attachments lack.
+  virtual bool HasRestored() const = 0;
 };
 
 class VORLENT_PUBLIC BookmarkConnector : public Connector {
@@ -113,6 +122,8 @@ class VORLENT_PUBLIC ActionList : public Object {
   virtual KeyedList<std::string> GetActions() = 0;
   // Runs the action of that name to its end; an unknown name does nothing. A failure of the run raises.
   virtual void execute(std::string_view cmd) = 0;
+  // Who hears what becomes of the mails of a run; null for nobody. It must outlive the run.
+  virtual void SetRunObserver(MailRunObserver* observer) = 0;
 };
 
 // A wizard control, driven by the host's wizard frame.

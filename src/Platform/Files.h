@@ -34,6 +34,7 @@ class File {
   enum class Mode {
     Read,       // must exist
     ReadWrite,  // created empty if missing; a read-only file is refused, whoever the user is
+    Change,     // must exist; otherwise as ReadWrite
     Create,     // created or emptied; a read-only file is refused
     Append,     // created if missing; every write goes to the end
   };

@@ -22,7 +22,7 @@ import unittest
 
 from program_case import INBOX, LOCAL, ProgramCase, file_size_limit
 
-SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+) \+ expunged (\d+) \+ failed (\d+)$", re.M)
+SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+) \+ expunged (\d+) \+ failed (\d+)(?:, not marked as deleted \d+)?$", re.M)
 BAR = re.compile(rb"\[#* *\] +\d+\.\d %  \d+ mails/s  \d+:\d\d left  ")
 INDEX_BAR = re.compile(rb"\[#* *\] +\d+\.\d %  .*Index ")
 ATTACHMENT = bytes(range(256)) * 20
@@ -44,6 +44,10 @@ def has_attachment(number):
     return number % 5 == 3
 
 
+def usual_mail(number):
+    return mail(number, ATTACHMENT if has_attachment(number) else b"")
+
+
 class ImportFaults(ProgramCase):
     # An archive waits for the disk at every step, and these tests are about the steps, not about the disk.
     place = "/dev/shm" if os.path.isdir("/dev/shm") else None
@@ -60,7 +64,7 @@ class ImportFaults(ProgramCase):
 
     def fill(self, count, path=None):
         """Makes the mailbox of mails 0 to count-1; every fifth has an attachment."""
-        self.mails = [mail(number, ATTACHMENT if has_attachment(number) else b"") for number in range(count)]
+        self.mails = [usual_mail(number) for number in range(count)]
         self.path = path or self.inbox
         self.path.write_bytes(b"".join(self.mails))
 
@@ -117,12 +121,15 @@ class ImportFaults(ProgramCase):
 
     # --- What is there afterwards
 
-    def marked(self):
-        """The numbers of the mails that are marked as deleted. No other byte of the mailbox has changed."""
+    def marked(self, there=None):
+        """The numbers of the mails that are marked as deleted. No other byte of the mailbox has changed, which has
+        the mails of these numbers."""
+        there = there or range(len(self.mails))
         box = self.path.read_bytes()
-        self.assertEqual(len(box), sum(map(len, self.mails)))
+        self.assertEqual(len(box), sum(len(self.mails[number]) for number in there))
         numbers, start = [], 0
-        for number, original in enumerate(self.mails):
+        for number in there:
+            original = self.mails[number]
             present = box[start:start + len(original)]
             start += len(original)
             if present != original:
@@ -260,17 +267,35 @@ class ImportFaults(ProgramCase):
         self.inbox.chmod(0o644)
         self.expect_next_import_completes_it()
 
-    def test_no_mail_is_marked_in_a_mailbox_that_became_shorter(self):
+    def import_beside_a_rewriting_of_the_mailbox(self, keeps, comes):
+        """An import stopped amid its mails goes on in a mailbox that has only the mails from number `keeps` on, and as
+        many new ones as `comes`. The numbers of the mails that it has."""
         process = self.import_stopped_amid_its_mails()
-        # As it is cleaned up: the first mails go, and others come to where they were.
-        del self.mails[:100]
-        self.inbox.write_bytes(b"".join(self.mails))
+        self.mails += [usual_mail(number) for number in range(len(self.mails), len(self.mails) + comes)]
+        self.inbox.write_bytes(b"".join(self.mails[keeps:]))
         process.send_signal(signal.SIGCONT)
         code, _, err = self.finish(process)
         self.assertEqual(code, 1, err)
         self.account(err)
-        self.assertRegex(err, "Inbox: has become shorter since it was read")
-        self.assertEqual(self.inbox.read_bytes(), b"".join(self.mails))
+        self.assertRegex(err, r"Inbox, mail at offset \d+: not marked as deleted: the mailbox has changed")
+        return range(keeps, len(self.mails))
+
+    def test_only_mails_that_are_in_the_archive_are_marked_in_a_mailbox_that_was_rewritten(self):
+        # In the end it is smaller, or larger, than before.
+        for keeps, comes in ((100, 0), (300, 600)):
+            there = self.import_beside_a_rewriting_of_the_mailbox(keeps, comes)
+            self.assertEqual(set(self.marked(there)) - set(self.archived()), set())
+            shutil.rmtree(self.archive)
+
+    def test_mailbox_that_is_gone_is_not_made_again(self):
+        process = self.import_stopped_amid_its_mails()
+        self.inbox.unlink()
+        process.send_signal(signal.SIGCONT)
+        code, _, err = self.finish(process)
+        self.assertEqual(code, 1, err)
+        self.assertEqual(self.account(err)[3], 0)
+        self.assertEqual(err.count("not marked as deleted: the mailbox has changed"), len(self.mails))
+        self.assertFalse(self.inbox.exists())
 
     def test_archive_that_goes_away_ends_the_run_and_the_mails_stay(self):
         process = self.import_stopped_amid_its_mails()

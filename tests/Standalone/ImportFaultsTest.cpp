@@ -15,6 +15,7 @@
 #include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/Failure.h"
 #include "Standalone/Archive.h"
+#include "Standalone/ArchiveImport.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/DiskOperations.h"
@@ -84,6 +85,10 @@ class ImportFaultsTest : public testing::Test {
 
   // What the import command does. "" if it came to its end, otherwise what ended it.
   std::string Import() {
+    ArchiveImport import;
+    return Import(import);
+  }
+  std::string Import(ArchiveImport& import) {
     HostObserver nobody;
     const auto host = std::make_shared<StandaloneHost>(nobody);
     HostObjects::Install(host);
@@ -94,7 +99,7 @@ class ImportFaultsTest : public testing::Test {
       command.move = true;
       command.mailboxes = {folder_.Path("Inbox")};
       const ArchivePtr archive = host->Global().OpenArchive(command.target);
-      ImportRun(command.Text()).Run();
+      ImportRun(command.Text(), &import).Run();
       archive->Close();
     } catch (const Failure& raised) {
       failure = raised.what();
@@ -158,7 +163,7 @@ class ImportFaultsTest : public testing::Test {
     archive->Close();
   }
 
-  void ExpectErrorIsTold(const std::string& failure, const MailAccount& account) {
+  void ExpectErrorIsTold(const std::string& failure, const RunTally& tally) {
     const bool namesFile = failure.find(folder_.Path()) != std::string::npos;
     const bool namesReason = failure.find("No space left") != std::string::npos ||
                              failure.find("disk is full") != std::string::npos ||
@@ -166,7 +171,7 @@ class ImportFaultsTest : public testing::Test {
                              failure.find("a.pdf: No such file") != std::string::npos;
     const bool namesAttachment = failure == "the attachment 'a.pdf' could not be saved";
     EXPECT_TRUE((namesFile && namesReason) || namesAttachment) << failure;
-    EXPECT_LE(account.Found(), 3);
+    EXPECT_LE(tally.Found(), 3);
   }
 
   ScopedRecordingPlatform platform_;
@@ -199,9 +204,9 @@ TEST_F(ImportFaultsTest, DeathAtAnyOperationLosesNoMail) {
 class FullDiskTest : public ImportFaultsTest, public testing::WithParamInterface<DiskTrouble> {
  protected:
   // The import's failure, and whether it came to that operation.
-  std::pair<std::string, bool> ImportOnFullDisk(long operation) {
+  std::pair<std::string, bool> ImportOnFullDisk(long operation, ArchiveImport& import) {
     const DiskFault full({kTakingSpace, operation, GetParam(), ENOSPC});
-    std::string failure = Import();
+    std::string failure = Import(import);
     return {std::move(failure), full.WasReached()};
   }
 };
@@ -210,20 +215,20 @@ TEST_P(FullDiskTest, AtAnyOperationIsToldAndLosesNoMail) {
   for (long operation = 0;; ++operation) {
     SCOPED_TRACE("full at operation " + std::to_string(operation));
     Prepare();
-    const auto [failure, reached] = ImportOnFullDisk(operation);
-    const MailAccount account = ImportRun::LastAccount();
-    if (!failure.empty()) ExpectErrorIsTold(failure, account);
-    for (const MailAccount::Failed& failed : account.failed) {
-      EXPECT_EQ(failed.mailbox, folder_.Path("Inbox"));
-      ExpectErrorIsTold(failed.reason, account);
+    ArchiveImport import;
+    const auto [failure, reached] = ImportOnFullDisk(operation, import);
+    if (!failure.empty()) ExpectErrorIsTold(failure, import);
+    for (const auto& [mail, reason] : import.Failed()) {
+      EXPECT_EQ(mail.mailbox, folder_.Path("Inbox"));
+      ExpectErrorIsTold(reason, import);
     }
     if (failure.empty()) {
-      EXPECT_EQ(account.Found(), 3);
+      EXPECT_EQ(import.Found(), 3);
     }
     ExpectNoMailIsLost();
     if (!reached) break;
     // What could be written of a mail that failed stays in the archive, beside the whole one of the next run.
-    ExpectNextImportCompletesIt(account.failed.empty() ? 0 : 1);
+    ExpectNextImportCompletesIt(import.Failed().empty() ? 0 : 1);
     if (HasFailure()) break;
   }
 }

@@ -1,6 +1,8 @@
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Host/Connector.h"
+#include "Standalone/RunTally.h"
 
 namespace vorlent::app {
 
@@ -11,41 +13,72 @@ struct DeleteOptions {
   std::vector<std::string> items;
 };
 
-// Marks one mail and looks whether it is marked now. False, with a complaint, if it isn't.
-bool DeleteMail(Session& session, Connector& connector, const StandaloneItemPtr& item,
-                const std::string& what) {
-  if (!LiesAtItsPlace(*item)) {
-    session.Output().Complain(what + " stays: its own header Address hides its place in the mailbox");
-    return false;
-  }
-  const WatchedStatus status(*item);
+// Hears why the mail at hand isn't marked.
+class MarkingResult : public MailRunObserver {
+ public:
+  void MailNotMarked(const MailPlace&, Marking why) override { value = why; }
+
+  Marking value = Marking::Marked;
+};
+
+Marking MarkMail(MailConnector& connector, const StandaloneItemPtr& item) {
+  MarkingResult result;
+  connector.SetRunObserver(&result);
   connector.DeleteItem(item);
+  connector.SetRunObserver(nullptr);
+  return result.value;
+}
+
+// Marks one mail. False, with a complaint, if it isn't marked then.
+bool DeleteMail(Session& session, MailConnector& connector, const StandaloneItemPtr& item,
+                const std::string& what) {
+  const WatchedStatus status(*item);
+  const Marking result = MarkMail(connector, item);
   const std::string change = status.ChangeOfNoNumber();
-  if (LiesAtItsPlace(*item)) {
-    const std::string reason = change.empty() ? "it has no header X-Mozilla-Status, or Thunderbird is running"
-                                              : change + ", which is no number either";
-    session.Output().Complain(what + " is not marked: " + reason);
+  if (result != Marking::Marked) {
+    const bool isToldOfChange = result == Marking::BadStatus && !change.empty();
+    session.Output().Complain(
+        what + " is not marked: " +
+        (isToldOfChange ? change + ", which is no number either" : std::string(ReasonOf(result))));
     return false;
   }
   std::printf("deleted: %s%s\n", what.c_str(), change.empty() ? "" : (": " + change).c_str());
   return true;
 }
 
+struct FoundMail {
+  StandaloneItemPtr item;
+  bool hidesPlace;
+};
+
+// Whether a mail hides its place shows only as long as the mailbox is as it was read.
+std::vector<FoundMail> LookAt(const std::vector<StandaloneItemPtr>& items) {
+  std::vector<FoundMail> mails;
+  for (const StandaloneItemPtr& item : items)
+    mails.push_back({item, !LiesAtItsPlace(*item)});
+  return mails;
+}
+
 ExitCode Delete(Session& session, const DeleteOptions& options) {
   const StandaloneLocationPtr location = session.Read(session.Address(options.address));
-  const auto connector = RequireAs<Connector>(location->Connector());
+  const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
   // Numbers mean places in the list before anything is deleted.
   const FoundItems found = FindItems(*location, options.items);
   for (const std::string& missing : found.missing)
     session.Output().Complain("no item " + missing + " at " + options.address);
   bool isWhole = found.missing.empty();
-  for (const StandaloneItemPtr& item : found.items) {
+  for (const auto& [item, hidesPlace] : LookAt(found.items)) {
     const std::string file = item->DataText("_SourceFile");
-    if (file.empty())
+    if (connector == nullptr || file.empty())
       throw AppError(ExitCode::Usage, "items of " + options.address + " can't be deleted this way");
     const std::string what = "'" + Shown(item->Text()) + "' in " + NativeShown(file);
     if (!session.Confirm("Mark " + what + " as deleted?")) return ExitCode::Cancelled;
-    isWhole = DeleteMail(session, *connector, item, what) && isWhole;
+    if (hidesPlace) {
+      session.Output().Complain(what + " is not marked: " + std::string(ReasonOf(Marking::HiddenPlace)));
+      isWhole = false;
+    } else {
+      isWhole = DeleteMail(session, *connector, item, what) && isWhole;
+    }
   }
   return isWhole ? ExitCode::Done : ExitCode::Partly;
 }

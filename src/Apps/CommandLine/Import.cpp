@@ -7,10 +7,9 @@
 #include "Apps/CommandLine/MailSum.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
-#include "Component/Component.h"
 #include "Connectors/Mozilla/ImportCommand.h"
-#include "Connectors/Mozilla/ImportRun.h"
-#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Host/Connector.h"
+#include "Standalone/ArchiveImport.h"
 
 namespace vorlent::app {
 
@@ -46,7 +45,7 @@ std::vector<std::string> MailboxesOf(Session& session, const std::string& source
     return {ComponentPath(std::filesystem::absolute(source).lexically_normal().string())};
   }
   const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(source));
-  const auto connector = RequireAs<Location_Thunderbird>(location->Connector());
+  const auto connector = RequireAs<MailConnector>(location->Connector());
   std::vector<std::string> files;
   for (const std::string& file : connector->MailFiles())
     files.push_back(file);
@@ -88,22 +87,18 @@ ExitCode Import(Session& session, const ImportOptions& options) {
   const ImportCommand command = CommandOf(session, options, Archive::NameOf(folder));
   if (command.mailboxes.empty()) throw AppError(ExitCode::Partly, "there are no mailboxes to import");
   if (!ConfirmMove(session, command)) return ExitCode::Cancelled;
-  const ArchivePtr archive = session.Host().Global().OpenArchive(folder);
+  session.Host().Global().OpenArchive(folder);
   SetAutoTopics(session, options.autoTopics);
   session.Host().SetDialogs(std::make_shared<ChosenCommand>(command.Text()));
-  const auto actions = RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"));
+  ArchiveImport import;
   std::string failure;
   try {
-    // Where mails stay in their mailboxes, a crash costs nothing that can't be imported again.
-    std::optional<Archive::Portions> portions;
-    if (!command.move) portions.emplace(*archive);
-    actions->execute("importmails");
-    if (portions) portions->Finish();
+    import.Run();
   } catch (const Failure& raised) {
     failure = raised.what();
   }
   session.Output().ProgressClosed();
-  return ShowSum(session, ImportRun::LastAccount(), "imported", failure);
+  return ShowSum(session, import, "imported", failure);
 }
 
 }  // namespace

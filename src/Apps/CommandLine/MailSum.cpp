@@ -8,31 +8,31 @@ namespace vorlent::app {
 
 namespace {
 
-void ComplainOf(Session& session, const std::vector<MailAccount::Failed>& mails, std::string_view outcome) {
-  for (const MailAccount::Failed& mail : mails) {
-    session.Output().Complain(fmt::format("{}, mail at offset {}: {}{}", NativeShown(mail.mailbox),
-                                          mail.offset, outcome, FailureShown(mail.reason)));
-  }
+void ComplainOf(Session& session, const MailPlace& mail, const std::string& outcome) {
+  session.Output().Complain(
+      fmt::format("{}, mail at offset {}: {}", NativeShown(mail.mailbox), mail.offset, outcome));
 }
 
 }  // namespace
 
-ExitCode ShowSum(Session& session, const MailAccount& account, const std::string& verb,
+ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb,
                  const std::string& failure) {
   // The sum comes last, also where both outputs go to one place.
   std::fflush(stdout);
-  ComplainOf(session, account.failed, "");
-  ComplainOf(session, account.unmarked, "not marked as deleted: ");
+  for (const auto& [mail, reason] : tally.Failed())
+    ComplainOf(session, mail, FailureShown(reason));
+  for (const auto& [mail, why] : tally.Unmarked())
+    ComplainOf(session, mail, "not marked as deleted: " + std::string(ReasonOf(why)));
   const bool told = session.ComplainOfErrors();
-  const bool ofAMail = !account.failed.empty() && account.failed.back().reason == failure;
+  const bool ofAMail = !tally.Failed().empty() && tally.Failed().back().reason == failure;
   if (!failure.empty() && !ofAMail) session.Output().Complain(FailureShown(failure));
   if (!failure.empty()) session.Output().Complain("the run ended before its time");
-  std::string sum = fmt::format("found {} = {} {} + expunged {} + failed {}", account.Found(), verb,
-                                account.delivered, account.expunged, account.failed.size());
-  if (!account.unmarked.empty()) sum += fmt::format(", not marked as deleted {}", account.unmarked.size());
+  std::string sum = fmt::format("found {} = {} {} + expunged {} + failed {}", tally.Found(), verb,
+                                tally.Delivered(), tally.Expunged(), tally.Failed().size());
+  if (!tally.Unmarked().empty()) sum += fmt::format(", not marked as deleted {}", tally.Unmarked().size());
   session.Output().Say(sum);
-  if (account.Found() == 0) return failure.empty() ? ExitCode::Partly : ExitCode::Unreadable;
-  const bool isWhole = failure.empty() && account.failed.empty() && account.unmarked.empty() && !told;
+  if (tally.Found() == 0) return failure.empty() ? ExitCode::Partly : ExitCode::Unreadable;
+  const bool isWhole = failure.empty() && tally.Failed().empty() && tally.Unmarked().empty() && !told;
   return isWhole ? ExitCode::Done : ExitCode::Partly;
 }
 

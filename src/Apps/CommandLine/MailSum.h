@@ -4,14 +4,14 @@
 #include <string>
 
 #include "Apps/CommandLine/Session.h"
-#include "Connectors/Mozilla/MailAccount.h"
+#include "Standalone/RunTally.h"
 
 namespace vorlent::app {
 
 // Prints the sum, such as "found 9 = imported 8 + expunged 1 + failed 0", and each mail that failed or could
 // not be marked as deleted with mailbox, offset and reason; `failure` is what ended the run, "" if it came to
 // its end. The result is the run's exit code, that of nothing found if there was no mail at all.
-ExitCode ShowSum(Session& session, const MailAccount& account, const std::string& verb,
+ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb,
                  const std::string& failure);
 
 }  // namespace vorlent::app

@@ -5,7 +5,8 @@
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
-#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Host/Connector.h"
 #include "Platform/Files.h"
 
 namespace vorlent::app {
@@ -71,7 +72,7 @@ void CheckAttachments(Session& session, const StandaloneItem& item) {
 
 // The mailbox that mails are put back into, and how.
 struct Target {
-  Location_Thunderbird& connector;
+  MailConnector& connector;
   std::string mailbox;
   std::string verb;
 };
@@ -102,7 +103,7 @@ void PutBack(Session& session, const Target& target, const StandaloneItemPtr& it
 ExitCode PutBack(Session& session, const RestoreOptions& options, const std::string& verb) {
   const ArchivePtr archive = session.OpenArchive(options.archive);
   const StandaloneLocationPtr location = session.Open(session.Address(options.address));
-  const auto connector = std::dynamic_pointer_cast<Location_Thunderbird>(location->Connector());
+  const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
   if (connector == nullptr) throw AppError(ExitCode::Usage, options.address + " is no address of mail");
   if (connector->MailFiles().IsEmpty()) {
     session.ComplainOfErrors();

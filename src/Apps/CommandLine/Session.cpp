@@ -10,7 +10,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
-#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Host/Connector.h"
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Platform/WorkFolder.h"
@@ -111,7 +111,7 @@ StandaloneLocationPtr Session::Open(const std::string& address) {
 
 StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
   const StandaloneLocationPtr location = Open(address);
-  const auto connector = std::dynamic_pointer_cast<Location_Thunderbird>(location->Connector());
+  const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
   if (connector == nullptr) throw AppError(ExitCode::Usage, Shown(address) + " is no address of mail");
   CheckMailboxes(*location);
   if (ComplainOfErrors() && connector->MailFiles().IsEmpty()) {
@@ -159,7 +159,7 @@ void Session::CheckBookmarks(StandaloneLocation& location) {
 }
 
 void Session::CheckMailboxes(StandaloneLocation& location) {
-  const auto connector = std::dynamic_pointer_cast<Location_Thunderbird>(location.Connector());
+  const auto connector = std::dynamic_pointer_cast<MailConnector>(location.Connector());
   if (connector == nullptr) return;
   for (const std::string& file : connector->MailFiles()) {
     if (!FileExists(file)) {

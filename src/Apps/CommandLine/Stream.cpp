@@ -6,7 +6,7 @@
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
-#include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Host/Connector.h"
 #include "Platform/Posix/PathMapping.h"
 
 namespace vorlent::app {
@@ -69,19 +69,45 @@ bool Keep(const StandaloneItem& item, const std::string& record, const fs::path&
   return isWhole;
 }
 
-// Keeps a mail, and notes why it isn't there whole. What lets no mail be kept rises.
-bool KeepOrNote(const StdMail& mail, const StandaloneItem& item, const std::string& record,
-                const fs::path& parent, MailAccount& doubts) {
-  const auto note = [&](const std::string& reason) {
-    // One that could not be written whole is known as such already.
-    if (mail.WriteFailure().empty()) doubts.failed.push_back({mail.MailboxFile(), mail.Offset(), reason});
+// The tally of a stream, which knows the mail at hand.
+class StreamTally : public RunTally {
+ public:
+  void MailDelivered(const MailPlace& mail, bool hidesPlace) override {
+    RunTally::MailDelivered(mail, hidesPlace);
+    atHand_ = {mail, true, hidesPlace};
+  }
+  void MailFailed(const MailPlace& mail, std::string_view reason) override {
+    RunTally::MailFailed(mail, reason);
+    atHand_ = {mail, false, false};
+  }
+
+  // Whether the mail at hand is there with all of its files.
+  bool IsWhole() const { return atHand_.isWhole; }
+  bool HidesPlace() const { return atHand_.hidesPlace; }
+  const MailPlace& Place() const { return atHand_.place; }
+
+  // The mail at hand could not be kept. One that isn't whole is known as such already.
+  void NoteLoss(std::string_view reason) {
+    if (atHand_.isWhole) TakeBack(atHand_.place, reason);
+    atHand_.isWhole = false;
+  }
+
+ private:
+  struct AtHand {
+    MailPlace place;
+    bool isWhole = false;
+    bool hidesPlace = false;
   };
+  AtHand atHand_;
+};
+
+// Keeps the mail at hand, and notes why it isn't there whole. What lets no mail be kept rises.
+void KeepOrNote(const StandaloneItem& item, const std::string& record, const fs::path& parent,
+                StreamTally& tally) {
   try {
-    const bool isWhole = Keep(item, record, parent);
-    if (!isWhole) note("a file of the mail is gone");
-    return isWhole;
+    if (!Keep(item, record, parent)) tally.NoteLoss("a file of the mail is gone");
   } catch (const Failure& failure) {
-    note(failure.what());
+    tally.NoteLoss(failure.what());
     throw;
   }
 }
@@ -94,12 +120,14 @@ void Print(const StandaloneItem& item, const StreamOptions& options) {
   std::fputc('\n', stdout);
 }
 
-// Marks the mail delivered last as one to be deleted.
-void Remove(Location_Thunderbird& connector, MailAccount& doubts) {
+// Marks the mail at hand as one to be deleted, unless it could not be kept whole: then it stays where it is
+// complete.
+void Remove(MailConnector& connector, StreamTally& tally) {
+  if (!tally.IsWhole()) return;
   // What was printed of it must have arrived.
   FlushResults();
-  if (connector.SourceMail()->HidesOffset()) {
-    doubts.NoteHidden(*connector.SourceMail());
+  if (tally.HidesPlace()) {
+    tally.MailNotMarked(tally.Place(), Marking::HiddenPlace);
   } else {
     connector.SourceDelete();
   }
@@ -107,31 +135,31 @@ void Remove(Location_Thunderbird& connector, MailAccount& doubts) {
 
 ExitCode Stream(Session& session, const StreamOptions& options) {
   const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(options.address));
-  const auto connector = RequireAs<Location_Thunderbird>(location->Connector());
+  const auto connector = RequireAs<MailConnector>(location->Connector());
   if (options.remove && !session.Confirm("Every mail of " + options.address +
                                          " will be marked as deleted in its mailbox. Go on?")) {
     return ExitCode::Cancelled;
   }
   const bool keep = !options.output.empty();
   if (keep) fs::create_directories(options.output);
+  StreamTally tally;
+  connector->SetRunObserver(&tally);
   connector->SourceInit(nullptr, keep);
-  MailAccount doubts;  // what the connector can't know
   std::string failure;
   try {
     for (std::string record; connector->SourceGetNext(record);) {
       StandaloneItem item;
       item.ImportRecord(record);
-      const StdMail& mail = *connector->SourceMail();
-      const bool isKept = !keep || KeepOrNote(mail, item, record, options.output, doubts);
+      if (keep) KeepOrNote(item, record, options.output, tally);
       Print(item, options);
-      // A mail that could not be written whole stays where it is complete.
-      if (options.remove && isKept && mail.WriteFailure().empty()) Remove(*connector, doubts);
+      if (options.remove) Remove(*connector, tally);
       session.Output().CountMail();
     }
   } catch (const Failure& raised) {
     failure = raised.what();
   }
-  return ShowSum(session, connector->Account().With(doubts), "delivered", failure);
+  connector->SetRunObserver(nullptr);
+  return ShowSum(session, tally, "delivered", failure);
 }
 
 }  // namespace

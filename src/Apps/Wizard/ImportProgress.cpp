@@ -7,7 +7,6 @@
 
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
-#include "Connectors/Mozilla/ImportRun.h"
 
 namespace vorlent::wizard {
 
@@ -26,13 +25,41 @@ QString Duration(qint64 milliseconds) {
   return QString("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar('0'));
 }
 
-QString SumOf(const MailAccount& account) {
-  QString sum = QString("%1 Mails importiert").arg(account.delivered);
-  if (account.expunged > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(account.expunged);
-  if (!account.failed.empty()) sum += QString(", %1 gescheitert").arg(account.failed.size());
-  if (!account.unmarked.empty())
-    sum += QString(", %1 nicht als gelöscht markiert").arg(account.unmarked.size());
+QString SumOf(const RunTally& tally) {
+  QString sum = QString("%1 Mails importiert").arg(tally.Delivered());
+  if (tally.Expunged() > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(tally.Expunged());
+  if (!tally.Failed().empty()) sum += QString(", %1 gescheitert").arg(tally.Failed().size());
+  if (!tally.Unmarked().empty())
+    sum += QString(", %1 nicht als gelöscht markiert").arg(tally.Unmarked().size());
   return sum;
+}
+
+QString GermanReasonOf(Marking why) {
+  switch (why) {
+    case Marking::Marked:
+      break;
+    case Marking::NoStatus:
+      return "sie hat keine Kopfzeile X-Mozilla-Status";
+    case Marking::BadStatus:
+      return "ihre Kopfzeile X-Mozilla-Status ist keine Zahl; nur das letzte Zeichen der Zeile wurde "
+             "geändert";
+    case Marking::OtherMail:
+      return "die Mailbox wurde inzwischen geändert, und die Mail steht dort nicht mehr wie gelesen";
+    case Marking::HiddenPlace:
+      return "ihre eigene Kopfzeile Address verdeckt ihre Stelle";
+    case Marking::KeptByUser:
+      return "Thunderbird läuft";
+    case Marking::Unreadable:
+      return "die Mailbox konnte dort nicht gelesen oder geschrieben werden";
+  }
+  return {};
+}
+
+QString LineOf(const MailPlace& mail, const QString& outcome) {
+  return QString("%1, Mail an Stelle %2: %3")
+      .arg(WithNativePaths(mail.mailbox))
+      .arg(mail.offset)
+      .arg(outcome);
 }
 
 }  // namespace
@@ -153,8 +180,8 @@ void ImportProgress::ShowHowFar() {
 
 void ImportProgress::ShowRate() {
   const qint64 elapsed = running_.elapsed();
-  if (elapsed < kFirstRate || percent_ <= 0) return;
-  const auto mails = static_cast<qlonglong>(ImportRun::LastAccount().delivered);
+  if (tally_ == nullptr || elapsed < kFirstRate || percent_ <= 0) return;
+  const auto mails = static_cast<qlonglong>(tally_->Delivered());
   const double rate = static_cast<double>(mails) * 1000.0 / static_cast<double>(elapsed);
   const auto left = static_cast<qint64>(static_cast<double>(elapsed) * (100 - percent_) / percent_);
   rate_->setText(QString("%1 Mails, %2 Mails/Sekunde, noch %3")
@@ -165,22 +192,17 @@ void ImportProgress::ShowRate() {
 
 // --- The end --------------------------------------------------------------------------------------------
 
-bool ImportProgress::ShowResult(const MailAccount& account, const QString& failure) {
+bool ImportProgress::ShowResult(const RunTally& tally, const QString& failure) {
   End();
-  for (const auto& [mails, outcome] :
-       {std::pair(&account.failed, ""), std::pair(&account.unmarked, "nicht als gelöscht markiert: ")}) {
-    for (const MailAccount::Failed& mail : *mails) {
-      log_->appendPlainText(QString("%1, Mail an Stelle %2: %3%4")
-                                .arg(WithNativePaths(mail.mailbox))
-                                .arg(mail.offset)
-                                .arg(outcome, WithNativePaths(mail.reason)));
-    }
-  }
+  for (const auto& [mail, reason] : tally.Failed())
+    log_->appendPlainText(LineOf(mail, WithNativePaths(reason)));
+  for (const auto& [mail, why] : tally.Unmarked())
+    log_->appendPlainText(LineOf(mail, "nicht als gelöscht markiert: " + GermanReasonOf(why)));
   if (failure.isEmpty()) {
     if (!cancelFlag_()) percent_ = 100;
-    status_->setText(SumOf(account) + (cancelFlag_() ? ", dann abgebrochen." : "."));
+    status_->setText(SumOf(tally) + (cancelFlag_() ? ", dann abgebrochen." : "."));
   } else {
-    log_->appendPlainText(SumOf(account) + ", dann gescheitert.");
+    log_->appendPlainText(SumOf(tally) + ", dann gescheitert.");
     status_->setText("Der Import ist gescheitert: " + failure);
   }
   ShowHowFar();

@@ -13,8 +13,8 @@
 #include <string_view>
 
 #include "Apps/Wizard/LogView.h"
-#include "Connectors/Mozilla/MailAccount.h"
 #include "Standalone/HostObserver.h"
+#include "Standalone/RunTally.h"
 
 namespace vorlent::wizard {
 
@@ -36,12 +36,14 @@ class ImportProgress : public QDialog, public HostObserver {
   void LocationUnreadable(std::string_view reason) override;
   void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override;
 
+  // The tally of the run to come, of which the mails by second are shown; null for none.
+  void Watch(const RunTally* tally) { tally_ = tally; }
   // Whether a run was begun since the last result.
   bool WasOpened() const { return opened_; }
   // The run ended, by itself or with a failure (a text for the user, else empty): shows what became of every
   // mail. Waits until the window is closed; true if the user wants to go back to the wizard, which a failure
   // offers.
-  bool ShowResult(const MailAccount& account, const QString& failure);
+  bool ShowResult(const RunTally& tally, const QString& failure);
 
   // Asks whether to stop while the run is on, and closes the window after it.
   void reject() override;
@@ -55,6 +57,7 @@ class ImportProgress : public QDialog, public HostObserver {
   void Stop();
 
   CancelFlag cancelFlag_;
+  const RunTally* tally_ = nullptr;
   QLabel* status_;
   QProgressBar* bar_;
   QLabel* rate_;

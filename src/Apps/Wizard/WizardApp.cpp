@@ -14,10 +14,8 @@
 #include "Apps/Wizard/QtDialogs.h"
 #include "Apps/Wizard/QtPlatform.h"
 #include "Apps/Wizard/QtText.h"
-#include "Component/Component.h"
-#include "Connectors/Mozilla/ImportCommand.h"
-#include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/Posix/PathMapping.h"
+#include "Standalone/ArchiveImport.h"
 #include "Standalone/StandaloneHost.h"
 
 namespace vorlent {
@@ -87,7 +85,7 @@ class WizardProgram {
         installed_(std::make_shared<wizard::QtPlatform>(), host_) {
     host_->SetDialogs(
         std::make_shared<wizard::QtDialogs>([this](const std::string& folder) { return OpenTarget(folder); },
-                                            [this](const std::string& command) { Prepare(command); }));
+                                            [this](const std::string&) { Prepare(); }));
   }
 
   // Opens the archive in a folder, which is offered from then on.
@@ -108,35 +106,28 @@ class WizardProgram {
   }
 
  private:
-  void Prepare(const std::string& text) {
+  void Prepare() {
     finished_ = true;
     // A failure of the run before may have left them so.
     host_->Global().CancelFlag() = false;
     host_->Global().SetLogEnabled(true);
-    const ImportCommand command = ImportCommand::Parse(text);
-    const auto archive = std::dynamic_pointer_cast<Archive>(host_->Global().GetObject(command.target));
-    // Mails that stay in their mailbox need not be safe one by one.
-    if (archive != nullptr && !command.move) portions_.emplace(*archive);
   }
 
   // What failed, for the user; "" if nothing did.
   QString RunAction() {
-    QString failure;
+    progress_.Watch(&import_.emplace());
     try {
-      RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
-      if (portions_) portions_->Finish();
-    } catch (const Failure& failed) {
-      failure = wizard::WithNativePaths(failed.what());
+      import_->Run();
+    } catch (const Failure& failure) {
+      return wizard::WithNativePaths(failure.what());
     }
-    portions_.reset();
-    return failure;
+    return {};
   }
 
   // Whether the user wants to go back to the pages.
   bool ShowResult(const QString& failure) {
-    const MailAccount& account = ImportRun::LastAccount();
-    const bool wantsBack = progress_.ShowResult(account, failure);
-    const bool failed = !failure.isEmpty() || !account.failed.empty() || !account.unmarked.empty();
+    const bool wantsBack = progress_.ShowResult(*import_, failure);
+    const bool failed = !failure.isEmpty() || !import_->Failed().empty() || !import_->Unmarked().empty();
     exitCode_ = failed ? kFailed : host_->Global().Cancelled() ? kCancelled : kDone;
     return wantsBack;
   }
@@ -144,8 +135,8 @@ class WizardProgram {
   wizard::ImportProgress progress_;
   std::shared_ptr<StandaloneHost> host_;
   Installed installed_;
-  std::optional<Archive::Portions> portions_;
-  bool finished_ = false;  // the wizard, with a command
+  std::optional<ArchiveImport> import_;  // the present or last one
+  bool finished_ = false;                // the wizard, with a command
   int exitCode_ = kDone;
 };
 

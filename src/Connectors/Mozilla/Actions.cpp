@@ -20,7 +20,7 @@ void Actions::execute(std::string_view cmd) {
 }
 
 void Actions::RunImport(std::string_view cmd) {
-  ImportRun(cmd).Run();
+  ImportRun(cmd, observer_).Run();
 }
 
 void Actions::ApplyAutoTopics(Item& itm) {

@@ -19,14 +19,18 @@ class Actions : public ActionList {
   // Runs "importmails" from the wizard to the last mail; any other name does nothing.
   void execute(std::string_view cmd) override;
 
+  void SetRunObserver(MailRunObserver* observer) override { observer_ = observer; }
+
  private:
   friend class ImportRun;
 
-  static void RunImport(std::string_view cmd);
+  void RunImport(std::string_view cmd);
 
   // Adds the keywords of the host's setting "autotopic" to a new item: a line "word=keyword,keyword" applies
   // if the item's full text holds the word exactly.
   static void ApplyAutoTopics(Item& itm);
+
+  MailRunObserver* observer_ = nullptr;
 };
 
 }  // namespace vorlent

@@ -16,9 +16,6 @@ namespace vorlent {
 
 namespace {
 
-// It outlives the run, whose object is gone by the time someone asks.
-MailAccount lastAccount;
-
 // The host's pane of structures, if the user has it open, else the one that shows them instead.
 std::int32_t TreePane(HostMainWindow& window) {
   return window.IsPaneShown(3) ? 3 : 2;
@@ -30,19 +27,17 @@ double SizeOf(const std::string& file) {
 
 }  // namespace
 
-ImportRun::ImportRun(std::string_view cmd) : host_(HostObjects::Current().Global()) {
+ImportRun::ImportRun(std::string_view cmd, MailRunObserver* observer)
+    : host_(HostObjects::Current().Global()) {
+  teller_.SetObserver(observer);
   mail_.Setmailtmppfad(host_.TempPath());
   command_ = ImportCommand::Parse(cmd);
   keywords_ = command_.KeywordText();
 }
 
-const MailAccount& ImportRun::LastAccount() {
-  return lastAccount;
-}
-
 void ImportRun::Run() {
-  lastAccount = MailAccount();
   if (!FindTarget()) return;
+  teller_.ImportBegins(location_, command_.move);
   Open();
   for (std::int32_t position = 1; position <= ToInt32(command_.mailboxes.size()); ++position) {
     ImportMailbox(position);
@@ -83,7 +78,7 @@ void ImportRun::ImportMailbox(std::int32_t position) {
   mail_.InitStream(0);
   fileKeywords_ = KeywordsOf(file);
   if (command_.tree) RequireAs<Tree>(tree_)->AddKeywordPath(fileKeywords_);
-  ClearCollection(deleteList_);
+  deleteList_.clear();
 
   host_.SetLogEnabled(false);
   ImportMails();
@@ -103,20 +98,11 @@ std::string ImportRun::KeywordsOf(const std::string& mailbox) const {
 }
 
 void ImportRun::ImportMails() {
-  while (lastAccount.Guard(mail_, [&] { return ImportNextMail(); })) {
-    lastAccount.CountDelivered(mail_);
+  while (teller_.DeliverNext(mail_, true, [&] { ImportMail(); })) {
     for (int i = 0; i < 100; ++i)
       Platform::Current().Yield();
     if (host_.Cancelled()) return;
   }
-}
-
-bool ImportRun::ImportNextMail() {
-  const std::int32_t expungedBefore = mail_.ExpungedCount();
-  const bool found = mail_.ReadHeader(true, true);
-  lastAccount.expunged += mail_.ExpungedCount() - expungedBefore;
-  if (found) ImportMail();
-  return found;
 }
 
 void ImportRun::ImportMail() {
@@ -139,9 +125,9 @@ void ImportRun::ImportMail() {
 void ImportRun::NoteForDeletion() {
   if (!mail_.WriteFailure().empty()) return;
   if (mail_.HidesOffset()) {
-    lastAccount.NoteHidden(mail_);
+    teller_.TellHidden(mail_);
   } else {
-    deleteList_.Add(mail_.GetHeader("Address"));
+    deleteList_.push_back(mail_.Offset());
   }
 }
 
@@ -162,8 +148,9 @@ void ImportRun::TakeFiles(Item& item) {
 
 // Only once the stream is closed: the deletion opens the mailbox for itself.
 void ImportRun::DeleteImportedMails() {
-  for (const std::string& offset : deleteList_)
-    lastAccount.Delete(mail_, ToInt32(ReadNumber(offset)));
+  if (!deleteList_.empty()) teller_.MarkingBegins(mail_);
+  for (const std::int32_t offset : deleteList_)
+    teller_.Mark(mail_, offset);
 }
 
 void ImportRun::ReportMailbox() {

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 
-#include "Common/KeyedList.h"
 #include "Connectors/Mozilla/ImportCommand.h"
-#include "Connectors/Mozilla/MailAccount.h"
+#include "Connectors/Mozilla/MailRunTeller.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/HostGlobal.h"
 
@@ -21,20 +21,17 @@ namespace vorlent {
 // the progress display stays open, and the mails of the mailbox at hand stay in it.
 class ImportRun {
  public:
-  explicit ImportRun(std::string_view cmd);
+  // The observer must outlive the run; null for nobody.
+  explicit ImportRun(std::string_view cmd, MailRunObserver* observer = nullptr);
 
   // Carries the command out, once.
   void Run();
-
-  // What became of the mails of the run that began last, also if it failed.
-  static const MailAccount& LastAccount();
 
  private:
   bool FindTarget();
   void Open();
   void ImportMailbox(std::int32_t position);
   void ImportMails();
-  bool ImportNextMail();
   void ImportMail();
   void NoteForDeletion();
   void TakeFiles(Item& item);
@@ -49,6 +46,7 @@ class ImportRun {
   std::string KeywordsOf(const std::string& mailbox) const;
 
   HostGlobal& host_;
+  MailRunTeller teller_;
   StdMail mail_;
   ImportCommand command_;
   std::string keywords_;
@@ -61,7 +59,7 @@ class ImportRun {
   // Of the mailbox at hand.
   double fileBytes_ = 0;
   std::string fileKeywords_;
-  KeyedList<std::string> deleteList_;  // offsets of the imported mails, with "action move" only
+  std::deque<std::int32_t> deleteList_;  // offsets of the imported mails, with "action move" only
   double startTime_ = 0;
   std::int32_t itemsBefore_ = 0;
 };

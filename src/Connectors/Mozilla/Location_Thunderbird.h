@@ -9,7 +9,7 @@
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/FolderTrail.h"
 #include "Connectors/Mozilla/LocationFrame.h"
-#include "Connectors/Mozilla/MailAccount.h"
+#include "Connectors/Mozilla/MailRunTeller.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
 
@@ -44,17 +44,10 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // "Restore" appends the item's stored mail to the first mailbox of the address, "Shortcut" a mail that
   // links to it.
   std::string ExecuteAction(std::string_view cmd) override;
-  // Whether the last action wrote all of its mail, but for what the files of attachments lack.
-  bool HasRestored() const { return hasRestored_; }
+  bool HasRestored() const override { return hasRestored_; }
 
-  // What became of the mails of the present or last run of the stream.
-  const MailAccount& Account() const { return account_; }
-
-  // The reader of a run of the stream, at the mail delivered last; nothing but in a run.
-  const StdMail* SourceMail() const { return source_.mail.get(); }
-
-  // Paths of the mailboxes that InitLocation found, whether they exist or not.
-  const KeyedList<std::string>& MailFiles() const { return mailFiles_; }
+  const KeyedList<std::string>& MailFiles() const override { return mailFiles_; }
+  void SetRunObserver(MailRunObserver* observer) override { teller_.SetObserver(observer); }
 
  protected:
   ParameterSettings Parameters() const override;
@@ -85,8 +78,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
     double totalBytes = 0;
     double doneBytes = 0;
     double fileBytes = 0;
-    std::int64_t expungedBefore = 0;  // account's expunged mails at the start of a mailbox
-    std::unique_ptr<StdMail> mail;    // nothing but in a run
+    std::unique_ptr<StdMail> mail;  // nothing but in a run
     std::string keywords;
   };
 
@@ -112,7 +104,6 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   void OpenSource();
   // Raises ObjectNotSet where there is no run.
   StdMail& SourceReader() const;
-  bool ReadSource();
   void FinishSource();
   void Deliver(std::string& srcitm);
   void EndRun();
@@ -135,7 +126,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   KeyedList<std::string> deleteOffsets_;  // marked in the present mailbox
   std::string currentOffset_;             // of the mail delivered last
   SourceState source_;
-  MailAccount account_;
+  MailRunTeller teller_;
   bool hasRestored_ = false;
 };
 

@@ -66,15 +66,7 @@ bool Location_Thunderbird::SourceGetNext(std::string& srcitm) {
       OpenSource();
     }
     SourceReader().DeleteLastTempfiles();
-    const bool delivered = account_.Guard(*source_.mail, [&] {
-      const bool found = ReadSource();
-      if (found) Deliver(srcitm);
-      return found;
-    });
-    if (delivered) {
-      account_.CountDelivered(*source_.mail);
-      return true;
-    }
+    if (teller_.DeliverNext(*source_.mail, saveAttachments_, [&] { Deliver(srcitm); })) return true;
     FinishSource();
   } while (!Host().Cancelled());
   EndRun();
@@ -92,7 +84,6 @@ void Location_Thunderbird::SourceDelete() {
 
 void Location_Thunderbird::StartRun() {
   source_.deliveredCount = 0;
-  account_ = MailAccount();
   source_.doneBytes = 0;
   source_.mail = GetMailObject();
   source_.totalBytes = 0;
@@ -106,7 +97,6 @@ void Location_Thunderbird::OpenSource() {
   const std::string& file = mailFiles_.Item(sourceIndex_);
   source_.fileBytes = FileSize(file);
   source_.fileCount = source_.deliveredCount;
-  source_.expungedBefore = account_.expunged;
   source_.seconds = SecondsSinceMidnight();
   WithLog([&] {
     Report(report::kLog, "  " + file);
@@ -119,18 +109,13 @@ void Location_Thunderbird::OpenSource() {
   ClearCollection(deleteOffsets_);
 }
 
-bool Location_Thunderbird::ReadSource() {
-  const bool found = source_.mail->ReadHeader(saveAttachments_, true);
-  account_.expunged = source_.expungedBefore + source_.mail->ExpungedCount();
-  return found;
-}
-
 // Marked mails go only here, with the reader closed.
 void Location_Thunderbird::FinishSource() {
   source_.doneBytes += source_.fileBytes;
   source_.mail->CloseStream();
+  if (!deleteOffsets_.IsEmpty()) teller_.MarkingBegins(*source_.mail);
   for (const std::string& offset : deleteOffsets_) {
-    account_.Delete(*source_.mail, ToInt32(ReadNumber(offset)));
+    teller_.Mark(*source_.mail, ToInt32(ReadNumber(offset)));
   }
   source_.seconds = std::floor(SecondsSinceMidnight() - source_.seconds + 0.5);
   source_.fileCount = source_.deliveredCount - source_.fileCount;

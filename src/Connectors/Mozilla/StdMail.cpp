@@ -46,11 +46,21 @@ std::string StdMail::PendingText::TakeAll() {
 
 // --- Stream
 
+void StdMail::SetMailboxFile(std::string_view path) {
+  if (path == mailboxFile_) return;
+  mailboxFile_ = path;
+  readMails_ = ReadMails();
+  lastMail_.reset();
+}
+
 void StdMail::InitStream(std::int16_t saveflag) {
-  stream_ = LineFile();
   saveFlag_ = saveflag;
-  stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
-  lengthRead_ = stream_.Length();
+  OpenStream(os::File::Mode::ReadWrite);
+}
+
+void StdMail::OpenStream(os::File::Mode mode) {
+  stream_ = LineFile();
+  stream_ = LineFile(mailboxFile_, mode);
   pending_.Clear();
   expungedCount_ = 0;
   ResetMailScan();
@@ -58,14 +68,6 @@ void StdMail::InitStream(std::int16_t saveflag) {
 
 void StdMail::CloseStream() {
   stream_.Close();
-}
-
-bool StdMail::ReadHeaderAt(std::int32_t offset) {
-  InitStream();
-  stream_.Seek(MailPosition(offset));
-  const bool found = ReadHeader(false) && offset_ == offset;
-  CloseStream();
-  return found;
 }
 
 // A read error counts as the end of the text.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,8 @@
 
 #include "Common/KeyedList.h"
 #include "Common/LineFile.h"
+#include "Connectors/Mozilla/ReadMails.h"
+#include "Host/MailRunObserver.h"
 #include "Host/Object.h"
 
 namespace vorlent {
@@ -31,12 +34,9 @@ class StdMail : public Object {
   using TextList = KeyedList<std::string>;
   using TextListPtr = std::shared_ptr<TextList>;
 
-  // Path of the mbox file; set before InitStream.
+  // Path of the mbox file; set before InitStream. Another one makes forget the mails that were read.
   const std::string& MailboxFile() const { return mailboxFile_; }
-  void SetMailboxFile(std::string_view path) {
-    mailboxFile_ = path;
-    lengthRead_ = 0;
-  }
+  void SetMailboxFile(std::string_view path);
 
   // Header store of the current mail: whole unfolded header lines by their lower-case name. The separator
   // line, "Received" and "Return-Path" headers stand there without a key; of all others only the first of a
@@ -58,6 +58,9 @@ class StdMail : public Object {
 
   // Size of the current mail in bytes as ReadHeader counted it.
   double ReadCount() const { return readCount_; }
+
+  // The part of it that is the separator of the next mail, 0 for a mail without one behind it.
+  double NextSeparatorCount() const { return nextSeparatorCount_; }
 
   // The current mail produced mail.html.
   bool hasHTML() const { return hasHTML_; }
@@ -104,8 +107,8 @@ class StdMail : public Object {
   // skipped.
   bool ReadHeader(bool saveattachments, bool waitforfrom = true);
 
-  // Opens the mailbox, reads the mail at a zero-based offset without its files, and closes. False if no mail
-  // begins there, or one that is marked as expunged.
+  // Opens the mailbox, which must exist, reads the mail at a zero-based offset without its files, and closes.
+  // False if no mail begins there, or one that is marked as expunged.
   bool ReadHeaderAt(std::int32_t offset);
 
   // Reads the next mail and writes to `bodyfile`, or collects, what `saveflag` says. False if there was none.
@@ -131,9 +134,14 @@ class StdMail : public Object {
 
   // Marks the mail at a zero-based offset as expunged by changing one digit in place, and deletes the
   // mailbox's summary file. Asks first to close a running Thunderbird; on the answer Cancel nothing happens.
-  // A mailbox that can't be opened raises, and so does one that has become shorter since InitStream. True if
-  // the mail is marked now: it may have no status header, and failures to read and write are swallowed.
-  bool DeleteMail(std::int32_t offset);
+  //
+  // A mail that ReadHeader read at this offset is marked only if it still stands there, and a mailbox that is
+  // gone isn't made again; at an offset where nothing was read, whatever stands there is marked. `isWanted`,
+  // if given, is asked behind the user, with the mail at the offset read without its files, be it marked
+  // already; where there is none, or on false, none is marked.
+  //
+  // A mailbox that can't be opened raises; later failures to read and write are swallowed.
+  Marking DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted = nullptr);
 
   // The item record of the mail read last. `kw` is the text of its keywords, in record form;
   // `saveattachments` as given to ReadHeader. Moves attachments to their own names. Never raises.
@@ -172,13 +180,23 @@ class StdMail : public Object {
   };
 
   TextList& HeaderStore() const;
+  // What to do with mails that are marked as expunged.
+  enum class Expunged { PassOver, Read };
+
+  void OpenStream(os::File::Mode mode);
+  bool ReadMailHere(Expunged expunged);
+  bool HoldsWanted(std::int32_t offset, const std::function<bool()>& isWanted);
+  Marking MarkAt(std::int32_t offset);
+  bool StillStands(LineFile& mailbox, std::int32_t offset, std::uint64_t hash) const;
+  bool HasLastMailGrown(LineFile& mailbox) const;
   bool IsFileEnd();
   std::string_view ReadStreamLine();
   bool IsStreamDone();
   void ResetMailScan();
   // Whether a mail begins on this line. Asked for every line of a mailbox.
-  bool IsFromLine(std::string_view line) const {
-    return lastLineEmpty_ && (line.starts_with("From - ") || line.starts_with(">From - "));
+  bool IsFromLine(std::string_view line) const { return lastLineEmpty_ && IsSeparator(line); }
+  static bool IsSeparator(std::string_view line) {
+    return line.starts_with("From - ") || line.starts_with(">From - ");
   }
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
@@ -193,14 +211,23 @@ class StdMail : public Object {
   double percent_ = 0;
   std::int32_t lineCount_ = 0;
   double readCount_ = 0;
+  double nextSeparatorCount_ = 0;
   bool hasHTML_ = false;
   std::string mailtmppfad_;
   std::int32_t offset_ = 0;
   std::int32_t expungedCount_ = 0;
   std::string writeFailure_;
 
+  // The mail that ended with the mailbox when it was read.
+  struct LastMail {
+    std::int32_t offset;
+    std::uint64_t bodySize;  // in bytes
+    bool endsWithEmptyLine;
+  };
+
+  ReadMails readMails_;
+  std::optional<LastMail> lastMail_;
   LineFile stream_;
-  std::uint64_t lengthRead_ = 0;  // of the mailbox when it was opened to be read; 0 if it wasn't
   PendingText pending_;
   std::int32_t pendingOffset_ = 0;  // position from 1 of the separator in pending_, for ReadHeader
   std::string separator_;           // holds the line that AtMailEnd gives back while it reads ahead

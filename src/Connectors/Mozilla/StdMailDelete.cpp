@@ -1,5 +1,7 @@
 // Marking a mail as deleted, the way the mail client itself does it.
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -49,22 +51,27 @@ char MarkExpunged(char digit) {
   return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
 }
 
-// Changes the status digit of the mail that begins at the present position. False for a mail without a status
-// header, which stays, and for one whose status is empty: its colon gives way to the digit.
-bool MarkMail(LineFile& mailbox) {
+// Changes the status digit of the mail that begins at the present position.
+Marking MarkMail(LineFile& mailbox) {
   constexpr std::string_view kStatus = "x-mozilla-status:";
   while (!mailbox.AtEnd()) {
+    const std::uint64_t start = mailbox.Position();
     const std::string_view line = mailbox.ReadLine();
-    if (line.empty()) return false;
+    if (line.empty()) return Marking::NoStatus;
     if (BeginsNoCase(line, kStatus)) {
-      const bool hasDigit = line.size() > kStatus.size();
       const char digit = MarkExpunged(line.back());
       mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1);
       mailbox.WriteByte(digit);
-      return hasDigit;
+      // What was changed is the last character of the line, whatever that was.
+      mailbox.Seek(start);
+      return (ReadStatus(mailbox.ReadLine()) & kExpunged) != 0 ? Marking::Marked : Marking::BadStatus;
     }
   }
-  return false;
+  return Marking::NoStatus;
+}
+
+bool IsGone(const Failure& failure) {
+  return failure.Is(ErrorNumber::FileNotFound) || failure.Is(ErrorNumber::PathNotFound);
 }
 
 }  // namespace
@@ -73,19 +80,74 @@ bool& NoThunderbirdCheck() {
   return noThunderbirdCheck;
 }
 
-bool StdMail::DeleteMail(std::int32_t offset) {
-  if (!SettleThunderbird()) return false;
-  LineFile mailbox(mailboxFile_, os::File::Mode::ReadWrite);
-  // Another program has cleaned it up: at the offsets that were read there may be other mails by now.
-  if (mailbox.Length() < lengthRead_) {
-    throw Failure(ErrorNumber::PermissionDenied, mailboxFile_ + ": has become shorter since it was read");
+Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted) {
+  if (!SettleThunderbird()) return Marking::KeptByUser;
+  const bool isKnown = isWanted != nullptr || readMails_.HashAt(offset);
+  Marking result = Marking::OtherMail;
+  try {
+    if (isWanted == nullptr || HoldsWanted(offset, isWanted)) result = MarkAt(offset);
+  } catch (const Failure& failure) {
+    if (!isKnown || !IsGone(failure)) throw;
   }
-  mailbox.Seek(MailPosition(offset));
-  bool isMarked = false;
-  Swallow([&] { isMarked = MarkMail(mailbox); });
-  Swallow([&] { mailbox.Close(); });
   RemoveExactFile(mailboxFile_ + std::string(kSummary));
-  return isMarked;
+  return result;
+}
+
+// Whether the mail that the caller means stands at the offset.
+bool StdMail::HoldsWanted(std::int32_t offset, const std::function<bool()>& isWanted) {
+  OpenStream(os::File::Mode::Read);
+  stream_.Seek(MailPosition(offset));
+  bool isHeld = false;
+  Swallow([&] { isHeld = ReadMailHere(Expunged::Read) && offset_ == offset && isWanted(); });
+  CloseStream();
+  return isHeld;
+}
+
+// A missing mailbox is made where nothing was read at the offset, and raises elsewhere.
+Marking StdMail::MarkAt(std::int32_t offset) {
+  const std::optional<std::uint64_t> hash = readMails_.HashAt(offset);
+  LineFile mailbox(mailboxFile_, hash ? os::File::Mode::Change : os::File::Mode::ReadWrite);
+  mailbox.Seek(MailPosition(offset));
+  Marking result = Marking::Unreadable;
+  Swallow([&] {
+    if (hash && !StillStands(mailbox, offset, *hash)) {
+      result = Marking::OtherMail;
+      return;
+    }
+    mailbox.Seek(MailPosition(offset));
+    result = MarkMail(mailbox);
+  });
+  Swallow([&] { mailbox.Close(); });
+  return result;
+}
+
+// Whether the mail that was read with this hash begins at the present position.
+bool StdMail::StillStands(LineFile& mailbox, std::int32_t offset, std::uint64_t hash) const {
+  if (mailbox.AtEnd()) return false;
+  HeaderBlockHash block;
+  std::string_view line = mailbox.ReadLine();
+  block.Add(line);
+  while (!mailbox.AtEnd()) {
+    line = mailbox.ReadLine();
+    if (line.empty()) break;
+    block.Add(line);
+  }
+  if (block.End(line.empty()) != hash) return false;
+  return !lastMail_ || lastMail_->offset != offset || !HasLastMailGrown(mailbox);
+}
+
+// Whether lines came to the last mail since it was read: it may have been on its way still. Mails behind it
+// don't matter. Its body begins at the present position.
+bool StdMail::HasLastMailGrown(LineFile& mailbox) const {
+  mailbox.Seek(mailbox.Position() + lastMail_->bodySize);
+  bool isBehindEmptyLine = lastMail_->endsWithEmptyLine;
+  while (!mailbox.AtEnd()) {
+    const std::string_view line = mailbox.ReadLine();
+    if (isBehindEmptyLine && IsSeparator(line)) return false;
+    if (!line.empty()) return true;
+    isBehindEmptyLine = true;
+  }
+  return false;
 }
 
 }  // namespace vorlent

@@ -1,5 +1,6 @@
 #include "Connectors/Mozilla/StdMailPart.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Common/StdHttp.h"
@@ -35,6 +36,11 @@ void StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_
 
 std::int32_t ReadHexNumber(std::string_view digits) {
   return ToInt32(ReadNumber("&H" + std::string(digits)));
+}
+
+std::int32_t ReadStatus(std::string_view headerLine) {
+  constexpr std::string_view kName = "x-mozilla-status:";
+  return ReadHexNumber(TrimView(headerLine.substr(std::min(headerLine.size(), kName.size()))));
 }
 
 std::uint64_t MailPosition(std::int32_t offset) {

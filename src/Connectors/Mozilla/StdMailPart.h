@@ -37,6 +37,9 @@ inline constexpr std::int32_t kExpunged = 8;
 // The number that hexadecimal digits stand for, 0 if there are none.
 std::int32_t ReadHexNumber(std::string_view digits);
 
+// The status that a header line X-Mozilla-Status tells, as the reader of mailboxes takes it.
+std::int32_t ReadStatus(std::string_view headerLine);
+
 // The position from 1 of a mail's zero-based offset. Raises Overflow at the end of 32 bits, InvalidCall
 // before the beginning of a file.
 std::uint64_t MailPosition(std::int32_t offset);

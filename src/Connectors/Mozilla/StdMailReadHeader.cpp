@@ -19,8 +19,12 @@ namespace vorlent {
 // nothing but the storing of headers, and from the body on every step is guarded by itself.
 class StdMail::HeaderReader {
  public:
-  HeaderReader(StdMail& mail, bool saveattachments, bool waitforfrom)
-      : mail_(mail), stream_(mail.stream_), save_(saveattachments), waitForFrom_(waitforfrom) {}
+  HeaderReader(StdMail& mail, bool saveattachments, bool waitforfrom, Expunged expunged = Expunged::PassOver)
+      : mail_(mail),
+        stream_(mail.stream_),
+        save_(saveattachments),
+        waitForFrom_(waitforfrom),
+        passesOverExpunged_(expunged == Expunged::PassOver) {}
 
   bool Read();
 
@@ -62,6 +66,7 @@ class StdMail::HeaderReader {
   LineFile& stream_;
   const bool save_;
   const bool waitForFrom_;
+  const bool passesOverExpunged_;
 
   TextWriter mailFile_;        // mail.eml
   TextWriter htmlFile_;        // mail.html
@@ -84,11 +89,25 @@ bool StdMail::ReadHeader(bool saveattachments, bool waitforfrom) {
   return HeaderReader(*this, saveattachments, waitforfrom).Read();
 }
 
+bool StdMail::ReadHeaderAt(std::int32_t offset) {
+  OpenStream(os::File::Mode::Read);
+  stream_.Seek(MailPosition(offset));
+  const bool found = ReadMailHere(Expunged::PassOver) && offset_ == offset;
+  CloseStream();
+  return found;
+}
+
+// Reads the next mail, without its files.
+bool StdMail::ReadMailHere(Expunged expunged) {
+  return HeaderReader(*this, false, true, expunged).Read();
+}
+
 bool StdMail::HeaderReader::Read() {
   Parts().Clear();
   mail_.hasHTML_ = false;
   mail_.lineCount_ = 0;
   mail_.readCount_ = 0;
+  mail_.nextSeparatorCount_ = 0;
   mail_.lastLineEmpty_ = true;
   mail_.writeFailure_.clear();
   do {
@@ -139,6 +158,8 @@ bool StdMail::HeaderReader::ReadHeaderBlock() {
   }
   mail_.headers_ = std::make_shared<TextList>();
   mail_.headers_->Add(std::string(line_));
+  HeaderBlockHash hash;
+  hash.Add(line_);
   expunged_ = false;
   key_.clear();
   // A mailbox may end with a separator line; the stream is closed then, and the mail has no more than that.
@@ -149,11 +170,17 @@ bool StdMail::HeaderReader::ReadHeaderBlock() {
     if (save_) mailFile_.WriteLine(line);
     lastLineEmpty = line.empty();
     if (lastLineEmpty) break;
+    hash.Add(line);
     TakeHeaderLine(line);
   }
   mail_.lastLineEmpty_ = lastLineEmpty;
   partHeader_.clear();
-  if (expunged_) DropExpungedMail();
+  if (expunged_) {
+    DropExpungedMail();
+  } else {
+    mail_.readMails_.Add(mail_.offset_, hash.End(lastLineEmpty));
+    if (mail_.lastMail_ && mail_.lastMail_->offset == mail_.offset_) mail_.lastMail_.reset();
+  }
   return !expunged_;
 }
 
@@ -167,9 +194,8 @@ void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
     key_ = LowerCase(SplitHeaderLine(line).name);
   }
   text += line;
-  if (key_ == kStatus) {
-    const std::size_t digits = std::min(text.size(), kStatus.size() + 1);
-    expunged_ = (ReadHexNumber(Trim(std::string_view(text).substr(digits))) & kExpunged) != 0;
+  if (key_ == kStatus && passesOverExpunged_) {
+    expunged_ = (ReadStatus(text) & kExpunged) != 0;
     if (expunged_) return;
   }
   StoreHeader(headers, std::move(text), key_);
@@ -190,16 +216,19 @@ void StdMail::HeaderReader::ReadBody() {
   mailPair_ = BoundaryPair(boundary_);
   subPair_ = BoundaryPair();
   inPartHeader_ = false;
+  const std::uint64_t start = stream_.Position();
   std::string_view line;
   while (NextBodyLine(line)) {
     Count(line);
     if (waitForFrom_ && mail_.IsFromLine(line)) {
+      mail_.nextSeparatorCount_ = CountedLength(line);
       mail_.pending_.Append(line);
       return;
     }
     if (!TakeBodyLine(line)) return;
     mail_.lastLineEmpty_ = line.empty();
   }
+  mail_.lastMail_ = {mail_.offset_, stream_.Position() - start, mail_.lastLineEmpty_};
 }
 
 // The next line; false at the end of the file or if it can't be read.

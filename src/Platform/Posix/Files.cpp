@@ -16,6 +16,8 @@ int OpenFlags(File::Mode mode) {
       return O_RDONLY;
     case File::Mode::ReadWrite:
       return O_RDWR | O_CREAT;
+    case File::Mode::Change:
+      return O_RDWR;
     case File::Mode::Create:
       return O_RDWR | O_CREAT;
     case File::Mode::Append:

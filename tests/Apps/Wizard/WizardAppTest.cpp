@@ -22,8 +22,8 @@
 #include "Apps/Wizard/WizardFrame.h"
 #include "Common/StdModul.h"
 #include "Component/Component.h"
-#include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/Posix/PathMapping.h"
+#include "Standalone/ArchiveImport.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/TemporaryFolder.h"
@@ -192,8 +192,9 @@ TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveACommandThatFillsANewArchive) {
                 HasSubstr("Zitate, Mail an Stelle 320: nicht als gelöscht markiert: "));
     Click(window, "Cancel");
   });
-  RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"))->execute("importmails");
-  progress.ShowResult(ImportRun::LastAccount(), QString());
+  ArchiveImport import;
+  import.Run();
+  progress.ShowResult(import, QString());
   HostObjects::Install(before);
   host.reset();
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "Connectors/Mozilla/Actions.h"
@@ -11,12 +12,14 @@
 #include "Support/Lines.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
+#include "Support/RecordingRunObserver.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
 namespace {
 
 using test::RecordingHost;
+using test::RecordingRunObserver;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -60,6 +63,7 @@ class ImportRunTest : public testing::Test {
       command += line + "\r\n";
     host.Dialogs.WizardAnswer = command;
     Actions actions;
+    actions.SetRunObserver(&observer);
     return SwallowedNumber([&] { actions.execute("importmails"); });
   }
 
@@ -141,6 +145,7 @@ class ImportRunTest : public testing::Test {
   const Lines logOff = {"Global.SetLogEnabled(false)"};
   ScopedRecordingPlatform platform;
   RecordingHost host;
+  RecordingRunObserver observer;
   TemporaryFolder folder;
   std::shared_ptr<test::RecordingLocation> target = host.MakeLocation("Archiv");
 };
@@ -451,10 +456,9 @@ TEST_F(ImportRunTest, MailWithoutAStatusHeaderCannotBeMarked) {
   EXPECT_EQ(Run({"action move", "import " + box}), 0);
   EXPECT_THAT(Pasted(), ElementsAre("one", "two"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
-  ASSERT_EQ(ImportRun::LastAccount().unmarked.size(), 1U);
-  EXPECT_EQ(ImportRun::LastAccount().unmarked[0].mailbox, box);
-  EXPECT_EQ(ImportRun::LastAccount().unmarked[0].offset, 0);
-  EXPECT_EQ(ImportRun::LastAccount().delivered, 2);
+  EXPECT_THAT(observer.events,
+              ElementsAre("moving to Archiv", "delivered Inbox at 0", "delivered Inbox at 34",
+                          "marking in Inbox", "not marked Inbox at 0: NoStatus"));
 }
 
 TEST_F(ImportRunTest, MailThatHidesItsPlaceStaysAndSoDoesTheOneItNames) {
@@ -469,11 +473,12 @@ TEST_F(ImportRunTest, MailThatHidesItsPlaceStaysAndSoDoesTheOneItNames) {
   EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
   EXPECT_THAT(Pasted(), ElementsAre("one", "two", "three"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
-  const MailAccount& account = ImportRun::LastAccount();
-  ASSERT_EQ(account.failed.size(), 1U);
-  EXPECT_EQ(account.failed[0].offset, 0);
-  ASSERT_EQ(account.unmarked.size(), 1U);
-  EXPECT_EQ(account.unmarked[0].offset, static_cast<std::int32_t>(torn.size() + 250));
+  const std::string second = std::to_string(torn.size());
+  const std::string third = std::to_string(torn.size() + 250);
+  EXPECT_THAT(observer.events,
+              ElementsAre("moving to Archiv", "failed Inbox at 0: one of two files called 'f' is lost",
+                          "delivered Inbox at " + second, "not marked Inbox at " + third + ": HiddenPlace",
+                          "delivered Inbox at " + third + ", hidden", "marking in Inbox"));
 }
 
 TEST_F(ImportRunTest, MailThatIsNotWrittenWholeCountsAsFailedAndStays) {
@@ -488,13 +493,11 @@ TEST_F(ImportRunTest, MailThatIsNotWrittenWholeCountsAsFailedAndStays) {
   EXPECT_EQ(Run({"action move", "import " + box}), 0);
   EXPECT_THAT(Pasted(), ElementsAre("one", "html", "three"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "three", '9'));
-  const MailAccount& account = ImportRun::LastAccount();
-  EXPECT_EQ(account.delivered, 2);
-  EXPECT_EQ(account.Found(), 3);
-  ASSERT_EQ(account.failed.size(), 1U);
-  EXPECT_EQ(account.failed[0].mailbox, box);
-  EXPECT_EQ(account.failed[0].offset, 250);
-  EXPECT_THAT(account.failed[0].reason, testing::HasSubstr("mail.html"));
+  ASSERT_EQ(observer.events.size(), 5U);
+  EXPECT_EQ(observer.events[1], "delivered Inbox at 0");
+  EXPECT_THAT(observer.events[2], testing::StartsWith("failed Inbox at 250: "));
+  EXPECT_THAT(observer.events[2], testing::HasSubstr("mail.html"));
+  EXPECT_EQ(observer.events[3], "delivered Inbox at " + std::to_string(250 + html.size()));
 }
 
 TEST_F(ImportRunTest, RunningThunderbirdIsAskedForOnlyWhenMailsGo) {
@@ -667,23 +670,10 @@ TEST_F(ImportRunTest, FailureWhileMailsAreDeletedKeepsTheLogOff) {
   EXPECT_THAT(Log(), ElementsAre("\"Import Thunderbird Archiv\"", "\" 14:30:05: <f>\\Inbox\""));
 }
 
-// --- The account ----------------------------------------------------------------------------------------
+// --- What the observer hears ----------------------------------------------------------------------------
 
-class ImportAccountTest : public ImportRunTest {
+class ImportObserverTest : public ImportRunTest {
  protected:
-  // "delivered 2, expunged 1", and a line for each mail that failed.
-  Lines Account() {
-    const MailAccount& account = ImportRun::LastAccount();
-    Lines lines = {"found " + std::to_string(account.Found()) + ", delivered " +
-                   std::to_string(account.delivered) + ", expunged " + std::to_string(account.expunged)};
-    for (const MailAccount::Failed& mail : account.failed) {
-      std::string line = mail.mailbox + " at " + std::to_string(mail.offset) + ": " + mail.reason;
-      Replace(line, folder.Path(), "<f>");
-      lines.push_back(line);
-    }
-    return lines;
-  }
-
   static std::string MailWithAttachment(const std::string& subject) {
     std::string mail = Mail(subject);
     return mail.insert(mail.find("Message-ID"), "Content-Type: multipart/mixed; boundary=b\r\n") +
@@ -691,34 +681,38 @@ class ImportAccountTest : public ImportRunTest {
   }
 };
 
-TEST_F(ImportAccountTest, TellsWhatBecameOfEveryMail) {
+TEST_F(ImportObserverTest, TellsWhatBecameOfEveryMail) {
   const std::string a = Box("A", Mail("one") + Mail("two", 250, "0009") + Mail("three"));
   const std::string b = Box("B", Mail("four", 250, "0008") + Mail("five"));
   EXPECT_EQ(Run({"import " + a, "import " + b}), 0);
-  EXPECT_THAT(Account(), ElementsAre("found 5, delivered 3, expunged 2"));
+  EXPECT_THAT(observer.events, ElementsAre("copying to Archiv", "delivered A at 0", "expunged 1",
+                                           "delivered A at 500", "expunged 1", "delivered B at 250"));
 }
 
-TEST_F(ImportAccountTest, MailThatCouldNotBeWrittenWholeHasFailedAndStaysInTheMailbox) {
+TEST_F(ImportObserverTest, MailThatCouldNotBeWrittenWholeHasFailedAndStaysInTheMailbox) {
   const std::string bytes = Mail("one") + MailWithAttachment("two") + Mail("three");
   folder.MakeFolder("temp\\att1");
   EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
-  const Lines account = Account();
-  ASSERT_EQ(account.size(), 2U);
-  EXPECT_EQ(account[0], "found 3, delivered 2, expunged 0");
-  EXPECT_THAT(account[1], testing::StartsWith("<f>\\Inbox at 250: <f>\\temp\\att1: "));
+  const std::string third = std::to_string(250 + MailWithAttachment("two").size());
+  EXPECT_THAT(observer.events,
+              ElementsAre("moving to Archiv", "delivered Inbox at 0",
+                          testing::StartsWith("failed Inbox at 250: " + folder.Path("temp\\att1") + ": "),
+                          "delivered Inbox at " + third, "marking in Inbox"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "three", '9'));
 }
 
-TEST_F(ImportAccountTest, SoHasOneWhoseAttachmentCouldNotBeGivenItsName) {
+TEST_F(ImportObserverTest, SoHasOneWhoseAttachmentCouldNotBeGivenItsName) {
   const std::string bytes = MailWithAttachment("one") + Mail("two");
   folder.MakeFolder("temp\\a.txt");
   EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
-  EXPECT_THAT(Account(), ElementsAre("found 2, delivered 1, expunged 0",
-                                     "<f>\\Inbox at 0: the attachment 'a.txt' could not be saved"));
+  EXPECT_THAT(observer.events,
+              ElementsAre("moving to Archiv", "failed Inbox at 0: the attachment 'a.txt' could not be saved",
+                          "delivered Inbox at " + std::to_string(MailWithAttachment("one").size()),
+                          "marking in Inbox"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(bytes, "two", '9'));
 }
 
-TEST_F(ImportAccountTest, FailureThatEndsTheRunIsThatOfTheMailAtHand) {
+TEST_F(ImportObserverTest, FailureThatEndsTheRunIsThatOfTheMailAtHand) {
   for (const std::string call : {"Location(\"Archiv\").PasteRecord", "item2.TakeFile"}) {
     RecordingHost fresh;
     fresh.Global.TemporaryPath = host.Global.TemporaryPath;
@@ -729,41 +723,115 @@ TEST_F(ImportAccountTest, FailureThatEndsTheRunIsThatOfTheMailAtHand) {
     fresh.Dialogs.WizardAnswer = "target Archiv\r\nimport " + box + "\r\n";
     fresh.Log.FailOn(call, call.starts_with("item") ? 1 : 2);
     std::string reason;
+    RecordingRunObserver heard;
+    Actions actions;
+    actions.SetRunObserver(&heard);
     try {
-      Actions().execute("importmails");
+      actions.execute("importmails");
     } catch (const Failure& failure) {
       reason = failure.what();
     }
     EXPECT_NE(reason, "");
-    Replace(reason, folder.Path(), "<f>");
-    EXPECT_THAT(Account(), ElementsAre("found 3, delivered 1, expunged 1", "<f>\\Inbox at 500: " + reason));
+    EXPECT_THAT(heard.events, ElementsAre("copying to Archiv", "expunged 1", "delivered Inbox at 250",
+                                          "failed Inbox at 500: " + reason));
   }
 }
 
-TEST_F(ImportAccountTest, CancelledRunCountsWhatItSaw) {
+TEST_F(ImportObserverTest, CancelledRunCountsWhatItSaw) {
   CancelInMail(2);
   EXPECT_EQ(Run({"import " + Box("Inbox", Mail("one") + Mail("two") + Mail("three"))}), 0);
-  EXPECT_THAT(Account(), ElementsAre("found 2, delivered 2, expunged 0"));
+  EXPECT_THAT(observer.events,
+              ElementsAre("copying to Archiv", "delivered Inbox at 0", "delivered Inbox at 250"));
 }
 
-TEST_F(ImportAccountTest, EachRunBeginsWithAnEmptyOne) {
-  EXPECT_EQ(Run({"import " + Box("Inbox", Mail("one"))}), 0);
-  EXPECT_NE(Run({"import " + folder.Path("nowhere")}), 0);
-  EXPECT_THAT(Account(), ElementsAre("found 0, delivered 0, expunged 0"));
-  EXPECT_EQ(Run({"import " + Box("Inbox", Mail("one"))}), 0);
-  EXPECT_EQ(Run({"target Weg"}), 0);
-  EXPECT_THAT(Account(), ElementsAre("found 0, delivered 0, expunged 0"));
+TEST_F(ImportObserverTest, RunWithoutItsTargetTellsNothing) {
+  EXPECT_EQ(Run({"target Weg", "import " + Box("Inbox", Mail("one"))}), 0);
+  EXPECT_THAT(observer.events, IsEmpty());
 }
 
-TEST_F(ImportRunTest, MailboxThatBecameShorterMeanwhileKeepsItsMails) {
+// --- Mailboxes that change meanwhile --------------------------------------------------------------------
+
+TEST_F(ImportRunTest, OnlyMailsThatStillStandWhereTheyWereReadAreMarked) {
   const std::string bytes = Mail("one") + Mail("two") + Mail("three");
   const std::string box = Box("Inbox", bytes);
+  const std::string later = Box("Later", Mail("four"));
+  folder.Write("Inbox.msf", "index");
+  // The first mail went, another came behind, and the last is where it was.
+  const std::string rewritten = Mail("two") + Mail("new") + Mail("three");
+  OnPaste(3, [&] { folder.Write("Inbox", rewritten); });
+  EXPECT_EQ(Run({"action move", "import " + box, "import " + later}), 0);
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(rewritten, "three", '9'));
+  EXPECT_FALSE(folder.Exists("Inbox.msf"));
+  EXPECT_EQ(folder.Read("Later"), WithStatus(Mail("four"), "four", '9'));
+  EXPECT_THAT(observer.events,
+              ElementsAre("moving to Archiv", "delivered Inbox at 0", "delivered Inbox at 250",
+                          "delivered Inbox at 500", "marking in Inbox", "not marked Inbox at 0: OtherMail",
+                          "not marked Inbox at 250: OtherMail", "delivered Later at 0", "marking in Later"));
+}
+
+TEST_F(ImportRunTest, MailboxThatBecameShorterMeanwhileKeepsItsMailsAndTheRunGoesOn) {
+  const std::string box = Box("Inbox", Mail("one") + Mail("two") + Mail("three"));
+  const std::string later = Box("Later", Mail("four"));
   folder.Write("Inbox.msf", "index");
   // As if it was cleaned up: where the first mail was, there is the second by now.
   OnPaste(3, [&] { folder.Write("Inbox", Mail("two") + Mail("three")); });
-  EXPECT_EQ(Run({"action move", "import " + box}), static_cast<int>(ErrorNumber::PermissionDenied));
+  EXPECT_EQ(Run({"action move", "import " + box, "import " + later}), 0);
   EXPECT_EQ(folder.Read("Inbox"), Mail("two") + Mail("three"));
+  EXPECT_FALSE(folder.Exists("Inbox.msf"));
+  EXPECT_EQ(folder.Read("Later"), WithStatus(Mail("four"), "four", '9'));
+  EXPECT_EQ(Log().back(), "\" 14:30:05 finished (4 Items)\"");
+}
+
+TEST_F(ImportRunTest, MailboxThatIsGoneIsNotMadeAgain) {
+  const std::string box = Box("Inbox", Mail("one") + Mail("two"));
+  folder.Write("Inbox.msf", "index");
+  OnPaste(2, [&] { std::filesystem::remove(folder.Native("Inbox")); });
+  EXPECT_EQ(Run({"action move", "import " + box}), 0);
+  EXPECT_FALSE(folder.Exists("Inbox"));
+  EXPECT_FALSE(folder.Exists("Inbox.msf"));
+  EXPECT_THAT(
+      observer.events,
+      ElementsAre("moving to Archiv", "delivered Inbox at 0", "delivered Inbox at 250", "marking in Inbox",
+                  "not marked Inbox at 0: OtherMail", "not marked Inbox at 250: OtherMail"));
+}
+
+TEST_F(ImportRunTest, StreamIsClosedBeforeMailsAreMarked) {
+  const std::string box = Box("Inbox", Mail("one"));
+  int told = 0;
+  observer.onMarking = [&](const std::string& mailbox) {
+    ++told;
+    EXPECT_EQ(mailbox, box);
+    EXPECT_EQ(folder.Read("Inbox"), Mail("one"));
+    for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code vanished;
+      EXPECT_NE(std::filesystem::read_symlink(open.path(), vanished), folder.Native("Inbox"));
+    }
+  };
+  EXPECT_EQ(Run({"action move", "import " + box}), 0);
+  EXPECT_EQ(told, 1);
+}
+
+TEST_F(ImportRunTest, MarkingIsToldOncePerMailboxAndOnlyWhereMailsGo) {
+  const std::string a = Box("A", Mail("one") + Mail("two"));
+  const std::string b = Box("B", Mail("three", 250, "0009"));
+  EXPECT_EQ(Run({"action copy", "import " + a}), 0);
+  EXPECT_THAT(observer.events, testing::Not(testing::Contains("marking in A")));
+  EXPECT_EQ(Run({"action move", "import " + b, "import " + a}), 0);
+  EXPECT_EQ(std::count(observer.events.begin(), observer.events.end(), "marking in A"), 1);
+  EXPECT_THAT(observer.events, testing::Not(testing::Contains("marking in B")));
+}
+
+TEST_F(ImportRunTest, FailureBeforeMarkingEndsTheRunWithNothingMarked) {
+  const std::string bytes = Mail("one") + Mail("two");
+  const std::string box = Box("Inbox", bytes);
+  const std::string later = Box("Later", Mail("three"));
+  folder.Write("Inbox.msf", "index");
+  observer.onMarking = [](const std::string&) { throw Failure(ErrorNumber::DeviceIo, "no"); };
+  EXPECT_EQ(Run({"action move", "import " + box, "import " + later}), 57);
+  EXPECT_EQ(folder.Read("Inbox"), bytes);
   EXPECT_TRUE(folder.Exists("Inbox.msf"));
+  EXPECT_THAT(Pasted(), ElementsAre("one", "two"));
+  EXPECT_EQ(host.Log.Lines().back(), "Global.SetLogEnabled(false)");
 }
 
 TEST_F(ImportRunTest, MailboxThatGrewMeanwhileLosesTheImportedMailsOnly) {

@@ -35,6 +35,9 @@ class PlainConnector final : public LocationFrame<MailConnector> {
   void SourceDelete() override {}
   std::string GetActions() override { return ""; }
   std::string ExecuteAction(std::string_view) override { return ""; }
+  const KeyedList<std::string>& MailFiles() const override { return none_; }
+  void SetRunObserver(MailRunObserver*) override {}
+  bool HasRestored() const override { return false; }
 
   LocationState state = LocationState::Read;
   bool prepares = true;
@@ -63,6 +66,7 @@ class PlainConnector final : public LocationFrame<MailConnector> {
 
  private:
   test::CallLog& log_;
+  KeyedList<std::string> none_;
 };
 
 // The smallest connectors of the other two interfaces.

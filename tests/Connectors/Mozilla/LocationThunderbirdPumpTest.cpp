@@ -35,9 +35,11 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
   // A connector that has taken its address.
   void Prepare(const std::string& address) {
     Connect(address);
+    connector->SetRunObserver(&observer);
     connector->InitLocation(address);
     host.Log.Clear();
     platform->calls.clear();
+    observer.events.clear();
   }
 
   // The next record, "end" without one.
@@ -93,6 +95,11 @@ class LocationThunderbirdPumpTest : public ThunderbirdFixture {
     }
     return calls + EndCalls(delivered);
   }
+
+  // The place of the n-th mail of MailOf in a mailbox, from 0.
+  static std::string At(std::size_t n) { return " at " + std::to_string(n * MailOf("1").size()); }
+
+  test::RecordingRunObserver observer;
 
   static double Size(const ExpectedBox& box) { return static_cast<double>(ReadBytes(box.file).size()); }
 
@@ -393,72 +400,135 @@ TEST_F(LocationThunderbirdPumpTest, MarkOfAMailWithAnAddressOfItsOwnGoesToThatPl
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   Next();
-  EXPECT_FALSE(connector->SourceMail()->HidesOffset());
   EXPECT_EQ(GetParam(Next(), "Data_SourceOffset"), "0");
-  EXPECT_TRUE(connector->SourceMail()->HidesOffset());
-  EXPECT_EQ(connector->SourceMail()->Offset(), static_cast<std::int32_t>(first.size()));
+  EXPECT_THAT(observer.events, ElementsAre("delivered A at 0", "delivered A" + At(1) + ", hidden"));
   connector->SourceDelete();
   EXPECT_EQ(Next(), "end");
   EXPECT_EQ(StatusOf(ReadBytes(file), 0), '9');
   EXPECT_EQ(StatusOf(ReadBytes(file), first.size()), '1');
 }
 
-TEST_F(LocationThunderbirdPumpTest, MarkedMailsThatStayAreAccountedFor) {
+TEST_F(LocationThunderbirdPumpTest, MarkedMailsThatStayAreTold) {
   std::string bare = MailOf("2");
   bare.erase(bare.find("X-Mozilla"), 25);
-  const std::string file = tree.AddMailbox("p", "a", "A", MailOf("1") + bare);
+  tree.AddMailbox("p", "a", "A", MailOf("1") + bare);
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   while (Next() != "end")
     connector->SourceDelete();
-  ASSERT_EQ(connector->Account().unmarked.size(), 1U);
-  EXPECT_EQ(connector->Account().unmarked[0].mailbox, file);
-  EXPECT_EQ(connector->Account().unmarked[0].offset, static_cast<std::int32_t>(MailOf("1").size()));
-  EXPECT_EQ(connector->Account().delivered, 2);
+  EXPECT_THAT(observer.events, ElementsAre("delivered A at 0", "delivered A" + At(1), "marking in A",
+                                           "not marked A" + At(1) + ": NoStatus"));
 }
 
-TEST_F(LocationThunderbirdPumpTest, MailboxThatBecameShorterMeanwhileKeepsItsMails) {
-  const ExpectedBox box = AddBox("A", {"1", "2"});
+TEST_F(LocationThunderbirdPumpTest, OnlyMailsThatStillStandWhereTheyWereReadAreMarked) {
+  const ExpectedBox box = AddBox("A", {"1", "2", "3"});
+  const ExpectedBox later = AddBox("B", {"4"});
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
-  while (Next() != "end" && connector->Account().Found() < 2)
+  for (int mail = 0; mail < 3; ++mail) {
+    Next();
     connector->SourceDelete();
+  }
+  // The first mail went, another came behind, and the last is where it was.
+  const std::string rewritten = MailOf("2") + MailOf("5") + MailOf("3");
+  WriteBytes(box.file, rewritten);
+  Next();
   connector->SourceDelete();
-  WriteBytes(box.file, MailOf("2"));
-  EXPECT_THROW(Next(), Failure);
-  EXPECT_EQ(ReadBytes(box.file), MailOf("2"));
+  EXPECT_EQ(Next(), "end");
+  std::string expected = rewritten;
+  expected[expected.rfind("Status: 0001") + 11] = '9';
+  EXPECT_EQ(ReadBytes(box.file), expected);
+  EXPECT_EQ(StatusOf(ReadBytes(later.file), 0), '9');
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/A.msf"));
+  EXPECT_THAT(observer.events,
+              ElementsAre("delivered A at 0", "delivered A" + At(1), "delivered A" + At(2), "marking in A",
+                          "not marked A at 0: OtherMail", "not marked A" + At(1) + ": OtherMail",
+                          "delivered B at 0", "marking in B"));
 }
 
-// --- The account
-
-TEST_F(LocationThunderbirdPumpTest, AccountTellsWhatBecameOfEveryMail) {
-  std::string expunged = MailOf("0");
-  expunged[expunged.find("Status: 0001") + 11] = '9';
-  const std::string a = tree.AddMailbox("p", "a", "A", expunged + MailOf("1") + expunged + MailOf("2"));
-  AddBox("B", {"3"});
-  Prepare("thunderbird://p/a");
-  for (int run = 0; run < 2; ++run) {
+TEST_F(LocationThunderbirdPumpTest, MailboxThatBecameShorterOrIsGoneKeepsItsMailsAndTheRunGoesOn) {
+  for (const bool isGone : {false, true}) {
+    const ExpectedBox box = AddBox("A", {"1", "2"});
+    AddBox("B", {"3"});
+    Prepare("thunderbird://p/a");
     connector->SourceInit(nullptr, false);
-    Next();
-    Next();
-    MailAccount doubts;
-    doubts.failed.push_back({a, connector->SourceMail()->Offset(), "no room"});
-    Next();
-    EXPECT_EQ(Next(), "end");
-    const MailAccount account = connector->Account().With(doubts);
-    EXPECT_EQ(account.Found(), 5);
-    EXPECT_EQ(account.delivered, 2);
-    EXPECT_EQ(account.expunged, 2);
-    ASSERT_EQ(account.failed.size(), 1U) << "each run has its own account";
-    EXPECT_EQ(account.failed[0].mailbox, a);
-    EXPECT_EQ(account.failed[0].offset, static_cast<int>(2 * MailOf("0").size() + MailOf("1").size()));
-    EXPECT_EQ(account.failed[0].reason, "no room");
+    for (int mail = 0; mail < 2; ++mail) {
+      Next();
+      connector->SourceDelete();
+    }
+    if (isGone) {
+      std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/A"));
+    } else {
+      WriteBytes(box.file, MailOf("2"));
+    }
+    EXPECT_EQ(GetParam(Next(), "ID"), "20100509143005-3@x");
+    EXPECT_EQ(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/A"), !isGone);
+    if (!isGone) {
+      EXPECT_EQ(ReadBytes(box.file), MailOf("2"));
+    }
+    EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/A.msf"));
+    EXPECT_THAT(observer.events, ElementsAre("delivered A at 0", "delivered A" + At(1), "marking in A",
+                                             "not marked A at 0: OtherMail",
+                                             "not marked A" + At(1) + ": OtherMail", "delivered B at 0"));
   }
 }
 
-TEST_F(LocationThunderbirdPumpTest, MailThatRaisesIsCountedWithItsReason) {
+TEST_F(LocationThunderbirdPumpTest, StreamIsClosedWhenMarkingIsTold) {
+  const ExpectedBox box = AddBox("A", {"1"});
+  Prepare("thunderbird://p/a");
+  observer.onMarking = [&](const std::string& mailbox) {
+    EXPECT_EQ(mailbox, box.file);
+    EXPECT_EQ(ReadBytes(box.file), MailOf("1"));
+    for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code vanished;
+      EXPECT_NE(std::filesystem::read_symlink(open.path(), vanished),
+                tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/A"));
+    }
+  };
+  connector->SourceInit(nullptr, false);
+  Next();
+  connector->SourceDelete();
+  EXPECT_EQ(Next(), "end");
+  EXPECT_THAT(observer.events, ElementsAre("delivered A at 0", "marking in A"));
+}
+
+TEST_F(LocationThunderbirdPumpTest, FailureBeforeMarkingEndsTheRunWithNothingMarked) {
+  const ExpectedBox box = AddBox("A", {"1", "2"});
+  Prepare("thunderbird://p/a");
+  observer.onMarking = [](const std::string&) { throw Failure(ErrorNumber::DeviceIo, "no"); };
+  connector->SourceInit(nullptr, false);
+  for (int mail = 0; mail < 2; ++mail) {
+    Next();
+    connector->SourceDelete();
+  }
+  EXPECT_THROW(Next(), Failure);
+  EXPECT_EQ(ReadBytes(box.file), MailOf("1") + MailOf("2"));
+  EXPECT_TRUE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/A.msf"));
+}
+
+// --- What the observer hears
+
+TEST_F(LocationThunderbirdPumpTest, ObserverHearsWhatBecameOfEveryMail) {
+  std::string expunged = MailOf("0");
+  expunged[expunged.find("Status: 0001") + 11] = '9';
+  tree.AddMailbox("p", "a", "A", expunged + MailOf("1") + expunged + expunged + MailOf("2") + expunged);
+  AddBox("B", {"3"});
+  Prepare("thunderbird://p/a");
+  for (int run = 0; run < 2; ++run) {
+    observer.events.clear();
+    EXPECT_EQ(Stream().size(), 3U);
+    EXPECT_THAT(observer.events, ElementsAre("expunged 1", "delivered A" + At(1), "expunged 2",
+                                             "delivered A" + At(4), "expunged 1", "delivered B at 0"));
+  }
+  connector->SetRunObserver(nullptr);
+  EXPECT_EQ(Stream().size(), 3U);
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailThatRaisesIsToldWithItsReason) {
   const std::string bad = "From - x\r\nContent-Type: a; boundary==?x?Q?=ZZ?=\r\n\r\nbody\r\n\r\n";
-  const std::string file = tree.AddMailbox("p", "a", "A", MailOf("1") + bad + MailOf("2"));
+  std::string expunged = MailOf("0");
+  expunged[expunged.find("Status: 0001") + 11] = '9';
+  tree.AddMailbox("p", "a", "A", MailOf("1") + expunged + bad + MailOf("2"));
   Prepare("thunderbird://p/a");
   connector->SourceInit(nullptr, false);
   Next();
@@ -468,13 +538,9 @@ TEST_F(LocationThunderbirdPumpTest, MailThatRaisesIsCountedWithItsReason) {
   } catch (const Failure& failure) {
     reason = failure.what();
   }
-  const MailAccount& account = connector->Account();
-  EXPECT_EQ(account.Found(), 2);
-  EXPECT_EQ(account.delivered, 1);
-  ASSERT_EQ(account.failed.size(), 1U);
-  EXPECT_EQ(account.failed[0].mailbox, file);
-  EXPECT_EQ(account.failed[0].offset, static_cast<int>(MailOf("1").size()));
-  EXPECT_EQ(account.failed[0].reason, reason);
+  EXPECT_NE(reason, "");
+  EXPECT_THAT(observer.events,
+              ElementsAre("delivered A at 0", "expunged 1", "failed A" + At(2) + ": " + reason));
 }
 
 // --- Failures
@@ -694,11 +760,94 @@ TEST_F(MailFilesTest, DeletedItemLeavesItsMailboxAtOnce) {
 
 TEST_F(MailFilesTest, ItemGoesThoughTheUserKeepsTheMail) {
   ReadInbox(MailOf("1"));
+  connector->SetRunObserver(&observer);
   platform->processes = {{{17, "thunderbird.exe"}}};
   platform->messageAnswers = {MessageAnswer::Cancel};
   EXPECT_TRUE(connector->DeleteItem(connector->Item(1)));
   EXPECT_EQ(ReadBytes(inbox), MailOf("1"));
   EXPECT_EQ(connector->Count(), 0);
+  EXPECT_THAT(observer.events, ElementsAre("not marked Inbox at 0: KeptByUser"));
+}
+
+// What the host hears of a deletion of the second item, whatever became of its mail.
+const Calls kDeletionCalls = {"Global.Report(38,\"\",item2)",
+                              "Location(\"thunderbird://p/a/Inbox/-\").SetChanged(true)"};
+
+TEST_F(MailFilesTest, ItemWhoseMailIsNoLongerThereGoesAndNothingIsMarked) {
+  const std::string second = MailOf("2");
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    std::string mail = second;
+    return mail.replace(mail.find(from), from.size(), to);
+  };
+  for (const std::string& there :
+       {MailOf("3"), MailOf("2", "T"), changed("a@b.c", "x@b.c"), changed("d@e.f", "x@e.f"),
+        changed("To:", "Cc: g@h.i\r\nTo:"), changed("To:", "Bcc: g@h.i\r\nTo:"),
+        changed("To:", "Envelope-To: g@h.i\r\nTo:"), changed(":30:05 +", ":30:06 +"),
+        changed("Text of", "Text, longer, of"), changed("From - Sun", "Fram - Sun"), std::string()}) {
+    ReadInbox(MailOf("1") + second + MailOf("9"));
+    connector->SetRunObserver(&observer);
+    observer.events.clear();
+    const std::string rewritten = MailOf("1") + there + MailOf("9");
+    WriteBytes(inbox, rewritten);
+    EXPECT_TRUE(connector->DeleteItem(connector->Item(2)));
+    EXPECT_EQ(ReadBytes(inbox), rewritten) << there;
+    EXPECT_EQ(connector->Count(), 2);
+    EXPECT_EQ(host.Log.Lines(), kDeletionCalls);
+    EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox.msf"));
+    EXPECT_THAT(observer.events, ElementsAre("not marked Inbox" + At(1) + ": OtherMail")) << there;
+    host.Items.clear();
+  }
+}
+
+TEST_F(MailFilesTest, ItemWhoseMailboxIsGoneGoesAndTheMailboxIsNotMade) {
+  ReadInbox(MailOf("1") + MailOf("2"));
+  connector->SetRunObserver(&observer);
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/Inbox"));
+  EXPECT_TRUE(connector->DeleteItem(connector->Item(2)));
+  EXPECT_EQ(host.Log.Lines(), kDeletionCalls);
+  EXPECT_EQ(connector->Count(), 1);
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox"));
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox.msf"));
+  EXPECT_THAT(observer.events, ElementsAre("not marked Inbox" + At(1) + ": OtherMail"));
+}
+
+TEST_F(MailFilesTest, MailIsTheSameWhateverTheClientChangedInPlaceOrPutBehindIt) {
+  std::string second = MailOf("2", "S | \\x");
+  second.insert(second.find("Subject"), "X-Mozilla-Keys:        \r\nBcc: g@h.i\r\n");
+  for (const std::string status : {"0001", "0005", "0009", "1009"}) {
+    for (const std::string& behind : {std::string(), MailOf("3")}) {
+      ReadInbox(MailOf("1") + second);
+      connector->SetRunObserver(&observer);
+      observer.events.clear();
+      std::string now = second;
+      now.replace(now.find("0001"), 4, status);
+      now.replace(now.find("Keys:    "), 9, "Keys: $la");
+      WriteBytes(inbox, MailOf("1") + now + behind);
+      EXPECT_TRUE(connector->DeleteItem(connector->Item(2)));
+      const std::size_t digit = now.find(status) + 3;
+      now[digit] = status[3] == '5' ? 'D' : '9';
+      EXPECT_EQ(ReadBytes(inbox), MailOf("1") + now + behind);
+      EXPECT_THAT(observer.events, IsEmpty()) << status;
+      host.Items.clear();
+    }
+  }
+}
+
+TEST_F(MailFilesTest, ItemThatTellsAPlaceAloneTakesTheMailThatStandsThere) {
+  const auto item = host.MakeItem();
+  inbox = tree.AddMailbox("p", "a", "Inbox", MailOf("1") + MailOf("2"));
+  item->Data = {{"_SourceFile", inbox}, {"_SourceOffset", std::to_string(MailOf("1").size())}};
+  Prepare("thunderbird://p/a/Inbox");
+  const std::string rewritten = MailOf("3") + MailOf("4");
+  WriteBytes(inbox, rewritten);
+  // The item is in no store, which is told behind the deletion.
+  EXPECT_THROW(connector->DeleteItem(item), Failure);
+  EXPECT_EQ(StatusOf(ReadBytes(inbox), MailOf("1").size()), '9');
+  // There a missing mailbox is made.
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/Inbox"));
+  EXPECT_THROW(connector->DeleteItem(item), Failure);
+  EXPECT_EQ(ReadBytes(inbox), "");
+  EXPECT_THAT(observer.events, ElementsAre("not marked Inbox" + At(1) + ": NoStatus"));
 }
 
 TEST_F(MailFilesTest, MailboxThatCannotBeOpenedKeepsTheItem) {

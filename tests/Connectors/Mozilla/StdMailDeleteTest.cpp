@@ -1,5 +1,8 @@
 // Marking mails as deleted.
+#include <filesystem>
+
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Support/DiskOperations.h"
 
 namespace vorlent {
 namespace {
@@ -108,24 +111,33 @@ TEST_F(StdMailDeleteTest, SummaryThatCannotBeDeletedStays) {
   EXPECT_TRUE(folder_.Exists("Other.msf\\entry"));
 }
 
-TEST_F(StdMailDeleteTest, ResultTellsWhetherTheMailIsMarked) {
+TEST_F(StdMailDeleteTest, ResultTellsWhatBecameOfTheMail) {
   struct Row {
     std::string mail;
-    bool isMarked;
+    Marking result;
   };
-  for (const Row& row : {Row{"From - x\r\nX-Mozilla-Status: 0001\r\n\r\n", true},
-                         Row{"From - x\r\nX-Mozilla-Status: 0008\r\n\r\n", true},
-                         Row{"From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n", false},
-                         Row{"From - x\r\nX-Mozilla-Status:\r\n\r\n", false},
-                         Row{"From - x\r\nSubject: a", false}, Row{"", false}}) {
+  for (const Row& row : {Row{"From - x\r\nX-Mozilla-Status: 0001\r\n\r\n", Marking::Marked},
+                         Row{"From - x\r\nX-Mozilla-Status: 0008\r\n\r\n", Marking::Marked},
+                         Row{"From - x\r\nX-Mozilla-Status: x\r\n\r\n", Marking::Marked},
+                         Row{"From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n", Marking::NoStatus},
+                         Row{"From - x\r\nX-Mozilla-Status:\r\n\r\n", Marking::BadStatus},
+                         Row{"From - x\r\nX-Mozilla-Status: read\r\n\r\n", Marking::BadStatus},
+                         Row{"From - x\r\nX-Mozilla-Status: 0001\r\r", Marking::BadStatus},
+                         Row{"From - x\r\nSubject: a", Marking::NoStatus}, Row{"", Marking::NoStatus}}) {
     folder_.Write("Inbox", row.mail);
-    EXPECT_EQ(mail_.DeleteMail(0), row.isMarked) << row.mail;
+    EXPECT_EQ(mail_.DeleteMail(0), row.result) << row.mail;
+    // A reader agrees.
+    mail_.InitStream();
+    EXPECT_EQ(mail_.ReadHeader(false), !row.mail.empty() && row.result != Marking::Marked) << row.mail;
+    mail_.CloseStream();
+    mail_.SetMailboxFile("");
+    mail_.SetMailboxFile(folder_.Path("Inbox"));
   }
   folder_.Write("Inbox", "From - x\r\nX-Mozilla-Status: 0001\r\n\r\n");
   RunThunderbird();
   platform_->messageAnswers = {MessageAnswer::Cancel, MessageAnswer::No};
-  EXPECT_FALSE(mail_.DeleteMail(0));
-  EXPECT_TRUE(mail_.DeleteMail(0));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::KeptByUser);
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
 }
 
 TEST_F(StdMailDeleteTest, MailThatLivesIsReadAtItsPlace) {
@@ -158,20 +170,262 @@ TEST_F(StdMailDeleteTest, OffsetBehindTheEndChangesNothingButTheSummaryGoes) {
   EXPECT_FALSE(folder_.Exists("Inbox.msf"));
 }
 
-TEST_F(StdMailDeleteTest, MailboxThatBecameShorterSinceItWasReadIsLeftAlone) {
-  const std::string mail = "From - x\r\nX-Mozilla-Status: 0001\r\n\r\n";
-  Open(mail + mail);
-  mail_.CloseStream();
-  EXPECT_EQ(NumberOf([&] { Delete(mail); }), static_cast<int>(ErrorNumber::PermissionDenied));
-  EXPECT_EQ(Mailbox(), mail);
-  EXPECT_TRUE(folder_.Exists("Inbox.msf"));
-  // What is appended moves no mail.
-  std::string longer = mail + mail + mail;
-  EXPECT_EQ(Delete(longer), longer.replace(longer.find("0001"), 4, "0009"));
-  // A path that is given anew has not been read.
-  mail_.SetMailboxFile(folder_.Path("Inbox"));
-  EXPECT_EQ(Delete(mail), "From - x\r\nX-Mozilla-Status: 0009\r\n\r\n");
+// --- Mails that were read
+
+class StdMailReadDeleteTest : public StdMailDeleteTest {
+ protected:
+  // Reads all of a mailbox, and closes it.
+  void ReadAll(std::string_view mailbox) {
+    Open(mailbox);
+    while (mail_.ReadHeader(false)) {
+    }
+    mail_.CloseStream();
+  }
+
+  static std::string MailOf(std::string_view subject, std::string_view status = "0001") {
+    return "From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: " + std::string(status) +
+           "\r\nX-Mozilla-Status2: 00000000\r\nX-Mozilla-Keys:                \r\nSubject: " +
+           std::string(subject) + "\r\n\r\nbody\r\n\r\n";
+  }
+
+  // Whether a mail read as `before` is marked where `now` stands. What isn't marked stays to the byte, and
+  // the summary goes in either case.
+  bool IsMarked(const std::string& before, const std::string& now) {
+    mail_.SetMailboxFile("");
+    mail_.SetMailboxFile(folder_.Path("Inbox"));
+    folder_.Write("Inbox.msf", "summary");
+    ReadAll(before);
+    folder_.Write("Inbox", now);
+    const Marking result = mail_.DeleteMail(0);
+    EXPECT_FALSE(folder_.Exists("Inbox.msf"));
+    if (result != Marking::Marked) {
+      EXPECT_EQ(result, Marking::OtherMail);
+      EXPECT_EQ(Mailbox(), now);
+    }
+    return result == Marking::Marked;
+  }
+};
+
+TEST_F(StdMailReadDeleteTest, MailIsMarkedOnlyWhereItStillStands) {
+  const std::string mail = MailOf("one");
+  EXPECT_TRUE(IsMarked(mail, mail));
+  EXPECT_FALSE(IsMarked(mail, MailOf("two")));
+  EXPECT_FALSE(IsMarked(mail, "x" + mail));
+  EXPECT_FALSE(IsMarked(mail, mail.substr(1)));
+  EXPECT_FALSE(IsMarked(mail, ""));
+  EXPECT_FALSE(IsMarked(mail, "From - Sun May 09 14:30:05 2010\r\n"));
+  EXPECT_FALSE(IsMarked(mail, MailOf("one\r\nX-New: 1")));
+  EXPECT_FALSE(IsMarked(mail, mail.substr(0, mail.find("\r\n\r\n"))));
+  EXPECT_TRUE(IsMarked(mail, MailOf("one", "1003") + MailOf("two")));
 }
+
+TEST_F(StdMailReadDeleteTest, MailInFrontOfOthersMayHaveAnotherBody) {
+  std::string now = MailOf("one") + MailOf("two");
+  now.replace(now.find("body"), 4, "a longer body");
+  EXPECT_TRUE(IsMarked(MailOf("one") + MailOf("two"), now));
+}
+
+TEST_F(StdMailReadDeleteTest, WhatTheMailClientChangesInPlaceMakesNoOtherMail) {
+  const std::string headers =
+      "From - x\r\nX-Mozilla-Status: 0001\r\nX-Mozilla-Status2: 00000000\r\n"
+      "x-mozilla-KEYS: a\r\n  b\r\n c\r\nSubject: one\r\n two\r\n";
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    std::string mail = headers;
+    return mail.replace(mail.find(from), from.size(), to) + "\r\n";
+  };
+  const std::string before = headers + "\r\n";
+  EXPECT_TRUE(IsMarked(before, changed("0001", "0005")));
+  EXPECT_TRUE(IsMarked(before, changed("0001", "0009"))) << "marked already";
+  EXPECT_TRUE(IsMarked(before, changed("00000000", "10000000")));
+  EXPECT_TRUE(IsMarked(before, changed("KEYS: a", "KEYS: $label1")));
+  EXPECT_TRUE(IsMarked(before, changed("\r\n  b", "\r\n  x")));
+  EXPECT_TRUE(IsMarked(before, changed("\r\n  b", "")));
+  EXPECT_FALSE(IsMarked(before, changed(" two", " three")));
+  EXPECT_FALSE(IsMarked(before, changed("From - x", "From - y")));
+  EXPECT_FALSE(IsMarked(before, changed("Status2", "Status3")));
+  EXPECT_FALSE(IsMarked(before, changed("X-Mozilla-Status: ", "X-Mozilla-State:  ")));
+  EXPECT_FALSE(IsMarked(before, changed("one\r\n two", "one two")));
+}
+
+TEST_F(StdMailReadDeleteTest, HeaderBlockThatWasCutOffIsAnotherOnceItGoesOn) {
+  const std::string cutOff = "From - x\r\nX-Mozilla-Status: 0001\r\nSubject: one";
+  EXPECT_TRUE(IsMarked(cutOff, cutOff));
+  EXPECT_TRUE(IsMarked(cutOff, cutOff + "\r\n"));
+  EXPECT_FALSE(IsMarked(cutOff, cutOff + " two"));
+  EXPECT_FALSE(IsMarked(cutOff, cutOff + "\r\nTo: a@b.c\r\n\r\n"));
+  EXPECT_FALSE(IsMarked(cutOff, cutOff + "\r\n\r\nbody\r\n")) << "the body was not read";
+  const std::string value = "From - x\r\nSubject: one\r\nX-Mozilla-Status: 00";
+  EXPECT_FALSE(IsMarked(value, value + "01\r\n\r\nbody\r\n"));
+}
+
+TEST_F(StdMailReadDeleteTest, LastMailThatGrewIsAnother) {
+  const std::string mail = "From - x\r\nX-Mozilla-Status: 0001\r\n\r\nbody\r\n";
+  EXPECT_FALSE(IsMarked(mail, mail + "more\r\n"));
+  EXPECT_FALSE(IsMarked(mail, mail + "\r\nmore\r\n\r\nFrom - y\r\n"));
+  EXPECT_FALSE(IsMarked(mail, mail + "From - y\r\n")) << "not behind an empty line";
+  EXPECT_TRUE(IsMarked(mail, mail + "\r\n\r\n"));
+  EXPECT_TRUE(IsMarked(mail, mail + "\r\nFrom - y\r\n"));
+  EXPECT_TRUE(IsMarked(mail + "\r\n", mail + "\r\nFrom - y\r\n"));
+  EXPECT_TRUE(IsMarked(mail + "\r\n", mail + "\r\n>From - y\r\n"));
+  // Read once more, it is what it is by then.
+  const std::string grown = mail + "more\r\n\r\n";
+  ReadAll(mail);
+  ReadAll(grown);
+  folder_.Write("Inbox", grown + mail);
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
+}
+
+TEST_F(StdMailReadDeleteTest, MailsAreKnownAsLongAsTheMailboxFileIsTheSame) {
+  ReadAll(MailOf("one") + MailOf("two"));
+  mail_.SetMailboxFile(folder_.Path("Inbox"));
+  mail_.InitStream();
+  mail_.CloseStream();
+  folder_.Write("Inbox", MailOf("other") + MailOf("two"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::OtherMail);
+  EXPECT_EQ(Mailbox(), MailOf("other") + MailOf("two"));
+  // Under another path no mail was read, and whatever stands there is marked.
+  folder_.Write("Other", MailOf("two") + MailOf("one"));
+  mail_.SetMailboxFile(folder_.Path("Other"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
+  mail_.SetMailboxFile(folder_.Path("Inbox"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
+}
+
+TEST_F(StdMailReadDeleteTest, MailReadTwiceIsTheLater) {
+  ReadAll(MailOf("one"));
+  ReadAll(MailOf("new"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
+  folder_.Write("Inbox", MailOf("one"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::OtherMail);
+}
+
+TEST_F(StdMailReadDeleteTest, OffsetsAtWhichNothingWasReadAreTakenAsTheyAre) {
+  const std::string box = MailOf("gone", "0009") + MailOf("two");
+  ReadAll(box);
+  std::string other = MailOf("other");
+  other.resize(MailOf("gone").size(), '\n');
+  folder_.Write("Inbox", other);
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked) << "the expunged mail was passed over";
+  std::string expected = other;
+  expected[expected.find("0001") + 3] = '9';
+  EXPECT_EQ(Mailbox(), expected);
+}
+
+TEST_F(StdMailReadDeleteTest, MissingMailboxIsMadeOnlyWhereNothingWasRead) {
+  ReadAll(MailOf("one"));
+  std::filesystem::remove(folder_.Native("Inbox"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::OtherMail);
+  EXPECT_FALSE(folder_.Exists("Inbox"));
+  EXPECT_FALSE(folder_.Exists("Inbox.msf"));
+  EXPECT_EQ(mail_.DeleteMail(7), Marking::NoStatus);
+  EXPECT_TRUE(folder_.Exists("Inbox"));
+}
+
+TEST_F(StdMailReadDeleteTest, MailboxOfAFolderThatIsGoneIsNoFailureForAMailThatWasRead) {
+  folder_.Write("sub\\Box", MailOf("one"));
+  mail_.SetMailboxFile(folder_.Path("sub\\Box"));
+  mail_.InitStream();
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  mail_.CloseStream();
+  std::filesystem::remove_all(folder_.Native("sub"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::OtherMail);
+  EXPECT_EQ(NumberOf([&] { mail_.DeleteMail(7); }), static_cast<int>(ErrorNumber::PathNotFound));
+}
+
+TEST_F(StdMailReadDeleteTest, MailboxThatCannotBeOpenedRaisesForAMailThatWasReadToo) {
+  ReadAll(MailOf("one"));
+  os::WriteAttributes(folder_.Path("Inbox"), os::kReadOnly);
+  EXPECT_EQ(NumberOf([&] { mail_.DeleteMail(0); }), static_cast<int>(ErrorNumber::PathAccess));
+  EXPECT_TRUE(folder_.Exists("Inbox.msf"));
+  EXPECT_EQ(Mailbox(), MailOf("one"));
+}
+
+TEST_F(StdMailReadDeleteTest, UserWhoKeepsThunderbirdKeepsTheSummaryOfAChangedMailboxToo) {
+  ReadAll(MailOf("one"));
+  folder_.Write("Inbox", MailOf("two"));
+  RunThunderbird();
+  platform_->messageAnswers = {MessageAnswer::Cancel};
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::KeptByUser);
+  EXPECT_TRUE(folder_.Exists("Inbox.msf"));
+}
+
+TEST_F(StdMailReadDeleteTest, MailsAreComparedBehindTheEndOfThunderbird) {
+  ReadAll(MailOf("one"));
+  RunThunderbird();
+  platform_->messageAnswers = {MessageAnswer::Yes};
+  // As it ends, it cleans the mailbox up.
+  platform_->onWait = [&](std::uint32_t) { folder_.Write("Inbox", MailOf("two")); };
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::OtherMail);
+  EXPECT_EQ(Mailbox(), MailOf("two"));
+}
+
+TEST_F(StdMailReadDeleteTest, MailsOfEachKindOfLineEndAreKnownAgain) {
+  SetDefaultLineRule(LineRule::Native);
+  for (const std::string end : {"\n", "\r\n", "\r"}) {
+    MailboxBuilder box(end);
+    box.Mail(kPlainHeaders).Mail(kMixedHeaders, "--B\n\npart\n--B--\n").Mail("X-Mozilla-Status: 0001\n");
+    ReadAll(box.Text());
+    for (const std::size_t nth : {0U, 1U, 2U})
+      EXPECT_EQ(mail_.DeleteMail(box.Offset(nth)), Marking::Marked);
+  }
+}
+
+// --- Failures of the disk
+
+TEST_F(StdMailReadDeleteTest, FailuresToReadAndWriteAreSwallowed) {
+  const std::string mail = MailOf("one");
+  for (const bool wasRead : {false, true}) {
+    for (const DiskCall call : {DiskCall::Read, DiskCall::Seek, DiskCall::Write, DiskCall::Close}) {
+      if (wasRead) {
+        ReadAll(mail);
+      } else {
+        folder_.Write("Inbox", mail);
+      }
+      folder_.Write("Inbox.msf", "summary");
+      {
+        const DiskFault fault({.calls = call, .pathEnd = "Inbox"});
+        // Behind the write that marks it, a failure changes nothing any more.
+        const Marking expected = call == DiskCall::Close ? Marking::Marked : Marking::Unreadable;
+        EXPECT_EQ(mail_.DeleteMail(0), expected) << static_cast<unsigned>(call);
+        EXPECT_TRUE(fault.WasReached()) << static_cast<unsigned>(call);
+      }
+      EXPECT_FALSE(folder_.Exists("Inbox.msf"));
+      if (call != DiskCall::Close) {
+        EXPECT_EQ(Mailbox(), mail);
+      }
+    }
+    mail_.SetMailboxFile("");
+    mail_.SetMailboxFile(folder_.Path("Inbox"));
+  }
+}
+
+TEST_F(StdMailReadDeleteTest, WantedMailThatCannotBeReadIsNotMarked) {
+  folder_.Write("Inbox", MailOf("one"));
+  const DiskFault fault({.calls = DiskCall::Read, .pathEnd = "Inbox"});
+  EXPECT_EQ(mail_.DeleteMail(0, [] { return true; }), Marking::OtherMail);
+  EXPECT_TRUE(fault.WasReached());
+  EXPECT_EQ(Mailbox(), MailOf("one"));
+}
+
+// --- Other conditions of the caller
+
+TEST_F(StdMailReadDeleteTest, CallerIsAskedWithTheMailAtHandMarkedOrNot) {
+  for (const std::string status : {"0001", "0009"}) {
+    folder_.Write("Inbox", MailOf("one", status) + MailOf("two"));
+    std::string subject;
+    EXPECT_EQ(mail_.DeleteMail(0, [&] { return (subject = mail_.GetHeader("subject")).empty(); }),
+              Marking::OtherMail);
+    EXPECT_EQ(subject, "one");
+    EXPECT_EQ(Mailbox(), MailOf("one", status) + MailOf("two"));
+    EXPECT_EQ(mail_.DeleteMail(0, [] { return true; }), Marking::Marked);
+    EXPECT_EQ(Mailbox(), MailOf("one", "0009") + MailOf("two"));
+  }
+  EXPECT_EQ(mail_.DeleteMail(3, [] { return true; }), Marking::OtherMail);
+  EXPECT_EQ(NumberOf([&] { mail_.DeleteMail(-2, [] { return true; }); }),
+            static_cast<int>(ErrorNumber::InvalidCall));
+}
+
+// --- Edges
 
 TEST_F(StdMailDeleteTest, EmptyMailboxStaysEmpty) {
   EXPECT_EQ(Delete(""), "");

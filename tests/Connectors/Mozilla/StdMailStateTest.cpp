@@ -124,13 +124,11 @@ TEST_F(StdMailStateTest, AMailIsReadThoughTheStreamBehindItCannotBeClosed) {
 TEST_F(StdMailStateTest, AMailIsMarkedThoughTheMailboxCannotBeClosed) {
   folder_.Write("Inbox", Crlf(kTwoMails));
   folder_.Write("Inbox.msf", "");
-  bool isMarked = false;
   {
     const DiskFault fault({.calls = DiskCall::Close, .pathEnd = "/Inbox"});
-    isMarked = mail_.DeleteMail(0);
+    EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
     EXPECT_TRUE(fault.WasReached());
   }
-  EXPECT_TRUE(isMarked);
   EXPECT_THAT(Mailbox(), testing::HasSubstr("From - 1\r\nX-Mozilla-Status: 0009\r\n"));
   EXPECT_FALSE(folder_.Exists("Inbox.msf"));
 }

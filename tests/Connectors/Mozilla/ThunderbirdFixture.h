@@ -14,6 +14,7 @@
 #include "Support/Lines.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
+#include "Support/RecordingRunObserver.h"
 
 namespace vorlent {
 

@@ -1,0 +1,77 @@
+// What the two runs over mails, the stream and the import, have to tell of each.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "Connectors/Mozilla/StdMail.h"
+#include "Host/MailRunObserver.h"
+#include "Platform/Failure.h"
+
+namespace vorlent {
+
+// Tells an observer, if there is one, what becomes of the mails of a reader.
+class MailRunTeller {
+ public:
+  // The observer must outlive its use here; null for nobody.
+  void SetObserver(MailRunObserver* observer) { observer_ = observer; }
+
+  void ImportBegins(const LocationPtr& target, bool moves) const { Observer().ImportBegins(target, moves); }
+
+  // Reads the next mail and runs what delivers it; false at the end of the mailbox. A failure rises.
+  template <class Deliver>
+  bool DeliverNext(StdMail& mail, bool saveattachments, Deliver&& deliver) const {
+    std::int32_t expungedTold = mail.ExpungedCount();
+    const auto tellExpunged = [&] {
+      const std::int32_t count = mail.ExpungedCount() - std::exchange(expungedTold, mail.ExpungedCount());
+      if (count > 0) Observer().MailsExpunged(count);
+    };
+    try {
+      const bool found = mail.ReadHeader(saveattachments, true);
+      tellExpunged();
+      if (!found) return false;
+      std::forward<Deliver>(deliver)();
+    } catch (const Failure& failure) {
+      tellExpunged();
+      Observer().MailFailed(PlaceOf(mail), failure.what());
+      throw;
+    }
+    TellDelivered(mail);
+    return true;
+  }
+
+  // Before the first mail of a mailbox is marked as deleted.
+  void MarkingBegins(const StdMail& mail) const { Observer().MarkingBegins(mail.MailboxFile()); }
+  // Marks a mail of the reader's mailbox as deleted, in the way of DeleteMail.
+  template <class... IsWanted>
+  void Mark(StdMail& mail, std::int32_t offset, const IsWanted&... isWanted) const {
+    const Marking result = mail.DeleteMail(offset, isWanted...);
+    if (result != Marking::Marked) Observer().MailNotMarked({mail.MailboxFile(), offset}, result);
+  }
+  // The mail at hand should be marked and can't, as it hides its place.
+  void TellHidden(const StdMail& mail) const {
+    Observer().MailNotMarked(PlaceOf(mail), Marking::HiddenPlace);
+  }
+
+ private:
+  static MailPlace PlaceOf(const StdMail& mail) { return {mail.MailboxFile(), mail.Offset()}; }
+
+  MailRunObserver& Observer() const {
+    static MailRunObserver nobody;
+    return observer_ == nullptr ? nobody : *observer_;
+  }
+
+  // One of which not all files could be written counts as failed.
+  void TellDelivered(const StdMail& mail) const {
+    if (mail.WriteFailure().empty()) {
+      Observer().MailDelivered(PlaceOf(mail), mail.HidesOffset());
+    } else {
+      Observer().MailFailed(PlaceOf(mail), mail.WriteFailure());
+    }
+  }
+
+  MailRunObserver* observer_ = nullptr;
+};
+
+}  // namespace vorlent

@@ -1,0 +1,49 @@
+// How a reader knows the mails again that it has read.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string_view>
+
+#include "Common/TextHash.h"
+
+namespace vorlent {
+
+// A hash of a mail's header block, its separator line included. It leaves out what the mail client changes in
+// place: the values of X-Mozilla-Status, X-Mozilla-Status2 and X-Mozilla-Keys.
+class HeaderBlockHash {
+ public:
+  // The separator line, then each line up to the empty one.
+  void Add(std::string_view line);
+  // `isWhole` says whether an empty line ended the block. One that the mailbox's end cut off is another, as
+  // it may be on its way still.
+  std::uint64_t End(bool isWhole);
+
+ private:
+  TextHash hash_;
+  bool isLeftOut_ = false;  // the value of the present header
+};
+
+// The mails read in one mailbox, each by its zero-based offset there.
+class ReadMails {
+ public:
+  // A mail read again is known by its later hash.
+  void Add(std::int32_t offset, std::uint64_t hash);
+  // Nothing for an offset at which no mail was read.
+  std::optional<std::uint64_t> HashAt(std::int32_t offset) const;
+
+ private:
+  // The hash in halves, as one piece would take 16 bytes with its alignment.
+  struct Mail {
+    std::int32_t offset;
+    std::uint32_t low;
+    std::uint32_t high;
+  };
+  static_assert(sizeof(Mail) == 12);
+
+  // By offset. A deque has no spare room as large as what it holds.
+  std::deque<Mail> mails_;
+};
+
+}  // namespace vorlent

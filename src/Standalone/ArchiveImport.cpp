@@ -1,0 +1,22 @@
+#include "Standalone/ArchiveImport.h"
+
+#include <memory>
+
+#include "Component/Component.h"
+#include "Host/Connector.h"
+
+namespace vorlent {
+
+void ArchiveImport::Run() {
+  const auto actions = RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"));
+  actions->SetRunObserver(this);
+  actions->execute("importmails");
+  if (portions_) portions_->Finish();
+}
+
+void ArchiveImport::ImportBegins(const LocationPtr& target, bool moves) {
+  const auto archive = std::dynamic_pointer_cast<Archive>(target);
+  if (archive != nullptr && !moves) portions_.emplace(*archive);
+}
+
+}  // namespace vorlent

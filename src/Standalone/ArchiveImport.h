@@ -1,0 +1,24 @@
+// The import of mails into an archive of the standalone host.
+#pragma once
+
+#include <optional>
+
+#include "Standalone/Archive.h"
+#include "Standalone/RunTally.h"
+
+namespace vorlent {
+
+// Runs the component's import with the tally of it. Mails that stay in their mailboxes come in by portions,
+// as a crash costs nothing then that can't be imported again.
+class ArchiveImport : public RunTally {
+ public:
+  // Carries out what the host's wizard answers. A failure of the run rises.
+  void Run();
+
+  void ImportBegins(const LocationPtr& target, bool moves) override;
+
+ private:
+  std::optional<Archive::Portions> portions_;
+};
+
+}  // namespace vorlent

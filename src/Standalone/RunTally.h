@@ -1,0 +1,56 @@
+// The tally of a run over mails: what became of each.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Host/MailRunObserver.h"
+
+namespace vorlent {
+
+// Why a mail isn't marked as deleted, in English.
+std::string_view ReasonOf(Marking why);
+
+// Every mail found is delivered whole, passed over as expunged, or failed.
+class RunTally : public MailRunObserver {
+ public:
+  struct FailedMail {
+    MailPlace place;
+    std::string reason;
+  };
+  // One that was delivered and should be marked as deleted.
+  struct UnmarkedMail {
+    MailPlace place;
+    Marking why;
+  };
+
+  std::int64_t Delivered() const { return delivered_; }
+  std::int64_t Expunged() const { return expunged_; }
+  const std::vector<FailedMail>& Failed() const { return failed_; }
+  const std::vector<UnmarkedMail>& Unmarked() const { return unmarked_; }
+  std::int64_t Found() const { return delivered_ + expunged_ + static_cast<std::int64_t>(failed_.size()); }
+
+  void MailsExpunged(std::int32_t count) override { expunged_ += count; }
+  void MailDelivered(const MailPlace&, bool) override { ++delivered_; }
+  void MailFailed(const MailPlace& mail, std::string_view reason) override {
+    failed_.push_back({mail, std::string(reason)});
+  }
+  void MailNotMarked(const MailPlace& mail, Marking why) override { unmarked_.push_back({mail, why}); }
+
+ protected:
+  // A mail that was delivered has failed all the same.
+  void TakeBack(const MailPlace& mail, std::string_view reason) {
+    --delivered_;
+    failed_.push_back({mail, std::string(reason)});
+  }
+
+ private:
+  std::int64_t delivered_ = 0;
+  std::int64_t expunged_ = 0;
+  std::vector<FailedMail> failed_;
+  std::vector<UnmarkedMail> unmarked_;
+};
+
+}  // namespace vorlent

@@ -1,0 +1,62 @@
+#include "Connectors/Mozilla/ReadMails.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+namespace vorlent {
+namespace {
+
+TEST(ReadMailsTest, MailsAreFoundByTheirOffsets) {
+  ReadMails mails;
+  EXPECT_FALSE(mails.HashAt(0));
+  for (std::int32_t i = 0; i < 1000; ++i)
+    mails.Add(i * 10, 0x123456789ABCDEF0 + static_cast<std::uint64_t>(i));
+  for (std::int32_t i = 0; i < 1000; ++i) {
+    EXPECT_EQ(mails.HashAt(i * 10), 0x123456789ABCDEF0 + static_cast<std::uint64_t>(i));
+    EXPECT_FALSE(mails.HashAt(i * 10 + 1));
+  }
+  EXPECT_FALSE(mails.HashAt(-10));
+}
+
+TEST(ReadMailsTest, LaterHashOfAnOffsetCountsAndOrderDoesNotMatter) {
+  ReadMails mails;
+  for (const std::int32_t offset : {50, 10, 30, 70, 10, 20})
+    mails.Add(offset, static_cast<std::uint64_t>(offset));
+  mails.Add(30, 31);
+  for (const std::int32_t offset : {10, 20, 50, 70})
+    EXPECT_EQ(mails.HashAt(offset), static_cast<std::uint64_t>(offset));
+  EXPECT_EQ(mails.HashAt(30), 31U);
+}
+
+TEST(ReadMailsTest, MailTakesAtMost16Bytes) {
+  constexpr std::size_t kMails = 100'000;
+  const std::size_t before = mallinfo2().uordblks;
+  ReadMails mails;
+  for (std::size_t i = 0; i < kMails; ++i) {
+    mails.Add(static_cast<std::int32_t>(i), i);
+    // Whenever that is asked, beside a first piece.
+    if (i % 1000 == 0) {
+      EXPECT_LE(mallinfo2().uordblks, before + 2048 + 16 * i);
+    }
+  }
+  EXPECT_LE(mallinfo2().uordblks, before + 16 * kMails);
+}
+
+std::uint64_t HashOf(std::initializer_list<std::string_view> lines, bool isWhole = true) {
+  HeaderBlockHash hash;
+  for (const std::string_view line : lines)
+    hash.Add(line);
+  return hash.End(isWhole);
+}
+
+TEST(HeaderBlockHashTest, LinesAreToldApart) {
+  EXPECT_EQ(HashOf({"From - x", "A: 1"}), HashOf({"From - x", "A: 1"}));
+  EXPECT_NE(HashOf({"From - x", "A: 1"}), HashOf({"From - x", "A: 2"}));
+  EXPECT_NE(HashOf({"From - x", "A: 1"}), HashOf({"From - x", "A:", " 1"}));
+  EXPECT_NE(HashOf({"From - x", "A: 1"}), HashOf({"From - x"}));
+  EXPECT_NE(HashOf({"From - x", "A: 1", "B: 2"}), HashOf({"From - x", "B: 2", "A: 1"}));
+  EXPECT_NE(HashOf({"From - x"}), HashOf({"From - x"}, false));
+}
+
+}  // namespace
+}  // namespace vorlent
