@@ -42,6 +42,9 @@ class VORLENT_PUBLIC MailRunObserver {
   // One that hides its place has a header Address of its own, by which another place in the mailbox would be
   // taken for its own.
   virtual void MailDelivered(const MailPlace& /*mail*/, bool /*hidesPlace*/) {}
+  // Comes before either: the attachment of a data field lies at `path` and not where the mail's record says,
+  // as no file can have its name.
+  virtual void AttachmentUnmoved(std::string_view /*key*/, std::string_view /*path*/) {}
   virtual void MailFailed(const MailPlace& /*mail*/, std::string_view /*reason*/) {}
 
   // The mails of a mailbox are about to be marked as deleted. Comes once, before the first of them, and with

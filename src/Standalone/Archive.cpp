@@ -72,6 +72,7 @@ LocationState Archive::Open(std::string_view folder) {
 
 void Archive::Close() {
   if (!IsOpen()) return;
+  NotePasted(nullptr);
   const std::shared_ptr<ArchiveContent> closing = std::exchange(content_, nullptr);
   closing->Finish();
 }
@@ -81,6 +82,7 @@ ItemPtr Archive::PasteRecord(std::string_view record) {
   content.SettleStep();
   const auto item = ArchiveItem::Paste(content_, record);
   item->SetLocation(shared_from_this());
+  NotePasted(item);
   SetItemCounter(ToInt32(std::int64_t{ItemCounter()} + 1));
   SetLastItemTimer(static_cast<float>(SecondsSinceMidnight()));
   if (const auto global = GlobalIfThere()) global->Report(report::kItemPasted, record, item);

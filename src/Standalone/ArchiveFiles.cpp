@@ -2,23 +2,20 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <memory>
 #include <utility>
 
 #include "Common/StdModul.h"
-#include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Standalone/FittingName.h"
 
 namespace vorlent {
 
 namespace {
 
 constexpr std::size_t kFolderDigits = 6;
-
-// File systems hold names of up to 255 bytes; the item's number and a suffix come to this one.
-constexpr std::size_t kLongestName = 200;
-constexpr std::size_t kLongestExtension = 16;
 
 // A copy on its way. The source is still there as long as there is a file of that name.
 constexpr std::string_view kPartSuffix = ".part";
@@ -34,18 +31,10 @@ void Delete(const std::string& path) {
   os::RemoveFile(path);
 }
 
-std::size_t NativeSize(std::string_view name) {
-  return DisplayUtf8(name).size();
-}
-
-std::string ShortName(std::string name) {
-  std::size_t dot = name.rfind('.');
-  if (dot == std::string::npos || name.size() - dot > kLongestExtension) dot = name.size();
-  const std::string extension = name.substr(dot);
-  name.resize(dot);
-  while (NativeSize(name) + NativeSize(extension) > kLongestName)
-    name.resize(name.size() - 1);
-  return name + extension;
+// The item's folder "000012".
+std::string FolderName(std::int64_t folderNumber) {
+  const std::string digits = std::to_string(folderNumber);
+  return std::string(digits.size() < kFolderDigits ? kFolderDigits - digits.size() : 0, '0') + digits;
 }
 
 }  // namespace
@@ -61,16 +50,13 @@ std::string ArchiveFiles::PathOf(std::int64_t item, std::string_view name) const
   return FolderOf(item / kItemsPerFolder) + std::to_string(item) + " " + std::string(name);
 }
 
-std::string ArchiveFiles::SafeName(std::string_view name) {
-  const bool isSafe = std::none_of(name.begin(), name.end(), [](char c) {
-    return static_cast<unsigned char>(c) < 32 ||
-           std::string_view("\\/:*?\"<>|").find(c) != std::string_view::npos;
-  });
-  std::string safe = isSafe ? std::string(name) : EncodeFileName(name.substr(0, kLongestName));
-  return NativeSize(safe) > kLongestName ? ShortName(std::move(safe)) : safe;
+std::string ArchiveFiles::OwnName(std::string_view name) {
+  return FittingAsciiName(DecodeFileName(DecodeFileName(name)), kLongestName);
 }
 
 void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_view name, bool move) {
+  // A folder could be renamed like a file.
+  os::FileLength(source);
   const std::int64_t folderNumber = item / kItemsPerFolder;
   EnsureFolder(folderNumber);
   const std::string target = PathOf(item, name);
@@ -106,9 +92,9 @@ bool ArchiveFiles::Exists(std::int64_t item, std::string_view name) const {
   return FileExists(PathOf(item, name));
 }
 
-bool ArchiveFiles::HaveSameBytes(std::int64_t item, std::int64_t otherItem, std::string_view name) const {
-  os::File a = os::File::Open(PathOf(item, name), os::File::Mode::Read);
-  os::File b = os::File::Open(PathOf(otherItem, name), os::File::Mode::Read);
+bool ArchiveFiles::HaveSameBytes(std::string_view path, std::string_view otherPath) {
+  os::File a = os::File::Open(path, os::File::Mode::Read);
+  os::File b = os::File::Open(otherPath, os::File::Mode::Read);
   if (a.Length() != b.Length()) return false;
   constexpr std::size_t kBlock = 256 * 1024;
   const auto blockOfA = std::make_unique<char[]>(kBlock);
@@ -129,12 +115,13 @@ void ArchiveFiles::Settle() {
 
 std::set<std::int64_t> ArchiveFiles::FolderNumbers() const {
   std::set<std::int64_t> numbers;
-  for (const std::string& name : os::ListNames(folder_, "*.*", os::kDirectory)) {
+  for (const auto& [name, isFolder] : os::ListEntries(folder_, "*.*", os::kDirectory)) {
+    if (!isFolder) continue;
     std::int64_t number = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-    const bool isOurs =
-        error == std::errc() && end == name.data() + name.size() && name.size() >= kFolderDigits;
-    if (isOurs) numbers.insert(number);
+    const bool isNumber = error == std::errc() && end == name.data() + name.size();
+    constexpr std::int64_t kHighest = std::numeric_limits<std::int64_t>::max() / kItemsPerFolder;
+    if (isNumber && number >= 0 && number < kHighest && name == FolderName(number)) numbers.insert(number);
   }
   return numbers;
 }
@@ -148,9 +135,7 @@ void ArchiveFiles::RemoveFromFolder(std::int64_t folderNumber, std::string_view 
 }
 
 std::string ArchiveFiles::FolderOf(std::int64_t folderNumber) const {
-  const std::string digits = std::to_string(folderNumber);
-  const std::string zeros(digits.size() < kFolderDigits ? kFolderDigits - digits.size() : 0, '0');
-  return folder_ + zeros + digits + "\\";
+  return folder_ + FolderName(folderNumber) + "\\";
 }
 
 void ArchiveFiles::EnsureFolder(std::int64_t folderNumber) {

@@ -14,17 +14,21 @@ namespace vorlent {
 class ArchiveFiles {
  public:
   static constexpr std::int64_t kItemsPerFolder = 100;
+  // Encrypted folders hold names of up to 143 bytes; the item's number and a suffix come to this one.
+  static constexpr std::size_t kLongestName = 100;
 
   // The folder of the files, with its closing separator; made if need be.
   explicit ArchiveFiles(std::string folder);
 
   const std::string& Folder() const { return folder_; }
   std::string PathOf(std::int64_t item, std::string_view name) const;
-  // A bare name that can stand in the archive's file system, whatever the source was called.
-  static std::string SafeName(std::string_view name);
+  // The archive's own name for a file of that name, one that every file system takes and gives back. The true
+  // one stands in the item's description of the file.
+  static std::string OwnName(std::string_view name);
 
   // Brings a file in. It is whole at its place and safe from a crash of the machine before the source goes
-  // and before this returns; `move` says whether the source goes. A place that is taken raises FileExists.
+  // and before this returns; `move` says whether the source goes. A place that is taken raises FileExists, a
+  // source that is a folder PathAccess.
   void Take(std::string_view source, std::int64_t item, std::string_view name, bool move);
   // Removes a file that was taken from where it came from, read-only or not.
   static void RemoveSource(std::string_view source);
@@ -32,7 +36,7 @@ class ArchiveFiles {
   void AllowWriting(std::int64_t item, std::string_view name);
   void Remove(std::int64_t item, std::string_view name);
   bool Exists(std::int64_t item, std::string_view name) const;
-  bool HaveSameBytes(std::int64_t item, std::int64_t otherItem, std::string_view name) const;
+  static bool HaveSameBytes(std::string_view path, std::string_view otherPath);
 
   // Between these, files that are moved in are safe only once Settle returns, all at once.
   void Defer() { deferred_ = true; }

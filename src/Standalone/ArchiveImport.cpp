@@ -15,8 +15,15 @@ void ArchiveImport::Run() {
 }
 
 void ArchiveImport::ImportBegins(const LocationPtr& target, bool moves) {
+  target_ = std::dynamic_pointer_cast<LocationBase>(target);
   const auto archive = std::dynamic_pointer_cast<Archive>(target);
   if (archive != nullptr && !moves) portions_.emplace(*archive);
+}
+
+void ArchiveImport::MailDelivered(const MailPlace& mail, bool hidesPlace) {
+  RunTally::MailDelivered(mail, hidesPlace);
+  const ItemPtr item = target_ == nullptr ? nullptr : target_->LastPasted();
+  if (item != nullptr && AsStandalone(item)->WasThere()) ++alreadyThere_;
 }
 
 }  // namespace vorlent

@@ -1,6 +1,8 @@
 // The import of mails into an archive of the standalone host.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <optional>
 
 #include "Standalone/Archive.h"
@@ -15,9 +17,15 @@ class ArchiveImport : public RunTally {
   // Carries out what the host's wizard answers. A failure of the run rises.
   void Run();
 
+  // Those of the mails delivered that the archive had already.
+  std::int64_t AlreadyThere() const { return alreadyThere_; }
+
   void ImportBegins(const LocationPtr& target, bool moves) override;
+  void MailDelivered(const MailPlace& mail, bool hidesPlace) override;
 
  private:
+  std::shared_ptr<LocationBase> target_;
+  std::int64_t alreadyThere_ = 0;
   std::optional<Archive::Portions> portions_;
 };
 

@@ -1,7 +1,6 @@
 #include "Standalone/ArchiveItem.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 #include "Common/StdModul.h"
@@ -9,6 +8,7 @@
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
 #include "Standalone/FileDescription.h"
+#include "Standalone/Fingerprint.h"
 
 namespace vorlent {
 
@@ -19,32 +19,6 @@ bool HasOption(std::string_view options, std::string_view option) {
     if (CutToken(rest, "|") == option) return true;
   }
   return false;
-}
-
-// A hash of all that makes two mails the same: every field but the time of import, and of a description of a
-// file all but its path.
-std::int64_t FingerprintOf(const ItemRecord& record) {
-  constexpr std::uint64_t kPrime = 1099511628211ULL;
-  std::uint64_t hash = 14695981039346656037ULL;
-  const auto add = [&](std::string_view text) {
-    std::uint64_t word = 0;
-    for (; text.size() >= sizeof word; text.remove_prefix(sizeof word)) {
-      text.copy(reinterpret_cast<char*>(&word), sizeof word);
-      hash = std::rotl((hash ^ word) * kPrime, 29);
-    }
-    word = text.size();
-    text.copy(reinterpret_cast<char*>(&word) + 1, text.size());
-    hash = std::rotl((hash ^ word) * kPrime, 29);
-  };
-  for (std::size_t i = 0; i < record.FieldCount(); ++i) {
-    const std::string_view key = record.FieldKey(i);
-    if (key == "Log") continue;
-    std::string value = record.FieldValue(i);
-    if (key.starts_with("Data") && DescribesFile(key.substr(4))) CutLine(value);
-    add(key);
-    add(value);
-  }
-  return static_cast<std::int64_t>(hash);
 }
 
 }  // namespace
@@ -80,10 +54,10 @@ void ArchiveItem::Become(StoredItem stored) {
   record_ = std::move(stored.record);
   files_.clear();
   namesOfSources_.clear();
-  usedNames_.clear();
+  names_ = DistinctNames(ArchiveFiles::kLongestName);
   arrivedNames_.clear();
   for (StoredFile& file : stored.files) {
-    usedNames_.insert(LowerCase(file.name));
+    names_.Reserve(file.name);
     if (!file.missing) arrivedNames_.insert(file.name);
     files_[file.key] = {file.name, {}, file.missing ? File::State::Missing : File::State::In};
     Describe(file.key, DataText(file.key));
@@ -153,7 +127,7 @@ void ArchiveItem::TakeFile(std::string_view key, std::string_view path, std::str
 void ArchiveItem::Replace(File& file, std::string_view key, std::string_view path, std::string_view options,
                           std::string_view metaData) {
   const std::shared_ptr<ArchiveContent> content = Content();
-  const std::string name = FreeName(GetFileName(path));
+  const std::string name = names_.Take(ArchiveFiles::OwnName(GetFileName(path)));
   content->Files().Take(path, number_, name, false);
   const std::string replaced = std::exchange(file.name, name);
   if (HasOption(options, "nofileattribute")) content->Files().AllowWriting(number_, file.name);
@@ -168,18 +142,25 @@ void ArchiveItem::Replace(File& file, std::string_view key, std::string_view pat
 
 // A file of a path that was told before shares its name.
 void ArchiveItem::Expect(std::string_view key, std::string_view path) {
-  const auto [known, isNew] = namesOfSources_.try_emplace(std::string(path));
-  if (isNew) known->second = FreeName(GetFileName(path));
-  files_.insert_or_assign(std::string(key), File{known->second, std::string(path), File::State::Expected});
+  const auto known = namesOfSources_.find(std::string(path));
+  const std::string name = known == namesOfSources_.end() ? NameFor(key, path) : known->second;
+  namesOfSources_.insert_or_assign(std::string(path), name);
+  files_.insert_or_assign(std::string(key), File{name, std::string(path), File::State::Expected});
 }
 
-std::string ArchiveItem::FreeName(std::string_view bareName) {
-  const std::string wanted = ArchiveFiles::SafeName(bareName);
-  std::string name = wanted;
-  for (int count = 2; !usedNames_.insert(LowerCase(name)).second; ++count) {
-    name = "(" + std::to_string(count) + ") " + wanted;
-  }
-  return name;
+// A file that comes from another place than was told is called after the one that was: it may be there under
+// a name that means nothing.
+std::string ArchiveItem::NameFor(std::string_view key, std::string_view path) {
+  const auto awaited = files_.find(key);
+  const bool wasTold = awaited != files_.end() && awaited->second.state == File::State::Expected;
+  if (!wasTold) return names_.Take(ArchiveFiles::OwnName(GetFileName(path)));
+  const File& told = awaited->second;
+  const bool isShared = std::any_of(files_.begin(), files_.end(), [&](const auto& entry) {
+    return entry.first != key && entry.second.name == told.name;
+  });
+  if (isShared) return names_.Take(ArchiveFiles::OwnName(GetFileName(told.source)));
+  namesOfSources_.erase(told.source);
+  return told.name;
 }
 
 void ArchiveItem::BringIn(std::string_view key, std::string_view options) {
@@ -228,23 +209,21 @@ void ArchiveItem::Save() {
 }
 
 void ArchiveItem::MergeWithTwins() {
-  if (twins_.empty()) return;
-  const bool isWhole = std::all_of(files_.begin(), files_.end(),
-                                   [](const auto& entry) { return entry.second.state == File::State::In; });
-  if (!isWhole) return;
+  const bool isAwaitingFiles = std::any_of(files_.begin(), files_.end(), [](const auto& entry) {
+    return entry.second.state == File::State::Expected;
+  });
+  if (twins_.empty() || isAwaitingFiles) return;
   const std::shared_ptr<ArchiveContent> content = Content();
   for (const std::int64_t number : std::exchange(twins_, {})) {
     StoredItem twin;
-    if (!content->Store().Read(number, twin) || !HasFilesOf(twin)) continue;
-    const bool twinIsWhole = std::none_of(twin.files.begin(), twin.files.end(),
-                                          [](const StoredFile& file) { return file.missing; });
-    if (!twinIsWhole) {
-      content->Remove(twin);
-      continue;
-    }
+    if (!content->Store().Read(number, twin)) continue;
+    const Fuller fuller = Compare(twin);
+    if (fuller == Fuller::This) content->Remove(twin);
+    if (fuller != Fuller::Twin) continue;
     content->Remove({number_, {}, StoredFiles()});
     std::string keywords = Keywords();
     Become(std::move(twin));
+    wasThere_ = true;
     if (content->HeldItem(number_) == nullptr) content->Hold(number_, shared_from_this());
     while (!keywords.empty())
       AddKeyword(CutToken(keywords, ","));
@@ -252,14 +231,26 @@ void ArchiveItem::MergeWithTwins() {
   }
 }
 
-bool ArchiveItem::HasFilesOf(const StoredItem& twin) const {
-  if (twin.files.size() != files_.size()) return false;
+ArchiveItem::Fuller ArchiveItem::Compare(const StoredItem& twin) const {
+  if (twin.files.size() != files_.size()) return Fuller::Neither;
   const ArchiveFiles& files = Content()->Files();
-  return std::all_of(twin.files.begin(), twin.files.end(), [&](const StoredFile& file) {
+  bool lacksFiles = false;
+  bool twinLacksFiles = false;
+  for (const StoredFile& file : twin.files) {
     const auto own = files_.find(file.key);
-    if (own == files_.end() || own->second.name != file.name) return false;
-    return file.missing || files.HaveSameBytes(number_, twin.number, file.name);
-  });
+    if (own == files_.end()) return Fuller::Neither;
+    const bool isIn = own->second.state == File::State::In;
+    // Someone may have taken a file out of the archive.
+    const bool twinIsIn = !file.missing && files.Exists(twin.number, file.name);
+    const bool differs = isIn && twinIsIn &&
+                         !ArchiveFiles::HaveSameBytes(files.PathOf(number_, own->second.name),
+                                                      files.PathOf(twin.number, file.name));
+    if (differs) return Fuller::Neither;
+    lacksFiles = lacksFiles || (twinIsIn && !isIn);
+    twinLacksFiles = twinLacksFiles || (isIn && !twinIsIn);
+  }
+  if (!twinLacksFiles) return Fuller::Twin;
+  return lacksFiles ? Fuller::Neither : Fuller::This;
 }
 
 }  // namespace vorlent

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Standalone/ArchiveContent.h"
+#include "Standalone/FittingName.h"
 #include "Standalone/StandaloneItem.h"
 
 namespace vorlent {
@@ -34,7 +35,8 @@ class ArchiveItem : public StandaloneItem {
 
   // True ends what began with PasteRecord: an item that the archive has already, to the last byte of its
   // files, is not kept twice. The older one stays, with all that was done to it since and the keywords that
-  // were added to this one, and this object is that item from then on. An older one that lacks files goes.
+  // were added to this one, and this object is that item from then on. Where files are lacking, the item goes
+  // that has none which the other lacks.
   void SetConnected(bool connected) override;
 
   std::string DataFile(std::string_view key, std::int32_t index) const override;
@@ -49,6 +51,7 @@ class ArchiveItem : public StandaloneItem {
   std::int64_t Number() const { return number_; }
   // Whether a file that belongs to the item didn't make it into the archive.
   bool IsIncomplete() const;
+  bool WasThere() const override { return wasThere_; }
 
  protected:
   void Changed(std::int32_t action, std::string_view value) override;
@@ -69,23 +72,25 @@ class ArchiveItem : public StandaloneItem {
   void Save();
 
   void Expect(std::string_view key, std::string_view path);
-  std::string FreeName(std::string_view bareName);
+  std::string NameFor(std::string_view key, std::string_view path);
   void BringIn(std::string_view key, std::string_view options);
   void Replace(File& file, std::string_view key, std::string_view path, std::string_view options,
                std::string_view metaData);
   void Describe(std::string_view key, std::string_view metaData);
 
   void MergeWithTwins();
-  // Whether each file of the other item that is there is the same to the last byte as this item's.
-  bool HasFilesOf(const StoredItem& twin) const;
+  // Which of two items that are the same as far as their files are there can stand for both.
+  enum class Fuller { Neither, This, Twin };
+  Fuller Compare(const StoredItem& twin) const;
 
   std::weak_ptr<ArchiveContent> content_;
   std::int64_t number_ = 0;
   std::map<std::string, File, std::less<>> files_;               // by key
   std::unordered_map<std::string, std::string> namesOfSources_;  // names by the path that they come from
-  std::unordered_set<std::string> usedNames_;                    // in lower case
-  std::unordered_set<std::string> arrivedNames_;                 // those whose files are in
+  DistinctNames names_{ArchiveFiles::kLongestName};
+  std::unordered_set<std::string> arrivedNames_;  // those whose files are in
   std::vector<std::int64_t> twins_;  // items of the same fingerprint, found when this one was pasted
+  bool wasThere_ = false;
 };
 
 }  // namespace vorlent

@@ -81,6 +81,12 @@ SqliteDatabase Opened(std::string_view path) {
   return database;
 }
 
+SqliteDatabase OpenedToLook(std::string_view path) {
+  SqliteDatabase database = SqliteDatabase::OpenToLook(path);
+  RefuseOtherFormat(database, path);
+  return database;
+}
+
 // Both are exact inverses, whatever bytes the text holds.
 std::string ToStored(std::string_view text) {
   return IsAscii(text) ? std::string(text) : CodePageToUtf8(text);
@@ -144,8 +150,8 @@ class ColumnValues {
 
 }  // namespace
 
-ArchiveStore::ArchiveStore(std::string_view path)
-    : database_(Opened(path)),
+ArchiveStore::ArchiveStore(std::string_view path, Access access)
+    : database_(access == Access::Own ? Opened(path) : OpenedToLook(path)),
       insertItem_(database_, "INSERT INTO items (fingerprint, " + ColumnList("") +
                                  ") VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       updateItem_(database_, "UPDATE items SET " + ColumnList(" = ?") + " WHERE number = ?"),

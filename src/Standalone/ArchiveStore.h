@@ -32,8 +32,10 @@ struct StoredItem {
 // character.
 class ArchiveStore {
  public:
-  // Opens the database and makes it if need be. It is this program's alone until it is closed.
-  explicit ArchiveStore(std::string_view path);
+  // Own opens the database and makes it if need be; it is this program's alone until it is closed. Look opens
+  // one that was closed, and changes nothing: members that write raise.
+  enum class Access { Own, Look };
+  explicit ArchiveStore(std::string_view path, Access access = Access::Own);
 
   SqliteDatabase& Database() { return database_; }
 

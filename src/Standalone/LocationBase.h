@@ -37,6 +37,8 @@ class LocationBase : public Location {
   }
   bool IsChanged() const { return changed_; }
   float LastItemTimer() const { return lastItemTimer_; }
+  // What PasteRecord made last, null before the first.
+  ItemPtr LastPasted() const { return lastPasted_; }
 
  protected:
   explicit LocationBase(std::weak_ptr<StandaloneGlobal> global, std::string_view name = {})
@@ -47,6 +49,8 @@ class LocationBase : public Location {
   // Null once the host is gone.
   std::shared_ptr<StandaloneGlobal> GlobalIfThere() const { return global_.lock(); }
 
+  void NotePasted(const ItemPtr& item) { lastPasted_ = item; }
+
   std::string name_;
 
  private:
@@ -55,6 +59,7 @@ class LocationBase : public Location {
   std::int32_t itemCounter_ = 0;
   float lastItemTimer_ = 0;
   ItemPtr parameterItem_;
+  ItemPtr lastPasted_;
   std::map<std::string, std::string, std::less<>> options_;
 };
 

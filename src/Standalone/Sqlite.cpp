@@ -2,6 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <utility>
+
+#include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
@@ -33,6 +36,13 @@ SqliteStatementHandle Prepared(const SqliteDatabase& database, std::string_view 
                                         SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
   if (result != SQLITE_OK) database.RaiseFailure(result);
   return SqliteStatementHandle(prepared);
+}
+
+// A path within a URI, where these characters have a meaning.
+std::string UriPath(std::string path) {
+  for (const auto& [meaning, code] : {std::pair{"%", "%25"}, {"?", "%3F"}, {"#", "%23"}})
+    ReplaceText(path, meaning, code);
+  return path;
 }
 
 }  // namespace
@@ -91,15 +101,22 @@ void SqliteStatement::Check(int result) const {
   if (result != SQLITE_OK) database_->RaiseFailure(result);
 }
 
-SqliteDatabase::SqliteDatabase(std::string_view path, int timeout) : path_(path) {
+SqliteDatabase::SqliteDatabase(std::string_view path, int timeout)
+    : SqliteDatabase(path, os::NativePath(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) {
+  sqlite3_busy_timeout(handle_.get(), timeout);
+}
+
+SqliteDatabase SqliteDatabase::OpenToLook(std::string_view path) {
+  return {path, "file:" + UriPath(os::NativePath(path)) + "?immutable=1",
+          SQLITE_OPEN_READONLY | SQLITE_OPEN_URI};
+}
+
+SqliteDatabase::SqliteDatabase(std::string_view path, const std::string& file, int flags) : path_(path) {
   sqlite3* opened = nullptr;
-  const int result =
-      sqlite3_open_v2(os::NativePath(path).c_str(), &opened,
-                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int result = sqlite3_open_v2(file.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   handle_.reset(opened);
   if (result != SQLITE_OK) RaiseFailure(result);
   sqlite3_extended_result_codes(opened, 1);
-  sqlite3_busy_timeout(opened, timeout);
 }
 
 void SqliteDatabase::Execute(const std::string& statements) {

@@ -60,6 +60,8 @@ class SqliteDatabase {
   // Opens a database given by its Windows path, and makes it if it isn't there. Waits up to `timeout`
   // milliseconds for another program's lock.
   SqliteDatabase(std::string_view path, int timeout);
+  // Opens one to be looked at while no program writes to it: nothing changes on the disk, no lock is held.
+  static SqliteDatabase OpenToLook(std::string_view path);
 
   // Runs statements one behind the other.
   void Execute(const std::string& statements);
@@ -77,6 +79,8 @@ class SqliteDatabase {
   sqlite3* Handle() const { return handle_.get(); }
 
  private:
+  SqliteDatabase(std::string_view path, const std::string& file, int flags);
+
   std::string path_;
   SqliteHandle handle_;
   std::array<SqliteStatementHandle, 4> controls_;  // by their enumerators, each from its first use on

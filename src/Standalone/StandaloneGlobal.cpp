@@ -8,6 +8,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Locale.h"
 #include "Platform/User.h"
+#include "Standalone/ArchiveRehearsal.h"
 #include "Standalone/HostActions.h"
 
 namespace vorlent {
@@ -41,6 +42,7 @@ StandaloneGlobal::~StandaloneGlobal() {
 
 ObjectPtr StandaloneGlobal::GetObject(std::string_view name) {
   if (EqualNoCase(name, kTopicsName)) return TopicsOfHost();
+  if (rehearsal_ != nullptr && rehearsal_->Name() == name) return rehearsal_;
   for (const StandaloneLocationPtr& location : OpenLocations()) {
     if (EqualNoCase(location->Name(), name)) return location;
   }
@@ -68,6 +70,11 @@ ArchivePtr StandaloneGlobal::OpenArchive(std::string_view folder) {
   archive->Open(folder);
   archives_.push_back(archive);
   return archive;
+}
+
+std::shared_ptr<ArchiveRehearsal> StandaloneGlobal::RehearseArchive(std::string_view folder) {
+  rehearsal_ = std::make_shared<ArchiveRehearsal>(weak_from_this(), folder);
+  return rehearsal_;
 }
 
 ItemPtr StandaloneGlobal::FindItem(std::string_view id) {

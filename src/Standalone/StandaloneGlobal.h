@@ -23,6 +23,8 @@
 
 namespace vorlent {
 
+class ArchiveRehearsal;
+
 // Hands reports to the observer, which must outlive it, and knows the open Locations.
 class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<StandaloneGlobal> {
  public:
@@ -88,6 +90,8 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   // The archive of a folder, opened and made if need be, and kept open as long as the host unless someone
   // closes it.
   ArchivePtr OpenArchive(std::string_view folder);
+  // From here on GetObject gives what stands in for the archive of a folder, which it leaves as it is.
+  std::shared_ptr<ArchiveRehearsal> RehearseArchive(std::string_view folder);
 
  private:
   void ReportProgress(std::string_view text);
@@ -101,6 +105,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   std::shared_ptr<TopicsLocation> topics_;
   std::vector<std::weak_ptr<StandaloneLocation>> openLocations_;
   std::vector<ArchivePtr> archives_;
+  std::shared_ptr<ArchiveRehearsal> rehearsal_;
   std::map<std::string, std::string, std::less<>> options_;
   ItemPtr chosenItem_;
   std::optional<os::WorkFolder> workFolder_;

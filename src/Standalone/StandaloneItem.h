@@ -89,6 +89,9 @@ class StandaloneItem : public Item, public std::enable_shared_from_this<Standalo
   // The item's fields as a record string.
   std::string Record() const { return record_.Text(); }
 
+  // Whether the Location that was given the item had it already.
+  virtual bool WasThere() const { return false; }
+
   void SetDate(std::string_view date);
 
   bool IsConnected() const { return connected_; }

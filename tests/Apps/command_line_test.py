@@ -257,6 +257,41 @@ class CommandLine(ProgramCase):
         self.assertEqual(out, "out/20260114123000-nested-3@example.org#2_Lageplan.png\n")
         self.assertTrue((self.work / out.strip()).read_bytes().startswith(b"\x89PNG"))
 
+    ODD_NAMES = (b"..", b".", b" ", b"n" * 296 + b".txt", "ж".encode() * 51, b"CON", b"a/b.txt", b"..")
+
+    def test_get_shows_true_names_as_far_as_they_can_stand(self):
+        self.write_inbox(mail_of_files(b"odd", *((name, b"%d" % i) for i, name in enumerate(self.ODD_NAMES))))
+        code, out, err = self.run_program("get", LOCAL + "/Inbox/-", "1", "--output", "out")
+        self.assertEqual((code, err), (0, ""))
+        front = "20260112081528-odd@x#"
+        files = {path.name: path.read_bytes().strip() for path in (self.work / "out").iterdir()}
+        long_name = "n" * (255 - len(front + "4_.txt")) + ".txt"
+        del files["20260112081528-odd@x.eml"]
+        self.assertEqual(files, {f"{front}{i + 1}_{name}": b"%d" % i for i, name in enumerate(
+            ("", "", "", long_name, "ж" * 51, "CON", "a_b.txt", ""))})
+        self.assertEqual(len(out.splitlines()), 9)
+
+    def test_get_replaces_no_file_unless_told_to(self):
+        target = self.work / "out" / "20260114123000-nested-3@example.org#2_Lageplan.png"
+        command = ["get", LOCAL + "/Inbox/-", "3", "--output", "out"]
+        target.parent.mkdir()
+        target.write_bytes(b"mine")
+        code, out, err = self.run_program(*command)
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("out/20260114123000-nested-3@example.org#2_Lageplan.png is there already", err)
+        self.assertEqual(tree_bytes(target.parent), {target.name: b"mine"})
+        code, out, _ = self.run_program(*command, "--force")
+        self.assertEqual((code, len(out.splitlines())), (0, 2))
+        self.assertTrue(target.read_bytes().startswith(b"\x89PNG"))
+
+    def test_get_of_a_mail_whose_id_is_longer_than_a_name(self):
+        self.write_inbox(mail_of_files(b"i" * 400, (b"a.txt", b"1"), (b"b.txt", b"2")))
+        code, out, err = self.run_program("get", LOCAL + "/Inbox/-", "1", "--output", "out")
+        self.assertEqual((code, err), (0, ""))
+        files = {path.name: path.read_bytes().strip() for path in (self.work / "out").iterdir()}
+        self.assertEqual(sorted(len(name) for name in files), [255, 255, 255])
+        self.assertEqual(sorted(value for name, value in files.items() if name.endswith(".txt")), [b"1", b"2"])
+
     def test_get_of_a_mail_that_hides_its_place_is_refused(self):
         self.write_inbox(mail(b"one"), mail(b"two", b"Address: 0\r\n"))
         code, out, err = self.run_program("get", LOCAL + "/Inbox/-", "2", "--output", "out")
@@ -281,6 +316,27 @@ class CommandLine(ProgramCase):
         self.assertIn(b"|Source=thunderbird://default/Local Folders/Inbox/", (folder / "record.txt").read_bytes())
         self.assertIn("<b>herzlich</b> zum Sommerfest ein. Eintritt".encode(), (folder / "mail.html").read_bytes())
 
+    def test_stream_shows_true_names_as_far_as_they_can_stand(self):
+        mails = mail_of_files(b"odd", *((name, b"%d" % i) for i, name in enumerate((*self.ODD_NAMES, b"record.txt"))))
+        self.write_inbox(mails)
+        code, out, err = self.run_program("stream", LOCAL + "/Inbox/-", "--output", "out", "--json", "--delete")
+        self.assertEqual((code, err), (0, "found 1 = delivered 1 + expunged 0 + failed 0\n"))
+        self.assertEqual(self.inbox(), marked(mails, b"odd"))
+        folder = self.work / "out" / "20260112081528-odd@x"
+        names = ["unnamed", "(2) unnamed", "(3) unnamed", "n" * 251 + ".txt", "ж" * 51, "_CON", "a_b.txt",
+                 "(4) unnamed", "(2) record.txt"]
+        for i, name in enumerate(names):
+            self.assertEqual((folder / name).read_bytes().strip(), b"%d" % i)
+        self.assertEqual(sorted(path.name for path in folder.iterdir()), sorted([*names, "mail.eml", "record.txt"]))
+        record = (folder / "record.txt").read_bytes().decode()
+        self.assertNotIn("vorlent-", record)
+        self.assertIn("|DataFile=mail.eml\\nfile=mail.eml\\n", record)
+        self.assertIn("|DataFileAttach1=unnamed\\nfile=..\\n", record)
+        self.assertIn("|DataFileAttach7=a_b.txt\\nfile=a%2Fb.txt\\nsize=", record)
+        path, *lines = json.loads(out)["Data"]["FileAttach1"].split("\r\n")
+        self.assertEqual(path.removeprefix("C:").replace("\\", "/"), str(folder / "unnamed"))
+        self.assertEqual(lines[0], "file=..")
+
     def test_stream_of_mails_of_one_id_keeps_them_all(self):
         box = self.samples / INBOX
         box.write_bytes(b"".join(b"From - x\r\nSubject: %d\r\n\r\n%d\r\n\r\n" % (n, n) for n in range(3)))
@@ -289,8 +345,7 @@ class CommandLine(ProgramCase):
                          ["20000100000000-", "20000100000000--2", "20000100000000--3"])
 
     def test_stream_of_a_mail_whose_file_is_lost_tells_it_and_leaves_it_unmarked(self):
-        for files, reason in ((((b"n" * 300, b"1"),), "could not be saved"),
-                              (((b"f", b"1"), (b"f", b"2")), "one of two files called 'f' is lost"),
+        for files, reason in ((((b"f", b"1"), (b"f", b"2")), "one of two files called 'f' is lost"),
                               (((b"mail.eml", b"1"),), "one of two files called 'mail.eml' is lost")):
             mails = mail(b"one") + mail_of_files(b"two", *files) + mail(b"three")
             self.write_inbox(mails)
@@ -427,6 +482,71 @@ class CommandLine(ProgramCase):
                          "found 3 = imported 2 + expunged 0 + failed 1, not marked as deleted 1")
         self.assertEqual(self.inbox(), marked(mails, b"one"))
         self.assertEqual(len(self.search()), 3)
+
+    def test_no_name_of_an_attachment_ends_an_import(self):
+        odd = mail_of_files(b"odd", *((name, b"%d" % i) for i, name in enumerate(self.ODD_NAMES)))
+        single = [mail_of_files(b"odd%d" % i, (name, b"single %d" % i)) for i, name in enumerate(self.ODD_NAMES)]
+        mails = mail(b"one") + odd + b"".join(single) + mail(b"last")
+        self.write_inbox(mails)
+        for move in ([], ["--move"]):
+            code, _, err = self.run_program("import", LOCAL + "/Inbox/-", "--target", "archive", *move)
+            self.assertEqual((code, err.splitlines()[-1].split(" = ")[0]), (0, "found 11"))
+        self.assertEqual(self.inbox().count(b"X-Mozilla-Status: 0009"), 11)
+        stored = [path.read_bytes().strip() for path in (self.work / "archive" / "files").rglob("*") if path.is_file()]
+        for i in range(len(self.ODD_NAMES)):
+            self.assertEqual((stored.count(b"%d" % i), stored.count(b"single %d" % i)), (1, 1))
+        code, out, _ = self.run_program("search", "archive", "odd", "--json", sample=False)
+        data = json.loads(out.splitlines()[0])["Data"]
+        self.assertEqual([data[f"FileAttach{i}"].split("\r\n")[1] for i in (1, 2, 3, 6)],
+                         ["file=..", "file=.", "file= ", "file=CON"])
+
+    def test_an_import_repeated_tells_what_was_there_already(self):
+        self.write_inbox(mail(b"one"), mail(b"two"), mail(b"gone", status=b"X-Mozilla-Status: 0009\r\n"))
+        command = ["import", LOCAL + "/Inbox/-", "--target", "archive"]
+        self.assertEqual(self.run_program(*command)[2], "found 3 = imported 2 + expunged 1 + failed 0\n")
+        self.assertEqual(self.run_program(*command)[2],
+                         "found 3 = imported 0 + already there 2 + expunged 1 + failed 0\n")
+        self.write_inbox(mail(b"one"), mail(b"three"), mail_of_files(b"lost", (b"f", b"1"), (b"f", b"2")))
+        for imported, there in ((1, 1), (0, 2)):
+            code, _, err = self.run_program(*command)
+            self.assertEqual((code, err.splitlines()[-1]),
+                             (1, f"found 3 = imported {imported} + already there {there} + expunged 0 + failed 1"))
+
+    def test_a_dry_run_of_an_import_tells_what_would_come_and_changes_nothing(self):
+        def places():
+            temporary.mkdir(exist_ok=True)
+            return {str(path): (path.stat().st_mtime_ns, path.read_bytes() if path.is_file() else b"")
+                    for path in sorted(self.work.rglob("*"))}
+        temporary = self.work / "tmp"
+        command = ["import", LOCAL + "/Inbox/-", "--target", "archive"]
+        odd = mail_of_files(b"odd", *((name, b"%d" % i) for i, name in enumerate(self.ODD_NAMES)))
+        self.write_inbox(mail(b"one"), odd)
+        with unittest.mock.patch.dict(os.environ, TMPDIR=str(temporary)):
+            before = places()
+            code, out, err = self.run_program(*command, "--dry-run", "--move")
+            self.assertEqual((code, out, err), (0, "", "found 2 = to import 2 + expunged 0 + failed 0\n"))
+            self.assertEqual({**places(), str(temporary): 0}, {**before, str(temporary): 0})
+            self.assertEqual(self.run_program(*command)[0], 0)
+            self.write_inbox(mail(b"one"), mail(b"two"), mail(b"two"), odd)
+            before = places()
+            code, out, err = self.run_program(*command, "--dry-run")
+            self.assertEqual((code, err), (0, "found 4 = to import 1 + already there 3 + expunged 0 + failed 0\n"))
+            self.assertEqual({**places(), str(temporary): 0}, {**before, str(temporary): 0})
+            self.assertEqual(self.run_program(*command)[2],
+                             "found 4 = imported 1 + already there 3 + expunged 0 + failed 0\n")
+
+    def test_a_mail_that_lost_a_file_to_another_ends_no_import(self):
+        mails = mail(b"one") + mail_of_files(b"two", (b"att2", b"1"), (b"f", b"2")) + mail(b"three")
+        self.write_inbox(mails)
+        for _ in range(2):
+            code, _, err = self.run_program("import", LOCAL + "/Inbox/-", "--target", "archive", "--move")
+            self.assertEqual(code, 1)
+            self.assertIn(f"Local Folders/Inbox, mail at offset {len(mail(b'one'))}: one of two files called 'att2' is "
+                          "lost", err)
+            self.assertNotIn("before its time", err)
+        self.assertEqual(self.inbox(), marked(mails, b"one", b"three"))
+        code, out, _ = self.run_program("search", "archive", "two", sample=False)
+        self.assertEqual(len(out.splitlines()), 2, "a mail that fails each time is in the archive once")
 
     def test_topics_of_a_later_import_reach_the_mails_that_are_there(self):
         self.import_inbox()

@@ -1,10 +1,12 @@
 #include "Standalone/Archive.h"
 
+#include <errno.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include "Platform/Failure.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/Sqlite.h"
+#include "Support/DiskOperations.h"
 
 namespace vorlent {
 namespace {
@@ -236,6 +239,70 @@ TEST_F(ArchiveTest, OddAndLongNamesFindAPlace) {
   EXPECT_TRUE(item->DataFile("FileAttach1", 0).ends_with(".pdf"));
 }
 
+TEST_F(ArchiveTest, AFileThatLiesElsewhereThanToldIsCalledAsItWasTold) {
+  const std::string longName(300, 'n');
+  std::string record = "ID=1";
+  for (const std::string& told :
+       {std::string("temp\\.."), std::string("temp\\.."), "temp\\" + longName + ".txt"}) {
+    const std::string key =
+        "DataFileAttach" + std::to_string(std::count(record.begin(), record.end(), '|') + 1);
+    record += "|" + key + "=" + EscapeValue(folder_.Path(told) + "\nfile=true name");
+  }
+  const ItemPtr item = archive_->PasteRecord(record);
+  for (const std::string number : {"1", "2", "3"}) {
+    item->TakeFile("FileAttach" + number, folder_.Write("temp\\att" + number, number), "move",
+                   "file=true name");
+  }
+  item->SetConnected(true);
+  for (int round = 0; round < 2; ++round) {
+    for (const std::string number : {"1", "2", "3"}) {
+      EXPECT_EQ(BytesOf(archive_->ItemAt(1), "FileAttach" + number), number);
+      EXPECT_EQ(GetLineValue(archive_->ItemAt(1)->DataText("FileAttach" + number), "file"), "true name");
+    }
+    EXPECT_THAT(StoredNames(), ElementsAre("000000/1 (2) unnamed",
+                                           "000000/1 " + std::string(96, 'n') + ".txt", "000000/1 unnamed"));
+    Reopen();
+  }
+  EXPECT_THAT(archive_->IncompleteItems(), IsEmpty());
+}
+
+TEST_F(ArchiveTest, AFileAtThePlaceThatAnotherWasToldOfIsNotTakenForThatOne) {
+  const ItemPtr item =
+      archive_->PasteRecord("ID=1|DataFileAttach1=" + EscapeValue(folder_.Path("temp\\a.txt")));
+  item->TakeFile("FileAttach1", folder_.Write("temp\\b.txt", "b"), "move", "");
+  item->TakeFile("FileAttach2", folder_.Write("temp\\a.txt", "a"), "move", "");
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "b");
+  EXPECT_EQ(BytesOf(item, "FileAttach2"), "a");
+}
+
+TEST_F(ArchiveTest, AFolderIsNeverTakenForAFile) {
+  folder_.Write("temp\\a.txt", "abc");
+  for (const std::string place : {"temp", "temp\\", "temp\\.", "temp\\.."}) {
+    const auto item = std::dynamic_pointer_cast<ArchiveItem>(
+        archive_->PasteRecord("DataFileAttach1=" + EscapeValue(folder_.Path(place))));
+    EXPECT_THROW(item->TakeFile("FileAttach1", folder_.Path(place), "move", ""), Failure);
+    EXPECT_TRUE(item->IsIncomplete());
+  }
+  EXPECT_EQ(folder_.Read("temp\\a.txt"), "abc");
+  EXPECT_THAT(StoredNames(), IsEmpty());
+}
+
+TEST_F(ArchiveTest, NamesThatAnOlderProgramGaveStayAndItsMailsAreKnownAgain) {
+  const std::string record = "ID=1|Text=a" + FileField("FileAttach1", "a%252Fb\xE4.txt", "abc");
+  Import(record);
+  archive_->Close();
+  std::filesystem::rename(folder_.Native("archive/files/000000/1 a_b_.txt"),
+                          folder_.Native("archive/files/000000/1 a%252Fb\u00E4.txt"));
+  SqliteDatabase(folder_.Path("archive\\archive.sqlite"), 0)
+      .Execute("UPDATE files SET name = 'a%252Fb\u00E4.txt'");
+  archive_->Open(folder_.Path("archive"));
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "FileAttach1"), "abc");
+  FileField("FileAttach1", "a%252Fb\xE4.txt", "abc");
+  EXPECT_TRUE(Import(record)->WasThere());
+  EXPECT_EQ(archive_->ItemCount(), 1);
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 a%252Fb\u00E4.txt"));
+}
+
 TEST_F(ArchiveTest, AMissingSourceRaisesAndMarksTheItem) {
   const auto pasted = std::dynamic_pointer_cast<ArchiveItem>(archive_->PasteRecord(
       "ID=1|DataFile=" + EscapeValue(folder_.Path("temp\\gone.eml") + "\nfile=mail.eml")));
@@ -356,6 +423,35 @@ TEST_F(ArchiveTest, TheSameMailInTwoFoldersIsKeptInBoth) {
   Import("ID=1|Keywords=Account=x,Inbox" + FileField("File", "mail.eml", "text"));
   Import("ID=1|Keywords=Account=x,Sent" + FileField("File", "mail.eml", "text"));
   EXPECT_EQ(archive_->ItemCount(), 2);
+}
+
+TEST_F(ArchiveTest, OnlyAMailThatIsThereAlreadyWasThere) {
+  const std::string head = "ID=1|Type=mail|Text=a";
+  EXPECT_FALSE(Import(head + FileField("File", "mail.eml", "text"))->WasThere());
+  EXPECT_TRUE(Import(head + FileField("File", "mail.eml", "text"))->WasThere());
+  EXPECT_FALSE(Import(head + FileField("File", "mail.eml", "TEXT"))->WasThere());
+}
+
+TEST_F(ArchiveTest, AMailThatLacksAFileEachTimeIsKeptOnce) {
+  for (int round = 0; round < 3; ++round) {
+    const ItemPtr item = archive_->PasteRecord("ID=1|Text=a" + FileField("File", "mail.eml", "text") +
+                                               "|DataFileAttach1=" + EscapeValue(folder_.Path("temp\\gone")));
+    item->TakeFile("File", folder_.Path("temp\\mail.eml"), "move", "");
+    EXPECT_THROW(item->TakeFile("FileAttach1", folder_.Path("temp\\gone"), "move", ""), Failure);
+    item->SetConnected(true);
+  }
+  EXPECT_EQ(archive_->ItemCount(), 1);
+  EXPECT_EQ(archive_->IncompleteItems().size(), 1u);
+  EXPECT_EQ(StoredNames().size(), 1u);
+}
+
+TEST_F(ArchiveTest, AMailWhoseFileSomeoneTookOutOfTheArchiveComesInAnew) {
+  const std::string head = "ID=1|Text=a";
+  Import(head + FileField("File", "mail.eml", "text"));
+  std::filesystem::remove(folder_.Native("archive/files/000000/1 mail.eml"));
+  EXPECT_FALSE(Import(head + FileField("File", "mail.eml", "text"))->WasThere());
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "text");
 }
 
 TEST_F(ArchiveTest, AMailImportedAgainTakesThePlaceOfOneThatLacksAFile) {
@@ -481,6 +577,47 @@ TEST_F(ArchiveTest, ManyItemsAreFoundByPositionAndWord) {
   EXPECT_THAT(Found("wort1"), ElementsAre("n1"));
   EXPECT_THAT(Found("wort2100"), ElementsAre("n2100"));
   EXPECT_EQ(Found("wort*").size(), 2100u);
+}
+
+// --- What goes wrong on the way
+
+class ArchiveTroubleTest : public ArchiveTest {
+ protected:
+  // The database can't be written from here on.
+  static DiskPlan FullDatabase() {
+    return {.calls = DiskCall::Write | DiskCall::Sync,
+            .trouble = DiskTrouble::FromHere,
+            .error = ENOSPC,
+            .pathEnd = "archive.sqlite-wal"};
+  }
+};
+
+TEST_F(ArchiveTroubleTest, AMissingSourceIsWhatIsToldAlsoIfItCanNotBeMarked) {
+  const std::string description = folder_.Path("temp\\gone.eml") + "\nfile=mail.eml";
+  const ItemPtr item = archive_->PasteRecord("ID=1|DataFile=" + EscapeValue(description));
+  const DiskFault fault(FullDatabase());
+  try {
+    item->TakeFile("File", folder_.Path("temp\\gone.eml"), "move", "file=mail.eml");
+    FAIL() << "was taken";
+  } catch (const Failure& failure) {
+    EXPECT_THAT(failure.what(), HasSubstr("gone.eml"));
+  }
+  EXPECT_TRUE(fault.WasReached());
+}
+
+TEST_F(ArchiveTroubleTest, AnArchiveThatIsLetGoSaysNothingOfItsTroubles) {
+  archive_->PasteRecord("ID=1");
+  const DiskFault fault(FullDatabase());
+  EXPECT_NO_THROW(archive_.reset());
+  EXPECT_TRUE(fault.WasReached());
+}
+
+TEST_F(ArchiveTroubleTest, NorDoPortionsThatAreLetGo) {
+  auto portions = std::make_unique<Archive::Portions>(*archive_);
+  archive_->PasteRecord("ID=1");
+  const DiskFault fault(FullDatabase());
+  EXPECT_NO_THROW(portions.reset());
+  EXPECT_TRUE(fault.WasReached());
 }
 
 // --- Opening

@@ -15,6 +15,8 @@ TEST(MailTextTest, OnlyTheBodyOfAMailIsText) {
   EXPECT_EQ(TextOfMail("From - \r\nSubject: x\r\n\r\nHallo\r\nWelt"), "Hallo\r\nWelt\n");
   EXPECT_EQ(TextOfMail("Subject: x\n\nHallo\n"), "Hallo\n");
   EXPECT_EQ(TextOfMail("Subject: x\n\r\nHallo\n"), "Hallo\n");
+  EXPECT_EQ(TextOfMail("Subject: x\r\n\r\nHallo\n\nWelt\n\r\nEnde\n"), "Hallo\n\nWelt\n\r\nEnde\n");
+  EXPECT_EQ(TextOfMail("Subject: x\n\nHallo\r\n\r\nWelt"), "Hallo\r\n\r\nWelt\n");
   EXPECT_EQ(TextOfMail("Subject: only a header\r\n"), "");
   EXPECT_EQ(TextOfMail(""), "");
 }

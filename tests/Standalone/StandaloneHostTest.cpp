@@ -63,7 +63,10 @@ class ListConnector : public Connector {
   explicit ListConnector(std::string progId) : ProgId(std::move(progId)) {}
 
   LocationPtr LocObject() const override { return location_; }
-  void SetLocObject(const LocationPtr& location) override { location_ = location; }
+  void SetLocObject(const LocationPtr& location) override {
+    location_ = location;
+    if (location == nullptr && FailsToLetGo) throw Failure(ErrorNumber::Host, "can't let go");
+  }
   TreePtr Tree() override { return tree_; }
   void SetTree(const TreePtr& tree) override { tree_ = tree; }
   bool InitLocation(std::string_view file) override {
@@ -87,7 +90,10 @@ class ListConnector : public Connector {
     }
     return LocationState::Read;
   }
-  void Disconnect() override { Disconnected = true; }
+  void Disconnect() override {
+    Disconnected = true;
+    if (FailsToLetGo) throw Failure(ErrorNumber::Host, "can't disconnect");
+  }
   ItemPtr NewItem(bool) override { return HostObjects::Current().NewItem(); }
   ItemPtr GetItem(std::string_view id) override {
     for (const ItemPtr& item : items_) {
@@ -117,6 +123,7 @@ class ListConnector : public Connector {
 
   std::string ProgId;
   bool Disconnected = false;
+  bool FailsToLetGo = false;
   std::vector<std::string> PastedForGood;
 
  private:
@@ -330,6 +337,15 @@ TEST_F(StandaloneHostTest, CloseLetsLocationAndConnectorGo) {
   const std::weak_ptr<StandaloneLocation> weak = location;
   location.reset();
   EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(StandaloneHostTest, AConnectorThatFailsToEndIsLetGoAllTheSame) {
+  const StandaloneLocationPtr location = OpenLocation("thunderbird://a");
+  connector_->FailsToLetGo = true;
+  EXPECT_NO_THROW(location->Close());
+  EXPECT_FALSE(location->IsOpen());
+  EXPECT_TRUE(connector_->Disconnected);
+  EXPECT_EQ(connector_->LocObject(), nullptr);
 }
 
 TEST_F(StandaloneHostTest, AFailedOpenLeavesNothingOpen) {

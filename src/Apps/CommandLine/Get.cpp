@@ -1,11 +1,15 @@
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
+#include "Platform/CodePage.h"
 #include "Platform/Files.h"
 #include "Platform/Posix/PathMapping.h"
+#include "Standalone/FittingName.h"
 
 namespace vorlent::app {
 
@@ -16,7 +20,11 @@ struct GetOptions {
   std::string item;
   std::string key;
   std::string output = ".";
+  bool force = false;
 };
+
+// The longest that file systems take.
+constexpr std::size_t kLongestName = 255;
 
 // The data fields of an item that name a file, or the one asked for.
 std::vector<std::string> FileKeys(const StandaloneItem& item, const std::string& wanted) {
@@ -28,19 +36,65 @@ std::vector<std::string> FileKeys(const StandaloneItem& item, const std::string&
   return keys;
 }
 
-// Brings one file out and puts it into the folder under the name that its field gives.
-void BringOut(MailConnector& connector, const StandaloneItemPtr& item, const std::string& key,
-              const std::filesystem::path& folder) {
-  const std::string file = connector.GetFile(item, key);
-  if (!FileExists(file)) {
-    throw AppError(ExitCode::Unreadable, Shown(key) + " of " + Shown(item->ID()) +
-                                             " could not be brought out of " +
-                                             NativeShown(item->DataText("_SourceFile")));
+// A file of the mail and the place that it goes to.
+struct WantedFile {
+  std::string key;
+  std::filesystem::path target;
+};
+
+// The name that the field gives, up to the "_" behind an attachment's number, and what stands behind that.
+struct GivenName {
+  explicit GivenName(const StandaloneItem& item, const std::string& key) {
+    std::string description = item.DataText(key);
+    front = CutLine(description);
+    const std::size_t number = front.find('#');
+    if (number == std::string::npos) return;
+    const std::size_t behind = std::min(front.find('_', number), front.size() - 1) + 1;
+    mark = front.substr(number, behind - number);
+    own = front.substr(behind);
+    front.resize(behind);
   }
-  const std::filesystem::path target = folder / os::ToNativeName(GetFileName(file));
-  os::Copy(file, os::ToWindowsPath(target.string()));
+
+  // An attachment's own name was encoded twice.
+  std::string Text() const {
+    return DisplayUtf8(DecodeFileName(front)) + DisplayUtf8(DecodeFileName(DecodeFileName(own)));
+  }
+
+  std::string front, mark, own;
+};
+
+// What is there already stays, unless the user says otherwise.
+std::vector<WantedFile> PlacesFor(const StandaloneItem& item, const std::vector<std::string>& keys,
+                                  const GetOptions& options) {
+  DistinctNames names(kLongestName);
+  std::vector<WantedFile> files;
+  for (const std::string& key : keys) {
+    const std::string name = names.Take(GivenName(item, key).Text());
+    files.push_back({key, std::filesystem::path(options.output) / name});
+    if (!options.force && std::filesystem::exists(std::filesystem::symlink_status(files.back().target))) {
+      throw AppError(ExitCode::Unreadable, files.back().target.string() + " is there already",
+                     "--force replaces it.");
+    }
+  }
+  return files;
+}
+
+// Brings one file out of the mailbox and puts it into its place. On its way it has a short name.
+void BringOut(MailConnector& connector, const StandaloneItem& item, const WantedFile& wanted) {
+  const auto brief = std::make_shared<StandaloneItem>();
+  brief->SetData(wanted.key, "file" + GivenName(item, wanted.key).mark, false);
+  for (const std::string source : {"_SourceFile", "_SourceOffset"})
+    brief->SetData(source, item.DataText(source), false);
+  brief->SetDate(item.Date());
+  const std::string file = connector.GetFile(brief, wanted.key);
+  if (!FileExists(file)) {
+    throw AppError(ExitCode::Unreadable, Shown(wanted.key) + " of " + Shown(item.ID()) +
+                                             " could not be brought out of " +
+                                             NativeShown(item.DataText("_SourceFile")));
+  }
+  os::Copy(file, os::ToWindowsPath(wanted.target.string()));
   RemoveExactFile(file);
-  std::puts(target.c_str());
+  std::puts(wanted.target.c_str());
 }
 
 ExitCode Get(Session& session, const GetOptions& options) {
@@ -62,9 +116,10 @@ ExitCode Get(Session& session, const GetOptions& options) {
                        NativeShown(item->DataText("_SourceFile")),
                    "Use `stream --output`, which brings out every mail of a mailbox.");
   }
+  const std::vector<WantedFile> files = PlacesFor(*item, keys, options);
   std::filesystem::create_directories(options.output);
-  for (const std::string& key : keys)
-    BringOut(*connector, item, key, options.output);
+  for (const WantedFile& file : files)
+    BringOut(*connector, *item, file);
   return ExitCode::Done;
 }
 
@@ -76,6 +131,7 @@ void DeclareGet(CLI::App& command, Action& action) {
   command.add_option("ID", options->item, "The mail's ID, or its number in the list of `read`")->required();
   command.add_option("KEY", options->key, "One of its files, such as File or FileAttach1; all without it");
   command.add_option("--output", options->output, "Folder for the files")->capture_default_str();
+  command.add_flag("--force", options->force, "Replace files that are there already");
   command.callback(
       [options, &action] { action = [options](Session& session) { return Get(session, *options); }; });
 }

@@ -10,6 +10,7 @@
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Host/Connector.h"
 #include "Standalone/ArchiveImport.h"
+#include "Standalone/ArchiveRehearsal.h"
 
 namespace vorlent::app {
 
@@ -22,6 +23,7 @@ struct ImportOptions {
   std::vector<std::string> autoTopics;
   bool move = false;
   bool tree = false;
+  bool dryRun = false;
 };
 
 // Stands in for the wizard: the command line has chosen already.
@@ -55,7 +57,7 @@ std::vector<std::string> MailboxesOf(Session& session, const std::string& source
 ImportCommand CommandOf(Session& session, const ImportOptions& options, const std::string& target) {
   ImportCommand command;
   command.target = target;
-  command.move = options.move;
+  command.move = options.move && !options.dryRun;
   command.tree = options.tree;
   for (const std::string& keyword : options.keywords)
     command.keywords.push_back(ComponentText(keyword));
@@ -81,13 +83,22 @@ void SetAutoTopics(Session& session, const std::vector<std::string>& rules) {
   session.Host().Global().SetOption("autotopic", setting);
 }
 
+void PrepareTarget(Session& session, const ImportOptions& options, const std::string& folder) {
+  StandaloneGlobal& global = session.Host().Global();
+  if (!options.dryRun) {
+    global.OpenArchive(folder);
+  } else if (!global.RehearseArchive(folder)->KnowsArchive()) {
+    session.Output().Say(options.target + " is open, or was never closed: what it has already can't be told");
+  }
+}
+
 ExitCode Import(Session& session, const ImportOptions& options) {
   // Mailboxes first: a wrong address makes no archive.
   const std::string folder = ComponentPath(std::filesystem::absolute(options.target).string());
   const ImportCommand command = CommandOf(session, options, Archive::NameOf(folder));
   if (command.mailboxes.empty()) throw AppError(ExitCode::Partly, "there are no mailboxes to import");
   if (!ConfirmMove(session, command)) return ExitCode::Cancelled;
-  session.Host().Global().OpenArchive(folder);
+  PrepareTarget(session, options, folder);
   SetAutoTopics(session, options.autoTopics);
   session.Host().SetDialogs(std::make_shared<ChosenCommand>(command.Text()));
   ArchiveImport import;
@@ -98,7 +109,7 @@ ExitCode Import(Session& session, const ImportOptions& options) {
     failure = raised.what();
   }
   session.Output().ProgressClosed();
-  return ShowSum(session, import, "imported", failure);
+  return ShowSum(session, import, options.dryRun ? "to import" : "imported", failure, import.AlreadyThere());
 }
 
 }  // namespace
@@ -118,6 +129,7 @@ void DeclareImport(CLI::App& command, Action& action) {
       .add_option("--autotopic", options->autoTopics,
                   "A rule WORD=KEYWORD,... : mails that hold the word get the keywords")
       ->allow_extra_args(false);
+  command.add_flag("--dry-run", options->dryRun, "Only tell what would be imported; nothing changes");
   command.add_flag("--tree", options->tree,
                    "Add the mailboxes' keyword paths to the host's tree of structures");
   command.callback(

@@ -15,8 +15,8 @@ void ComplainOf(Session& session, const MailPlace& mail, const std::string& outc
 
 }  // namespace
 
-ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb,
-                 const std::string& failure) {
+ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb, const std::string& failure,
+                 std::int64_t alreadyThere) {
   // The sum comes last, also where both outputs go to one place.
   std::fflush(stdout);
   for (const auto& [mail, reason] : tally.Failed())
@@ -27,8 +27,10 @@ ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& ver
   const bool ofAMail = !tally.Failed().empty() && tally.Failed().back().reason == failure;
   if (!failure.empty() && !ofAMail) session.Output().Complain(FailureShown(failure));
   if (!failure.empty()) session.Output().Complain("the run ended before its time");
-  std::string sum = fmt::format("found {} = {} {} + expunged {} + failed {}", tally.Found(), verb,
-                                tally.Delivered(), tally.Expunged(), tally.Failed().size());
+  const std::string there = alreadyThere == 0 ? "" : fmt::format("already there {} + ", alreadyThere);
+  std::string sum =
+      fmt::format("found {} = {} {} + {}expunged {} + failed {}", tally.Found(), verb,
+                  tally.Delivered() - alreadyThere, there, tally.Expunged(), tally.Failed().size());
   if (!tally.Unmarked().empty()) sum += fmt::format(", not marked as deleted {}", tally.Unmarked().size());
   session.Output().Say(sum);
   if (tally.Found() == 0) return failure.empty() ? ExitCode::Partly : ExitCode::Unreadable;

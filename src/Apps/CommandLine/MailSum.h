@@ -11,7 +11,8 @@ namespace vorlent::app {
 // Prints the sum, such as "found 9 = imported 8 + expunged 1 + failed 0", and each mail that failed or could
 // not be marked as deleted with mailbox, offset and reason; `failure` is what ended the run, "" if it came to
 // its end. The result is the run's exit code, that of nothing found if there was no mail at all.
-ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb,
-                 const std::string& failure);
+// `alreadyThere` of those delivered were in the archive before, and are told by themselves.
+ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb, const std::string& failure,
+                 std::int64_t alreadyThere = 0);
 
 }  // namespace vorlent::app

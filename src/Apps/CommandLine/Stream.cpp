@@ -1,5 +1,6 @@
 #include <filesystem>
-#include <set>
+#include <map>
+#include <utility>
 
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/MailSum.h"
@@ -7,7 +8,10 @@
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Host/Connector.h"
+#include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
+#include "Standalone/FileDescription.h"
+#include "Standalone/FittingName.h"
 
 namespace vorlent::app {
 
@@ -26,10 +30,7 @@ struct StreamOptions {
 // The folder's name for a mail. An ID may be longer than a name can be.
 std::string FolderName(const std::string& id) {
   constexpr std::size_t kLongest = 240;
-  std::string name = EncodeFileName(id);
-  while (os::ToNativeName(name).size() > kLongest)
-    name.pop_back();
-  return os::ToNativeName(name);
+  return FittingName(DisplayUtf8(EncodeFileName(id)), kLongest);
 }
 
 // A new folder for a mail; mails of one ID get numbers behind it.
@@ -44,29 +45,76 @@ fs::path NewMailFolder(const fs::path& parent, const std::string& id) {
   return folder;
 }
 
-// Moves the files that the record names into the mail's folder and writes the record beside them. False if a
-// file isn't there.
-bool Keep(const StandaloneItem& item, const std::string& record, const fs::path& parent) {
-  const fs::path folder = NewMailFolder(parent, item.ID());
-  std::set<std::string> moved;
-  bool isWhole = true;
-  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
-    if (!item.DataKey(i).starts_with("File")) continue;
-    std::string description = item.DataText(item.DataKey(i));
-    const std::string source = CutLine(description);
-    // Two attachments of one name are one file, which has moved with the first.
-    if (!moved.insert(source).second) continue;
-    if (!FileExists(source)) {
-      isWhole = false;
+// The names of a mail's files by the data fields that describe them.
+using NamesByField = std::map<std::string, std::string>;
+
+// The record with its files at other places: in `folder`, or beside the record if that is "".
+std::string WithFilesIn(std::string_view folder, const NamesByField& names, std::string_view record) {
+  std::string moved;
+  while (!record.empty()) {
+    const auto separator = static_cast<std::size_t>(FindUnescaped(record, "|"));
+    std::string_view field = record.substr(0, separator == 0 ? record.size() : separator - 1);
+    record.remove_prefix(separator == 0 ? record.size() : separator);
+    if (!moved.empty()) moved += '|';
+    const std::string_view whole = field;
+    const std::string key(CutToken(field, "="));
+    const auto name = names.find(key);
+    if (name == names.end()) {
+      moved += whole;
       continue;
     }
-    const fs::path target = folder / os::ToNativeName(GetFileName(source));
-    os::Rename(source, os::ToWindowsPath(target.string()));
+    std::string description = UnescapeValue(field);
+    CutLine(description);
+    moved += key + "=" + EscapeValue(std::string(folder) + name->second + "\n" + description);
   }
-  TextWriter writer(os::ToWindowsPath((folder / "record.txt").string()), os::File::Mode::Create);
-  writer.Write(record);
+  return moved;
+}
+
+// Where attachments lie whose own names no file can have, by their data fields.
+using UnmovedFiles = std::map<std::string, std::string, std::less<>>;
+
+// A mail that is kept in a folder of its own.
+struct KeptMail {
+  std::string record;  // with the files where they are now
+  bool isWhole = true;
+};
+
+// Moves the files of a mail into its folder, each under its own name as far as that can stand, and writes the
+// record beside them.
+KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::path& parent,
+              const UnmovedFiles& unmoved) {
+  constexpr std::size_t kLongest = 255;
+  constexpr std::string_view kRecord = "record.txt";
+  const fs::path folder = NewMailFolder(parent, item.ID());
+  DistinctNames distinct(kLongest);
+  distinct.Reserve(kRecord);
+  std::map<std::string, std::string> namesOfSources;
+  NamesByField names;
+  KeptMail kept;
+  for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
+    const std::string key = item.DataKey(i);
+    if (!DescribesFile(key)) continue;
+    std::string description = item.DataText(key);
+    const std::string ownName = DisplayUtf8(DecodeFileName(FileNameIn(description)));
+    const std::string told = CutLine(description);
+    const auto stayed = unmoved.find(key);
+    const std::string& source = stayed == unmoved.end() ? told : stayed->second;
+    // Two attachments of one name are one file, which has moved with the first.
+    const auto [name, isNew] = namesOfSources.try_emplace(source);
+    if (isNew) name->second = distinct.Take(ownName);
+    names["Data" + key] = os::ToWindowsName(name->second);
+    if (!isNew) continue;
+    if (FileExists(source)) {
+      os::Rename(source, os::ToWindowsPath((folder / name->second).string()));
+    } else {
+      kept.isWhole = false;
+    }
+  }
+  TextWriter writer(os::ToWindowsPath((folder / kRecord).string()), os::File::Mode::Create);
+  writer.Write(WithFilesIn("", names, record));
   writer.Close();
-  return isWhole;
+  kept.record = WithFilesIn(AddPathSep(os::ToWindowsPath(folder.string())), names, record);
+  return kept;
 }
 
 // The tally of a stream, which knows the mail at hand.
@@ -81,6 +129,12 @@ class StreamTally : public RunTally {
     atHand_ = {mail, false, false};
   }
 
+  void AttachmentUnmoved(std::string_view key, std::string_view path) override {
+    unmoved_.emplace(key, path);
+  }
+
+  // Those of the mail at hand.
+  UnmovedFiles TakeUnmoved() { return std::exchange(unmoved_, {}); }
   // Whether the mail at hand is there with all of its files.
   bool IsWhole() const { return atHand_.isWhole; }
   bool HidesPlace() const { return atHand_.hidesPlace; }
@@ -99,13 +153,17 @@ class StreamTally : public RunTally {
     bool hidesPlace = false;
   };
   AtHand atHand_;
+  UnmovedFiles unmoved_;
 };
 
-// Keeps the mail at hand, and notes why it isn't there whole. What lets no mail be kept rises.
-void KeepOrNote(const StandaloneItem& item, const std::string& record, const fs::path& parent,
-                StreamTally& tally) {
+// Keeps the mail at hand, and notes why it isn't there whole. The record with its files where they are now.
+// What lets no mail be kept rises.
+std::string KeepOrNote(const StandaloneItem& item, const std::string& record, const fs::path& parent,
+                       StreamTally& tally) {
   try {
-    if (!Keep(item, record, parent)) tally.NoteLoss("a file of the mail is gone");
+    const KeptMail kept = Keep(item, record, parent, tally.TakeUnmoved());
+    if (!kept.isWhole) tally.NoteLoss("a file of the mail is gone");
+    return kept.record;
   } catch (const Failure& failure) {
     tally.NoteLoss(failure.what());
     throw;
@@ -150,7 +208,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
     for (std::string record; connector->SourceGetNext(record);) {
       StandaloneItem item;
       item.ImportRecord(record);
-      if (keep) KeepOrNote(item, record, options.output, tally);
+      if (keep) item.ImportRecord(KeepOrNote(item, record, options.output, tally));
       Print(item, options);
       if (options.remove) Remove(*connector, tally);
       session.Output().CountMail();

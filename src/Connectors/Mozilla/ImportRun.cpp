@@ -139,10 +139,16 @@ void ImportRun::TakeFiles(Item& item) {
     const std::string key = item.DataKey(position);
     if (!key.starts_with("File")) continue;
     std::string metaData = item.DataText(key);
-    const std::string path = CutLine(metaData);
+    const std::string path = mail_.FileAt(key, CutLine(metaData));
     if (key.starts_with("FileAttach") && attachment < contentTypes.size())
       metaData += contentTypes[attachment++];
-    item.TakeFile(key, path, "move|nofileattribute", metaData);
+    const auto take = [&] { item.TakeFile(key, path, "move|nofileattribute", metaData); };
+    // A mail that has lost a file already counts as failed and ends no run.
+    if (mail_.WriteFailure().empty()) {
+      take();
+    } else {
+      Swallow(take);
+    }
   }
 }
 

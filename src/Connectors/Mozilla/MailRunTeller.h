@@ -64,6 +64,8 @@ class MailRunTeller {
 
   // One of which not all files could be written counts as failed.
   void TellDelivered(const StdMail& mail) const {
+    for (const auto& [key, path] : mail.Unmoved())
+      Observer().AttachmentUnmoved(key, path);
     if (mail.WriteFailure().empty()) {
       Observer().MailDelivered(PlaceOf(mail), mail.HidesOffset());
     } else {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -147,6 +148,12 @@ class StdMail : public Object {
   // `saveattachments` as given to ReadHeader. Moves attachments to their own names. Never raises.
   std::string GetData(std::string_view kw, bool saveattachments);
 
+  // Where the file of a data field of that record lies: `path`, which its description names, or where an
+  // attachment stayed because no file could be made of that name.
+  std::string FileAt(std::string_view key, std::string_view path) const;
+  // Those that stayed, by their data fields.
+  const std::map<std::string, std::string, std::less<>>& Unmoved() const { return unmoved_; }
+
   // CR LF, "size=" and the length, and CR LF, "attr=" and the attributes if there are any; "" for a missing
   // file.
   std::string GetFileInfo(std::string_view file) const;
@@ -236,6 +243,7 @@ class StdMail : public Object {
   std::int32_t bodySize_ = 0;
   std::int16_t saveFlag_ = 0;
   std::vector<std::string> tempfiles_;
+  std::map<std::string, std::string, std::less<>> unmoved_;  // attachments by their data fields
   // A date header with what it says.
   struct Date {
     std::string header;

@@ -64,9 +64,11 @@ class StdMail::RecordWriter {
   std::string DescribeMailFile(std::string_view savedName, std::string_view extension) const;
   std::string DescribeAttachment(std::int32_t position, const std::string& name) const;
   std::string MoveAttachment(std::int32_t position, const std::string& name) const;
+  void NoteUnmoved(const std::string& source, const std::string& name) const;
 
   StdMail& mail_;
   const bool saved_;
+  std::int32_t number_ = 0;  // of the attachment at hand
   std::string record_;
   std::string date_;
   std::string identity_;
@@ -77,6 +79,7 @@ std::string StdMail::GetData(std::string_view kw, bool saveattachments) {
 }
 
 std::string StdMail::RecordWriter::Write(std::string_view kw) {
+  mail_.unmoved_.clear();
   date_ = ValueOf([&] { return mail_.GetDate(); });
   identity_ = ValueOf([&] { return Identity(); });
   Add("ID", identity_);
@@ -117,11 +120,11 @@ void StdMail::RecordWriter::AddIfAny(std::string_view key, std::string_view valu
 void StdMail::RecordWriter::AddAttachments() {
   const TextList& parts = *mail_.attachments_;
   const std::int32_t last = std::min<std::int32_t>(parts.Count(), std::numeric_limits<std::int16_t>::max());
-  std::int32_t number = 0;
   for (std::int32_t position = 1; position <= last; ++position) {
     const std::string name = ValueOf([&] { return GetPartFileName(parts.Item(position)); });
     if (name.empty()) continue;
-    Add("DataFileAttach" + std::to_string(++number),
+    ++number_;
+    Add("DataFileAttach" + std::to_string(number_),
         ValueOf([&] { return DescribeAttachment(position, name); }));
   }
 }
@@ -174,8 +177,22 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
   }
   mail_.AddTempfile(path);
   const std::string info = mail_.GetFileInfo(path);
-  if (info.empty()) mail_.NoteWriteFailure("the attachment '" + name + "' could not be saved");
+  if (info.empty()) NoteUnmoved(source, name);
   return path + "\nfile=" + name + info;
+}
+
+// No file can be called "..", or by a name that is too long. The attachment is there all the same.
+void StdMail::RecordWriter::NoteUnmoved(const std::string& source, const std::string& name) const {
+  if (FileExists(source)) {
+    mail_.unmoved_.insert_or_assign("FileAttach" + std::to_string(number_), source);
+  } else {
+    mail_.NoteWriteFailure("the attachment '" + name + "' could not be saved");
+  }
+}
+
+std::string StdMail::FileAt(std::string_view key, std::string_view path) const {
+  const auto unmoved = unmoved_.find(key);
+  return unmoved == unmoved_.end() ? std::string(path) : unmoved->second;
 }
 
 std::string StdMail::GetFileInfo(std::string_view file) const {

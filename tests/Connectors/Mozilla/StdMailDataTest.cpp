@@ -263,7 +263,7 @@ TEST_F(StdMailDataTest, FileThatIsLostToAnotherOrToItsNameIsAFailure) {
                          Row{part("f") + part("F"), "one of two files called 'F' is lost"},
                          Row{part("att2") + part("g"), "one of two files called 'att2' is lost"},
                          Row{part("mail.eml"), "one of two files called 'mail.eml' is lost"},
-                         Row{part(tooLong), "the attachment '" + tooLong + "' could not be saved"}}) {
+                         Row{part(tooLong), ""}, Row{part("..") + part("."), ""}}) {
     RecordOfParts(row.parts + "--B--\n", true);
     EXPECT_EQ(mail_.WriteFailure(), row.failure);
     RecordOfParts(row.parts + "--B--\n", false);
@@ -278,6 +278,32 @@ TEST_F(StdMailDataTest, AttachmentThatCannotBeMovedHasNoSize) {
   const std::string record = RecordOfParts("--B\nContent-Type: a; name=g\n\nx\n--B--\n", true);
   EXPECT_EQ(Field(record, "DataFileAttach1"),
             Escaped(Tmp("g")) + "\\nfile=g\\ndate=09.05.2010 14:30:05\\noriginalfile=g");
+}
+
+TEST_F(StdMailDataTest, AttachmentStaysWhereItIsIfNoFileCanHaveItsName) {
+  for (const std::string& name :
+       {std::string(".."), std::string("."), std::string(" "), std::string(300, 'n')}) {
+    const std::string part = "--B\nContent-Disposition: attachment; filename=\"" + name + "\"\n\n";
+    const std::string record = RecordOfParts(
+        "--B\nContent-Type: a; name=g\n\nfirst\n" + part + "second\n" + part + "third\n--B--\n", true);
+    const std::string own = Trim(name);
+    for (const std::string number : {"2", "3"}) {
+      const std::string key = "FileAttach" + number;
+      EXPECT_EQ(Field(record, "Data" + key),
+                Escaped(Tmp(own)) + "\\nfile=" + name + "\\ndate=09.05.2010 14:30:05\\noriginalfile=" + name);
+      EXPECT_EQ(mail_.FileAt(key, Tmp(own)), Tmp("att" + number));
+    }
+    EXPECT_EQ(mail_.FileAt("FileAttach1", Tmp("g")), Tmp("g"));
+    EXPECT_EQ(mail_.FileAt("File", Tmp("mail.eml")), Tmp("mail.eml"));
+    EXPECT_EQ(TempFile("att2"), "second\r\n");
+    EXPECT_EQ(TempFile("att3"), "third\r\n");
+    EXPECT_EQ(mail_.WriteFailure(), "");
+    mail_.DeleteLastTempfiles();
+    EXPECT_FALSE(HasTempFile("att2"));
+    RecordOfParts("--B\n\n--B\nContent-Type: a; name=g\n\nx\n--B--\n", true);
+    EXPECT_EQ(mail_.FileAt("FileAttach2", "other"), "other") << "of the mail before";
+    mail_.DeleteLastTempfiles();
+  }
 }
 
 TEST_F(StdMailDataTest, NameThatCannotBeDecodedIsNoAttachment) {

@@ -1,0 +1,67 @@
+#include "Standalone/ArchiveFiles.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Standalone/MemoryFolder.h"
+
+namespace vorlent {
+namespace {
+
+using ::testing::ElementsAre;
+
+class ArchiveFilesTest : public ::testing::Test {
+ protected:
+  MemoryFolder folder_;
+  ArchiveFiles files_{folder_.Path("files\\")};
+};
+
+TEST_F(ArchiveFilesTest, FoldersOfAtLeastSixDigitsAreItsOwn) {
+  for (const std::string name : {"000000", "000012", "123456", "1234567"})
+    folder_.MakeFolder("files\\" + name);
+  for (const std::string name : {"12", "00012", "0000012", "-00001", "+00001", "000012x", "x00012", "0x0012",
+                                 "92233720368547758", "99999999999999999999", "notes"})
+    folder_.MakeFolder("files\\" + name);
+  folder_.Write("files\\000013", "a file");
+  EXPECT_THAT(files_.FolderNumbers(), ElementsAre(0, 12, 123456, 1234567));
+}
+
+TEST_F(ArchiveFilesTest, ItsNamesStandInEveryFileSystem) {
+  struct Row {
+    std::string name;
+    std::string own;
+  };
+  for (const Row& row :
+       {Row{"mail.eml", "mail.eml"}, Row{"..", "unnamed"}, Row{"", "unnamed"}, Row{" ", "unnamed"},
+        Row{"CON", "_CON"}, Row{"abc. ", "abc"}, Row{"a%252Fb?.txt", "a_b_.txt"},
+        Row{"%25D0%25B6.pdf", "_.pdf"}, Row{std::string("Gr\xFC\xDF") + "e.txt", "Gr_e.txt"},
+        Row{"Grüße.txt", "Gr_e.txt"}, Row{std::string(300, 'x') + ".pdf", std::string(96, 'x') + ".pdf"}})
+    EXPECT_EQ(ArchiveFiles::OwnName(row.name), row.own);
+}
+
+TEST_F(ArchiveFilesTest, AFolderIsNoFile) {
+  folder_.Write("temp\\inner\\a.txt", "abc");
+  for (const bool deferred : {false, true}) {
+    if (deferred) files_.Defer();
+    for (const std::string path : {"temp", "temp\\", "temp\\inner\\..", "temp\\."}) {
+      for (const bool move : {false, true}) {
+        try {
+          files_.Take(folder_.Path(path), 1, "a", move);
+          FAIL() << path << " was taken";
+        } catch (const Failure& failure) {
+          EXPECT_TRUE(failure.Is(ErrorNumber::PathAccess)) << failure.what();
+        }
+      }
+    }
+  }
+  EXPECT_EQ(folder_.Read("temp\\inner\\a.txt"), "abc");
+  EXPECT_FALSE(files_.Exists(1, "a"));
+}
+
+}  // namespace
+}  // namespace vorlent
