@@ -94,6 +94,24 @@ struct Identity {
 // That of what the path leads to; nothing if there is none.
 std::optional<Identity> TryIdentify(std::string_view path);
 
+// Holds a folder, so that no later one gets its identity, even if it is removed meanwhile.
+class HeldFolder {
+ public:
+  explicit HeldFolder(std::string_view path);
+  ~HeldFolder();
+  HeldFolder(const HeldFolder&) = delete;
+  HeldFolder& operator=(const HeldFolder&) = delete;
+
+  // The path as given, and what stood there.
+  const std::string& Path() const { return path_; }
+  const Identity& Held() const { return identity_; }
+
+ private:
+  std::string path_;
+  Identity identity_ = {};
+  std::intptr_t handle_;
+};
+
 // Time of last change in local time.
 DateTime ReadChangeTime(std::string_view path);
 

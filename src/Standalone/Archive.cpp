@@ -167,6 +167,10 @@ ArchiveContent& Archive::Opened() const {
   return *content_;
 }
 
+void Archive::Prove() {
+  Opened().Prove();
+}
+
 Archive::Portions::Portions(Archive& archive) : content_(archive.content_) {
   archive.Opened().Defer();
 }

@@ -69,6 +69,10 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
   // finds nothing, and the next one continues.
   std::vector<std::shared_ptr<ArchiveItem>> Search(std::string_view words);
 
+  // Proves that what was pasted and taken since the last time can be reached under the archive's path, as
+  // someone else may have removed or replaced what it consists of. Raises what is wrong.
+  void Prove();
+
   // While this lives, what is pasted and taken becomes durable in large portions, the last one in Finish.
   // Much faster, and only for sources that keep their mails: a crash loses what wasn't durable yet.
   class Portions {

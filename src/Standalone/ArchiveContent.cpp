@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
+#include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/Failure.h"
 
@@ -31,12 +33,29 @@ std::string FileNameOf(std::int64_t item, std::string_view name) {
   return std::to_string(item) + " " + std::string(name);
 }
 
+// SQLite's log of what isn't in the database file yet.
+std::string LogOf(const std::string& database) {
+  return database + "-wal";
+}
+
+void RequireStill(const std::string& path, const std::optional<os::Identity>& opened) {
+  const std::optional<os::Identity> now = os::TryIdentify(path);
+  if (now && now == opened) return;
+  throw Failure(ErrorNumber::PathAccess, path + (now ? ": is another by now than the archive was opened with"
+                                                     : ": is gone, and the archive was opened with it"));
+}
+
 }  // namespace
 
 ArchiveContent::ArchiveContent(const std::string& folder)
-    : files_(folder + std::string(kFilesName)),
+    : folder_(RemovePathSep(folder)),
+      files_(folder + std::string(kFilesName)),
+      filesFolder_(RemovePathSep(files_.Folder())),
       store_(folder + std::string(kDatabaseName)),
       index_(store_, files_),
+      databasePath_(folder + std::string(kDatabaseName)),
+      database_(os::TryIdentify(databasePath_)),
+      log_(os::TryIdentify(LogOf(databasePath_))),
       changeNoted_(store_.State(kOpen) != 0) {
   if (changeNoted_) PutInOrder();
 }
@@ -47,6 +66,7 @@ std::int64_t ArchiveContent::Insert(const ItemRecord& record, std::int64_t finge
   const std::int64_t number = store_.Insert(record, fingerprint, files);
   if (numbers_ != nullptr) numbers_->push_back(number);
   ++deferredItems_;
+  unproven_.push_back(number);
   return number;
 }
 
@@ -125,6 +145,46 @@ void ArchiveContent::Settle() {
   files_.Settle();
   deferred_->Commit();
   deferred_.reset();
+}
+
+void ArchiveContent::Prove() {
+  RequireStill(folder_.Path(), folder_.Held());
+  RequireStill(filesFolder_.Path(), filesFolder_.Held());
+  RequireStill(databasePath_, database_);
+  ProveLog();
+  ProveFiles();
+}
+
+// What stands in a log that can't be reached any more must be in the database.
+void ArchiveContent::ProveLog() {
+  const std::optional<os::Identity> now = os::TryIdentify(LogOf(databasePath_));
+  if (now && now == log_) return;
+  SqliteStatement checkpoint(store_.Database(), "PRAGMA wal_checkpoint(FULL)");
+  checkpoint.Step();
+  const bool isWhole = checkpoint.Number(0) == 0;
+  checkpoint.Reset();
+  if (!isWhole) {
+    throw Failure(ErrorNumber::PathAccess,
+                  LogOf(databasePath_) + ": is gone, and what stood there can't be written to the database");
+  }
+}
+
+// Each folder is listed once, however many files are looked for there.
+void ArchiveContent::ProveFiles() {
+  std::sort(unproven_.begin(), unproven_.end());
+  for (auto first = unproven_.begin(); first != unproven_.end();) {
+    const std::int64_t folder = *first / ArchiveFiles::kItemsPerFolder;
+    const auto behind =
+        std::lower_bound(first, unproven_.end(), (folder + 1) * ArchiveFiles::kItemsPerFolder);
+    const std::vector<std::string> listed = files_.NamesIn(folder);
+    const std::set<std::string> names(listed.begin(), listed.end());
+    for (const auto& [item, file] : store_.FilesOf(*first, *std::prev(behind))) {
+      if (!std::binary_search(first, behind, item) || names.contains(FileNameOf(item, file.name))) continue;
+      throw Failure(ErrorNumber::FileNotFound, files_.PathOf(item, file.name) + ": is gone from the archive");
+    }
+    first = behind;
+  }
+  unproven_.clear();
 }
 
 void ArchiveContent::Finish() {

@@ -3,12 +3,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "Host/Item.h"
+#include "Platform/Files.h"
 #include "Standalone/ArchiveFiles.h"
 #include "Standalone/ArchiveIndex.h"
 #include "Standalone/ArchiveStore.h"
@@ -53,6 +55,12 @@ class ArchiveContent {
   void SettleStep();
   void Settle();
 
+  // An item that was there already stands for one that came in.
+  void Confirm(std::int64_t number) { unproven_.push_back(number); }
+  // Proves that what came in since the last time can be reached under the archive's path: folder, database
+  // and files are still those that were opened, and each item's files are there. Raises what is wrong.
+  void Prove();
+
   // The next opening finds nothing to put in order.
   void Finish();
 
@@ -61,10 +69,19 @@ class ArchiveContent {
   void PutInOrder();
   void PutInOrder(std::int64_t folderNumber);
   const std::vector<std::int64_t>& Numbers();
+  void ProveLog();
+  void ProveFiles();
 
+  os::HeldFolder folder_;
   ArchiveFiles files_;
+  os::HeldFolder filesFolder_;
   ArchiveStore store_;
   ArchiveIndex index_;
+  const std::string databasePath_;
+  // SQLite holds both files, so no other gets these.
+  const std::optional<os::Identity> database_;
+  const std::optional<os::Identity> log_;
+  std::vector<std::int64_t> unproven_;  // numbers of items
   bool changeNoted_;
   std::unique_ptr<SqliteTransaction> deferred_;
   std::int64_t deferredItems_ = 0;

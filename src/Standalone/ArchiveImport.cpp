@@ -22,8 +22,13 @@ void ArchiveImport::ImportBegins(const LocationPtr& target, bool moves) {
 
 void ArchiveImport::MailDelivered(const MailPlace& mail, bool hidesPlace) {
   RunTally::MailDelivered(mail, hidesPlace);
-  const ItemPtr item = target_ == nullptr ? nullptr : target_->LastPasted();
+  const auto target = target_.lock();
+  const ItemPtr item = target == nullptr ? nullptr : target->LastPasted();
   if (item != nullptr && AsStandalone(item)->WasThere()) ++alreadyThere_;
+}
+
+void ArchiveImport::MarkingBegins(const std::string&) {
+  if (const auto archive = std::dynamic_pointer_cast<Archive>(target_.lock())) archive->Prove();
 }
 
 }  // namespace vorlent

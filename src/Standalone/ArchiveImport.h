@@ -11,7 +11,8 @@
 namespace vorlent {
 
 // Runs the component's import with the tally of it. Mails that stay in their mailboxes come in by portions,
-// as a crash costs nothing then that can't be imported again.
+// as a crash costs nothing then that can't be imported again. Before mails are marked as deleted, the archive
+// proves that it has them.
 class ArchiveImport : public RunTally {
  public:
   // Carries out what the host's wizard answers. A failure of the run rises.
@@ -22,9 +23,11 @@ class ArchiveImport : public RunTally {
 
   void ImportBegins(const LocationPtr& target, bool moves) override;
   void MailDelivered(const MailPlace& mail, bool hidesPlace) override;
+  void MarkingBegins(const std::string& mailbox) override;
 
  private:
-  std::shared_ptr<LocationBase> target_;
+  // Not held: whoever counts may outlive the host.
+  std::weak_ptr<LocationBase> target_;
   std::int64_t alreadyThere_ = 0;
   std::optional<Archive::Portions> portions_;
 };

@@ -224,6 +224,7 @@ void ArchiveItem::MergeWithTwins() {
     std::string keywords = Keywords();
     Become(std::move(twin));
     wasThere_ = true;
+    content->Confirm(number_);
     if (content->HeldItem(number_) == nullptr) content->Hold(number_, shared_from_this());
     while (!keywords.empty())
       AddKeyword(CutToken(keywords, ","));

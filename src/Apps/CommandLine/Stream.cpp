@@ -75,7 +75,8 @@ using UnmovedFiles = std::map<std::string, std::string, std::less<>>;
 
 // A mail that is kept in a folder of its own.
 struct KeptMail {
-  std::string record;  // with the files where they are now
+  std::string record;           // with the files where they are now
+  std::vector<fs::path> files;  // the record's own among them
   bool isWhole = true;
 };
 
@@ -106,6 +107,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
     if (!isNew) continue;
     if (FileExists(source)) {
       os::Rename(source, os::ToWindowsPath((folder / name->second).string()));
+      kept.files.push_back(folder / name->second);
     } else {
       kept.isWhole = false;
     }
@@ -113,6 +115,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
   TextWriter writer(os::ToWindowsPath((folder / kRecord).string()), os::File::Mode::Create);
   writer.Write(WithFilesIn("", names, record));
   writer.Close();
+  kept.files.push_back(folder / kRecord);
   kept.record = WithFilesIn(AddPathSep(os::ToWindowsPath(folder.string())), names, record);
   return kept;
 }
@@ -132,6 +135,15 @@ class StreamTally : public RunTally {
   void AttachmentUnmoved(std::string_view key, std::string_view path) override {
     unmoved_.emplace(key, path);
   }
+
+  // What was kept of the mailbox must be there still.
+  void MarkingBegins(const std::string&) override {
+    for (const fs::path& file : kept_) {
+      if (!fs::is_regular_file(file)) throw Failure(ErrorNumber::FileNotFound, file.string() + ": is gone");
+    }
+    kept_.clear();
+  }
+  void NoteKept(const std::vector<fs::path>& files) { kept_.insert(kept_.end(), files.begin(), files.end()); }
 
   // Those of the mail at hand.
   UnmovedFiles TakeUnmoved() { return std::exchange(unmoved_, {}); }
@@ -154,6 +166,7 @@ class StreamTally : public RunTally {
   };
   AtHand atHand_;
   UnmovedFiles unmoved_;
+  std::vector<fs::path> kept_;
 };
 
 // Keeps the mail at hand, and notes why it isn't there whole. The record with its files where they are now.
@@ -163,6 +176,7 @@ std::string KeepOrNote(const StandaloneItem& item, const std::string& record, co
   try {
     const KeptMail kept = Keep(item, record, parent, tally.TakeUnmoved());
     if (!kept.isWhole) tally.NoteLoss("a file of the mail is gone");
+    tally.NoteKept(kept.files);
     return kept.record;
   } catch (const Failure& failure) {
     tally.NoteLoss(failure.what());

@@ -102,6 +102,19 @@ std::optional<Identity> TryIdentify(std::string_view path) {
   return Identity{entry->status.st_dev, entry->status.st_ino};
 }
 
+HeldFolder::HeldFolder(std::string_view path) : path_(path) {
+  const std::string native = ToNativePath(path);
+  Descriptor folder(open(native.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  struct stat status;
+  Require(folder.Get() >= 0 && fstat(folder.Get(), &status) == 0, path);
+  identity_ = {status.st_dev, status.st_ino};
+  handle_ = folder.Release();
+}
+
+HeldFolder::~HeldFolder() {
+  close(static_cast<int>(handle_));
+}
+
 void WriteAttributes(std::string_view path, int attributes) {
   const auto [native, status] = FindEntry(path);
   const bool readOnly = (attributes & kReadOnly) != 0;
