@@ -32,7 +32,8 @@ class Ending(ProgramCase):
         self.temporary.mkdir()
 
     def environment(self, home=None):
-        return dict(super().environment(home), TMPDIR=str(self.temporary))
+        return dict(super().environment(home), TMPDIR=str(self.temporary), QT_QPA_PLATFORM="offscreen",
+                    XDG_RUNTIME_DIR=str(self.work))
 
     def fill(self, count):
         (self.samples / "Box").write_bytes(mails(count))
@@ -75,6 +76,22 @@ class Ending(ProgramCase):
             process = self.start_reading("--json")
             process.send_signal(number)
             self.assertEqual(self.finish(process), (code, "", ""))
+            self.assertEqual(self.left(), [])
+
+    def test_signals_end_the_wizard_that_waits_for_its_user(self):
+        archive = self.work / "archive"
+        for number, code in [(signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129)]:
+            process = self.start("wizard", "--target", str(archive))
+            while process.poll() is None and not ((archive / "archive.sqlite").exists() and self.is_asleep(process)):
+                time.sleep(0.01)
+            time.sleep(0.5)  # it opens its window
+            self.assertIsNone(process.poll())
+            process.send_signal(number)
+            try:
+                self.assertEqual(self.finish(process)[0], code)
+            finally:
+                process.kill()
+                process.wait()
             self.assertEqual(self.left(), [])
 
     def test_a_program_that_is_not_to_hear_of_closed_terminals_goes_on(self):

@@ -1,3 +1,4 @@
+#include "Apps/CommandLine/EndingSignals.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Apps/Wizard/WizardApp.h"
 
@@ -10,6 +11,7 @@ void DeclareWizard(CLI::App& command, Action& action) {
                   "Folder of an archive to offer as target; made if it isn't there")
       ->type_name("DIR")
       ->allow_extra_args(false);
+  options->isToEnd = [] { return EndingSignal() != 0; };
   command.callback([options, &action] {
     action = [options](Session&) { return static_cast<ExitCode>(RunWizardApp(*options)); };
   });

@@ -4,6 +4,7 @@
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMessageBox>
+#include <QTimer>
 #include <QTranslator>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +22,8 @@
 namespace vorlent {
 
 namespace {
+
+constexpr int kEndPause = 100;  // milliseconds between two looks whether the program shall end
 
 enum ExitCode { kDone = 0, kFailed = 1, kNoDisplay = 2, kUnreadable = 3, kCancelled = 130 };
 
@@ -79,13 +82,18 @@ class Installed {
 // The wizard with a host of its own, which stands in for the one installed while this lives.
 class WizardProgram {
  public:
-  WizardProgram()
+  explicit WizardProgram(const WizardAppOptions& options)
       : progress_([this]() -> std::atomic<bool>& { return host_->Global().CancelFlag(); }, nullptr),
         host_(std::make_shared<StandaloneHost>(progress_)),
         installed_(std::make_shared<wizard::QtPlatform>(), host_) {
     host_->SetDialogs(
         std::make_shared<wizard::QtDialogs>([this](const std::string& folder) { return OpenTarget(folder); },
                                             [this](const std::string&) { Prepare(); }));
+    if (!options.isToEnd) return;
+    QObject::connect(&endTimer_, &QTimer::timeout, [this, isToEnd = options.isToEnd] {
+      if (isToEnd()) End();
+    });
+    endTimer_.start(kEndPause);
   }
 
   // Opens the archive in a folder, which is offered from then on.
@@ -113,6 +121,12 @@ class WizardProgram {
     host_->Global().SetLogEnabled(true);
   }
 
+  // The run sees the flag after its mail. A window that opens behind it is closed by the next tick.
+  void End() {
+    host_->Global().CancelFlag() = true;
+    QApplication::closeAllWindows();
+  }
+
   // What failed, for the user; "" if nothing did.
   QString RunAction() {
     progress_.Watch(&import_.emplace());
@@ -138,13 +152,14 @@ class WizardProgram {
   std::optional<ArchiveImport> import_;  // the present or last one
   bool finished_ = false;                // the wizard, with a command
   int exitCode_ = kDone;
+  QTimer endTimer_;
 };
 
 }  // namespace
 
 int RunWizardApp(const WizardAppOptions& options) {
   const Application application;
-  WizardProgram program;
+  WizardProgram program(options);
   try {
     for (const std::string& folder : options.archives)
       program.OpenTarget(os::ToWindowsPath(folder));

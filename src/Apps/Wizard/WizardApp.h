@@ -1,6 +1,7 @@
 // The import wizard as a program of its own.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,9 @@ namespace vorlent {
 struct WizardAppOptions {
   // Folders of archives that are offered as targets, native paths; made where they aren't there yet.
   std::vector<std::string> archives;
+  // Whether the process was asked to end, by a signal for example; none if it never is. The windows close
+  // then as if the user did it, and an import that runs ends after the mail at hand.
+  std::function<bool()> isToEnd = {};
 };
 
 // Runs the wizard and the import that it asks for, with a host of its own, which stands in for the one

@@ -26,6 +26,7 @@
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/RecordingPlatform.h"
+#include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
 #include "UserScript.h"
 
@@ -518,6 +519,134 @@ TEST_F(WizardAppTest, TextsOfQtAreGerman) {
   });
   EXPECT_EQ(RunWizardApp({}), 130);
 }
+
+// --- Told to end ----------------------------------------------------------------------------------------
+
+class ToldToEndTest : public WizardAppTest {
+ protected:
+  // The pages up to the last, and on.
+  void MoveAll(WizardFrame& frame, const std::string& box) {
+    ChooseFile(frame, box);
+    Press(Qt::Key_Return);
+    PressAlt(Qt::Key_D);
+    GoOnToTheEnd(frame);
+  }
+
+  int Run() {
+    const int code = RunWizardApp({{folder.Native("Archiv").string()}, [this] { return told; }});
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
+    return code;
+  }
+
+  const std::filesystem::path temporary = os::ToNativePath(folder.MakeFolder("tmp"));
+  const ScopedEnvironment environment{"TMPDIR", temporary.c_str()};
+  // The user of these tests leaves all windows as they are from then on.
+  bool told = false;
+};
+
+TEST_F(ToldToEndTest, ThePagesClose) {
+  UserScript user;
+  user.In<WizardFrame>([this](WizardFrame&) { told = true; });
+  EXPECT_EQ(Run(), 130);
+}
+
+TEST_F(ToldToEndTest, AMessageClosesWithThePagesBelowIt) {
+  UserScript user;
+  user.In<WizardFrame>([](WizardFrame& frame) { Click(frame, "Next"); });
+  user.In<QMessageBox>([this](QMessageBox&) { told = true; });
+  EXPECT_EQ(Run(), 130);
+}
+
+TEST_F(ToldToEndTest, TheChoiceOfAFolderClosesWithThePagesBelowIt) {
+  const std::string box = ManyMails(1);
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    ChooseFile(frame, box);
+    Press(Qt::Key_Return);
+    PressAlt(Qt::Key_N);
+  });
+  user.In<QFileDialog>([this](QFileDialog&) { told = true; });
+  EXPECT_EQ(Run(), 130);
+}
+
+TEST_F(ToldToEndTest, TheQuestionBeforeAMoveIsAnsweredWithNo) {
+  const std::string box = ManyMails(1);
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) { MoveAll(frame, box); });
+  user.In<MoveQuestion>([this](MoveQuestion&) { told = true; });
+  EXPECT_EQ(Run(), 130);
+  EXPECT_THAT(Archived(), testing::IsEmpty());
+  EXPECT_THAT(folder.Read("many"), HasSubstr("X-Mozilla-Status: 0001\r\n"));
+}
+
+// What was imported until then is whole in the archive and marked in the mailbox, and nothing else is.
+void ExpectMovedUpTo(std::size_t count, const std::string& left) {
+  std::size_t number = 0;
+  const std::string key = "\r\nX-Mozilla-Status: ";
+  for (std::size_t at = 0; (at = left.find(key, at)) != std::string::npos; ++number) {
+    at += key.size();
+    ASSERT_EQ(left.substr(at, 4), number < count ? "0009" : "0001") << "mail " << number + 1;
+  }
+}
+
+TEST_F(ToldToEndTest, AMoveEndsAfterTheMailAtHand) {
+  constexpr int kMails = 6000;
+  const std::string box = ManyMails(kMails);
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) { MoveAll(frame, box); });
+  user.In<MoveQuestion>([](MoveQuestion& question) { Click(question, "Move"); });
+  user.In<ImportProgress>([this](ImportProgress&) {
+    EXPECT_FALSE(std::filesystem::is_empty(temporary));
+    told = true;
+  });
+  EXPECT_EQ(Run(), 130);
+  const std::vector<std::string> archived = Archived();
+  EXPECT_GE(archived.size(), 1U);
+  EXPECT_LT(archived.size(), static_cast<std::size_t>(kMails));
+  EXPECT_EQ(archived.back(), "mail " + std::to_string(archived.size()));
+  EXPECT_THAT(OfArchived([](const Item& item) { return ReadBytes(item.DataFile("File", 0)); }),
+              testing::Each(HasSubstr("\r\n\r\ntext\r\n")));
+  ExpectMovedUpTo(archived.size(), folder.Read("many"));
+}
+
+TEST_F(ToldToEndTest, TheQuestionWhetherToCancelClosesWithTheImport) {
+  const std::string box = ManyMails(6000);
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    ChooseFile(frame, box);
+    GoOnToTheEnd(frame);
+  });
+  user.In<ImportProgress>([](ImportProgress& progress) { Click(progress, "Cancel"); });
+  user.In<QMessageBox>([this](QMessageBox&) { told = true; });
+  EXPECT_EQ(Run(), 130);
+  const std::size_t archived = Archived().size();
+  EXPECT_GE(archived, 1U);
+  EXPECT_LT(archived, 6000U);
+}
+
+TEST_F(ToldToEndTest, TheResultCloses) {
+  const std::string box = ManyMails(2);
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    ChooseFile(frame, box);
+    GoOnToTheEnd(frame);
+  });
+  InResult(user, [this](ImportProgress&) { told = true; });
+  EXPECT_EQ(Run(), 130);
+  EXPECT_THAT(Archived(), ElementsAre("mail 1", "mail 2"));
+}
+
+TEST_F(ToldToEndTest, TheResultOfAFailureClosesAndDoesNotLeadBackToThePages) {
+  UserScript user;
+  user.In<WizardFrame>([&](WizardFrame& frame) {
+    ChooseFile(frame, folder.Native("nowhere").string());
+    GoOnToTheEnd(frame);
+  });
+  InResult(user, [this](ImportProgress&) { told = true; });
+  EXPECT_EQ(Run(), 1);
+}
+
+// --- The end of the program -----------------------------------------------------------------------------
 
 TEST_F(WizardAppTest, ArchiveThatCannotBeOpenedEndsTheProgram) {
   folder.Write("file", "");
