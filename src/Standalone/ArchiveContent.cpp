@@ -179,7 +179,9 @@ void ArchiveContent::ProveFiles() {
     const std::vector<std::string> listed = files_.NamesIn(folder);
     const std::set<std::string> names(listed.begin(), listed.end());
     for (const auto& [item, file] : store_.FilesOf(*first, *std::prev(behind))) {
-      if (!std::binary_search(first, behind, item) || names.contains(FileNameOf(item, file.name))) continue;
+      // A mail that lacks a file is known as such, and stays in its mailbox.
+      if (file.missing || !std::binary_search(first, behind, item)) continue;
+      if (names.contains(FileNameOf(item, file.name))) continue;
       throw Failure(ErrorNumber::FileNotFound, files_.PathOf(item, file.name) + ": is gone from the archive");
     }
     first = behind;
