@@ -119,13 +119,11 @@ void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::st
   // Only behind a closed path do the names that are asked for lie among those listed.
   const bool isListed = folder.ends_with('\\');
   for (const std::string& name : files) {
-    Swallow([&] {
-      const std::string file = Joined(folder, name);
-      if (isListed ? !summaries.StandBeside(name) : !FileExists(Joined(file, kSummary))) return;
-      const bool mayHaveEntries = !isListed || subfolders.StandBeside(name);
-      list.Add(
-          FolderEntry(prefix, name, folder, mayHaveEntries && FolderHasEntries(Joined(file, kSubfolders))));
-    });
+    const std::string file = Joined(folder, name);
+    if (isListed ? !summaries.StandBeside(name) : !FileExists(Joined(file, kSummary))) continue;
+    const bool mayHaveEntries = !isListed || subfolders.StandBeside(name);
+    list.Add(
+        FolderEntry(prefix, name, folder, mayHaveEntries && FolderHasEntries(Joined(file, kSubfolders))));
   }
 }
 
@@ -184,12 +182,12 @@ KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view 
   if (!FolderExists(folder)) return list;
   KeyedList<std::string> files;
   KeyedList<std::string> folders;
-  Swallow([&] { ListFolder(folder, &files, &folders, "*.*"); });
+  ListFolder(folder, &files, &folders, "*.*");
   const bool onDisks = prefix.find(kDisksMark) != std::string_view::npos;
   if (filter == kAll) {
     if (onDisks) {
       for (const std::string& name : folders) {
-        Swallow([&] { list.Add(FolderEntry(prefix, name, folder, FolderHasEntries(Joined(folder, name)))); });
+        list.Add(FolderEntry(prefix, name, folder, FolderHasEntries(Joined(folder, name))));
       }
     }
     AddMailboxes(list, prefix, folder, files, folders);

@@ -9,6 +9,7 @@
 #include "Connectors/Mozilla/ThunderbirdTree.h"
 #include "Platform/Failure.h"
 #include "Support/AsOrdinaryUser.h"
+#include "Support/DiskOperations.h"
 #include "Support/RecordingPlatform.h"
 
 namespace vorlent {
@@ -360,6 +361,33 @@ TEST_F(MailFoldersTest, FolderHasEntriesIfItHoldsAnything) {
   EXPECT_FALSE(FolderHasEntries(mail + "nowhere"));
   tree.Folder().Write("m/Drafts.sbd/.hidden", "");
   EXPECT_TRUE(FolderHasEntries(mail + "Drafts.sbd"));
+}
+
+// What the folder is made of is asked of the disk in steps that swallow their failures, each by itself.
+TEST_F(MailFoldersTest, NoFailureOfTheDiskRises) {
+  const std::string beside = tree.Folder().Path("m");
+  tree.Folder().Write("mRaw.msf", "");
+  tree.Folder().Write("mRaw.sbd/Sub", "");
+  struct Row {
+    const char* prefix;
+    std::string folder;
+    std::size_t entries;
+  };
+  for (const Row& row : {Row{"t://p/a/", mail, 2}, Row{"t://./C/", mail, 5}, Row{"t://p/a/", beside, 1},
+                         Row{"t://./C/", beside, 4}}) {
+    bool reached = true;
+    for (long number = 0; reached; ++number) {
+      const DiskFault fault({.calls = DiskCall::Open | DiskCall::Status | DiskCall::List, .number = number});
+      std::vector<std::string> found;
+      EXPECT_EQ(SwallowedNumber([&] { found = Entries(GetMailFolders(row.prefix, "*", row.folder)); }), 0);
+      EXPECT_LE(found.size(), row.entries);
+      reached = fault.WasReached();
+      if (!reached) {
+        EXPECT_EQ(found.size(), row.entries) << "without a failure";
+        EXPECT_GT(number, 2) << "the disk was asked";
+      }
+    }
+  }
 }
 
 // --- Keywords of a file
