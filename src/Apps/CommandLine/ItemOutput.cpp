@@ -5,13 +5,12 @@
 #include <algorithm>
 #include <functional>
 #include <nlohmann/json.hpp>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "Apps/CommandLine/EndingSignals.h"
 #include "Apps/CommandLine/Terminal.h"
 #include "Common/StdModul.h"
-#include "Common/Width.h"
+#include "Standalone/ItemFinder.h"
 
 namespace vorlent::app {
 
@@ -137,38 +136,12 @@ std::vector<StandaloneItemPtr> ItemsOf(Location& location) {
   return items;
 }
 
-namespace {
-
-// The items of a Location by their IDs and by their numbers.
-class ItemFinder {
- public:
-  explicit ItemFinder(Location& location) : items_(ItemsOf(location)) {
-    // Of several with one ID the first is meant.
-    for (const StandaloneItemPtr& item : items_)
-      byId_.emplace(DisplayUtf8(item->ID()), item);
-  }
-
-  StandaloneItemPtr Find(const std::string& wanted) const {
-    if (const auto found = byId_.find(wanted); found != byId_.end()) return found->second;
-    std::int32_t number = 0;
-    if (!Swallow([&] { number = ParseInt32(wanted); }) || number < 1) return nullptr;
-    const auto position = static_cast<std::size_t>(number);
-    return position <= items_.size() ? items_[position - 1] : nullptr;
-  }
-
- private:
-  std::vector<StandaloneItemPtr> items_;
-  std::unordered_map<std::string, StandaloneItemPtr> byId_;
-};
-
-}  // namespace
-
 StandaloneItemPtr FindItem(Location& location, const std::string& wanted) {
-  return ItemFinder(location).Find(wanted);
+  return ItemFinder(ItemsOf(location)).Find(wanted);
 }
 
 FoundItems FindItems(Location& location, const std::vector<std::string>& wanted) {
-  const ItemFinder finder(location);
+  const ItemFinder finder(ItemsOf(location));
   FoundItems found;
   std::unordered_set<StandaloneItemPtr> taken;
   for (const std::string& each : wanted) {
