@@ -11,12 +11,15 @@
 #include <unistd.h>
 
 #include <limits>
+#include <string>
+#include <utility>
 
 namespace {
 
 using vorlent::DiskCall;
 using vorlent::DiskPlan;
 using vorlent::DiskTrouble;
+using vorlent::DiskWatch;
 
 constexpr long kNever = std::numeric_limits<long>::max();
 
@@ -25,6 +28,9 @@ constinit DiskPlan planned = {};
 constinit char pathEnd[4096] = {};  // the plan's, of which the text may be gone
 constinit long callsSoFar = 0;
 constinit bool wasReached = false;
+
+constinit DiskCall watchedCalls = {};
+constinit const DiskWatch::Watcher* watcherOfCalls = nullptr;
 
 void Begin(const DiskPlan& plan) {
   callsSoFar = 0;
@@ -37,8 +43,12 @@ void End() {
   planned = {};
 }
 
+bool IsAmong(DiskCall call, DiskCall calls) {
+  return (static_cast<unsigned>(calls) & static_cast<unsigned>(call)) != 0;
+}
+
 bool IsPlanned(DiskCall call) {
-  return (static_cast<unsigned>(planned.calls) & static_cast<unsigned>(call)) != 0;
+  return IsAmong(call, planned.calls);
 }
 
 // Counts a call that the plan is about; true if it shall fail, with errno set.
@@ -52,19 +62,39 @@ bool FailsNow() {
   return true;
 }
 
+std::string_view PathOf(int fd, char (&path)[4096]) {
+  char link[32];
+  snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+  const ssize_t size = readlink(link, path, sizeof path);
+  return {path, size < 0 ? 0 : static_cast<std::size_t>(size)};
+}
+
+std::string_view PathOf(const char* path, const char (&)[4096]) {
+  return path;
+}
+
+template <class File>
+void TellWatcher(DiskCall call, File file) {
+  if (watcherOfCalls == nullptr || !IsAmong(call, watchedCalls)) return;
+  const int number = errno;
+  const DiskWatch::Watcher& watcher = *std::exchange(watcherOfCalls, nullptr);
+  char path[4096];
+  watcher(call, std::string(PathOf(file, path)));
+  watcherOfCalls = &watcher;
+  errno = number;
+}
+
 bool Fails(DiskCall call, const char* path) {
+  TellWatcher(call, path);
   return IsPlanned(call) && std::string_view(path).ends_with(planned.pathEnd) && FailsNow();
 }
 
 bool Fails(DiskCall call, int fd) {
+  TellWatcher(call, fd);
   if (!IsPlanned(call)) return false;
   if (planned.pathEnd.empty()) return FailsNow();
-  char link[32];
-  snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
   char path[4096];
-  const ssize_t size = readlink(link, path, sizeof path);
-  return size > 0 && std::string_view(path, static_cast<std::size_t>(size)).ends_with(planned.pathEnd) &&
-         FailsNow();
+  return PathOf(fd, path).ends_with(planned.pathEnd) && FailsNow();
 }
 
 template <class Result = int, class File, class... Arguments>
@@ -271,6 +301,15 @@ DiskCallCount::~DiskCallCount() {
 
 long DiskCallCount::Count() const {
   return callsSoFar;
+}
+
+DiskWatch::DiskWatch(DiskCall calls, Watcher watcher) : watcher_(std::move(watcher)) {
+  watchedCalls = calls;
+  watcherOfCalls = &watcher_;
+}
+
+DiskWatch::~DiskWatch() {
+  watcherOfCalls = nullptr;
 }
 
 }  // namespace vorlent

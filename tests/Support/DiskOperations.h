@@ -6,6 +6,8 @@
 
 #include <errno.h>
 
+#include <functional>
+#include <string>
 #include <string_view>
 
 namespace vorlent {
@@ -75,6 +77,20 @@ class DiskCallCount {
   DiskCallCount& operator=(const DiskCallCount&) = delete;
 
   long Count() const;
+};
+
+// Somebody who is called before each call of these kinds, with the native path of its file, as long as this
+// object lives, beside trouble or none. The calls that he makes himself aren't watched.
+class DiskWatch {
+ public:
+  using Watcher = std::function<void(DiskCall call, const std::string& path)>;
+  DiskWatch(DiskCall calls, Watcher watcher);
+  ~DiskWatch();
+  DiskWatch(const DiskWatch&) = delete;
+  DiskWatch& operator=(const DiskWatch&) = delete;
+
+ private:
+  Watcher watcher_;
 };
 
 }  // namespace vorlent

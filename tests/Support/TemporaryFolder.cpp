@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "Platform/CodePage.h"
@@ -39,7 +38,10 @@ void WriteNative(const fs::path& path, std::string_view bytes) {
 std::string ReadNative(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file || fs::is_directory(path)) throw std::runtime_error("test file can't be read: " + path.string());
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::string bytes(static_cast<std::size_t>(fs::file_size(path)), '\0');
+  if (!file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))
+    throw std::runtime_error("test file can't be read: " + path.string());
+  return bytes;
 }
 
 }  // namespace
