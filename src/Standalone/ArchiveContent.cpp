@@ -193,6 +193,12 @@ void ArchiveContent::Finish() {
   Settle();
   if (changeNoted_ && filesExpected_ == 0) store_.SetState(kOpen, 0);
   changeNoted_ = false;
+  if (os::TryIdentify(databasePath_) != database_) EmptyLog();
+}
+
+// SQLite leaves the log of a database that was replaced, and it would be taken for the other's.
+void ArchiveContent::EmptyLog() {
+  Swallow([&] { store_.Database().Execute("PRAGMA wal_checkpoint(TRUNCATE)"); });
 }
 
 void ArchiveContent::NoteChange() {

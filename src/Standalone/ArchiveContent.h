@@ -70,6 +70,7 @@ class ArchiveContent {
   void PutInOrder(std::int64_t folderNumber);
   const std::vector<std::int64_t>& Numbers();
   void ProveLog();
+  void EmptyLog();
   void ProveFiles();
 
   os::HeldFolder folder_;

@@ -93,6 +93,18 @@ TEST_F(ArchiveTest, ANewArchiveIsEmptyAndNamedByItsFolder) {
   EXPECT_FALSE(Archive::IsArchive(""));
 }
 
+TEST_F(ArchiveTest, ClosingLeavesADatabaseAloneThatTookThePlaceOfItsOwn) {
+  auto other = std::make_shared<Archive>(std::weak_ptr<StandaloneGlobal>());
+  other->Open(folder_.Path("other"));
+  other->PasteRecord("ID=other|Type=mail|Log=20100510080000");
+  other->Close();
+  archive_->PasteRecord("ID=own|Type=mail|Log=20100510080000");
+  std::filesystem::rename(folder_.Native("other/archive.sqlite"), folder_.Native("archive/archive.sqlite"));
+  Reopen();
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  EXPECT_EQ(archive_->ItemAt(1)->ID(), "other");
+}
+
 TEST_F(ArchiveTest, AnItemComesBackWithAllItsFieldsInOrder) {
   archive_->PasteRecord(
       "ID=1-a@b|Type=mail|Text=a\\|b\\nc|Keywords=Account=x,In\\\\box|DataFrom=Gr\xFC\xDF"
