@@ -82,12 +82,12 @@ def guards_in(folders):
     return guards
 
 
-def run(program, tests, variables):
+def run(program, tests, variables, timeout=None):
     command = [BUILD / "bin" / program, "--gtest_fail_fast", "--gtest_brief=0"]
     if tests is not None:
         command.append("--gtest_filter=" + ":".join(tests))
     try:
-        return subprocess.run(command, cwd=BUILD, env={**os.environ, **variables}, timeout=TIMEOUT,
+        return subprocess.run(command, cwd=BUILD, env={**os.environ, **variables}, timeout=timeout,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, errors="replace")
     except subprocess.TimeoutExpired:
         return None
@@ -112,7 +112,7 @@ def notices(guard, tests):
     """The first test that fails without the guard, or None."""
     for program, names in tests.items():
         for at in range(0, len(names), 50):
-            result = run(program, names[at:at + 50], {"GUARD_LEFT_OUT": guard})
+            result = run(program, names[at:at + 50], {"GUARD_LEFT_OUT": guard}, TIMEOUT)
             if result is None:
                 return "a test that hangs"
             if result.returncode != 0:

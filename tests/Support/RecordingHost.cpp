@@ -622,7 +622,10 @@ class RecordingHost::Objects : public HostObjects {
     return host_.LocationsMade.back();
   }
 
-  HostEnumPtr NewEnum() override { return std::make_shared<RecordingEnum>(host_); }
+  HostEnumPtr NewEnum() override {
+    host_.Log.Read("Host.NewEnum()");
+    return std::make_shared<RecordingEnum>(host_);
+  }
   HostDatabasePtr NewDatabase() override { return host_.MakeDatabase(); }
   HostGlobal& Global() override { return host_.Global; }
   HostDialogs& Dialogs() override { return host_.Dialogs; }

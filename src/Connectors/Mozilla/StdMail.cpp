@@ -80,7 +80,8 @@ bool StdMail::IsFileEnd() {
 std::string_view StdMail::ReadStreamLine() {
   if (!pending_.IsEmpty()) return pending_.CutLine();
   std::string_view line;
-  if (!IsFileEnd()) Swallow([&] { line = stream_.ReadLine(); });
+  // Behind a place that can't be read there is no end to be found, so the text ends here.
+  if (!IsFileEnd() && !Swallow([&] { line = stream_.ReadLine(); })) stream_ = LineFile();
   return line;
 }
 

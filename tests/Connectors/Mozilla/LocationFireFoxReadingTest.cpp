@@ -615,6 +615,11 @@ TEST_F(SubKeywords, FailedInitIsPassedOver) {
   EXPECT_EQ(connector_->GetSubKeywords(expression_)->Item(1), "below Menu");
 }
 
+TEST_F(SubKeywords, HostWithoutEnumerationsGivesNothing) {
+  host_.Log.FailOn("Host.NewEnum");
+  EXPECT_EQ(connector_->GetSubKeywords(expression_), nullptr);
+}
+
 TEST_F(SubKeywords, FailedQuestionGivesNothing) {
   host_.Log.FailOn("Enum.SubKeywords");
   EXPECT_EQ(connector_->GetSubKeywords(expression_), nullptr);

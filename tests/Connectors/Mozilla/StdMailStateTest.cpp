@@ -1,4 +1,7 @@
 // What a mail leaves behind in the reader, and what a disk that refuses leaves of a mail.
+#include <filesystem>
+#include <fstream>
+
 #include "Connectors/Mozilla/StdMailTest.h"
 #include "Support/DiskOperations.h"
 
@@ -131,6 +134,61 @@ TEST_F(StdMailStateTest, AMailIsMarkedThoughTheMailboxCannotBeClosed) {
   }
   EXPECT_THAT(Mailbox(), testing::HasSubstr("From - 1\r\nX-Mozilla-Status: 0009\r\n"));
   EXPECT_FALSE(folder_.Exists("Inbox.msf"));
+}
+
+// The first look at a small mailbox reads all of it, by a call for its bytes and one for the end. The next,
+// for what is behind its last line, fails.
+constexpr DiskPlan kBadPlaceAtTheEnd = {
+    .calls = DiskCall::Read, .number = 2, .trouble = DiskTrouble::FromHere, .pathEnd = "/Inbox"};
+
+TEST_F(StdMailStateTest, AMailboxThatBreaksOffWhereNoMailIsHasNoMail) {
+  OpenLines("no mail\n");
+  const DiskFault fault(kBadPlaceAtTheEnd);
+  EXPECT_FALSE(mail_.ReadHeader(false));
+  EXPECT_TRUE(fault.WasReached());
+}
+
+TEST_F(StdMailStateTest, AMailThatIsBroughtOutEndsWhereItCannotBeRead) {
+  OpenLines("From - 1\nX-Mozilla-Status: 0001\n\none\ntwo\nbehind the last\n", -1);
+  const DiskFault fault(kBadPlaceAtTheEnd);
+  EXPECT_TRUE(mail_.ReadStream());
+  EXPECT_TRUE(fault.WasReached());
+  EXPECT_THAT(Texts(mail_.BodyLines()), ElementsAre("one", "two"));
+  EXPECT_FALSE(mail_.ReadStream());
+}
+
+TEST_F(StdMailStateTest, ASearchForALivingMailEndsWhereItCannotRead) {
+  OpenLines("From - 1\nX-Mozilla-Status: 0009\n\none\nlast\n");
+  const DiskFault fault(kBadPlaceAtTheEnd);
+  EXPECT_FALSE(mail_.ReadStream());
+  EXPECT_TRUE(fault.WasReached());
+}
+
+TEST_F(StdMailStateTest, AMailThatCannotBeReadOrWrittenStaysAndItsSummaryGoes) {
+  for (const DiskCall call : {DiskCall::Read, DiskCall::Write}) {
+    folder_.Write("Inbox", Crlf(kTwoMails));
+    folder_.Write("Inbox.msf", "");
+    {
+      const DiskFault fault({.calls = call, .trouble = DiskTrouble::FromHere, .pathEnd = "/Inbox"});
+      EXPECT_EQ(mail_.DeleteMail(0), Marking::Unreadable);
+      EXPECT_TRUE(fault.WasReached());
+    }
+    EXPECT_EQ(Mailbox(), Crlf(kTwoMails));
+    EXPECT_FALSE(folder_.Exists("Inbox.msf"));
+  }
+}
+
+TEST_F(StdMailStateTest, AMailIsReadToItsEndBehindTheLastPlaceThatCanBeNamed) {
+  constexpr std::int32_t kStart = 2147483600;
+  const std::string header = Crlf("From - 1\nSubject: a\n\n");
+  std::string body;
+  while (body.size() < 200)
+    body += "line\r\n";
+  folder_.Write("Inbox", "");
+  std::filesystem::resize_file(folder_.Native("Inbox"), kStart);
+  std::ofstream(folder_.Native("Inbox"), std::ios::binary | std::ios::app) << header << body;
+  EXPECT_TRUE(mail_.ReadHeaderAt(kStart));
+  EXPECT_EQ(mail_.ReadCount(), static_cast<double>(header.size() + body.size()));
 }
 
 }  // namespace
