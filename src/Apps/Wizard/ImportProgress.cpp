@@ -25,12 +25,15 @@ QString Duration(qint64 milliseconds) {
   return QString("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar('0'));
 }
 
-QString SumOf(const RunTally& tally) {
-  QString sum = QString("%1 Mails importiert").arg(tally.Delivered());
-  if (tally.Expunged() > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(tally.Expunged());
-  if (!tally.Failed().empty()) sum += QString(", %1 gescheitert").arg(tally.Failed().size());
-  if (!tally.Unmarked().empty())
-    sum += QString(", %1 nicht als gelöscht markiert").arg(tally.Unmarked().size());
+QString SumOf(const ArchiveImport& import) {
+  const std::int64_t there = import.AlreadyThere();
+  QString sum = QString("%1 Mails importiert").arg(import.Delivered() - there);
+  if (there > 0)
+    sum += QString(there == 1 ? ", %1 war schon im Archiv" : ", %1 waren schon im Archiv").arg(there);
+  if (import.Expunged() > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(import.Expunged());
+  if (!import.Failed().empty()) sum += QString(", %1 gescheitert").arg(import.Failed().size());
+  if (!import.Unmarked().empty())
+    sum += QString(", %1 nicht als gelöscht markiert").arg(import.Unmarked().size());
   return sum;
 }
 
@@ -192,17 +195,17 @@ void ImportProgress::ShowRate() {
 
 // --- The end --------------------------------------------------------------------------------------------
 
-bool ImportProgress::ShowResult(const RunTally& tally, const QString& failure) {
+bool ImportProgress::ShowResult(const ArchiveImport& import, const QString& failure) {
   End();
-  for (const auto& [mail, reason] : tally.Failed())
+  for (const auto& [mail, reason] : import.Failed())
     log_->appendPlainText(LineOf(mail, WithNativePaths(reason)));
-  for (const auto& [mail, why] : tally.Unmarked())
+  for (const auto& [mail, why] : import.Unmarked())
     log_->appendPlainText(LineOf(mail, "nicht als gelöscht markiert: " + GermanReasonOf(why)));
   if (failure.isEmpty()) {
     if (!cancelFlag_()) percent_ = 100;
-    status_->setText(SumOf(tally) + (cancelFlag_() ? ", dann abgebrochen." : "."));
+    status_->setText(SumOf(import) + (cancelFlag_() ? ", dann abgebrochen." : "."));
   } else {
-    log_->appendPlainText(SumOf(tally) + ", dann gescheitert.");
+    log_->appendPlainText(SumOf(import) + ", dann gescheitert.");
     status_->setText("Der Import ist gescheitert: " + failure);
   }
   ShowHowFar();

@@ -13,8 +13,8 @@
 #include <string_view>
 
 #include "Apps/Wizard/LogView.h"
+#include "Standalone/ArchiveImport.h"
 #include "Standalone/HostObserver.h"
-#include "Standalone/RunTally.h"
 
 namespace vorlent::wizard {
 
@@ -43,7 +43,7 @@ class ImportProgress : public QDialog, public HostObserver {
   // The run ended, by itself or with a failure (a text for the user, else empty): shows what became of every
   // mail. Waits until the window is closed; true if the user wants to go back to the wizard, which a failure
   // offers.
-  bool ShowResult(const RunTally& tally, const QString& failure);
+  bool ShowResult(const ArchiveImport& import, const QString& failure);
 
   // Asks whether to stop while the run is on, and closes the window after it.
   void reject() override;

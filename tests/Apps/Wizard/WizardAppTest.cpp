@@ -276,6 +276,30 @@ TEST_F(WizardAppTest, MovedMailsAreInTheArchiveAndMarkedInTheMailbox) {
   EXPECT_THAT(left, testing::Not(HasSubstr("X-Mozilla-Status: 0001\r\n")));
 }
 
+TEST_F(WizardAppTest, ResultTellsHowManyMailsWereInTheArchiveAlready) {
+  const std::string box = ManyMails(1);
+  const auto importBox = [&] {
+    std::string sum;
+    UserScript user;
+    user.In<WizardFrame>([&](WizardFrame& frame) {
+      ChooseFile(frame, box);
+      GoOnToTheEnd(frame);
+    });
+    InResult(user, [&](ImportProgress& progress) {
+      sum = Find<QLabel>(progress, "Status").text().toStdString();
+      Press(Qt::Key_Return);
+    });
+    EXPECT_EQ(RunWizardApp(WithArchive()), 0);
+    return sum;
+  };
+  EXPECT_EQ(importBox(), "1 Mails importiert.");
+  folder.Write("many",
+               "From - x\r\nX-Mozilla-Status: 0001\r\nSubject: new\r\n\r\n\r\n" + folder.Read("many"));
+  EXPECT_EQ(importBox(), "1 Mails importiert, 1 war schon im Archiv.");
+  EXPECT_EQ(importBox(), "0 Mails importiert, 2 waren schon im Archiv.");
+  EXPECT_THAT(Archived(), ElementsAre("mail 1", "new"));
+}
+
 TEST_F(WizardAppTest, NewArchiveIsChosenOnPageThree) {
   const std::string box = ManyMails(2);
   UserScript user;
