@@ -1,0 +1,215 @@
+// Measures work that once grew with the square of its input: each piece with its input and with twice as
+// much. Exits with 1 if the double takes more than 2.5 times as long.
+//
+//   bench_Growth [--rounds N]   the best of so many rounds counts (9)
+#include <stdlib.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Common/StdModul.h"
+#include "Connectors/Mozilla/StdMail.h"
+#include "Connectors/Mozilla/ThunderbirdTree.h"
+#include "Host/HostObjects.h"
+#include "Measuring.h"
+#include "Platform/Posix/PathMapping.h"
+#include "Standalone/ItemFinder.h"
+#include "Standalone/StandaloneHost.h"
+#include "Support/TemporaryFolder.h"
+
+namespace vorlent {
+namespace {
+
+constexpr double kAllowedGrowth = 2.5;
+
+using Work = std::function<void()>;
+
+// What a benchmark finds must be what it made, or its time tells nothing.
+void Require(bool isTrue, const char* what) {
+  if (isTrue) return;
+  std::fprintf(stderr, "%s\n", what);
+  std::exit(2);
+}
+
+// --- The pieces of work, each on files and objects of its own -------------------------------------------
+
+std::string MailHeader(int number = 1) {
+  return "From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nFrom: Anna <anna@example.org>\r\n"
+         "Date: Sun, 09 May 2010 14:30:05 +0200\r\nSubject: many\r\nMessage-ID: <" +
+         std::to_string(number) + "@example.org>\r\n";
+}
+
+struct MailFolder {
+  explicit MailFolder(const std::string& bytes)
+      : mailbox(folder.Write("Inbox", bytes)), prefix(folder.MakeFolder("tmp") + "\\") {}
+
+  TemporaryFolder folder;
+  std::string mailbox;
+  std::string prefix;
+};
+
+Work SplitAttachments(int count) {
+  std::string mail =
+      MailHeader() + "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";
+  for (int i = 1; i <= count; ++i) {
+    mail +=
+        "--b\r\nContent-Type: application/pdf\r\nContent-Transfer-Encoding: base64\r\n"
+        "Content-Disposition: attachment; filename=\"report " +
+        std::to_string(i) + ".pdf\"\r\n\r\nAAAA\r\n";
+  }
+  const auto place = std::make_shared<MailFolder>(mail + "--b--\r\n\r\n");
+  return [place, count] {
+    StdMail reader;
+    reader.SetMailboxFile(place->mailbox);
+    reader.Setmailtmppfad(place->prefix);
+    reader.InitStream();
+    Require(reader.ReadHeader(true), "the mail wasn't found");
+    const std::string record = reader.GetData("", true);
+    Require(record.find("report " + std::to_string(count) + ".pdf") != std::string::npos,
+            "not all attachments were found");
+    Require(reader.WriteFailure().empty(), "not all attachments were written");
+    reader.DeleteLastTempfiles();
+  };
+}
+
+Work ReadMailboxes(int count) {
+  const auto tree = std::make_shared<ThunderbirdTree>();
+  tree->AddProfile("p", {"a"});
+  for (int i = 0; i < count; ++i)
+    tree->AddMailbox("p", "a", "Box " + std::to_string(i), MailHeader(i) + "\r\ntext\r\n\r\n");
+  return [tree, count] {
+    os::SetAppDataFolder(tree->Folder().Native().string());
+    HostObserver nobody;
+    const auto host = std::make_shared<StandaloneHost>(nobody);
+    const auto before = HostObjects::Install(host);
+    const StandaloneLocationPtr location = host->MakeLocation();
+    location->Open("thunderbird://p/a");
+    location->Load();
+    Require(location->ItemCount() == count, "not all mailboxes were read");
+    location->Close();
+    HostObjects::Install(before);
+    os::SetAppDataFolder("");
+  };
+}
+
+Work ReadHeaders(int count) {
+  constexpr int kBits = 16;
+  std::string mail = MailHeader();
+  for (int i = 0; i < count; ++i) {
+    for (int bit = 0; bit < kBits; ++bit)
+      mail += (i >> bit) % 2 == 0 ? '@' : '`';
+    mail += ": x\r\n";
+  }
+  const auto place = std::make_shared<MailFolder>(mail + "\r\ntext\r\n\r\n");
+  return [place, count] {
+    StdMail reader;
+    reader.SetMailboxFile(place->mailbox);
+    reader.Setmailtmppfad(place->prefix);
+    reader.InitStream();
+    Require(reader.ReadHeader(false), "the mail wasn't found");
+    Require(reader.Headers()->Count() > count, "not all headers were found");
+  };
+}
+
+Work ResolveMissingPath(int names) {
+  const auto folder = std::make_shared<TemporaryFolder>();
+  std::string path = folder->Path("missing");
+  std::string native = folder->Native("missing").string();
+  for (int i = 0; i < names; ++i) {
+    path += "\\a";
+    native += "/a";
+  }
+  return [folder, path, native] {
+    // Once is too short for the clock.
+    for (int i = 0; i < 20; ++i) {
+      Require(!FileExists(path), "the path is there");
+      Require(os::ToNativePath(path) == native, "the path didn't stay as written");
+    }
+  };
+}
+
+Work LookUpItems(int count) {
+  const auto idOf = [](int i) { return "20260112081528-" + std::to_string(i) + "@example.org"; };
+  std::vector<StandaloneItemPtr> items;
+  for (int i = 0; i < count; ++i) {
+    items.push_back(std::make_shared<StandaloneItem>());
+    items.back()->SetID(idOf(i));
+  }
+  return [items, idOf] {
+    // Few, as a cache that holds n and not 2n would be measured else, and so more than once.
+    for (int round = 0; round < 10; ++round) {
+      const ItemFinder finder(items);
+      for (std::size_t i = 0; i < items.size(); ++i)
+        Require(finder.Find(idOf(static_cast<int>(i))) == items[i], "not all items were found");
+    }
+  };
+}
+
+// --- Measuring ------------------------------------------------------------------------------------------
+
+struct Piece {
+  const char* name;
+  int size;
+  Work (*prepare)(int size);
+};
+
+constexpr Piece kPieces[] = {
+    {"attachments in one mail, split", 1'500, SplitAttachments},
+    {"mailboxes in one folder, found and read", 2'000, ReadMailboxes},
+    {"header names of @ and grave accents, read", 10'000, ReadHeaders},
+    {"names in a path that isn't there, resolved", 12'500, ResolveMissingPath},
+    {"items, each looked up by its ID", 2'000, LookUpItems},
+};
+
+double Seconds(const Piece& piece, int size) {
+  const Work work = piece.prepare(size);
+  return Timed(work).processor;
+}
+
+bool Measure(const Piece& piece, int rounds) {
+  double single = 1e9;
+  double twice = 1e9;
+  for (int round = 0; round <= rounds; ++round) {
+    const double once = Seconds(piece, piece.size);
+    const double both = Seconds(piece, 2 * piece.size);
+    // No other finds the memory as untouched as the first.
+    if (round == 0) continue;
+    single = std::min(single, once);
+    twice = std::min(twice, both);
+  }
+  const bool kept = twice <= kAllowedGrowth * single;
+  std::printf("%-44s %7d %9.1f %9.1f %7.2f   %s\n", piece.name, piece.size, single * 1000, twice * 1000,
+              twice / single, kept ? "ok" : "MISSED");
+  return kept;
+}
+
+int Run(int rounds) {
+  std::printf("%-44s %7s %9s %9s %7s   at most %.1f\n", "milliseconds of processor time", "n", "of n",
+              "of 2n", "factor", kAllowedGrowth);
+  bool kept = true;
+  for (const Piece& piece : kPieces)
+    kept &= Measure(piece, rounds);
+  return kept ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace vorlent
+
+int main(int argc, char** argv) {
+  int rounds = 9;
+  if (argc == 3 && std::string(argv[1]) == "--rounds") {
+    rounds = std::max(1, std::atoi(argv[2]));
+  } else if (argc != 1) {
+    std::fprintf(stderr, "usage: %s [--rounds N]\n", argv[0]);
+    return 2;
+  }
+  // A disk's own time for thousands of small files isn't what is measured.
+  if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 0);
+  return vorlent::Run(rounds);
+}
