@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <optional>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "Common/StdHttp.h"
@@ -37,20 +39,55 @@ std::int32_t IdOf(const SqliteRow& row) {
   return ToInt32(ReadNumber(row.Item(1)));
 }
 
-// The folders that a walk stands in, the innermost last. Each holds its rows while those below it are read.
-template <class Folder>
-class FolderStack {
+// A walk over a folder and all folders below it that are to be entered, each read by a statement of its own.
+// The visitor tells which they are:
+//
+//   Place              what there is to know of a folder that the walk stands in
+//   Statement(id)      the statement by which a folder is read
+//   Visit(place, row)  what becomes of a row of that folder; gives the row's own place if the walk is to
+//                      enter it as a folder
+template <class Visitor>
+class FolderWalk {
  public:
-  bool IsEmpty() const { return folders_.empty(); }
-  Folder& Innermost() { return folders_.back(); }
+  using Place = typename Visitor::Place;
+
+  FolderWalk(qzelSQLite& database, Visitor& visitor) : database_(database), visitor_(visitor) {}
+
+  // False if a statement failed.
+  bool Run(std::int32_t id, Place place) {
+    if (!Enter(id, std::move(place))) return false;
+    while (!folders_.empty()) {
+      Folder& folder = folders_.back();
+      const SqliteRow* row = folder.NextRow();
+      if (row == nullptr) {
+        Leave();
+      } else if (std::optional<Place> below = visitor_.Visit(folder.place, *row)) {
+        if (!Enter(IdOf(*row), *std::move(below))) return false;
+      }
+    }
+    return true;
+  }
+
+ private:
+  // A folder that the walk stands in holds its rows while those below it are read.
+  struct Folder {
+    std::int32_t id;
+    Place place;
+    std::shared_ptr<const KeyedList<SqliteRow>> rows;
+    std::int32_t passed = 0;
+
+    // The next row, null after the last.
+    const SqliteRow* NextRow() { return passed < rows->Count() ? &rows->Item(++passed) : nullptr; }
+  };
 
   // A folder that the walk stands in already raises: a damaged table would lead round in a circle for ever.
-  void Enter(Folder folder) {
-    if (!ids_.insert(folder.id).second) {
-      throw Failure(kOutOfStackSpace,
-                    "moz_bookmarks: folder " + std::to_string(folder.id) + " lies within itself");
+  bool Enter(std::int32_t id, Place place) {
+    if (!database_.execute(Visitor::Statement(id))) return false;
+    if (!ids_.insert(id).second) {
+      throw Failure(kOutOfStackSpace, "moz_bookmarks: folder " + std::to_string(id) + " lies within itself");
     }
-    folders_.push_back(std::move(folder));
+    folders_.push_back({id, std::move(place), database_.Rows()});
+    return true;
   }
 
   void Leave() {
@@ -58,18 +95,10 @@ class FolderStack {
     folders_.pop_back();
   }
 
- private:
-  std::vector<Folder> folders_;
+  qzelSQLite& database_;
+  Visitor& visitor_;
+  std::vector<Folder> folders_;  // the innermost last: a stack of its own, so that no depth is too great
   std::unordered_set<std::int32_t> ids_;
-};
-
-struct OpenFolder {
-  std::int32_t id;
-  std::shared_ptr<const KeyedList<SqliteRow>> rows;
-  std::int32_t passed = 0;
-
-  // The next row, null behind the last.
-  const SqliteRow* NextRow() { return passed < rows->Count() ? &rows->Item(++passed) : nullptr; }
 };
 
 // What a row tells. It is kept as a text of four lines, so a line feed inside a title ends it, and moves each
@@ -130,93 +159,106 @@ void AppendStep(std::string& address, std::string_view title) {
   address += '/';
 }
 
+// Looks for the folders called `token` in the folder of address `target`, or for all there by the token "*".
+class SubFolderSearch {
+ public:
+  struct Place {
+    std::size_t addressLength;
+    bool first;
+  };
+
+  SubFolderSearch(KeyedList<std::string>& list, std::string_view target, std::string_view token,
+                  std::string_view current)
+      : list_(list), target_(target), token_(token), address_(current) {}
+
+  static std::string Statement(std::int32_t id) { return FoldersIn(id); }
+
+  std::optional<Place> Visit(const Place& at, const SqliteRow& row) {
+    address_.resize(at.addressLength);
+    const std::string title = Utf8Decode(row.Item(2));
+    if (at.first || address_ != target_) {
+      if (!at.first) AppendStep(address_, title);
+      return Place{address_.size(), false};
+    }
+    if (token_ == "*" || token_ == title) {
+      std::string entry = token_ == "*" ? (title.empty() ? "-" : title) + "\n" : std::string();
+      entry += target_;
+      AppendStep(entry, title);
+      list_.Add(std::move(entry));
+    }
+    return std::nullopt;
+  }
+
+ private:
+  KeyedList<std::string>& list_;
+  const std::string_view target_, token_;
+  std::string address_;  // of the innermost folder
+};
+
+// Makes nodes of folders and items of bookmarks.
+class BookmarkReading {
+ public:
+  struct Place {
+    std::int16_t level;
+    TreePtr node;
+    std::size_t keywordsLength;
+    std::string_view token;  // the only title that is followed, "" for all
+    std::string_view path;   // what comes after it
+  };
+
+  BookmarkReading(Location_FireFox& connector, std::string_view keywords)
+      : connector_(connector), keywords_(keywords) {}
+
+  static std::string Statement(std::int32_t id) { return EverythingIn(id); }
+
+  // The place of a folder in which all titles are followed.
+  Place Top(std::int16_t level, const TreePtr& node, std::string_view path) const {
+    return {level, node, keywords_.size(), "", path};
+  }
+
+  // The place of a folder in which the first step of the path is followed.
+  Place OnPath(std::int16_t level, const TreePtr& node, std::string_view path) const {
+    const std::size_t end = std::min(path.find('/'), path.size());
+    return {level, node, keywords_.size(), path.substr(0, end), path.substr(std::min(end + 1, path.size()))};
+  }
+
+  std::optional<Place> Visit(const Place& at, const SqliteRow& fields) {
+    keywords_.resize(at.keywordsLength);
+    row_.Read(fields);
+    if (row_.type == kBookmark && at.level >= 1 && at.token.empty() &&
+        !(row_.title.empty() && row_.url.empty())) {
+      WriteUrlRecord(record_, row_, keywords_);
+      connector_.PasteItem(record_, false);
+    } else if (row_.type == kFolder && (at.token.empty() || at.token == row_.title)) {
+      const TreePtr child = at.node->AddChild(row_.title, row_.title);
+      if (!keywords_.empty()) keywords_ += ',';
+      keywords_ += row_.title;
+      return OnPath(ToInt16(at.level + 1), child, at.path);
+    }
+    return std::nullopt;
+  }
+
+ private:
+  Location_FireFox& connector_;
+  std::string keywords_;  // of the innermost folder
+  BookmarkRow row_;
+  std::string record_;
+};
+
 }  // namespace
 
 bool Location_FireFox::CollectSubFolders(std::int32_t id, KeyedList<std::string>& list,
                                          std::string_view target, std::string_view token,
                                          std::string_view current, bool first) {
-  struct Folder : OpenFolder {
-    std::size_t addressLength;
-    bool first;
-  };
-  FolderStack<Folder> folders;
-  std::string address(current);  // of the innermost folder
-  const auto enter = [&](std::int32_t folder, bool isFirst) {
-    if (!database_->execute(FoldersIn(folder))) return false;
-    folders.Enter({{folder, database_->Rows()}, address.size(), isFirst});
-    return true;
-  };
-
-  if (!enter(id, first)) return false;
-  while (!folders.IsEmpty()) {
-    Folder& folder = folders.Innermost();
-    address.resize(folder.addressLength);
-    const SqliteRow* row = folder.NextRow();
-    if (row == nullptr) {
-      folders.Leave();
-      continue;
-    }
-    const std::string title = Utf8Decode(row->Item(2));
-    if (folder.first || address != target) {
-      if (!folder.first) AppendStep(address, title);
-      if (!enter(IdOf(*row), false)) return false;
-    } else if (token == "*" || token == title) {
-      std::string entry = token == "*" ? (title.empty() ? "-" : title) + "\n" : std::string();
-      entry += target;
-      AppendStep(entry, title);
-      list.Add(std::move(entry));
-    }
-  }
-  return true;
+  SubFolderSearch search(list, target, token, current);
+  return FolderWalk(*database_, search).Run(id, {current.size(), first});
 }
 
 bool Location_FireFox::ReadFolder(std::int32_t id, std::string_view keywords, std::int16_t level,
                                   const TreePtr& node, std::string_view path, bool first) {
-  struct Folder : OpenFolder {
-    std::int16_t level;
-    TreePtr node;
-    std::size_t keywordsLength;
-    std::string_view token;  // the only title that is followed, "" for all
-    std::string_view path;   // behind it
-  };
-  FolderStack<Folder> folders;
-  BookmarkRow row;
-  std::string record;
-  std::string joined(keywords);  // of the innermost folder
-  const auto enter = [&](std::int32_t folder, std::int16_t itsLevel, const TreePtr& itsNode,
-                         std::string_view token, std::string_view rest) {
-    if (!database_->execute(EverythingIn(folder))) return false;
-    folders.Enter({{folder, database_->Rows()}, itsLevel, itsNode, joined.size(), token, rest});
-    return true;
-  };
-  const auto enterBelow = [&](std::int32_t folder, std::int16_t itsLevel, const TreePtr& itsNode,
-                              std::string_view rest) {
-    const std::size_t end = std::min(rest.find('/'), rest.size());
-    return enter(folder, itsLevel, itsNode, rest.substr(0, end), rest.substr(std::min(end + 1, rest.size())));
-  };
-
-  if (!(first ? enter(id, level, node, "", path) : enterBelow(id, level, node, path))) return false;
-  while (!folders.IsEmpty()) {
-    Folder& folder = folders.Innermost();
-    joined.resize(folder.keywordsLength);
-    const SqliteRow* next = folder.NextRow();
-    if (next == nullptr) {
-      folders.Leave();
-      continue;
-    }
-    row.Read(*next);
-    if (row.type == kBookmark && folder.level >= 1 && folder.token.empty() &&
-        !(row.title.empty() && row.url.empty())) {
-      WriteUrlRecord(record, row, joined);
-      PasteItem(record, false);
-    } else if (row.type == kFolder && (folder.token.empty() || folder.token == row.title)) {
-      const TreePtr child = folder.node->AddChild(row.title, row.title);
-      if (!joined.empty()) joined += ',';
-      joined += row.title;
-      if (!enterBelow(IdOf(*next), ToInt16(folder.level + 1), child, folder.path)) return false;
-    }
-  }
-  return true;
+  BookmarkReading reading(*this, keywords);
+  return FolderWalk(*database_, reading)
+      .Run(id, first ? reading.Top(level, node, path) : reading.OnPath(level, node, path));
 }
 
 }  // namespace vorlent
