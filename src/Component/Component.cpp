@@ -6,6 +6,7 @@
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Location_Sunbird.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/WizardImport.h"
 #include "Platform/CodePage.h"
@@ -20,11 +21,11 @@ ObjectPtr Make() {
 }
 
 constexpr ComponentClass kClasses[] = {
-    {"VorlentMozilla.Location_Thunderbird", "{229D05C1-7126-420E-ACB6-70458A7FC236}",
+    {kThunderbirdScheme.progId, "{229D05C1-7126-420E-ACB6-70458A7FC236}",
      "{B23BB2D4-CF75-454F-883E-4216814B82D5}", Make<Location_Thunderbird>},
-    {"VorlentMozilla.Location_FireFox", "{73648EA2-7614-47E8-B577-8C09A1123062}",
+    {kFireFoxScheme.progId, "{73648EA2-7614-47E8-B577-8C09A1123062}",
      "{AD509209-FC57-4CEF-AD9D-9D379B6DF351}", Make<Location_FireFox>},
-    {"VorlentMozilla.Location_Sunbird", "{9BFEE0EE-F0C5-462B-B151-2C7901932CC5}",
+    {kSunbirdScheme.progId, "{9BFEE0EE-F0C5-462B-B151-2C7901932CC5}",
      "{B83DA60F-7A4C-4F14-89B3-DD1C8F520314}", Make<Location_Sunbird>},
     {"VorlentMozilla.Actions", "{24F4E411-5F6F-48A9-9F61-61E6607AD71E}",
      "{D4FCC313-4A06-4523-9B47-492FD99BB427}", Make<Actions>},

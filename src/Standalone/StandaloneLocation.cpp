@@ -1,35 +1,11 @@
 #include "Standalone/StandaloneLocation.h"
 
-#include <array>
-
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Platform/CodePage.h"
 #include "Standalone/StandaloneGlobal.h"
 
 namespace vorlent {
-
-namespace {
-
-struct Scheme {
-  std::string_view name;
-  std::string_view progId;
-};
-
-constexpr std::array<Scheme, 4> kSchemes = {{{"thunderbird", "VorlentMozilla.Location_Thunderbird"},
-                                             {"firefox", "VorlentMozilla.Location_FireFox"},
-                                             {"sunbird", "VorlentMozilla.Location_Sunbird"},
-                                             {"lightning", "VorlentMozilla.Location_Sunbird"}}};
-
-// Null for a scheme that no connector serves.
-const Scheme* SchemeOf(std::string_view address) {
-  for (const Scheme& scheme : kSchemes) {
-    if (address.starts_with(scheme.name) && address.substr(scheme.name.size()).starts_with("://"))
-      return &scheme;
-  }
-  return nullptr;
-}
-
-}  // namespace
 
 LocationState StandaloneLocation::Open(std::string_view address) {
   Close();
@@ -40,7 +16,7 @@ LocationState StandaloneLocation::Open(std::string_view address) {
     global->Report(report::kUnreadable, "ungültige Location!"_cp, nullptr);
     return LocationState::Unreadable;
   }
-  SetOption("type", scheme->name);
+  SetOption("type", scheme->Name());
   connector_ = RequireAs<vorlent::Connector>(global->CreateConnector(scheme->progId));
   global->Remember(shared_from_this());
   try {

@@ -35,7 +35,7 @@ void CopyExport(const std::string& from, const std::string& to) {
 
 ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const std::string address = session.Address(options.address);
-  if (!address.starts_with("firefox://") || address.ends_with("/*")) {
+  if (!address.starts_with(Location_FireFox::kScheme) || address.ends_with("/*")) {
     throw AppError(ExitCode::Usage, options.address + " is no place of bookmarks",
                    "Export those of a profile with: vorlent-mozilla bookmarks firefox://PROFILE/");
   }

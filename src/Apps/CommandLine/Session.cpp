@@ -1,7 +1,5 @@
 #include "Apps/CommandLine/Session.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -10,6 +8,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
@@ -19,8 +18,15 @@ namespace vorlent::app {
 
 namespace {
 
-constexpr std::array<std::string_view, 4> kSchemes = {"thunderbird://", "firefox://", "sunbird://",
-                                                      "lightning://"};
+// All schemes, as a sentence names them.
+std::string SchemeList() {
+  std::string list;
+  for (const Scheme* scheme : kSchemes) {
+    if (!list.empty()) list += scheme == kSchemes.back() ? " or " : ", ";
+    list += scheme->prefix;
+  }
+  return list;
+}
 
 void ApplyDrives(const std::vector<std::string>& drives) {
   for (const std::string& drive : drives) {
@@ -70,15 +76,14 @@ Session::~Session() {
 }
 
 std::string Session::Address(const std::string& utf8) {
-  const auto scheme =
-      std::find_if(kSchemes.begin(), kSchemes.end(), [&](auto known) { return utf8.starts_with(known); });
-  if (scheme == kSchemes.end()) {
+  const Scheme* const scheme = SchemeOf(utf8);
+  if (scheme == nullptr) {
     throw AppError(ExitCode::Usage, "'" + utf8 + "' is no address",
-                   "An address begins with thunderbird://, firefox://, sunbird:// or lightning://.");
+                   "An address begins with " + SchemeList() + ".");
   }
   if (IsAscii(utf8)) return utf8;
-  std::string rest = utf8.substr(scheme->size());
-  std::string address(*scheme);
+  std::string rest = utf8.substr(scheme->prefix.size());
+  std::string address(scheme->prefix);
   console_->Mute(true);
   while (!rest.empty()) {
     const bool last = rest.find('/') == std::string::npos;

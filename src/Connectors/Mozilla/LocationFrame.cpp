@@ -44,6 +44,16 @@ void ReportUnreadable(std::string_view text) {
   HostObjects::Current().Global().Report(report::kUnreadable, text, nullptr);
 }
 
+void ReportForeignAddress() {
+  ReportUnreadable("ungültige Location!"_cp);
+}
+
+std::string CutScheme(std::string& address, std::string_view scheme) {
+  if (!address.starts_with(scheme)) return {};
+  address.erase(0, scheme.size());
+  return std::string(scheme);
+}
+
 bool PassesOver(const std::string& path) {
   const std::int32_t attributes = GetFileAttr(path);
   if (attributes < 0 || (attributes & (os::kArchive | os::kDirectory)) != 0) return false;

@@ -39,6 +39,12 @@ void ReportDeleted(const ItemPtr& item);
 // Tells the host why a Location could not be read.
 void ReportUnreadable(std::string_view text);
 
+// Tells the host that the address of a Location isn't one of the connector's.
+void ReportForeignAddress();
+
+// Cuts the scheme off an address and gives it; leaves an address of another scheme and gives "".
+std::string CutScheme(std::string& address, std::string_view scheme);
+
 // Whether something that isn't a file of bytes lies at a path where mails are expected: a pipe, a socket or a
 // device, which might keep a reader waiting without end. Tells the host that it is passed over.
 bool PassesOver(const std::string& path);

@@ -1,9 +1,8 @@
 #include "Connectors/Mozilla/Location_FireFox.h"
 
-#include "Common/StdIni.h"
 #include "Common/StdModul.h"
-#include "Common/StdRegistry.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/Profiles.h"
 #include "Platform/CodePage.h"
 #include "Platform/Platform.h"
 
@@ -70,51 +69,28 @@ std::shared_ptr<KeyedList<std::string>> Location_FireFox::GetSubKeywords(Express
   return keywords;
 }
 
-LocationState Location_FireFox::Einlesen() {
-  ClearCollection(ItemStore());
-  Tree()->Clear();
-  const std::string address = HostLocation().Name();
-  if (!address.starts_with(kScheme)) {
-    frame::ReportUnreadable("ungültige Location!"_cp);
-    return LocationState::Unreadable;
-  }
-  lastAddress_ = address;
-  std::string rest = address.substr(kScheme.size());
-  if (rest.ends_with("/-")) rest.pop_back();
-  return address.ends_with("/*") ? ListAddress(std::string(kScheme), rest) : ReadAddress(rest);
+std::string Location_FireFox::CutScheme(std::string& address) {
+  return frame::CutScheme(address, kScheme);
 }
 
-LocationState Location_FireFox::ReadAddress(std::string rest) {
-  std::string profile = CutToken(rest, "/");
+bool Location_FireFox::ReadAddress(std::string path) {
+  if (path.ends_with("/-")) path.pop_back();
+  std::string profile = CutToken(path, "/");
   if (profile.empty()) {
     const KeyedList<std::string> profiles = GetProfiles("*");
-    if (profiles.IsEmpty()) return LocationState::Read;
+    if (profiles.IsEmpty()) return true;
     profile = ProfileOfEntry(profiles.Item(1));
-    rest.clear();
+    path.clear();
   }
-  return ReadBookmarks(profile, rest, Tree()) ? LocationState::Read : LocationState::Unreadable;
+  return ReadBookmarks(profile, path, Tree());
 }
 
-LocationState Location_FireFox::ListAddress(std::string prefix, std::string rest) {
-  std::string profileFolder;
-  for (int depth = 1; !rest.empty(); ++depth) {
-    const std::string token = CutToken(rest, "/");
-    const KeyedList<std::string> list =
-        depth == 1 ? GetProfiles(token) : GetSubFolders(prefix, token, profileFolder);
-    if (token == "*") {
-      PasteLocations(list);
-    } else if (list.Count() == 1) {
-      prefix += token + "/";
-      if (depth == 1) profileFolder = list.Item(1);
-    } else {
-      frame::ShowUnreadable(prefix + token + " nicht gefunden!");
-      return LocationState::Unreadable;
-    }
-  }
-  return LocationState::Read;
+KeyedList<std::string> Location_FireFox::Discover(const BrowsePoint& point, std::string_view segment) {
+  return point.level == 1 ? GetProfiles(segment) : GetSubFolders(point.prefix, segment, point.profilePath);
 }
 
-void Location_FireFox::PasteLocations(const KeyedList<std::string>& entries) {
+// The entries are counted in 16 bits.
+void Location_FireFox::PasteLocations(const KeyedList<std::string>& entries, std::int32_t) {
   for (std::int32_t pos = 1; pos <= entries.Count(); ++pos) {
     std::string entry = entries.Item(ToInt16(pos));
     const std::string text = CutLine(entry);
@@ -126,21 +102,13 @@ void Location_FireFox::PasteLocations(const KeyedList<std::string>& entries) {
 }
 
 KeyedList<std::string> Location_FireFox::GetProfiles(std::string_view name) {
-  const std::string baseFolder = AddPathSep(AppDataFolder()) + "Mozilla\\FireFox\\";
-  StdIni ini;
-  ini.Load(baseFolder + "profiles.ini");
   KeyedList<std::string> profiles;
-  // The first section is taken for the general one, whatever it is.
-  for (std::int32_t pos = 2; pos <= ini.Count(); ++pos) {
-    const std::string section = ini.GetSection(pos);
-    const std::string profile = ini.GetString(section, "Name");
+  for (const MozillaProfile& profile : ReadMozillaProfiles(kFireFoxScheme.appFolder)) {
     if (name == "*") {
-      profiles.Add("Profil '" + profile + "'\n" + std::string(kScheme) + profile + "/");
-    } else if (name == profile) {
-      std::string path = ini.GetString(section, "path");
-      ReplaceText(path, "/", "\\");
-      profiles.Add(AddPath(baseFolder, path));
-      return profiles;
+      profiles.Add("Profil '" + profile.name + "'\n" + std::string(kScheme) + profile.name + "/");
+    } else if (name == profile.name) {
+      profiles.Add(profile.path);
+      break;
     }
   }
   return profiles;
@@ -159,7 +127,7 @@ KeyedList<std::string> Location_FireFox::GetSubFolders(std::string_view address,
 bool Location_FireFox::ReadBookmarks(std::string_view profile, std::string_view path, const TreePtr& tree) {
   const KeyedList<std::string> folders = GetProfiles(profile);
   if (folders.IsEmpty()) {
-    frame::ShowUnreadable("Profil '" + std::string(profile) + "' nicht gefunden!");
+    TellMissingProfile(profile);
     return false;
   }
   profileFolder_ = AddPathSep(folders.Item(1));

@@ -17,7 +17,8 @@
 #include "Common/KeyedList.h"
 #include "Common/TextWriter.h"
 #include "Common/qzelSQLite.h"
-#include "Connectors/Mozilla/LocationFrame.h"
+#include "Connectors/Mozilla/AddressedLocation.h"
+#include "Connectors/Mozilla/Schemes.h"
 
 namespace vorlent {
 
@@ -26,9 +27,9 @@ namespace vorlent {
 //
 // A database that can't be read shows a message box, and the Location keeps what was read before. Folders
 // that form a cycle and widths that overflow raise.
-class Location_FireFox final : public LocationFrame<BookmarkConnector> {
+class Location_FireFox final : public AddressedLocation<BookmarkConnector> {
  public:
-  static constexpr std::string_view kScheme = "firefox://";
+  static constexpr std::string_view kScheme = kFireFoxScheme.prefix;
 
   // A failed read doesn't keep the file from being written.
   void Reload() override;
@@ -55,10 +56,12 @@ class Location_FireFox final : public LocationFrame<BookmarkConnector> {
 
   // --- Addresses and profiles (Location_FireFox.cpp)
 
-  LocationState Einlesen() override;
-  LocationState ReadAddress(std::string rest);
-  LocationState ListAddress(std::string prefix, std::string rest);
-  void PasteLocations(const KeyedList<std::string>& entries);
+  // The interface of the bookmarks has no such member.
+  using AddressedLocation::Einlesen;
+  std::string CutScheme(std::string& address) override;
+  bool ReadAddress(std::string path) override;
+  KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
+  void PasteLocations(const KeyedList<std::string>& entries, std::int32_t level) override;
 
   // The folder of the profile of that name, an empty list if there is none; for "*" an entry of two lines,
   // text and address, for each profile.
@@ -74,8 +77,7 @@ class Location_FireFox final : public LocationFrame<BookmarkConnector> {
 
   // --- Walks (Location_FireFox_Reading.cpp)
   //
-  // Each keeps the folders that it stands in on a stack of its own, so that the depth of the tree is no
-  // matter. False if a statement failed.
+  // The depth of the tree is no matter to them. False if a statement failed.
 
   // Adds to `list` the address of each folder called `token` in the folder of address `target`, or text and
   // address of all folders there for "*". `current` is the address of the folder `id`; the folders of the

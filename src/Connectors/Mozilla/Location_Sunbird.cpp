@@ -1,18 +1,15 @@
 #include "Connectors/Mozilla/Location_Sunbird.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Common/StdTime.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
-#include "Platform/CodePage.h"
 
 namespace vorlent {
 
 namespace {
-
-constexpr std::string_view kSunbird = "sunbird://";
-constexpr std::string_view kLightning = "lightning://";
 
 // The host's query argument.
 constexpr std::int32_t kQuery = 2;
@@ -78,61 +75,29 @@ ParameterSettings Location_Sunbird::Parameters() const {
 bool Location_Sunbird::PrepareAddress(std::string_view file) {
   Tree()->Clear();
   std::string rest(file);
-  addressPrefix_ = CutToken(rest, "://") + "://";
-  if (!HasOwnScheme() || file.ends_with('*')) return true;
+  if (CutScheme(rest).empty() || file.ends_with('*')) return true;
   // The shorter scheme's length serves both. Behind the longer one two slashes stay, which name no profile,
   // so that here a "lightning" address always stands for all of them.
-  rest = file.substr(std::min(kSunbird.size(), file.size()));
-  const std::string profile = CutToken(rest, "/");
-  return profile.empty() ? ReadAllProfiles() : ReadProfile(profile, rest, Tree());
+  rest = file.substr(std::min(kSunbirdScheme.prefix.size(), file.size()));
+  return ReadAddress(std::move(rest));
 }
 
-LocationState Location_Sunbird::Einlesen() {
-  Clear();
-  Tree()->Clear();
-  lastAddress_ = HostLocation().Name();
-  std::string rest = lastAddress_;
-  addressPrefix_ = CutToken(rest, "://") + "://";
-  if (!HasOwnScheme()) {
-    frame::ReportUnreadable("ungültige Location!"_cp);
-    return LocationState::Unreadable;
-  }
-  if (lastAddress_.ends_with("/*")) return ListAddress(std::move(rest));
-  const std::string profile = CutToken(rest, "/");
-  const bool read = profile.empty() ? ReadAllProfiles() : ReadProfile(profile, rest, Tree());
-  return read ? LocationState::Read : LocationState::Unreadable;
+// An address of the scheme's name alone counts as one of that scheme.
+std::string Location_Sunbird::CutScheme(std::string& address) {
+  scheme_ = SchemeOf(CutToken(address, "://") + "://");
+  if (scheme_ != nullptr && scheme_->progId != kProgId) scheme_ = nullptr;
+  return scheme_ == nullptr ? std::string() : std::string(scheme_->prefix);
 }
 
-bool Location_Sunbird::HasOwnScheme() const {
-  return addressPrefix_ == kSunbird || addressPrefix_ == kLightning;
+bool Location_Sunbird::ReadAddress(std::string path) {
+  const std::string profile = CutToken(path, "/");
+  return profile.empty() ? ReadAllProfiles() : ReadProfile(profile, path, Tree());
 }
 
-// Lightning keeps its calendars in Thunderbird's profiles.
-std::string_view Location_Sunbird::AppFolder() const {
-  return addressPrefix_.starts_with(kSunbird) ? "Mozilla\\Sunbird" : "Thunderbird";
-}
-
-LocationState Location_Sunbird::ListAddress(std::string rest) {
-  const std::string_view app = AppFolder();
-  std::string profileFolder;
-  std::string folder;
-  for (std::int32_t depth = 1; !rest.empty(); ++depth) {
-    const std::string token = CutToken(rest, "/");
-    const KeyedList<std::string> list = depth == 1   ? GetMozillaProfiles(addressPrefix_, token, app)
-                                        : depth == 2 ? GetCalendars(addressPrefix_, token, profileFolder)
-                                                     : GetMailFolders(addressPrefix_, token, folder);
-    if (token == "*") {
-      for (const std::string& entry : list)
-        PasteItem(LocationRecord(entry, depth), false);
-    } else if (list.Count() == 1) {
-      addressPrefix_ += token + '/';
-      (depth == 1 ? profileFolder : folder) = list.Item(1);
-    } else {
-      frame::ShowUnreadable(addressPrefix_ + token + " nicht gefunden!");
-      return LocationState::Unreadable;
-    }
-  }
-  return LocationState::Read;
+KeyedList<std::string> Location_Sunbird::Discover(const BrowsePoint& point, std::string_view segment) {
+  if (point.level == 1) return GetMozillaProfiles(point.prefix, segment, scheme_->appFolder);
+  if (point.level == 2) return GetCalendars(point.prefix, segment, point.profilePath);
+  return GetMailFolders(point.prefix, segment, point.folderPath);
 }
 
 KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder, std::string_view fld,
@@ -158,16 +123,16 @@ KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder
 }
 
 bool Location_Sunbird::ReadAllProfiles() {
-  for (const std::string& entry : GetMozillaProfiles("", "*", AppFolder())) {
+  for (const std::string& entry : GetMozillaProfiles("", "*", scheme_->appFolder)) {
     if (!ReadProfile(NameOfDiscoveryEntry(entry), "", Tree())) return false;
   }
   return true;
 }
 
 bool Location_Sunbird::ReadProfile(std::string_view profile, std::string path, TreePtr tree) {
-  const KeyedList<std::string> profiles = GetMozillaProfiles("", profile, AppFolder());
+  const KeyedList<std::string> profiles = GetMozillaProfiles("", profile, scheme_->appFolder);
   if (profiles.IsEmpty()) {
-    frame::ShowUnreadable("Profil '" + std::string(profile) + "' nicht gefunden!");
+    TellMissingProfile(profile);
     return false;
   }
   const std::string& folder = profiles.Item(1);

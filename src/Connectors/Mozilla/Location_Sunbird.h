@@ -5,8 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "Connectors/Mozilla/AddressedLocation.h"
 #include "Connectors/Mozilla/CalendarSql.h"
-#include "Connectors/Mozilla/LocationFrame.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Host/HostDatabase.h"
 
 namespace vorlent {
@@ -16,11 +17,9 @@ namespace vorlent {
 // Changes that the host makes to its items are repeated in the calendar that was read last, statement by
 // statement and without a transaction. Every connection and every changing statement is logged, one that a
 // quote in a text has spoiled too: it fails without reaching the database.
-class Location_Sunbird final : public LocationFrame<CalendarConnector> {
+class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
  public:
-  static constexpr std::string_view kProgId = "VorlentMozilla.Location_Sunbird";
-
-  LocationState Einlesen() override;
+  static constexpr std::string_view kProgId = kSunbirdScheme.progId;
 
   // Swallows every failure step by step. What can't be written is logged and gone; the item keeps its change.
   void RedoAction(const ItemPtr& itm, std::string_view zeit, std::int32_t msg,
@@ -37,9 +36,9 @@ class Location_Sunbird final : public LocationFrame<CalendarConnector> {
   void Pasted(const ItemPtr& item, std::string_view import) override;
   bool Withdraw(const ItemPtr& item) override;
 
-  bool HasOwnScheme() const;
-  std::string_view AppFolder() const;
-  LocationState ListAddress(std::string rest);
+  std::string CutScheme(std::string& address) override;
+  bool ReadAddress(std::string path) override;
+  KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
 
   bool ReadAllProfiles();
   bool ReadProfile(std::string_view profile, std::string path, TreePtr tree);
@@ -63,8 +62,8 @@ class Location_Sunbird final : public LocationFrame<CalendarConnector> {
   void InsertTask(HostDatabase& db, vorlent::Item& item);
   std::string InsertedCalendarId() const;
 
-  // The scheme with "://"; a listing adds the parts of the address that it has resolved.
-  std::string addressPrefix_;
+  // Of the address looked at last; null before that, and if it was another's.
+  const Scheme* scheme_ = nullptr;
   // Both belong to the calendar looked at last, and writes go there whatever calendar an item came from.
   std::string databaseFile_;
   std::string calendarId_;

@@ -68,7 +68,7 @@ std::unique_ptr<StdMail> Location_Thunderbird::GetMailObject() {
   return mail;
 }
 
-void Location_Thunderbird::RaiseMissing(std::string_view text) {
+void Location_Thunderbird::TellMissing(std::string_view text) {
   constexpr std::int32_t kMissing = 3;
   HostObjects::Current().Global().ErrorFactory()->Error()->Raise(kMissing, kProgId, false, text);
 }

@@ -7,9 +7,11 @@
 #include <string_view>
 
 #include "Common/KeyedList.h"
+#include "Connectors/Mozilla/AddressedLocation.h"
 #include "Connectors/Mozilla/FolderTrail.h"
-#include "Connectors/Mozilla/LocationFrame.h"
 #include "Connectors/Mozilla/MailRunTeller.h"
+#include "Connectors/Mozilla/Profiles.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
 
@@ -21,15 +23,13 @@ namespace vorlent {
 //
 // InitLocation collects the mailboxes and reads no mail; Einlesen reads. A failed call of the host or of the
 // mail reader rises from every member but ExecuteAction and those that swallow in the frame.
-class Location_Thunderbird final : public LocationFrame<MailConnector> {
+class Location_Thunderbird final : public AddressedLocation<MailConnector> {
  public:
-  static constexpr std::string_view kProgId = "VorlentMozilla.Location_Thunderbird";
-  static constexpr std::string_view kScheme = "thunderbird://";
+  static constexpr std::string_view kProgId = kThunderbirdScheme.progId;
+  static constexpr std::string_view kScheme = kThunderbirdScheme.prefix;
 
   // Removes the temporary folder with all that it holds.
   ~Location_Thunderbird() override;
-
-  LocationState Einlesen() override;
 
   // The path below the host's temporary folder; with option 0 the file is brought out of the mailbox to it.
   std::string GetFile(const ItemPtr& itm, std::string_view key, GetFileOption getfileoption = 0) override;
@@ -65,11 +65,6 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
     std::string keywords;  // comma-separated; on the disks it begins with a comma
   };
 
-  struct Profile {
-    std::string name;
-    std::string path;
-  };
-
   // The state of a run of the stream. Sizes and times are floats, as they go into texts and quotients.
   struct SourceState {
     std::int32_t deliveredCount = 0;
@@ -83,11 +78,13 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   };
 
   // The walk (Location_Thunderbird_Walk.cpp).
-  LocationState Browse(std::string path);
+  std::string CutScheme(std::string& address) override;
+  bool ReadAddress(std::string path) override;
+  KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
   bool ReadAllProfiles(Visit visit);
   bool ReadProfile(const std::string& name, std::string rest, bool subfolders, Visit visit);
-  void ReadAccount(const Profile& profile, const std::string& account, std::string rest, bool subfolders,
-                   const TreePtr& tree, Visit visit);
+  void ReadAccount(const MozillaProfile& profile, const std::string& account, std::string rest,
+                   bool subfolders, const TreePtr& tree, Visit visit);
   void ReadMailPlace(Place place, std::string rest, bool subfolders, const TreePtr& tree, Visit visit);
   void ReadDrivePlace(Place place, std::string rest, bool subfolders, const TreePtr& tree, Visit visit);
   void ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit);
@@ -97,7 +94,7 @@ class Location_Thunderbird final : public LocationFrame<MailConnector> {
   // A new reader; all of one connector share its temporary folder.
   std::unique_ptr<StdMail> GetMailObject();
   // Tells the host that a named thing doesn't exist.
-  static void RaiseMissing(std::string_view text);
+  void TellMissing(std::string_view text) override;
 
   // The stream (Location_Thunderbird_Pump.cpp).
   void StartRun();

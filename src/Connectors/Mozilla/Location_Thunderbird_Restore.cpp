@@ -36,11 +36,11 @@ std::string Location_Thunderbird::ExecuteAction(std::string_view cmd) {
   ItemPtr itm;
   Swallow([&] { itm = host.FindItem(id); });
   if (IsNothing(itm)) {
-    Swallow([&] { RaiseMissing("ID '" + id + "' nicht gefunden!"); });
+    Swallow([&] { TellMissing("ID '" + id + "' nicht gefunden!"); });
   } else if (mailFiles_.IsEmpty()) {
     const bool isSilent = ReadFlag(host, &HostError::Silent);
     const bool isSuppressed = ReadFlag(host, &HostError::Suppressed);
-    if (!isSilent && !isSuppressed) Swallow([&] { RaiseMissing(verb + ": Folder not found"); });
+    if (!isSilent && !isSuppressed) Swallow([&] { TellMissing(verb + ": Folder not found"); });
   } else {
     RestoreMail(itm, mailFiles_.Item(1), verb == kShortcut);
   }

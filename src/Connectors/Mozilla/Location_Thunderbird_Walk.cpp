@@ -11,8 +11,6 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kAppFolder = "Thunderbird";
-constexpr std::string_view kBrowseMark = "/*";
 constexpr std::string_view kNoSubfoldersMark = "/-";
 
 // Cuts the mark that keeps subfolders out, and tells whether they are wanted.
@@ -51,50 +49,24 @@ bool Location_Thunderbird::PrepareAddress(std::string_view file) {
   return true;
 }
 
-LocationState Location_Thunderbird::Einlesen() {
-  Clear();
-  Tree()->Clear();
-  const std::string address = HostLocation().Name();
-  if (!address.starts_with(kScheme)) {
-    frame::ReportUnreadable("ungültige Location!"_cp);
-    return LocationState::Unreadable;
-  }
-  lastAddress_ = address;
-  std::string path = address.substr(kScheme.size());
-  const bool subfolders = CutSubfolderMark(path);
-  if (address.ends_with(kBrowseMark)) return Browse(path);
-  const std::string profile = CutToken(path, "/");
-  const bool ok =
-      profile.empty() ? ReadAllProfiles(Visit::Read) : ReadProfile(profile, path, subfolders, Visit::Read);
-  return ok ? LocationState::Read : LocationState::Unreadable;
+std::string Location_Thunderbird::CutScheme(std::string& address) {
+  return frame::CutScheme(address, kScheme);
 }
 
-LocationState Location_Thunderbird::Browse(std::string path) {
-  std::string prefix(kScheme);
-  std::string profilePath;
-  std::string folderPath;
-  for (std::int32_t level = 1; !path.empty(); ++level) {
-    const std::string token = CutToken(path, "/");
-    const KeyedList<std::string> found = level == 1   ? GetMozillaProfiles(prefix, token, kAppFolder)
-                                         : level == 2 ? GetAccounts(prefix, token, profilePath)
-                                                      : GetMailFolders(prefix, token, folderPath);
-    if (token == "*") {
-      for (const std::string& entry : found) {
-        PasteItem(LocationRecord(entry, level), false);
-      }
-    } else if (found.Count() != 1) {
-      RaiseMissing(prefix + token + " nicht gefunden!");
-      return LocationState::Unreadable;
-    } else {
-      prefix += token + "/";
-      (level == 1 ? profilePath : folderPath) = found.Item(1);
-    }
-  }
-  return LocationState::Read;
+bool Location_Thunderbird::ReadAddress(std::string path) {
+  const bool subfolders = CutSubfolderMark(path);
+  const std::string profile = CutToken(path, "/");
+  return profile.empty() ? ReadAllProfiles(Visit::Read) : ReadProfile(profile, path, subfolders, Visit::Read);
+}
+
+KeyedList<std::string> Location_Thunderbird::Discover(const BrowsePoint& point, std::string_view segment) {
+  if (point.level == 1) return GetMozillaProfiles(point.prefix, segment, kThunderbirdScheme.appFolder);
+  if (point.level == 2) return GetAccounts(point.prefix, segment, point.profilePath);
+  return GetMailFolders(point.prefix, segment, point.folderPath);
 }
 
 bool Location_Thunderbird::ReadAllProfiles(Visit visit) {
-  for (const std::string& entry : GetMozillaProfiles("", "*", kAppFolder)) {
+  for (const std::string& entry : GetMozillaProfiles("", "*", kThunderbirdScheme.appFolder)) {
     if (!ReadProfile(NameOfDiscoveryEntry(entry), "", true, visit)) return false;
   }
   return true;
@@ -102,12 +74,12 @@ bool Location_Thunderbird::ReadAllProfiles(Visit visit) {
 
 bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest, bool subfolders,
                                        Visit visit) {
-  const KeyedList<std::string> paths = GetMozillaProfiles("", name, kAppFolder);
+  const KeyedList<std::string> paths = GetMozillaProfiles("", name, kThunderbirdScheme.appFolder);
   if (paths.IsEmpty()) {
-    RaiseMissing("Profil '" + name + "' nicht gefunden!");
+    TellMissingProfile(name);
     return false;
   }
-  const Profile profile = {name, paths.Item(1)};
+  const MozillaProfile profile = {name, paths.Item(1)};
   const auto readAccount = [&](const std::string& account, bool withSubfolders) {
     const TreePtr child = Tree()->AddChild("Account '" + account + "'", "Account=" + account);
     ReadAccount(profile, account, rest, withSubfolders, child, visit);
@@ -123,11 +95,11 @@ bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest
   return true;
 }
 
-void Location_Thunderbird::ReadAccount(const Profile& profile, const std::string& account, std::string rest,
-                                       bool subfolders, const TreePtr& tree, Visit visit) {
+void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std::string& account,
+                                       std::string rest, bool subfolders, const TreePtr& tree, Visit visit) {
   const KeyedList<std::string> paths = GetAccounts("", account, profile.path);
   if (paths.IsEmpty()) {
-    RaiseMissing("Account '" + account + "' nicht gefunden!");
+    TellMissing("Account '" + account + "' nicht gefunden!");
     return;
   }
   Place place = {paths.Item(1), std::string(kScheme) + profile.name + "/" + account + "/", ""};

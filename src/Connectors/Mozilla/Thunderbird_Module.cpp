@@ -1,13 +1,12 @@
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "Common/LineFile.h"
-#include "Common/StdIni.h"
 #include "Common/StdModul.h"
-#include "Common/StdRegistry.h"
 #include "Connectors/Mozilla/LocationRecord.h"
+#include "Connectors/Mozilla/Profiles.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/Platform.h"
 
@@ -19,11 +18,6 @@ constexpr std::string_view kAll = "*";
 // Stands in the address of everything on the disks.
 constexpr std::string_view kDisksMark = "://./";
 
-struct Profile {
-  std::string name;
-  std::string path;
-};
-
 // One profile's preferences are in memory at a time.
 KeyedList<std::string> prefNames;
 KeyedList<std::string> prefValues;
@@ -32,21 +26,6 @@ std::string Joined(std::string_view a, std::string_view b, std::string_view c = 
   std::string text;
   text.reserve(a.size() + b.size() + c.size());
   return text.append(a).append(b).append(c);
-}
-
-// The first section is passed over for its place, not for its name.
-std::vector<Profile> ReadProfiles(std::string_view appFolder) {
-  const std::string base = AddPathSep(AppDataFolder()).append(appFolder) + "\\";
-  StdIni ini;
-  ini.Load(base + "profiles.ini");
-  std::vector<Profile> profiles;
-  for (std::int32_t i = 2; i <= ini.Count(); ++i) {
-    const std::string section = ini.GetSection(i);
-    std::string path = ini.GetString(section, "path");
-    ReplaceText(path, "/", "\\");
-    profiles.push_back({ini.GetString(section, "Name"), AddPath(base, path)});
-  }
-  return profiles;
 }
 
 // The folders of all accounts of a profile, joined by "|".
@@ -132,7 +111,7 @@ void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::st
 KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_view filter,
                                           std::string_view appFolder) {
   KeyedList<std::string> list;
-  for (const Profile& profile : ReadProfiles(appFolder)) {
+  for (const MozillaProfile& profile : ReadMozillaProfiles(appFolder)) {
     if (filter == kAll) {
       list.Add(JoinDiscoveryEntry({"Profil '" + profile.name + "'", Joined(prefix, profile.name, "/*"),
                                    AccountFolders(prefix, profile.path)}));
@@ -209,7 +188,7 @@ bool FolderHasEntries(std::string_view folder) {
 }
 
 std::string GetKeywordsOfFile(std::string_view file) {
-  for (const Profile& profile : ReadProfiles("Thunderbird")) {
+  for (const MozillaProfile& profile : ReadMozillaProfiles(kThunderbirdScheme.appFolder)) {
     for (const std::string& entry : GetAccounts("", kAll, profile.path)) {
       const DiscoveryEntry account = SplitDiscoveryEntry(entry);
       const std::string folder = AddPathSep(account.path);

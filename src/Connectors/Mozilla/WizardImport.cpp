@@ -4,6 +4,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/ImportCommand.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Host/HostObjects.h"
 #include "Platform/Platform.h"
 
@@ -11,7 +12,7 @@ namespace vorlent {
 
 namespace {
 
-constexpr std::string_view kAllFolders = "thunderbird://";
+constexpr std::string_view kAllFolders = kThunderbirdScheme.prefix;
 constexpr std::string_view kPlaceholder = "...";
 constexpr std::string_view kIcon = "file";
 

@@ -3,6 +3,7 @@
 
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/LocationFrame.h"
+#include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/WizardImport.h"
 #include "Host/HostObjects.h"
@@ -27,7 +28,7 @@ void WizardImport::ListMailboxes() {
 
 std::string WizardImport::GetAllMailFolders() {
   const LocationPtr location = HostObjects::Current().NewLocation();
-  location->Open("thunderbird://*");
+  location->Open(std::string(kThunderbirdScheme.prefix) + "*");
   location->Load();
   std::string paths;
   const std::int32_t count = location->ItemCount();
