@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Common/StdModul.h"
+#include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/MailText.h"
@@ -95,10 +96,10 @@ void ArchiveIndex::Insert(const StoredItem& item) {
   std::string body;
   // The HTML text comes undone of its encoding, so it goes first.
   for (const StoredFile& file : item.files) {
-    if (file.key == "FileHTML") body += TextOfHtmlFile(files_.PathOf(item.number, file.name));
+    if (file.key == kHtmlFileKey) body += TextOfHtmlFile(files_.PathOf(item.number, file.name));
   }
   for (const StoredFile& file : item.files) {
-    if (file.key == "File") body += TextOfMailFile(files_.PathOf(item.number, file.name));
+    if (file.key == kMailFileKey) body += TextOfMailFile(files_.PathOf(item.number, file.name));
   }
   body.resize(std::min(body.size(), kIndexedBytes));
   if (!body.empty()) insertBody_.Bind(1, item.number).Bind(2, body).Run();

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "Common/StdModul.h"
+#include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
-#include "Standalone/FileDescription.h"
 #include "Standalone/Fingerprint.h"
 
 namespace vorlent {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Common/StdModul.h"
-#include "Standalone/FileDescription.h"
+#include "Host/FileKeys.h"
 
 namespace vorlent {
 

@@ -4,6 +4,7 @@
 
 #include "Common/StdModul.h"
 #include "Host/Connector.h"
+#include "Host/FileKeys.h"
 #include "Host/Location.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/HostActions.h"

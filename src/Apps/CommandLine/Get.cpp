@@ -6,6 +6,7 @@
 #include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
+#include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Files.h"
 #include "Platform/Posix/PathMapping.h"
@@ -31,7 +32,7 @@ std::vector<std::string> FileKeys(const StandaloneItem& item, const std::string&
   std::vector<std::string> keys;
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
-    if (wanted.empty() ? key.starts_with("File") : key == wanted) keys.push_back(key);
+    if (wanted.empty() ? DescribesFile(key) : key == wanted) keys.push_back(key);
   }
   return keys;
 }

@@ -10,6 +10,7 @@
 #include "Apps/CommandLine/EndingSignals.h"
 #include "Apps/CommandLine/Terminal.h"
 #include "Common/StdModul.h"
+#include "Host/FileKeys.h"
 #include "Standalone/ItemFinder.h"
 
 namespace vorlent::app {
@@ -19,7 +20,7 @@ namespace {
 std::string AttachmentCount(const StandaloneItem& item) {
   int count = 0;
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
-    if (item.DataKey(i).starts_with("FileAttach")) ++count;
+    if (DescribesAttachment(item.DataKey(i))) ++count;
   }
   return count == 0 ? std::string() : std::to_string(count);
 }

@@ -7,6 +7,7 @@
 #include "Common/Width.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
+#include "Host/FileKeys.h"
 #include "Platform/Files.h"
 
 namespace vorlent::app {
@@ -58,7 +59,7 @@ void CheckAttachments(Session& session, const StandaloneItem& item) {
   constexpr std::uint64_t kComesBackEmpty = 54;
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
-    if (!key.starts_with("FileAttach")) continue;
+    if (!DescribesAttachment(key)) continue;
     const std::string path = item.DataFile(key, 0);
     const std::string name = "attachment '" + Shown(GetLineValue(item.DataText(key), "file")) + "'";
     if (!Swallow([&] { os::File::Open(path, os::File::Mode::Read); })) {

@@ -1,5 +1,6 @@
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Host/FileKeys.h"
 
 namespace vorlent::app {
 
@@ -32,7 +33,7 @@ std::vector<std::int32_t> NumbersOf(Archive& archive, const std::vector<Standalo
 void PrintFiles(const StandaloneItem& item) {
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
-    if (key.starts_with("File")) PrintLine(NativeShown(item.DataFile(key, 0)));
+    if (DescribesFile(key)) PrintLine(NativeShown(item.DataFile(key, 0)));
   }
 }
 

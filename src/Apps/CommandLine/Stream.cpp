@@ -8,6 +8,7 @@
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Host/Connector.h"
+#include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Posix/PathMapping.h"
 #include "Standalone/FileDescription.h"

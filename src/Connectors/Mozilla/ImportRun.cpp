@@ -8,6 +8,7 @@
 #include "Connectors/Mozilla/Actions.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
+#include "Host/FileKeys.h"
 #include "Host/HostObjects.h"
 #include "Platform/Files.h"
 #include "Platform/Platform.h"
@@ -137,11 +138,10 @@ void ImportRun::TakeFiles(Item& item) {
   const std::int32_t count = item.DataCount();
   for (std::int32_t position = 1; position <= count; ++position) {
     const std::string key = item.DataKey(position);
-    if (!key.starts_with("File")) continue;
+    if (!DescribesFile(key)) continue;
     std::string metaData = item.DataText(key);
     const std::string path = mail_.FileAt(key, CutLine(metaData));
-    if (key.starts_with("FileAttach") && attachment < contentTypes.size())
-      metaData += contentTypes[attachment++];
+    if (DescribesAttachment(key) && attachment < contentTypes.size()) metaData += contentTypes[attachment++];
     const auto take = [&] { item.TakeFile(key, path, "move|nofileattribute", metaData); };
     // A mail that has lost a file already counts as failed and ends no run.
     if (mail_.WriteFailure().empty()) {

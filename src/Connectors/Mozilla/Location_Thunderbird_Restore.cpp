@@ -5,6 +5,7 @@
 #include "Common/TextWriter.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Connectors/Mozilla/MailRestore.h"
+#include "Host/FileKeys.h"
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -49,7 +50,7 @@ std::string Location_Thunderbird::ExecuteAction(std::string_view cmd) {
 
 void Location_Thunderbird::RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut) {
   std::string source;
-  Swallow([&] { source = itm->DataFile("File", 0); });
+  Swallow([&] { source = itm->DataFile(kMailFileKey, 0); });
   if (!FileExists(source)) {
     Swallow([&] {
       Platform::Current().ShowMessage(source, "Quell-Datei existiert nicht", MessageIcon::Information,

@@ -6,6 +6,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/SiblingNames.h"
+#include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
@@ -15,15 +16,10 @@ namespace vorlent {
 namespace {
 
 constexpr std::string_view kSeparator = "From - ";
-constexpr std::string_view kAttachmentKey = "FileAttach";
 
 // Base64 lines of 72 characters.
 constexpr std::size_t kBase64Chunk = std::size_t{72} / 4 * 3;
 constexpr std::size_t kQuotedPrintableChunk = 70;
-
-bool IsAttachmentKey(std::string_view key) {
-  return key.starts_with(kAttachmentKey);
-}
 
 void WriteBase64(TextWriter& out, std::string_view file) {
   os::File in = os::File::Open(file, os::File::Mode::Read);
@@ -82,7 +78,7 @@ void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundar
   const std::int32_t count = itm.DataCount();
   for (std::int32_t i = 1; i <= count; ++i) {
     const std::string key = itm.DataKey(i);
-    if (!IsAttachmentKey(key)) continue;
+    if (!DescribesAttachment(key)) continue;
     const PartNaming naming = NamingOf(itm.DataText(key));
     out.WriteLine(boundaryLine);
     out.WriteLine("Content-Type: " + naming.contentType);
@@ -96,7 +92,7 @@ void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundar
 bool HasAttachments(const Item& itm) {
   const std::int32_t count = itm.DataCount();
   for (std::int32_t i = 1; i <= count; ++i) {
-    if (IsAttachmentKey(itm.DataKey(i))) return true;
+    if (DescribesAttachment(itm.DataKey(i))) return true;
   }
   return false;
 }
