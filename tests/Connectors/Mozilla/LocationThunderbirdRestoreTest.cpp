@@ -4,6 +4,7 @@
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/MailRestore.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
+#include "Support/DiskOperations.h"
 #include "Support/ScopedSizeLimit.h"
 
 namespace vorlent {
@@ -431,6 +432,43 @@ TEST_F(EncodeTest, MissingFileWritesNothing) {
   EXPECT_EQ(ReadBytes(out), "");
 }
 
+TEST_F(EncodeTest, LineThatCannotBeWrittenIsLeftOutAndTheNextOnesFollow) {
+  std::string source;
+  for (int i = 0; i < 20'000; ++i)
+    source += "line " + std::to_string(i) + "\r\n";
+  for (const std::int16_t mode : {std::int16_t{0}, kBase64File, kQuotedPrintableFile}) {
+    SCOPED_TRACE(mode);
+    const std::string whole = Encoded(source, mode);
+    std::string written;
+    {
+      const DiskFault fault({.calls = DiskCall::Write, .pathEnd = "/out"});
+      written = Encoded(source, mode);
+      EXPECT_TRUE(fault.WasReached());
+    }
+    // What was collected for the call that failed is gone, and the line during which it was made.
+    ASSERT_LT(written.size(), whole.size());
+    ASSERT_GT(written.size(), whole.size() / 2);
+    const std::size_t gone = whole.size() - written.size();
+    EXPECT_TRUE(whole.substr(gone) == written);
+    EXPECT_EQ(whole.substr(gone - 2, 2), "\r\n");
+  }
+}
+
+TEST_F(EncodeTest, FileThatCannotBeReadIsLeftOut) {
+  for (const std::int16_t mode : {std::int16_t{0}, kBase64File, kQuotedPrintableFile}) {
+    for (const DiskCall call : {DiskCall::Open, DiskCall::Read}) {
+      const std::string in = archive.Write("in", "text");
+      TextWriter writer(archive.Path("out"), os::File::Mode::Create);
+      const DiskFault fault({.calls = call, .pathEnd = "/in"});
+      WriteFileEncoded(writer, in, mode);
+      EXPECT_TRUE(fault.WasReached());
+      writer.WriteLine("next");
+      writer.Close();
+      EXPECT_EQ(archive.Read("out"), "next\r\n");
+    }
+  }
+}
+
 // --- There and back
 
 TEST_F(RestoreTest, RestoredMailReadsAsTheSameMail) {
@@ -541,6 +579,38 @@ TEST_F(RestoreTest, FailedWriteIsSwallowedAndLeavesAPartOfTheMail) {
   WriteBytes(mailbox, MailOf("1"));
   EXPECT_TRUE(Restore() == MailOf("1") + written + "\r\n");
   EXPECT_TRUE(connector->HasRestored());
+}
+
+TEST_F(RestoreTest, MailIsWrittenThoughTheMailboxAboveCannotBeMade) {
+  Store("Subject: x\r\n\r\nbody\r\n");
+  const DiskFault fault({.calls = DiskCall::Open, .pathEnd = "/one"});
+  Run("Restore:id:1", "thunderbird://p/a/one/two/-");
+  EXPECT_TRUE(fault.WasReached());
+  const std::string folder = tree.AccountFolder("p", "a");
+  EXPECT_FALSE(FileExists(folder + "one"));
+  EXPECT_EQ(ReadBytes(folder + "one.sbd\\two"), "From - \r\nSubject: x\r\n\r\nbody\r\n\r\n");
+  EXPECT_TRUE(connector->HasRestored());
+}
+
+TEST_F(RestoreTest, SourceThatCannotBeOpenedLeavesTheEmptyLineThatEndsAMail) {
+  Store("Subject: x\r\n\r\nbody\r\n");
+  const DiskFault fault({.calls = DiskCall::Open, .pathEnd = "/mail.eml"});
+  EXPECT_EQ(Restore(), "\r\n");
+  EXPECT_TRUE(fault.WasReached());
+  EXPECT_FALSE(connector->HasRestored());
+}
+
+TEST_F(RestoreTest, MailboxThatCannotBeOpenedOrClosedIsNoRestore) {
+  Store("Subject: x\r\n\r\nbody\r\n");
+  for (const DiskCall call : {DiskCall::Open, DiskCall::Close}) {
+    tree.AddMailbox("p", "a", "Inbox");
+    Connect("thunderbird://p/a/Inbox/-");
+    connector->InitLocation("thunderbird://p/a/Inbox/-");
+    const DiskFault fault({.calls = call, .pathEnd = "/Inbox"});
+    EXPECT_EQ(connector->ExecuteAction("Restore:id:1"), "");
+    EXPECT_TRUE(fault.WasReached());
+    EXPECT_FALSE(connector->HasRestored());
+  }
 }
 
 TEST_F(RestoreTest, FailedStepsAreLeftOut) {
