@@ -11,7 +11,7 @@
 #include <string>
 
 #include "Host/Connector.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/PlacesFile.h"
 #include "Support/TemporaryFolder.h"

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "Apps/Wizard/WizardFrame.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/RecordingHost.h"
 #include "Support/TemporaryFolder.h"
@@ -122,7 +122,7 @@ void RunOnAProfile() {
     if (tree.model()->rowCount(account) < kFolders) std::puts("the tree isn't complete"), allFluid = false;
   }
   HostObjects::Install(before);
-  os::ResetPathMapping();
+  os::ResetSettings();
 }
 
 int Run() {

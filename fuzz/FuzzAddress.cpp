@@ -6,7 +6,7 @@
 
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Fuzz.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/TemporaryFolder.h"

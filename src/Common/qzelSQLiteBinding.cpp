@@ -3,7 +3,7 @@
 #include <sqlite3.h>
 
 #include "Common/StdModul.h"
-#include "Platform/Files.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent {
 
@@ -32,7 +32,7 @@ int sqlite_open(std::string_view file, sqlite3*& handle) {
   const bool indexInMemory = keepLog && !FileExists(path + "-shm");
 
   const int result =
-      sqlite3_open_v2(os::NativePath(file).c_str(), &handle, mode | SQLITE_OPEN_NOMUTEX, nullptr);
+      sqlite3_open_v2(os::ToNativePath(file).c_str(), &handle, mode | SQLITE_OPEN_NOMUTEX, nullptr);
   if (result != SQLITE_OK) return result;
   if (keepLog) sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   if (indexInMemory) sqlite3_exec(handle, "PRAGMA locking_mode=EXCLUSIVE", nullptr, nullptr, nullptr);

@@ -69,9 +69,6 @@ class File {
   std::string path_;
 };
 
-// The path as a C library opens it on this system, in UTF-8; "" for a path that can't stand for anything.
-std::string NativePath(std::string_view path);
-
 // Length in bytes of a file. A folder raises PathAccess.
 std::uint64_t FileLength(std::string_view path);
 

@@ -13,7 +13,7 @@
 #include "Common/Width.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
-#include "Platform/Files.h"
+#include "Platform/NativePaths.h"
 #include "Standalone/ConnectionText.h"
 #include "Standalone/LiftedQuery.h"
 #include "Standalone/Sqlite.h"
@@ -60,7 +60,7 @@ class StandaloneDatabase::Connection {
   // Nothing if the system can't open the file.
   static std::shared_ptr<Connection> Open(const std::string& path, int timeout) {
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(os::NativePath(path).c_str(), &opened,
+    const int result = sqlite3_open_v2(os::ToNativePath(path).c_str(), &opened,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     SqliteHandle handle(opened);
     if (result == SQLITE_NOMEM) throw std::bad_alloc();

@@ -7,7 +7,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/Failure.h"
-#include "Platform/Files.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent {
 
@@ -102,12 +102,12 @@ void SqliteStatement::Check(int result) const {
 }
 
 SqliteDatabase::SqliteDatabase(std::string_view path, int timeout)
-    : SqliteDatabase(path, os::NativePath(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) {
+    : SqliteDatabase(path, os::ToNativePath(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) {
   sqlite3_busy_timeout(handle_.get(), timeout);
 }
 
 SqliteDatabase SqliteDatabase::OpenToLook(std::string_view path) {
-  return {path, "file:" + UriPath(os::NativePath(path)) + "?immutable=1",
+  return {path, "file:" + UriPath(os::ToNativePath(path)) + "?immutable=1",
           SQLITE_OPEN_READONLY | SQLITE_OPEN_URI};
 }
 

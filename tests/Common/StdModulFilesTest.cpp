@@ -9,7 +9,7 @@
 
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 #include "Support/AsOrdinaryUser.h"
 #include "Support/DiskOperations.h"
 #include "Support/RecordingPlatform.h"
@@ -396,11 +396,11 @@ TEST_F(StdModulFilesTest, EntryWithoutAttributesCountsAsAFile) {
 class MoveFileTest : public StdModulFilesTest {
  protected:
   void SetUp() override {
-    os::ResetPathMapping();
+    os::ResetSettings();
     folder_.Write("source", "abc");
     SetFileDate(folder_.Path("source"), "09.05.2010 14:30:05");
   }
-  void TearDown() override { os::ResetPathMapping(); }
+  void TearDown() override { os::ResetSettings(); }
 
   // The same file by another drive, so that moving to it copies.
   std::string ByOtherDrive(std::string_view name) {

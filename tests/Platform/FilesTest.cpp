@@ -12,7 +12,7 @@
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Platform/Posix/System.h"
 #include "Support/AsOrdinaryUser.h"
 #include "Support/ErrorNumbers.h"

@@ -14,6 +14,7 @@
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Connectors/Mozilla/ImportRun.h"
 #include "Platform/Failure.h"
+#include "Platform/NativePaths.h"
 #include "Standalone/Archive.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/MemoryFolder.h"
@@ -130,7 +131,7 @@ class ImportFaultsTest : public testing::Test {
   }
 
   static bool FileExists(const std::string& file) {
-    return !file.empty() && std::filesystem::is_regular_file(os::NativePath(file));
+    return !file.empty() && std::filesystem::is_regular_file(os::ToNativePath(file));
   }
 
   // Every mail is in the mailbox or, whole, in the archive, and no byte of the mailbox has changed but marks.

@@ -11,7 +11,7 @@
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Platform/User.h"
 #include "Standalone/Condition.h"
 #include "Standalone/HostActions.h"

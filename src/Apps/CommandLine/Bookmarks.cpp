@@ -7,6 +7,7 @@
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent::app {
 
@@ -59,7 +60,7 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
     std::puts(shown.c_str());
     return ExitCode::Done;
   }
-  CopyExport(os::NativePath(file), options.output);
+  CopyExport(os::ToNativePath(file), options.output);
   session.Output().Say("written into the profile: " + shown);
   std::puts(options.output.c_str());
   return ExitCode::Done;

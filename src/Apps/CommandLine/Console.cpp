@@ -80,7 +80,7 @@ MessageAnswer ConsolePlatform::ShowMessage(std::string_view text, std::string_vi
     return MessageAnswer::Ok;
   }
   console_.Say("");
-  return PosixPlatform::ShowMessage(text, title, icon, buttons);
+  return SystemPlatform::ShowMessage(text, title, icon, buttons);
 }
 
 }  // namespace vorlent::app

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Apps/CommandLine/Terminal.h"
-#include "Platform/Posix/PosixPlatform.h"
+#include "Platform/SystemPlatform.h"
 #include "Standalone/HostObserver.h"
 
 namespace vorlent::app {
@@ -55,7 +55,7 @@ class Console : public HostObserver {
 };
 
 // The platform with its messages on the console.
-class ConsolePlatform : public PosixPlatform {
+class ConsolePlatform : public SystemPlatform {
  public:
   explicit ConsolePlatform(Console& console) : console_(console) {}
 

@@ -9,7 +9,7 @@
 #include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Files.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Standalone/FittingName.h"
 
 namespace vorlent::app {

@@ -11,7 +11,8 @@
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
 #include "Platform/CodePage.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
+#include "Platform/Settings.h"
 #include "Platform/WorkFolder.h"
 
 namespace vorlent::app {
@@ -72,7 +73,7 @@ Session::Session(const GlobalOptions& options)
 Session::~Session() {
   signals_.reset();
   HostObjects::Install(nullptr);
-  Platform::Install(std::make_shared<PosixPlatform>());
+  Platform::Install(nullptr);
 }
 
 std::string Session::Address(const std::string& utf8) {

@@ -10,7 +10,7 @@
 #include "Host/Connector.h"
 #include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/FittingName.h"
 

@@ -15,7 +15,7 @@
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
 #include "Platform/Failure.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent::wizard {
 

@@ -5,7 +5,7 @@
 
 #include "Apps/Wizard/QtText.h"
 #include "Component/Component.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent::wizard {
 

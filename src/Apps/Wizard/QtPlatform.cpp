@@ -9,7 +9,7 @@
 #include "Apps/Wizard/QtText.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent::wizard {
 

@@ -3,12 +3,12 @@
 
 #include <QElapsedTimer>
 
-#include "Platform/Posix/PosixPlatform.h"
+#include "Platform/SystemPlatform.h"
 
 namespace vorlent::wizard {
 
 // Needs a QApplication. All that needs no window is the system's own.
-class QtPlatform : public PosixPlatform {
+class QtPlatform : public SystemPlatform {
  public:
   MessageAnswer ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
                             MessageButtons buttons) override;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Platform/CodePage.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent::wizard {
 

@@ -15,7 +15,7 @@
 #include "Apps/Wizard/QtDialogs.h"
 #include "Apps/Wizard/QtPlatform.h"
 #include "Apps/Wizard/QtText.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/StandaloneHost.h"
 

@@ -7,8 +7,10 @@
 
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Platform/NativePaths.h"
 #include "Platform/Posix/EpochTime.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Posix/Names.h"
+#include "Platform/Posix/Resolving.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent::os {

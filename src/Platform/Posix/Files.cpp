@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Platform/Failure.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent::os {

@@ -4,7 +4,8 @@
 
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
+#include "Platform/Posix/Resolving.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent::os {

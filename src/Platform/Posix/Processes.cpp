@@ -8,8 +8,8 @@
 #include <charconv>
 #include <filesystem>
 
-#include "Platform/Posix/PosixPlatform.h"
 #include "Platform/Posix/System.h"
+#include "Platform/SystemPlatform.h"
 
 namespace vorlent {
 
@@ -93,7 +93,7 @@ std::optional<pid_t> CheckedId(std::uint32_t processId) {
 
 }  // namespace
 
-std::optional<std::vector<ProcessEntry>> PosixPlatform::Processes() {
+std::optional<std::vector<ProcessEntry>> SystemPlatform::Processes() {
   const auto now = std::chrono::steady_clock::now();
   if (!snapshot_ || now >= snapshotEnd_) {
     snapshot_ = TakeSnapshot();
@@ -102,7 +102,7 @@ std::optional<std::vector<ProcessEntry>> PosixPlatform::Processes() {
   return snapshot_;
 }
 
-void PosixPlatform::CloseWindows(std::uint32_t processId) {
+void SystemPlatform::CloseWindows(std::uint32_t processId) {
   snapshot_.reset();
   const auto id = CheckedId(processId);
   if (!id) return;
@@ -113,7 +113,7 @@ void PosixPlatform::CloseWindows(std::uint32_t processId) {
   os::Retry([&] { return poll(&ended, 1, kCloseTime); });
 }
 
-void PosixPlatform::Terminate(std::uint32_t processId) {
+void SystemPlatform::Terminate(std::uint32_t processId) {
   snapshot_.reset();
   if (const auto id = CheckedId(processId)) kill(*id, SIGKILL);
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "Platform/Failure.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent::os {
 

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 #include "Platform/Posix/System.h"
 #include "Platform/User.h"
 

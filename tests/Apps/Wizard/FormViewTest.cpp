@@ -20,7 +20,7 @@
 #include "Apps/Wizard/SheetView.h"
 #include "Apps/Wizard/WizardFrame.h"
 #include "Platform/CodePage.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "UserScript.h"
@@ -410,7 +410,7 @@ TEST_F(FormViewTest, ChosenFileKeepsItsNameThoughItIsShownAtItsRealPlace) {
             "/home/anna/.thunderbird/Profiles/x/Mail/Inbox");
   EXPECT_EQ(Control<Sheet>("qzelSheet2").Row(1).Text(), name);
   EXPECT_THAT(Wizard().Parameter(), testing::EndsWith("import " + name + "\r\n"));
-  os::ResetPathMapping();
+  os::ResetSettings();
 }
 
 // --- The frame ------------------------------------------------------------------------------------------

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 
 namespace vorlent::wizard {
 namespace {
@@ -13,7 +13,7 @@ class NativePathsTest : public testing::Test {
     os::SetDrive('S', "/srv/mail");
     os::SetHomeFolder("/home/anna");
   }
-  ~NativePathsTest() override { os::ResetPathMapping(); }
+  ~NativePathsTest() override { os::ResetSettings(); }
 
   static std::string Shown(std::string_view text) { return WithNativePaths(text).toStdString(); }
 };

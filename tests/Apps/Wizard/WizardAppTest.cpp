@@ -22,7 +22,8 @@
 #include "Apps/Wizard/WizardFrame.h"
 #include "Common/StdModul.h"
 #include "Component/Component.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
+#include "Platform/Settings.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/RecordingPlatform.h"
@@ -47,7 +48,7 @@ class WizardAppTest : public testing::Test {
     os::SetDrive('S', folder.Native("samples").string());
     os::SetAppDataFolder(folder.Native("samples/AppData").string());
   }
-  ~WizardAppTest() override { os::ResetPathMapping(); }
+  ~WizardAppTest() override { os::ResetSettings(); }
 
   WizardAppOptions WithArchive() { return {{folder.Native("Archiv").string()}}; }
 

@@ -4,7 +4,7 @@
 
 #include "Common/NumberText.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
 
 namespace vorlent {
 namespace {

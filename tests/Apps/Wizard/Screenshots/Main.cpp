@@ -17,7 +17,7 @@
 #include "Apps/Wizard/MoveQuestion.h"
 #include "Apps/Wizard/WizardApp.h"
 #include "Apps/Wizard/WizardFrame.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 
 namespace {
 

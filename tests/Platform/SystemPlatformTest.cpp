@@ -1,4 +1,4 @@
-#include "Platform/Posix/PosixPlatform.h"
+#include "Platform/SystemPlatform.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@
 #include "Common/StdTask.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/Settings.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
@@ -71,7 +71,7 @@ class MessageTest : public testing::Test {
     {
       const ScopedDescriptor in(STDIN_FILENO, terminal);
       const ScopedDescriptor error(STDERR_FILENO, terminal);
-      shown.answer = PosixPlatform().ShowMessage("Weiter?", "Titel", MessageIcon::Question, buttons);
+      shown.answer = SystemPlatform().ShowMessage("Weiter?", "Titel", MessageIcon::Question, buttons);
     }
     // Once nobody holds the terminal's side any more, what it still has comes to an end.
     close(terminal);
@@ -93,7 +93,7 @@ class MessageTest : public testing::Test {
     {
       const ScopedDescriptor input(STDIN_FILENO, in);
       const ScopedDescriptor error(STDERR_FILENO, out);
-      shown.answer = PosixPlatform().ShowMessage(text, title, MessageIcon::Question, buttons);
+      shown.answer = SystemPlatform().ShowMessage(text, title, MessageIcon::Question, buttons);
     }
     close(in);
     close(out);
@@ -189,7 +189,7 @@ class Child {
 
 std::vector<std::string> NamesOf(std::uint32_t id) {
   std::vector<std::string> names;
-  const auto processes = PosixPlatform().Processes();
+  const auto processes = SystemPlatform().Processes();
   if (!processes) return names;
   for (const ProcessEntry& process : *processes) {
     if (process.id == id) names.push_back(process.name);
@@ -255,7 +255,7 @@ TEST(ProcessesTest, ProcessThatHasEndedIsNotListed) {
 }
 
 TEST(ProcessesTest, ProcessesComeInTheOrderOfTheirIds) {
-  const auto processes = PosixPlatform().Processes();
+  const auto processes = SystemPlatform().Processes();
   ASSERT_TRUE(processes.has_value());
   EXPECT_FALSE(NamesOf(static_cast<std::uint32_t>(getpid())).empty());
   EXPECT_TRUE(std::is_sorted(processes->begin(), processes->end(),
@@ -264,7 +264,7 @@ TEST(ProcessesTest, ProcessesComeInTheOrderOfTheirIds) {
 
 // Asked for before each of many mails is deleted, when looking anew each time would be most of the work.
 TEST(ProcessesTest, SnapshotIsKeptForAMomentOnly) {
-  PosixPlatform platform;
+  SystemPlatform platform;
   const auto isListed = [&](std::uint32_t id) {
     const auto processes = platform.Processes();
     return std::any_of(processes->begin(), processes->end(),
@@ -272,7 +272,7 @@ TEST(ProcessesTest, SnapshotIsKeptForAMomentOnly) {
   };
   platform.Processes();
   Child child([] { pause(); });
-  std::this_thread::sleep_for(PosixPlatform::kSnapshotTime);
+  std::this_thread::sleep_for(SystemPlatform::kSnapshotTime);
   EXPECT_TRUE(isListed(child.Id()));
   platform.Terminate(child.Id());
   child.Await();
@@ -288,7 +288,7 @@ TEST(ProcessesTest, ClosingWaitsUntilTheProcessHasEnded) {
     SleepAs("closing");
   });
   ASSERT_TRUE(AppearsAs(child.Id(), "closing.exe"));
-  PosixPlatform().CloseWindows(child.Id());
+  SystemPlatform().CloseWindows(child.Id());
   const int status = child.Bury();
   ASSERT_TRUE(status >= 0 && WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 7);
@@ -300,7 +300,7 @@ TEST(ProcessesTest, TerminatedProcessEndsEvenIfItWouldNot) {
     SleepAs("stubborn");
   });
   ASSERT_TRUE(AppearsAs(child.Id(), "stubborn.exe"));
-  PosixPlatform().Terminate(child.Id());
+  SystemPlatform().Terminate(child.Id());
   const int status = child.Await();
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGKILL);
@@ -316,8 +316,8 @@ TEST(ProcessesTest, IdsOfNoProcessAreHarmless) {
     {
       Child neighbour([] { pause(); });
       for (const std::uint32_t id : {0u, 0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu}) {
-        PosixPlatform().CloseWindows(id);
-        PosixPlatform().Terminate(id);
+        SystemPlatform().CloseWindows(id);
+        SystemPlatform().Terminate(id);
       }
       stays = neighbour.Bury() == -1;
     }
@@ -332,15 +332,15 @@ TEST(ProcessesTest, IdsOfNoProcessAreHarmless) {
 
 class DesktopTest : public testing::Test {
  protected:
-  void SetUp() override { os::ResetPathMapping(); }
+  void SetUp() override { os::ResetSettings(); }
   void TearDown() override {
-    os::ResetPathMapping();
+    os::ResetSettings();
     fs::current_path(startFolder_);
   }
 
   TemporaryFolder folder_;
   fs::path startFolder_ = fs::current_path();
-  PosixPlatform platform_;
+  SystemPlatform platform_;
 };
 
 TEST_F(DesktopTest, DriveTypeTellsWhetherADriveHasARoot) {
@@ -414,15 +414,15 @@ TEST_F(DesktopTest, ClockIsThatOfTheSystem) {
 }
 
 TEST_F(DesktopTest, SystemsOwnPlatformIsTheFirstAndComesBack) {
-  EXPECT_NE(dynamic_cast<PosixPlatform*>(&Platform::Current()), nullptr);
+  EXPECT_NE(dynamic_cast<SystemPlatform*>(&Platform::Current()), nullptr);
   {
     const ScopedRecordingPlatform recording;
     EXPECT_EQ(&Platform::Current(), &*recording);
     const auto previous = Platform::Install(nullptr);
     EXPECT_EQ(previous.get(), &*recording);
-    EXPECT_NE(dynamic_cast<PosixPlatform*>(&Platform::Current()), nullptr);
+    EXPECT_NE(dynamic_cast<SystemPlatform*>(&Platform::Current()), nullptr);
   }
-  EXPECT_NE(dynamic_cast<PosixPlatform*>(&Platform::Current()), nullptr);
+  EXPECT_NE(dynamic_cast<SystemPlatform*>(&Platform::Current()), nullptr);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "Platform/Posix/PosixPlatform.h"
+#include "Platform/SystemPlatform.h"
 
 #include <time.h>
 #include <unistd.h>
@@ -8,7 +8,9 @@
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
-#include "Platform/Posix/PathMapping.h"
+#include "Platform/NativePaths.h"
+#include "Platform/Posix/ApplicationPlaces.h"
+#include "Platform/Posix/Settings.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent {
@@ -64,36 +66,36 @@ MessageAnswer Ask() {
 }  // namespace
 
 std::shared_ptr<Platform> os::NewPlatform() {
-  return std::make_shared<PosixPlatform>();
+  return std::make_shared<SystemPlatform>();
 }
 
-DateTime PosixPlatform::Now() {
+DateTime SystemPlatform::Now() {
   return os::LocalNow();
 }
 
-MessageAnswer PosixPlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon,
-                                         MessageButtons buttons) {
+MessageAnswer SystemPlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon,
+                                          MessageButtons buttons) {
   Print(DisplayUtf8(title) + ": " + DisplayUtf8(text) + "\n");
   if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
   const bool someoneIsThere = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
   return someoneIsThere ? Ask() : MessageAnswer::Cancel;
 }
 
-FileDialogAnswer PosixPlatform::ShowFileDialog(const FileDialogRequest&) {
+FileDialogAnswer SystemPlatform::ShowFileDialog(const FileDialogRequest&) {
   return {};
 }
 
-void PosixPlatform::SetPointer(bool) {}
+void SystemPlatform::SetPointer(bool) {}
 
-void PosixPlatform::Yield() {}
+void SystemPlatform::Yield() {}
 
-void PosixPlatform::Wait(std::uint32_t milliseconds) {
+void SystemPlatform::Wait(std::uint32_t milliseconds) {
   timespec rest = {milliseconds / 1000, static_cast<long>(milliseconds % 1000) * 1'000'000};
   while (nanosleep(&rest, &rest) == -1 && errno == EINTR) {
   }
 }
 
-int PosixPlatform::DriveType(std::string_view root) {
+int SystemPlatform::DriveType(std::string_view root) {
   const bool isRoot =
       root.size() >= 2 && root[1] == ':' && (root.substr(2) == "\\" || root.substr(2).empty());
   const auto folder = isRoot ? os::DriveFolder(root[0]) : std::nullopt;
@@ -101,8 +103,8 @@ int PosixPlatform::DriveType(std::string_view root) {
   return folder && std::filesystem::is_directory(*folder, ignored) ? kFixedDisk : kNoRootDirectory;
 }
 
-std::optional<RegistryValue> PosixPlatform::QueryRegistry(std::uint32_t hive, std::string_view key,
-                                                          std::string_view value) {
+std::optional<RegistryValue> SystemPlatform::QueryRegistry(std::uint32_t hive, std::string_view key,
+                                                           std::string_view value) {
   const bool isAppData =
       hive == kCurrentUserHive && EqualNoCase(key, kShellFolders) && EqualNoCase(value, "AppData");
   const std::string path = isAppData ? os::AppDataPath() : "";
@@ -113,13 +115,13 @@ std::optional<RegistryValue> PosixPlatform::QueryRegistry(std::uint32_t hive, st
   return found;
 }
 
-std::string PosixPlatform::CurrentFolder() {
+std::string SystemPlatform::CurrentFolder() {
   std::error_code error;
   const auto folder = std::filesystem::current_path(error);
   return error ? "" : os::ToWindowsPath(folder.string());
 }
 
-void PosixPlatform::SetCurrentFolder(std::string_view folder) {
+void SystemPlatform::SetCurrentFolder(std::string_view folder) {
   if (chdir(os::ToNativePath(folder).c_str()) == 0) return;
   const int error = errno;
   if (error == ENOENT) throw Failure(ErrorNumber::PathNotFound, std::string(folder) + ": no such folder");

@@ -1,5 +1,4 @@
-// The platform of a POSIX system, without windows: messages go to standard error, the process list comes from
-// /proc.
+// The operating system's own platform, to be used as it is or to be improved on.
 #pragma once
 
 #include <chrono>
@@ -13,14 +12,14 @@
 
 namespace vorlent {
 
-// An app with windows overrides what it can do better, above all the file dialog, which counts as cancelled
-// here.
-class PosixPlatform : public Platform {
+// An app overrides what it can do better. Where the system has no windows of its own, messages go to standard
+// error, the pointer and the message loop are nobody's, and the file dialog counts as cancelled.
+class SystemPlatform : public Platform {
  public:
   DateTime Now() override;
 
-  // Writes title and text to standard error. A question is asked where standard input and standard error are
-  // a terminal, and answered with Cancel, which changes nothing, where they aren't.
+  // Without windows a question is asked where standard input and standard error are a terminal, and answered
+  // with Cancel, which changes nothing, where they aren't.
   MessageAnswer ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
                             MessageButtons buttons) override;
   FileDialogAnswer ShowFileDialog(const FileDialogRequest& request) override;
@@ -28,20 +27,22 @@ class PosixPlatform : public Platform {
   void Yield() override;
   void Wait(std::uint32_t milliseconds) override;
 
-  // Names are those that the programs have on Windows: with ".exe" where there is no extension, and without
-  // the "-bin" that Mozilla's applications carry behind their start scripts. A process that goes by another
-  // name than that of its file comes with each of them. A change is seen within kSnapshotTime: looking at all
-  // processes each time would cost more than what is done behind it.
+  // Names are those that the programs have on Windows; elsewhere with ".exe" where there is no extension, and
+  // without the "-bin" that Mozilla's applications carry after their start scripts. A process that goes by
+  // another name than that of its file comes with each of them. A change is seen within kSnapshotTime: looking
+  // at all processes each time would cost more than what is done after it.
   std::optional<std::vector<ProcessEntry>> Processes() override;
 
-  // Asks by the terminating signal, and waits up to kCloseTime for the process to end by itself.
+  // Without windows the process is asked to end, and gets up to kCloseTime to do so by itself.
   void CloseWindows(std::uint32_t processId) override;
   void Terminate(std::uint32_t processId) override;
 
-  // 3, a fixed disk, for a drive letter whose folder is there, else 1.
+  // 3, a fixed disk, for a drive of the settings whose folder is there. All others are the system's matter;
+  // where it has no drives there are none.
   int DriveType(std::string_view root) override;
 
-  // There is one value: the application-data folder among the current user's shell folders.
+  // The application-data folder among the current user's shell folders is that of the settings. A system
+  // without a registry has no other value.
   std::optional<RegistryValue> QueryRegistry(std::uint32_t hive, std::string_view key,
                                              std::string_view value) override;
   std::string CurrentFolder() override;

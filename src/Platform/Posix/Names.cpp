@@ -1,0 +1,97 @@
+#include "Platform/Posix/Names.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
+
+#include "Platform/CodePage.h"
+#include "Platform/NativePaths.h"
+
+namespace vorlent::os {
+
+namespace {
+
+// Upper-case forms of the page's characters.
+constexpr std::array<char, 256> kUpperCase = [] {
+  std::array<char, 256> upper{};
+  for (std::size_t c = 0; c < upper.size(); ++c)
+    upper[c] = static_cast<char>(c);
+  for (std::size_t c = 0; c < upper.size(); ++c) {
+    const unsigned char lower = codepage::ToLower(static_cast<unsigned char>(c));
+    if (lower != c) upper[lower] = static_cast<char>(c);
+  }
+  return upper;
+}();
+
+// In upper case; of a name that is UTF-8 only the ASCII letters, as a byte of it is no character.
+std::string UpperCaseName(std::string_view name) {
+  const bool isUtf8 = !IsAscii(name) && IsMultiByteUtf8(name);
+  std::string upper(name);
+  for (char& c : upper) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80 || !isUtf8) c = kUpperCase[byte];
+  }
+  return upper;
+}
+
+}  // namespace
+
+std::string ToNativeName(std::string_view name) {
+  return DisplayUtf8(name);
+}
+
+std::string ToWindowsName(std::string_view nativeName) {
+  if (IsAscii(nativeName)) return std::string(nativeName);
+  auto name = ExactUtf8ToCodePage(nativeName);
+  // "Ã¼" in the code page has the bytes of "ü" in UTF-8, and would be taken for that on the way back.
+  if (!name || IsMultiByteUtf8(*name)) return std::string(nativeName);
+  return *std::move(name);
+}
+
+std::string ToWindowsNames(std::string_view native) {
+  std::string path;
+  for (std::size_t at = 0; at < native.size();) {
+    if (native[at] == '/') {
+      path += '\\';
+      ++at;
+      continue;
+    }
+    const std::size_t end = std::min(native.find('/', at), native.size());
+    path += ToWindowsName(native.substr(at, end - at));
+    at = end;
+  }
+  return path;
+}
+
+std::string NameKey(std::string_view name) {
+  return IsAscii(name) || IsMultiByteUtf8(name) ? UpperCaseName(name) : CodePageToUtf8(UpperCaseName(name));
+}
+
+bool NameMatches(std::string_view name, std::string_view pattern) {
+  if (pattern == "*.*") return true;
+  const std::string text = UpperCaseName(name);
+  const std::string wanted = UpperCaseName(pattern);
+  // Upon a mismatch the last star takes one character more; earlier ones never need to.
+  std::size_t at = 0;
+  std::size_t next = 0;
+  std::size_t star = std::string::npos;
+  std::size_t starAt = 0;
+  while (at < text.size()) {
+    if (next < wanted.size() && wanted[next] == '*') {
+      star = next++;
+      starAt = at;
+    } else if (next < wanted.size() && (wanted[next] == '?' || wanted[next] == text[at])) {
+      ++next;
+      ++at;
+    } else if (star != std::string::npos) {
+      next = star + 1;
+      at = ++starAt;
+    } else {
+      return false;
+    }
+  }
+  return wanted.find_first_not_of('*', next) == std::string::npos;
+}
+
+}  // namespace vorlent::os
