@@ -76,7 +76,7 @@ class VORLENT_PUBLIC Platform {
   virtual void SetPointer(bool busy) = 0;
 
   // Lets the message loop handle what waits, once.
-  virtual void Yield() = 0;
+  virtual void YieldOnce() = 0;
 
   // Blocks for that many milliseconds.
   virtual void Wait(std::uint32_t milliseconds) = 0;

@@ -24,7 +24,7 @@ class SystemPlatform : public Platform {
                             MessageButtons buttons) override;
   FileDialogAnswer ShowFileDialog(const FileDialogRequest& request) override;
   void SetPointer(bool busy) override;
-  void Yield() override;
+  void YieldOnce() override;
   void Wait(std::uint32_t milliseconds) override;
 
   // Names are those that the programs have on Windows; elsewhere with ".exe" where there is no extension, and

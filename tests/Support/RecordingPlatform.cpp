@@ -140,8 +140,8 @@ void RecordingPlatform::SetPointer(bool busy) {
   calls.push_back(busy ? "SetPointer(busy)" : "SetPointer(default)");
 }
 
-void RecordingPlatform::Yield() {
-  calls.push_back("Yield()");
+void RecordingPlatform::YieldOnce() {
+  calls.push_back("YieldOnce()");
   if (onYield) onYield();
 }
 

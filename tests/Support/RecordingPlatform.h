@@ -74,7 +74,7 @@ class RecordingPlatform : public Platform {
                             MessageButtons buttons) override;
   FileDialogAnswer ShowFileDialog(const FileDialogRequest& request) override;
   void SetPointer(bool busy) override;
-  void Yield() override;
+  void YieldOnce() override;
   void Wait(std::uint32_t milliseconds) override;
   std::optional<std::vector<ProcessEntry>> Processes() override;
   void CloseWindows(std::uint32_t processId) override;

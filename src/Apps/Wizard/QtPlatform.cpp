@@ -113,7 +113,7 @@ void QtPlatform::SetPointer(bool busy) {
   }
 }
 
-void QtPlatform::Yield() {
+void QtPlatform::YieldOnce() {
   if (lastYield_.isValid() && lastYield_.elapsed() < kYieldPause) return;
   QCoreApplication::processEvents();
   lastYield_.start();

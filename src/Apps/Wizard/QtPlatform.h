@@ -15,7 +15,7 @@ class QtPlatform : public SystemPlatform {
   FileDialogAnswer ShowFileDialog(const FileDialogRequest& request) override;
   void SetPointer(bool busy) override;
   // Handles what waits, but only every few milliseconds: a run yields a hundred times behind each mail.
-  void Yield() override;
+  void YieldOnce() override;
 
  private:
   QElapsedTimer lastYield_;

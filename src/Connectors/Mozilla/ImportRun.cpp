@@ -101,7 +101,7 @@ std::string ImportRun::KeywordsOf(const std::string& mailbox) const {
 void ImportRun::ImportMails() {
   while (teller_.DeliverNext(mail_, true, [&] { ImportMail(); })) {
     for (int i = 0; i < 100; ++i)
-      Platform::Current().Yield();
+      Platform::Current().YieldOnce();
     if (host_.Cancelled()) return;
   }
 }

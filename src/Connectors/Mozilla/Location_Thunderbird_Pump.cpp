@@ -143,7 +143,7 @@ void Location_Thunderbird::Deliver(std::string& srcitm) {
     Report(report::kProgress, NumberText(bytes * 100 / source_.totalBytes));
   });
   for (int i = 0; i < kYields; ++i) {
-    Platform::Current().Yield();
+    Platform::Current().YieldOnce();
   }
   if (Host().Cancelled()) {
     sourceNewFile_ = true;

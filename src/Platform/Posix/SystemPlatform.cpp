@@ -87,7 +87,7 @@ FileDialogAnswer SystemPlatform::ShowFileDialog(const FileDialogRequest&) {
 
 void SystemPlatform::SetPointer(bool) {}
 
-void SystemPlatform::Yield() {}
+void SystemPlatform::YieldOnce() {}
 
 void SystemPlatform::Wait(std::uint32_t milliseconds) {
   timespec rest = {milliseconds / 1000, static_cast<long>(milliseconds % 1000) * 1'000'000};

@@ -78,7 +78,7 @@ class ImportRunTest : public testing::Test {
   // The user asks to stop while the n-th mail's yields run.
   void CancelInMail(int nth) {
     platform->onYield = [this, nth] {
-      host.Global.IsCancelled = platform->CountOf("Yield") > (nth - 1) * 100;
+      host.Global.IsCancelled = platform->CountOf("YieldOnce") > (nth - 1) * 100;
     };
   }
 
@@ -158,7 +158,7 @@ TEST_F(ImportRunTest, OneMailboxIsImportedMailByMail) {
   EXPECT_THAT(Calls(),
               ElementsAreArray(Opening() + OpenBox("Inbox") + logOff + OneMail("one", "item1", "0.2") +
                                OneMail("two", "item2", "50.2") + CloseBox("100", "2") + Closing("2")));
-  EXPECT_EQ(platform->CountOf("Yield"), 200);
+  EXPECT_EQ(platform->CountOf("YieldOnce"), 200);
   EXPECT_EQ(platform->CountOf("ShowMessage"), 0);
 }
 

@@ -126,7 +126,7 @@ TEST_F(LocationThunderbirdPumpTest, OneMailboxIsStreamedMailByMail) {
               "|Source=thunderbird://p/a/Inbox/",
           RecordOf("2", "S", "Account=a,Inbox", MailOf("2").size(), box.file, MailOf("1").size()) +
               "|Source=thunderbird://p/a/Inbox/"));
-  EXPECT_EQ(platform->CountOf("Yield"), 200);
+  EXPECT_EQ(platform->CountOf("YieldOnce"), 200);
   EXPECT_EQ(connector->Count(), 0);
 }
 

@@ -635,7 +635,7 @@ TEST_F(ReadMailboxTest, EveryMailIsPastedAndTheProgressReported) {
   EXPECT_EQ(host.Log.Lines(),
             (std::vector<std::string>{"tree.Clear", "tree.AddChild(\"Account 'a'\",\"Account=a\")"} +
              Reading(file, {"1", "2", "3"}, 1, 1, "Account=a,Inbox")));
-  EXPECT_THAT(platform->CallsOf("Yield"), IsEmpty());
+  EXPECT_THAT(platform->CallsOf("YieldOnce"), IsEmpty());
 }
 
 TEST_F(ReadMailboxTest, MailboxesFollowEachOther) {
