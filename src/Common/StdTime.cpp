@@ -1,10 +1,12 @@
 #include "Common/StdTime.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Platform/Calendar.h"
 #include "Platform/Failure.h"
 
 namespace vorlent {
@@ -12,7 +14,6 @@ namespace vorlent {
 namespace {
 
 constexpr std::int32_t kSecondsPerDay = 86400;
-constexpr std::int32_t kMostDaysInYear = 366;
 constexpr int kFirstYear = 100;  // the earliest that a date may have
 
 // A number of a stamp's field, "" and foreign text being 0.
@@ -20,11 +21,16 @@ std::int32_t Field(std::string_view stamp, std::size_t offset, std::size_t lengt
   return ToInt32(ReadNumber(stamp.substr(std::min(offset, stamp.size()), length)));
 }
 
-// The days of the years from 1970 up to the one before `year`.
-std::int64_t DaysBeforeYear(std::int64_t year) {
-  if (year <= 1970) return 0;
-  const auto leapYearsUpTo = [](std::int64_t last) { return last / 4 - last / 100 + last / 400; };
-  return 365 * (year - 1970) + leapYearsUpTo(year - 1) - leapYearsUpTo(1969);
+// A year of as many days that the calendar's type holds: all repeats after 400 years.
+std::chrono::year LikeYear(std::int32_t year) {
+  return std::chrono::year(year % 400);
+}
+
+// The days of the years from 1970 up to the one before `year`. One beyond the calendar's last counts as that:
+// their seconds overflow alike.
+std::int64_t DaysBeforeYear(std::int32_t year) {
+  const std::chrono::year counted(std::clamp(year, 1970, static_cast<int>(std::chrono::year::max())));
+  return std::chrono::sys_days(counted / 1 / 1).time_since_epoch().count();
 }
 
 // 32-bit arithmetic that overflows as such.
@@ -121,16 +127,10 @@ std::int32_t StampToEpoch(std::string_view s) {
 }
 
 std::string EpochToStamp(std::int32_t t) {
-  std::int32_t days = t / kSecondsPerDay + 1;
-  DateTime moment;
-  moment.year += std::max(0, (days - 1) / kMostDaysInYear);  // so many are sure to have passed
-  days -= static_cast<std::int32_t>(DaysBeforeYear(moment.year));
-  for (; days > DaysInYear(moment.year); ++moment.year)
-    days -= DaysInYear(moment.year);
-  for (; days > DaysInMonth(moment.month, moment.year); ++moment.month) {
-    days -= DaysInMonth(moment.month, moment.year);
-  }
-  moment.day = days;
+  const std::int32_t days = t / kSecondsPerDay;
+  DateTime moment = MidnightOf(std::chrono::sys_days(std::chrono::days(std::max(0, days))));
+  // A moment before 1970 only counts back from the first of January.
+  moment.day += std::min(0, days);
   moment.hour = t % kSecondsPerDay / 3600;
   moment.minute = t % 3600 / 60;
   moment.second = t % 60;
@@ -138,22 +138,13 @@ std::string EpochToStamp(std::int32_t t) {
 }
 
 std::int32_t DaysInYear(std::int32_t year) {
-  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  return leap ? 366 : 365;
+  return LikeYear(year).is_leap() ? 366 : 365;
 }
 
 std::int32_t DaysInMonth(std::int32_t month, std::int32_t year) {
-  switch (month) {
-    case 2:
-      return DaysInYear(year) == 365 ? 28 : 29;
-    case 4:
-    case 6:
-    case 9:
-    case 11:
-      return 30;
-    default:
-      return 31;
-  }
+  if (month < 1 || month > 12) return 31;
+  const auto last = LikeYear(year) / month / std::chrono::last;
+  return static_cast<std::int32_t>(static_cast<unsigned>(last.day()));
 }
 
 DateTime ParseDate(std::string_view text) {

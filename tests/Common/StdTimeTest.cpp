@@ -41,6 +41,7 @@ TEST(StampToEpoch, OverflowsAtTheEndOfJanuary2038) {
   EXPECT_EQ(SwallowedNumber([] { StampToEpoch("20380131000000"); }), 6);
   EXPECT_EQ(SwallowedNumber([] { StampToEpoch("99991231235959"); }), 6);
   EXPECT_EQ(SwallowedNumber([] { StampToEpoch("9e990101000000"); }), 6) << "a year is any number";
+  EXPECT_EQ(SwallowedNumber([] { StampToEpoch("9e7 0101000000"); }), 6);
 }
 
 TEST(StampToEpoch, ReadsWhatFieldsThereAre) {
@@ -122,6 +123,16 @@ TEST(DaysInYear, KnowsTheGregorianRule) {
   EXPECT_EQ(DaysInYear(2100), 365);
   EXPECT_EQ(DaysInYear(2004), 366);
   EXPECT_EQ(DaysInYear(2001), 365);
+}
+
+TEST(DaysInYear, KnowsEveryYearOf32Bits) {
+  EXPECT_EQ(DaysInYear(2'000'000'000), 366);
+  EXPECT_EQ(DaysInYear(2'000'000'100), 365);
+  EXPECT_EQ(DaysInYear(0), 366);
+  EXPECT_EQ(DaysInYear(-4), 366);
+  EXPECT_EQ(DaysInYear(-100), 365);
+  EXPECT_EQ(DaysInMonth(2, 2'000'000'004), 29);
+  EXPECT_EQ(DaysInMonth(2, -2'000'000'001), 28);
 }
 
 TEST(DaysInMonth, KnowsEveryMonth) {

@@ -1,6 +1,7 @@
 #include <dirent.h>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -129,14 +130,15 @@ void WriteAttributes(std::string_view path, int attributes) {
 
 DateTime ReadChangeTime(std::string_view path) {
   const struct stat status = FindTarget(path).status;
-  return EpochToLocal(status.st_mtim.tv_sec, static_cast<int>(status.st_mtim.tv_nsec / 1'000'000));
+  const std::chrono::sys_seconds second{std::chrono::seconds(status.st_mtim.tv_sec)};
+  return EpochToLocal(second, static_cast<int>(status.st_mtim.tv_nsec / 1'000'000));
 }
 
 void WriteTimes(std::string_view path, const DateTime& local) {
   const auto [native, status] = FindTarget(path);
   if (!S_ISDIR(status.st_mode) && IsReadOnly(status)) RefuseAccess(path, "is read-only");
   timespec time = {};
-  time.tv_sec = LocalToEpoch(local);
+  time.tv_sec = LocalToEpoch(local).time_since_epoch().count();
   time.tv_nsec = local.millisecond * 1'000'000L;
   const timespec accessAndChange[] = {time, time};
   Require(utimensat(AT_FDCWD, native.c_str(), accessAndChange, 0) == 0, path);

@@ -2,10 +2,12 @@
 
 #include <time.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <string>
 
+#include "Platform/Calendar.h"
 #include "Platform/Failure.h"
 #include "Platform/Posix/EpochTime.h"
 
@@ -13,38 +15,34 @@ namespace vorlent::os {
 
 namespace {
 
-constexpr std::int64_t kSecondsPerDay = 86'400;
+using std::chrono::sys_days;
+using std::chrono::sys_seconds;
 
-bool IsLeapYear(int year) {
-  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
-
-int DaysIn(int month, int year) {
-  static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && IsLeapYear(year) ? 29 : kDays[month - 1];
-}
+constexpr std::chrono::days kDay{1};
 
 void RequireValid(const DateTime& t) {
   const auto isIn = [](int value, int low, int high) { return value >= low && value <= high; };
-  const bool valid = isIn(t.year, 1, 9999) && isIn(t.month, 1, 12) &&
-                     isIn(t.day, 1, DaysIn(t.month, t.year)) && isIn(t.hour, 0, 23) &&
-                     isIn(t.minute, 0, 59) && isIn(t.second, 0, 59) && isIn(t.millisecond, 0, 999);
+  const bool valid = isIn(t.year, 1, 9999) && isIn(t.month, 1, 12) && isIn(t.day, 1, 31) && DateOf(t).ok() &&
+                     isIn(t.hour, 0, 23) && isIn(t.minute, 0, 59) && isIn(t.second, 0, 59) &&
+                     isIn(t.millisecond, 0, 999);
   if (!valid) throw Failure(ErrorNumber::InvalidCall, "no such date or time");
 }
 
-// The fields counted as if they were UTC. Years are taken to begin in March, so that the leap day is the
-// last.
-std::int64_t CountSeconds(const DateTime& t) {
-  const std::int64_t year = t.month > 2 ? t.year : t.year - 1;
-  const int month = (t.month + 9) % 12;
-  const std::int64_t dayOfYear = (153 * month + 2) / 5 + t.day - 1;
-  const std::int64_t days = 365 * year + year / 4 - year / 100 + year / 400 + dayOfYear - 719'468;
-  return days * kSecondsPerDay + t.hour * 3600 + t.minute * 60 + t.second;
+// The fields counted as if they were UTC, and back.
+sys_seconds CountSeconds(const DateTime& t) {
+  return sys_days(DateOf(t)) + std::chrono::hours(t.hour) + std::chrono::minutes(t.minute) +
+         std::chrono::seconds(t.second);
 }
 
-DateTime FromBroken(const tm& broken, int millisecond) {
-  return {broken.tm_year + 1900, broken.tm_mon + 1, broken.tm_mday, broken.tm_hour,
-          broken.tm_min,         broken.tm_sec,     millisecond};
+DateTime FieldsOf(sys_seconds moment, int millisecond) {
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::hh_mm_ss time{moment - day};
+  DateTime fields = MidnightOf(day);
+  fields.hour = static_cast<int>(time.hours().count());
+  fields.minute = static_cast<int>(time.minutes().count());
+  fields.second = static_cast<int>(time.seconds().count());
+  fields.millisecond = millisecond;
+  return fields;
 }
 
 // Takes up the zone that the environment names, if that has changed: the C library would look at the zone's
@@ -58,35 +56,37 @@ void FollowZone() {
   known = current;
 }
 
-tm BreakLocally(std::int64_t seconds) {
+tm BreakLocally(sys_seconds moment) {
   FollowZone();
-  const time_t moment = seconds;
+  const time_t seconds = moment.time_since_epoch().count();
   tm broken = {};
-  if (localtime_r(&moment, &broken) == nullptr)
+  if (localtime_r(&seconds, &broken) == nullptr)
     throw Failure(ErrorNumber::InvalidCall, "no such date or time");
   return broken;
 }
 
 // How far local time is ahead of UTC at a moment.
-std::int64_t OffsetAt(std::int64_t seconds) {
-  return BreakLocally(seconds).tm_gmtoff;
+std::chrono::seconds OffsetAt(sys_seconds moment) {
+  return std::chrono::seconds(BreakLocally(moment).tm_gmtoff);
 }
 
 }  // namespace
 
-DateTime EpochToLocal(std::int64_t seconds, int millisecond) {
-  return FromBroken(BreakLocally(seconds), millisecond);
+DateTime EpochToLocal(sys_seconds moment, int millisecond) {
+  const tm broken = BreakLocally(moment);
+  return {broken.tm_year + 1900, broken.tm_mon + 1, broken.tm_mday, broken.tm_hour,
+          broken.tm_min,         broken.tm_sec,     millisecond};
 }
 
-std::int64_t LocalToEpoch(const DateTime& local) {
+sys_seconds LocalToEpoch(const DateTime& local) {
   RequireValid(local);
-  const std::int64_t count = CountSeconds(local);
+  const sys_seconds count = CountSeconds(local);
   // Offsets are below a day, so these are the offsets in force before and after a change around that time.
   // The earlier reading goes first: of a repeated time it is the first occurrence, of a skipped one the
   // offset before.
-  const std::int64_t before = count - OffsetAt(count - kSecondsPerDay);
+  const sys_seconds before = count - OffsetAt(count - kDay);
   if (before + OffsetAt(before) == count) return before;
-  const std::int64_t after = count - OffsetAt(count + kSecondsPerDay);
+  const sys_seconds after = count - OffsetAt(count + kDay);
   return after + OffsetAt(after) == count ? after : before;
 }
 
@@ -96,16 +96,14 @@ DateTime UtcToLocal(const DateTime& utc) {
 }
 
 DateTime LocalToUtc(const DateTime& local) {
-  const time_t moment = LocalToEpoch(local);
-  tm broken = {};
-  gmtime_r(&moment, &broken);
-  return FromBroken(broken, local.millisecond);
+  return FieldsOf(LocalToEpoch(local), local.millisecond);
 }
 
 DateTime LocalNow() {
-  timespec now = {};
-  clock_gettime(CLOCK_REALTIME, &now);
-  return EpochToLocal(now.tv_sec, static_cast<int>(now.tv_nsec / 1'000'000));
+  const auto now = std::chrono::system_clock::now();
+  const auto second = std::chrono::floor<std::chrono::seconds>(now);
+  const auto rest = std::chrono::floor<std::chrono::milliseconds>(now - second);
+  return EpochToLocal(second, static_cast<int>(rest.count()));
 }
 
 }  // namespace vorlent::os
