@@ -25,7 +25,7 @@ class StdIni {
   // Reads a document; a file that doesn't exist leaves it empty.
   void Load(std::string_view file);
   // The same from text. A section of a name that was there already is kept, but never found.
-  void LoadString(std::string_view ini);
+  void LoadString(std::string_view ini);  // a macro of windows.h: never read both
   // Writes a changed document; an empty `file` is set to the name of the last Load.
   void Save(std::string& file);
 

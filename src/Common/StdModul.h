@@ -75,7 +75,7 @@ std::string UnescapeValue(std::string_view value);
 // Replaces every `find` in `s`, from the left and without looking at what was put in. `ignoreCase` goes by
 // the letters of the code page; `wholeWord` takes the hits of FindWholeWord only. "" is never found.
 void ReplaceText(std::string& s, std::string_view find, std::string_view repl, bool ignoreCase = false,
-                 bool wholeWord = false);
+                 bool wholeWord = false);  // a macro of windows.h: never read both
 
 // Position of the first occurrence of `word` at or behind `start` that has no word character on either side.
 std::int32_t FindWholeWord(std::int32_t start, std::string_view s, std::string_view word);
@@ -192,7 +192,7 @@ void ListFolder(std::string_view p, KeyedList<std::string>* files, KeyedList<std
 // Moves a file into a folder that is made if it is missing. Note the order: the target comes first. One that
 // exists is deleted before anything else; the source stays if the file could not be moved. Nothing happens
 // without a source, or if both paths are equal but for letter case.
-void MoveFile(std::string_view target, std::string_view source);
+void MoveFile(std::string_view target, std::string_view source);  // a macro of windows.h: never read both
 
 // --- Dates (StdModulDates.cpp) -----------------------------------------------------------------------------
 //

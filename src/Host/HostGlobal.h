@@ -40,7 +40,7 @@ class VORLENT_PUBLIC HostGlobal : public Object {
  public:
   // A host object by name, nothing if the host has none: "topics" is the Location of topics, any other name a
   // Location.
-  virtual ObjectPtr GetObject(std::string_view name) = 0;
+  virtual ObjectPtr GetObject(std::string_view name) = 0;  // a macro of windows.h: never read both
 
   // Any item of the host by ID, nothing if absent.
   virtual ItemPtr FindItem(std::string_view id) = 0;

@@ -29,8 +29,8 @@ class SystemPlatform : public Platform {
 
   // Names are those that the programs have on Windows; elsewhere with ".exe" where there is no extension, and
   // without the "-bin" that Mozilla's applications carry after their start scripts. A process that goes by
-  // another name than that of its file comes with each of them. A change is seen within kSnapshotTime: looking
-  // at all processes each time would cost more than what is done after it.
+  // another name than that of its file comes with each of them. A change is seen within kSnapshotTime:
+  // looking at all processes each time would cost more than what is done after it.
   std::optional<std::vector<ProcessEntry>> Processes() override;
 
   // Without windows the process is asked to end, and gets up to kCloseTime to do so by itself.

@@ -44,12 +44,22 @@ def make_profile(home):
     (home / ".thunderbird/p.default/prefs.js").write_bytes("".join(lines).encode())
 
 
+def check_headers(prefix):
+    """What a header marks as public is of no use where the header itself isn't installed."""
+    installed = [str(header) for header in prefix.rglob("*.h")]
+    for header in (SOURCES / "src").rglob("*.h"):
+        name = str(header.relative_to(SOURCES / "src"))
+        if "VORLENT_PUBLIC " in header.read_text(encoding="utf-8") and not any(i.endswith("/" + name) for i in installed):
+            sys.exit(f"marked as public, but not installed: {name}")
+
+
 def main():
     with tempfile.TemporaryDirectory() as folder:
         folder = Path(folder)
         prefix, home = folder / "usr", folder / "home"
         for component in ("library", "development"):
             run("cmake", "--install", BUILD, "--prefix", prefix, "--component", component)
+        check_headers(prefix)
         by_cmake = folder / "build/read-mailbox"
         run("cmake", "-S", SOURCES / "examples/read-mailbox", "-B", by_cmake.parent, f"-DCMAKE_PREFIX_PATH={prefix}",
             f"-DCMAKE_CXX_COMPILER={COMPILER}", "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror")
