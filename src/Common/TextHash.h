@@ -7,8 +7,7 @@
 
 namespace vorlent {
 
-// It stays the same from one version of the program to the next, since archives keep it. Whoever wants two
-// texts of one hash finds some.
+// Archives keep it: it may never change. Whoever wants two texts of one hash finds some.
 class TextHash {
  public:
   void Add(std::string_view text) {

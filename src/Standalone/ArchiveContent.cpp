@@ -66,7 +66,7 @@ std::int64_t ArchiveContent::Insert(const ItemRecord& record, std::int64_t finge
   const std::int64_t number = store_.Insert(record, fingerprint, files);
   if (numbers_ != nullptr) numbers_->push_back(number);
   ++deferredItems_;
-  unproven_.push_back(number);
+  Confirm(number);
   return number;
 }
 
@@ -169,24 +169,42 @@ void ArchiveContent::ProveLog() {
   }
 }
 
+void ArchiveContent::Confirm(std::int64_t number) {
+  // Sources that keep their mails ask for no proof.
+  if (deferred_ != nullptr) return;
+  if (unproven_.empty() || unproven_.back().last + 1 != number) {
+    unproven_.push_back({number, number});
+  } else {
+    unproven_.back().last = number;
+  }
+}
+
 // Each folder is listed once, however many files are looked for there.
 void ArchiveContent::ProveFiles() {
-  std::sort(unproven_.begin(), unproven_.end());
-  for (auto first = unproven_.begin(); first != unproven_.end();) {
-    const std::int64_t folder = *first / ArchiveFiles::kItemsPerFolder;
-    const auto behind =
-        std::lower_bound(first, unproven_.end(), (folder + 1) * ArchiveFiles::kItemsPerFolder);
-    const std::vector<std::string> listed = files_.NamesIn(folder);
-    const std::set<std::string> names(listed.begin(), listed.end());
-    for (const auto& [item, file] : store_.FilesOf(*first, *std::prev(behind))) {
-      // A mail that lacks a file is known as such, and stays in its mailbox.
-      if (file.missing || !std::binary_search(first, behind, item)) continue;
-      if (names.contains(FileNameOf(item, file.name))) continue;
-      throw Failure(ErrorNumber::FileNotFound, files_.PathOf(item, file.name) + ": is gone from the archive");
-    }
-    first = behind;
+  std::ranges::sort(unproven_, {}, &Row::first);
+  for (std::size_t i = 0; i < unproven_.size();) {
+    Row row = unproven_[i];
+    while (++i < unproven_.size() && unproven_[i].first <= row.last + 1)
+      row.last = std::max(row.last, unproven_[i].last);
+    ProveFiles(row);
   }
   unproven_.clear();
+}
+
+void ArchiveContent::ProveFiles(const Row& row) {
+  constexpr std::int64_t kPerFolder = ArchiveFiles::kItemsPerFolder;
+  for (std::int64_t first = row.first; first <= row.last;) {
+    const std::int64_t folder = first / kPerFolder;
+    const std::int64_t last = std::min(row.last, (folder + 1) * kPerFolder - 1);
+    const std::vector<std::string> listed = files_.NamesIn(folder);
+    const std::set<std::string> names(listed.begin(), listed.end());
+    for (const auto& [item, file] : store_.FilesOf(first, last)) {
+      // A mail that lacks a file is known as such, and stays in its mailbox.
+      if (file.missing || names.contains(FileNameOf(item, file.name))) continue;
+      throw Failure(ErrorNumber::FileNotFound, files_.PathOf(item, file.name) + ": is gone from the archive");
+    }
+    first = last + 1;
+  }
 }
 
 void ArchiveContent::Finish() {

@@ -56,7 +56,7 @@ class ArchiveContent {
   void Settle();
 
   // An item that was there already stands for one that came in.
-  void Confirm(std::int64_t number) { unproven_.push_back(number); }
+  void Confirm(std::int64_t number);
   // Proves that what came in since the last time can be reached under the archive's path: folder, database
   // and files are still those that were opened, and each item's files are there. Raises what is wrong.
   void Prove();
@@ -65,6 +65,12 @@ class ArchiveContent {
   void Finish();
 
  private:
+  // Numbers of items that follow each other.
+  struct Row {
+    std::int64_t first;
+    std::int64_t last;
+  };
+
   void NoteChange();
   void PutInOrder();
   void PutInOrder(std::int64_t folderNumber);
@@ -72,6 +78,7 @@ class ArchiveContent {
   void ProveLog();
   void EmptyLog();
   void ProveFiles();
+  void ProveFiles(const Row& row);
 
   os::HeldFolder folder_;
   ArchiveFiles files_;
@@ -82,7 +89,7 @@ class ArchiveContent {
   // SQLite holds both files, so no other gets these.
   const std::optional<os::Identity> database_;
   const std::optional<os::Identity> log_;
-  std::vector<std::int64_t> unproven_;  // numbers of items
+  std::vector<Row> unproven_;  // nearly always one row for a mailbox
   bool changeNoted_;
   std::unique_ptr<SqliteTransaction> deferred_;
   std::int64_t deferredItems_ = 0;

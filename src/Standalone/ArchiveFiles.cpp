@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::size_t kFolderDigits = 6;
 
-// A copy on its way. The source is still there as long as there is a file of that name.
-constexpr std::string_view kPartSuffix = ".part";
+// What a copy on its way is called. No file of an item can be, as names begin with no blank.
+constexpr std::string_view kOnItsWay = " part";
 
 void MakeWritable(const std::string& path) {
   const int attributes = os::ReadAttributes(path);
@@ -69,7 +69,7 @@ void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_
       return;
     }
   }
-  const std::string part = target + std::string(kPartSuffix);
+  const std::string part = PathOf(item, kOnItsWay);
   os::Copy(source, part);
   os::Rename(part, target);
   os::SyncFolder(FolderOf(folderNumber));

@@ -10,8 +10,17 @@ namespace vorlent {
 void ArchiveImport::Run() {
   const auto actions = RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"));
   actions->SetRunObserver(this);
-  actions->execute("importmails");
-  if (portions_) portions_->Finish();
+  const auto settle = [&] {
+    if (portions_) portions_->Finish();
+  };
+  try {
+    actions->execute("importmails");
+  } catch (const Failure&) {
+    // What was delivered before is told as imported.
+    Swallow(settle);
+    throw;
+  }
+  settle();
 }
 
 void ArchiveImport::ImportBegins(const LocationPtr& target, bool moves) {

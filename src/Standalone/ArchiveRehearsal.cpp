@@ -4,6 +4,7 @@
 #include <array>
 
 #include "Common/StdModul.h"
+#include "Common/TextHash.h"
 #include "Platform/Files.h"
 #include "Standalone/Archive.h"
 #include "Standalone/Fingerprint.h"
@@ -15,7 +16,7 @@ namespace {
 
 // A hash of an item with the bytes of its files.
 std::int64_t FullFingerprintOf(const RehearsedItem& item) {
-  Fingerprint all;
+  TextHash all;
   all.Add(std::to_string(item.Fingerprint()));
   std::array<char, 64 * 1024> block;
   for (const auto& [key, path] : item.Files()) {
@@ -26,7 +27,7 @@ std::int64_t FullFingerprintOf(const RehearsedItem& item) {
       all.Add(std::string_view(block.data(), count));
     }
   }
-  return all.Value();
+  return static_cast<std::int64_t>(all.Value());
 }
 
 }  // namespace

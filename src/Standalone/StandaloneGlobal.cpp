@@ -143,8 +143,14 @@ std::string StandaloneGlobal::GetOption(std::string_view key) {
 }
 
 std::string StandaloneGlobal::TempPath() {
-  if (!workFolder_) workFolder_.emplace();
-  return workFolder_->Path();
+  if (tempPath_.empty()) {
+    if (!workFolder_) workFolder_.emplace();
+    // A folder of its own keeps the work folder's marker out of reach, whatever mails call their files.
+    const std::string path = workFolder_->Path() + "files\\";
+    os::CreateFolder(RemovePathSep(path));
+    tempPath_ = path;
+  }
+  return tempPath_;
 }
 
 const std::shared_ptr<TopicsLocation>& StandaloneGlobal::TopicsOfHost() {

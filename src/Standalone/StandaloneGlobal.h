@@ -109,6 +109,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   std::map<std::string, std::string, std::less<>> options_;
   ItemPtr chosenItem_;
   std::optional<os::WorkFolder> workFolder_;
+  std::string tempPath_;  // "" until first needed
   std::string userName_;
   bool logEnabled_ = true;
   bool isReading_ = false;

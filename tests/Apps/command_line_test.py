@@ -500,6 +500,11 @@ class CommandLine(ProgramCase):
         self.assertEqual([data[f"FileAttach{i}"].split("\r\n")[1] for i in (1, 2, 3, 6)],
                          ["file=..", "file=.", "file= ", "file=CON"])
 
+    def test_no_attachment_takes_the_marker_of_the_temporary_folder(self):
+        self.write_inbox(mail_of_files(b"marked", (b".in-use", b"1")), mail(b"last"))
+        code, _, err = self.run_program("import", LOCAL + "/Inbox/-", "--target", "archive", "--move")
+        self.assertEqual((code, err), (0, "found 2 = imported 2 + expunged 0 + failed 0\n"))
+
     def test_an_import_repeated_tells_what_was_there_already(self):
         self.write_inbox(mail(b"one"), mail(b"two"), mail(b"gone", status=b"X-Mozilla-Status: 0009\r\n"))
         command = ["import", LOCAL + "/Inbox/-", "--target", "archive"]

@@ -253,7 +253,7 @@ TEST_F(ArchiveCrashTest, PuttingInOrderCanBeInterruptedToo) {
   // The first mail is in, the second half.
   ASSERT_TRUE(RunAndKillAt(60));
   folder_.Write("archive/files/000000/77 orphan.txt", "x");
-  folder_.Write("archive/files/000000/1 mail.eml.part", "x");
+  folder_.Write("archive/files/000000/1  part", "x");
   for (long operation = 0;; ++operation) {
     const pid_t child = fork();
     if (child == 0) {

@@ -44,6 +44,21 @@ TEST_F(ArchiveFilesTest, ItsNamesStandInEveryFileSystem) {
     EXPECT_EQ(ArchiveFiles::OwnName(row.name), row.own);
 }
 
+TEST_F(ArchiveFilesTest, ACopyOnItsWayTakesNoOthersPlace) {
+  const std::string first = folder_.Write("temp\\1", "first");
+  const std::string second = folder_.Write("temp\\2", "second");
+  for (const std::string suffix : {".part", " part", "part"}) {
+    const std::string name = ArchiveFiles::OwnName("a" + suffix);
+    files_.Take(first, 7, name, false);
+    files_.Take(second, 7, "a", false);
+    EXPECT_EQ(folder_.Read("files\\000000\\7 " + name), "first");
+    EXPECT_EQ(folder_.Read("files\\000000\\7 a"), "second");
+    files_.Remove(7, "a");
+    files_.Remove(7, name);
+  }
+  EXPECT_NE(ArchiveFiles::OwnName(" part"), " part");
+}
+
 TEST_F(ArchiveFilesTest, AFolderIsNoFile) {
   folder_.Write("temp\\inner\\a.txt", "abc");
   for (const bool deferred : {false, true}) {

@@ -105,7 +105,7 @@ class ArchiveSight {
     if (!fs::is_directory(folder)) return;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
       const std::string name = entry.path().filename();
-      if (!entry.is_regular_file() || name.ends_with(".part")) continue;
+      if (!entry.is_regular_file() || name.ends_with("  part")) continue;
       const auto item = items_.find(atol(name.c_str()));
       if (item == items_.end()) continue;
       const std::string bytes = Comparable(ReadBytes("C:" + entry.path().string()));

@@ -13,6 +13,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
 #include "Platform/User.h"
+#include "Platform/WorkFolder.h"
 #include "Standalone/Condition.h"
 #include "Standalone/HostActions.h"
 #include "Standalone/MemoryFolder.h"
@@ -240,11 +241,22 @@ TEST_F(StandaloneHostTest, TheTemporaryFolderIsPrivateAndGoesWithTheHost) {
   EXPECT_TRUE(path.ends_with('\\'));
   EXPECT_EQ(host_->Global().TempPath(), path);
   EXPECT_TRUE(FolderExists(path));
-  EXPECT_EQ(std::filesystem::status(os::ToNativePath(path)).permissions(), std::filesystem::perms::owner_all);
+  const std::filesystem::path work =
+      std::filesystem::path(os::ToNativePath(RemovePathSep(path))).parent_path();
+  EXPECT_EQ(std::filesystem::status(work).permissions(), std::filesystem::perms::owner_all);
   WriteBytes(path + "left.txt", "x");
   HostObjects::Install(previous_);
   host_.reset();
   EXPECT_FALSE(FolderExists(path));
+}
+
+TEST_F(StandaloneHostTest, NoFileOfAMailTakesTheMarkerOfTheTemporaryFolder) {
+  const std::string path = host_->Global().TempPath();
+  WriteBytes(path + ".in-use", "an attachment");
+  std::filesystem::remove(os::ToNativePath(path + ".in-use"));
+  WriteBytes(path + "mail.eml", "mail");
+  os::RemoveAbandonedWorkFolders();
+  EXPECT_TRUE(FileExists(path + "mail.eml"));
 }
 
 TEST_F(StandaloneHostTest, WithoutDialogsTheUserCancels) {
