@@ -37,7 +37,8 @@ class VORLENT_PUBLIC MailRunObserver {
   virtual void ImportBegins(const LocationPtr& /*target*/, bool /*moves*/) {}
 
   // Every mail that is found is passed over as expunged, delivered whole, or failed; a failed one may have
-  // been delivered in part.
+  // been delivered in part. What of a mailbox can't be read in the search for a mail counts as one that
+  // failed.
   virtual void MailsExpunged(std::int32_t /*count*/) {}
   // One that hides its place has a header Address of its own, by which another place in the mailbox would be
   // taken for its own.

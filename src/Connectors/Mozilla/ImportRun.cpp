@@ -121,10 +121,10 @@ void ImportRun::ImportMail() {
   host_.SetLogEnabled(false);
 }
 
-// A mail of which a file could not be written whole isn't imported: it stays where it is complete. And no
-// mail shall go in the place of one that hides its own.
+// A mail that isn't there whole isn't imported: it stays where it is complete. And no mail shall go in the
+// place of one that hides its own.
 void ImportRun::NoteForDeletion() {
-  if (!mail_.WriteFailure().empty()) return;
+  if (!mail_.Loss().empty()) return;
   if (mail_.HidesOffset()) {
     teller_.TellHidden(mail_);
   } else {
@@ -144,7 +144,7 @@ void ImportRun::TakeFiles(Item& item) {
     if (DescribesAttachment(key) && attachment < contentTypes.size()) metaData += contentTypes[attachment++];
     const auto take = [&] { item.TakeFile(key, path, "move|nofileattribute", metaData); };
     // A mail that has lost a file already counts as failed and ends no run.
-    if (mail_.WriteFailure().empty()) {
+    if (mail_.Loss().empty()) {
       take();
     } else {
       Swallow(take);

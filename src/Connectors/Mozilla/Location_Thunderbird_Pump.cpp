@@ -78,7 +78,9 @@ StdMail& Location_Thunderbird::SourceReader() const {
   return *source_.mail;
 }
 
+// A mail that isn't there whole stays where it is complete.
 void Location_Thunderbird::SourceDelete() {
+  if (source_.mail != nullptr && !source_.mail->Loss().empty()) return;
   deleteOffsets_.Add(currentOffset_);
 }
 

@@ -19,7 +19,8 @@ class MailRunTeller {
 
   void ImportBegins(const LocationPtr& target, bool moves) const { Observer().ImportBegins(target, moves); }
 
-  // Reads the next mail and runs what delivers it; false at the end of the mailbox. A failure rises.
+  // Reads the next mail and runs what delivers it; false at the end of the mailbox, or if it can't
+  // be read on. Any other failure rises.
   template <class Deliver>
   bool DeliverNext(StdMail& mail, bool saveattachments, Deliver&& deliver) const {
     std::int32_t expungedTold = mail.ExpungedCount();
@@ -27,18 +28,22 @@ class MailRunTeller {
       const std::int32_t count = mail.ExpungedCount() - std::exchange(expungedTold, mail.ExpungedCount());
       if (count > 0) Observer().MailsExpunged(count);
     };
+    bool found = false;
     try {
-      const bool found = mail.ReadHeader(saveattachments, true);
+      found = mail.ReadHeader(saveattachments, true);
       tellExpunged();
-      if (!found) return false;
-      std::forward<Deliver>(deliver)();
+      if (found) std::forward<Deliver>(deliver)();
     } catch (const Failure& failure) {
       tellExpunged();
       Observer().MailFailed(PlaceOf(mail), failure.what());
       throw;
     }
-    TellDelivered(mail);
-    return true;
+    if (found) {
+      TellDelivered(mail);
+    } else {
+      TellLoss(mail);
+    }
+    return found;
   }
 
   // Before the first mail of a mailbox is marked as deleted.
@@ -62,15 +67,15 @@ class MailRunTeller {
     return observer_ == nullptr ? nobody : *observer_;
   }
 
-  // One of which not all files could be written counts as failed.
+  // One that isn't there whole counts as failed.
   void TellDelivered(const StdMail& mail) const {
     for (const auto& [key, path] : mail.Unmoved())
       Observer().AttachmentUnmoved(key, path);
-    if (mail.WriteFailure().empty()) {
-      Observer().MailDelivered(PlaceOf(mail), mail.HidesOffset());
-    } else {
-      Observer().MailFailed(PlaceOf(mail), mail.WriteFailure());
-    }
+    if (mail.Loss().empty()) Observer().MailDelivered(PlaceOf(mail), mail.HidesOffset());
+    TellLoss(mail);
+  }
+  void TellLoss(const StdMail& mail) const {
+    if (!mail.Loss().empty()) Observer().MailFailed(PlaceOf(mail), mail.Loss());
   }
 
   MailRunObserver* observer_ = nullptr;

@@ -73,7 +73,7 @@ void StdMail::CloseStream() {
 // A read error counts as the end of the text.
 bool StdMail::IsFileEnd() {
   bool end = true;
-  if (stream_.IsOpen()) Swallow([&] { end = stream_.AtEnd(); });
+  if (stream_.IsOpen()) ReadStep([&] { end = stream_.AtEnd(); });
   return end;
 }
 
@@ -214,8 +214,8 @@ void StdMail::Delete(std::string_view file) const {
   TextWriter(file, os::File::Mode::Create).Close();
 }
 
-void StdMail::NoteWriteFailure(std::string_view reason) {
-  if (writeFailure_.empty()) writeFailure_ = reason;
+void StdMail::NoteLoss(std::string_view reason) {
+  if (loss_.empty()) loss_ = reason;
 }
 
 void StdMail::AddTempfile(std::string_view file) {

@@ -17,6 +17,7 @@
 #include "Connectors/Mozilla/ReadMails.h"
 #include "Host/MailRunObserver.h"
 #include "Host/Object.h"
+#include "Platform/Failure.h"
 
 namespace vorlent {
 
@@ -70,16 +71,18 @@ class StdMail : public Object {
   const std::string& mailtmppfad() const { return mailtmppfad_; }
   void Setmailtmppfad(std::string_view prefix) { mailtmppfad_ = prefix; }
 
-  // Zero-based offset of the mail that ReadHeader read last, or failed to read.
+  // Zero-based offset of the mail that ReadHeader read last, or failed to read; or from where on it could not
+  // read the mailbox.
   std::int32_t Offset() const { return offset_; }
 
   // Mails that ReadHeader passed over as expunged since InitStream.
   std::int32_t ExpungedCount() const { return expungedCount_; }
 
-  // Why a file of the mail read last could not be written whole or was lost, "" if all are there. ReadHeader
-  // and GetData go on behind such a failure; whoever is about to delete the mail should ask. A line with a
-  // bad quoted-printable code doesn't count.
-  const std::string& WriteFailure() const { return writeFailure_; }
+  // Why the mail read last isn't there whole, "" if it is: it could not be read to its end, or a file of it
+  // could not be written or was lost. ReadHeader and GetData go on after such a failure; whoever is about to
+  // delete the mail should ask. A line with a bad quoted-printable code doesn't count. Where ReadHeader found
+  // no mail, why the rest of the mailbox could not be read.
+  const std::string& Loss() const { return loss_; }
 
   // Whether the mail read last has a header Address of its own, under which ReadHeader notes the offset: what
   // goes by that header takes another place in the mailbox for the mail's.
@@ -138,7 +141,7 @@ class StdMail : public Object {
   //
   // A mail that ReadHeader read at this offset is marked only if it still stands there, and a mailbox that is
   // gone isn't made again; at an offset where nothing was read, whatever stands there is marked. `isWanted`,
-  // if given, is asked behind the user, with the mail at the offset read without its files, be it marked
+  // if given, is asked after the user, with the mail at the offset read without its files, be it marked
   // already; where there is none, or on false, none is marked.
   //
   // A mailbox that can't be opened raises; later failures to read and write are swallowed.
@@ -192,7 +195,7 @@ class StdMail : public Object {
 
   void OpenStream(os::File::Mode mode);
   bool ReadMailHere(Expunged expunged);
-  bool HoldsWanted(std::int32_t offset, const std::function<bool()>& isWanted);
+  Marking LookForWanted(std::int32_t offset, const std::function<bool()>& isWanted);
   Marking MarkAt(std::int32_t offset);
   bool StillStands(LineFile& mailbox, std::int32_t offset, std::uint64_t hash) const;
   bool HasLastMailGrown(LineFile& mailbox) const;
@@ -207,8 +210,19 @@ class StdMail : public Object {
   }
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
-  // Notes a failure to write, of which the first is told.
-  void NoteWriteFailure(std::string_view reason);
+  // Notes why the mail isn't there whole; the first reason is told.
+  void NoteLoss(std::string_view reason);
+  // A step that reads. If it fails, the text ends there, and what is behind is noted as lost.
+  template <class Step>
+  bool ReadStep(Step&& step) {
+    try {
+      std::forward<Step>(step)();
+      return true;
+    } catch (const Failure& failure) {
+      NoteLoss(failure.what());
+      return false;
+    }
+  }
   std::int32_t CollectUpToStatus(std::string& collected);
 
   std::string mailboxFile_;
@@ -223,7 +237,7 @@ class StdMail : public Object {
   std::string mailtmppfad_;
   std::int32_t offset_ = 0;
   std::int32_t expungedCount_ = 0;
-  std::string writeFailure_;
+  std::string loss_;
 
   // The mail that ended with the mailbox when it was read.
   struct LastMail {

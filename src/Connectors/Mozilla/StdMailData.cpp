@@ -172,7 +172,7 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
   const std::string source = mail_.mailtmppfad_ + "att" + std::to_string(position);
   if (!EqualNoCase(path, source)) {
     // Two files of one name are one file, so the earlier one's content goes.
-    if (FileExists(path)) mail_.NoteWriteFailure("one of two files called '" + name + "' is lost");
+    if (FileExists(path)) mail_.NoteLoss("one of two files called '" + name + "' is lost");
     MoveFile(path, source);
   }
   mail_.AddTempfile(path);
@@ -186,7 +186,7 @@ void StdMail::RecordWriter::NoteUnmoved(const std::string& source, const std::st
   if (FileExists(source)) {
     mail_.unmoved_.insert_or_assign("FileAttach" + std::to_string(number_), source);
   } else {
-    mail_.NoteWriteFailure("the attachment '" + name + "' could not be saved");
+    mail_.NoteLoss("the attachment '" + name + "' could not be saved");
   }
 }
 

@@ -83,24 +83,28 @@ bool& NoThunderbirdCheck() {
 Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted) {
   if (!SettleThunderbird()) return Marking::KeptByUser;
   const bool isKnown = isWanted != nullptr || readMails_.HashAt(offset);
-  Marking result = Marking::OtherMail;
+  Marking result = Marking::Marked;
   try {
-    if (isWanted == nullptr || HoldsWanted(offset, isWanted)) result = MarkAt(offset);
+    if (isWanted != nullptr) result = LookForWanted(offset, isWanted);
+    if (result == Marking::Marked) result = MarkAt(offset);
   } catch (const Failure& failure) {
     if (!isKnown || !IsGone(failure)) throw;
+    result = Marking::OtherMail;
   }
   RemoveExactFile(mailboxFile_ + std::string(kSummary));
   return result;
 }
 
-// Whether the mail that the caller means stands at the offset.
-bool StdMail::HoldsWanted(std::int32_t offset, const std::function<bool()>& isWanted) {
+// Why the mail that the caller means can't be marked at the offset; Marked if it stands there.
+Marking StdMail::LookForWanted(std::int32_t offset, const std::function<bool()>& isWanted) {
   OpenStream(os::File::Mode::Read);
   stream_.Seek(MailPosition(offset));
-  bool isHeld = false;
-  Swallow([&] { isHeld = ReadMailHere(Expunged::Read) && offset_ == offset && isWanted(); });
+  Marking result = Marking::OtherMail;
+  const bool isRead = ReadStep([&] {
+    if (ReadMailHere(Expunged::Read) && offset_ == offset && isWanted()) result = Marking::Marked;
+  });
   CloseStream();
-  return isHeld;
+  return isRead && loss_.empty() ? result : Marking::Unreadable;
 }
 
 // A missing mailbox is made where nothing was read at the offset, and raises elsewhere.

@@ -109,7 +109,7 @@ bool StdMail::HeaderReader::Read() {
   mail_.readCount_ = 0;
   mail_.nextSeparatorCount_ = 0;
   mail_.lastLineEmpty_ = true;
-  mail_.writeFailure_.clear();
+  mail_.loss_.clear();
   do {
     if (!FindMail()) return EndWithoutMail();
   } while (!ReadHeaderBlock());
@@ -138,7 +138,7 @@ bool StdMail::HeaderReader::TakeSearchLine() {
   } else {
     if (mail_.IsFileEnd()) return false;
     start_ = ToInt32(stream_.Position());
-    if (!Swallow([&] { line_ = stream_.ReadLine(); })) return false;
+    if (!mail_.ReadStep([&] { line_ = stream_.ReadLine(); })) return false;
   }
   ++mail_.lineCount_;
   return true;
@@ -234,8 +234,8 @@ void StdMail::HeaderReader::ReadBody() {
 // The next line; false at the end of the file or if it can't be read.
 bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
   bool found = false;
-  Swallow([&] {
-    if (stream_.AtEnd()) return;
+  mail_.ReadStep([&] {
+    if (!stream_.IsOpen() || stream_.AtEnd()) return;
     Swallow([&] { mail_.pendingOffset_ = ToInt32(stream_.Position()); });
     line = stream_.ReadLine();
     found = true;
@@ -346,13 +346,17 @@ void StdMail::HeaderReader::FinishMail() {
 }
 
 bool StdMail::HeaderReader::EndWithoutMail() {
+  if (!mail_.loss_.empty()) mail_.offset_ = ToInt32(stream_.Position() - 1);
   CloseStreamBehindMail();
   mail_.percent_ = 1;
   return false;
 }
 
+// Where the end can't be looked for, the search for the next mail will tell of it.
 void StdMail::HeaderReader::CloseStreamBehindMail() {
-  if (mail_.IsFileEnd() || !waitForFrom_) mail_.CloseStream();
+  bool isDone = !waitForFrom_;
+  Swallow([&] { isDone = isDone || (stream_.IsOpen() && stream_.AtEnd()); });
+  if (isDone) mail_.CloseStream();
 }
 
 // --- Steps
@@ -374,7 +378,7 @@ void StdMail::HeaderReader::WriteStep(Step&& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    if (!failure.Is(ErrorNumber::TypeMismatch)) mail_.NoteWriteFailure(failure.what());
+    if (!failure.Is(ErrorNumber::TypeMismatch)) mail_.NoteLoss(failure.what());
   }
 }
 

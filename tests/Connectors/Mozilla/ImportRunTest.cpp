@@ -9,6 +9,7 @@
 #include "Connectors/Mozilla/Actions.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Platform/Files.h"
+#include "Support/DiskOperations.h"
 #include "Support/Lines.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
@@ -31,6 +32,14 @@ std::string Mail(const std::string& subject, std::size_t size = 250, const std::
                      "\r\nMessage-ID: <" + subject + "@x>\r\n\r\n";
   const std::string end = "\r\n\r\n";
   return mail + std::string(size - mail.size() - end.size(), '.') + end;
+}
+
+// One that takes many reads.
+std::string LongMail(const std::string& subject) {
+  std::string mail = Mail(subject, 300'000);
+  for (std::size_t at = 400; at + 10 < mail.size(); at += 80)
+    mail.replace(at, 2, "\r\n");
+  return mail;
 }
 
 std::string WithStatus(std::string mailbox, const std::string& subject, char digit) {
@@ -699,6 +708,34 @@ TEST_F(ImportObserverTest, MailThatCouldNotBeWrittenWholeHasFailedAndStaysInTheM
                           testing::StartsWith("failed Inbox at 250: " + folder.Path("temp\\att1") + ": "),
                           "delivered Inbox at " + third, "marking in Inbox"));
   EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "three", '9'));
+}
+
+TEST_F(ImportObserverTest, MailWhoseBodyCouldNotBeReadHasFailedAndStaysInTheMailbox) {
+  const std::string bytes = Mail("one") + LongMail("two") + Mail("three");
+  const std::string box = Box("Inbox", bytes);
+  const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/Inbox"});
+  EXPECT_EQ(Run({"action move", "import " + box}), 0);
+  EXPECT_TRUE(fault.WasReached());
+  const std::string third = std::to_string(250 + LongMail("two").size());
+  EXPECT_THAT(observer.events, ElementsAre("moving to Archiv", "delivered Inbox at 0",
+                                           testing::StartsWith("failed Inbox at 250: " + box + ": "),
+                                           "delivered Inbox at " + third, "marking in Inbox"));
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "three", '9'));
+}
+
+TEST_F(ImportObserverTest, MailboxThatCouldNotBeReadOnHasFailedThereAndTheRunGoesOn) {
+  // What is behind a closing boundary belongs to no mail.
+  const std::string bytes = MailWithAttachment("one") + std::string(300'000, '\r') + Mail("two");
+  const std::string a = Box("A", bytes);
+  const std::string b = Box("B", Mail("three"));
+  const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/A"});
+  EXPECT_EQ(Run({"action move", "import " + a, "import " + b}), 0);
+  EXPECT_TRUE(fault.WasReached());
+  EXPECT_THAT(observer.events, ElementsAre("moving to Archiv", "delivered A at 0",
+                                           testing::AllOf(testing::StartsWith("failed A at "),
+                                                          testing::HasSubstr(": " + a + ": ")),
+                                           "marking in A", "delivered B at 0", "marking in B"));
+  EXPECT_EQ(folder.Read("A"), WithStatus(bytes, "one", '9'));
 }
 
 TEST_F(ImportObserverTest, AttachmentThatCouldNotBeGivenItsNameIsTakenFromWhereItIs) {

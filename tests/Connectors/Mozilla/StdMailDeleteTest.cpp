@@ -349,7 +349,7 @@ TEST_F(StdMailReadDeleteTest, UserWhoKeepsThunderbirdKeepsTheSummaryOfAChangedMa
   EXPECT_TRUE(folder_.Exists("Inbox.msf"));
 }
 
-TEST_F(StdMailReadDeleteTest, MailsAreComparedBehindTheEndOfThunderbird) {
+TEST_F(StdMailReadDeleteTest, MailsAreComparedAfterTheEndOfThunderbird) {
   ReadAll(MailOf("one"));
   RunThunderbird();
   platform_->messageAnswers = {MessageAnswer::Yes};
@@ -384,7 +384,7 @@ TEST_F(StdMailReadDeleteTest, FailuresToReadAndWriteAreSwallowed) {
       folder_.Write("Inbox.msf", "summary");
       {
         const DiskFault fault({.calls = call, .pathEnd = "Inbox"});
-        // Behind the write that marks it, a failure changes nothing any more.
+        // After the write that marks it, a failure changes nothing any more.
         const Marking expected = call == DiskCall::Close ? Marking::Marked : Marking::Unreadable;
         EXPECT_EQ(mail_.DeleteMail(0), expected) << static_cast<unsigned>(call);
         EXPECT_TRUE(fault.WasReached()) << static_cast<unsigned>(call);
@@ -400,11 +400,15 @@ TEST_F(StdMailReadDeleteTest, FailuresToReadAndWriteAreSwallowed) {
 }
 
 TEST_F(StdMailReadDeleteTest, WantedMailThatCannotBeReadIsNotMarked) {
-  folder_.Write("Inbox", MailOf("one"));
-  const DiskFault fault({.calls = DiskCall::Read, .pathEnd = "Inbox"});
-  EXPECT_EQ(mail_.DeleteMail(0, [] { return true; }), Marking::OtherMail);
-  EXPECT_TRUE(fault.WasReached());
-  EXPECT_EQ(Mailbox(), MailOf("one"));
+  const std::string box = MailOf("one\r\nX-Long: " + std::string(20'000, 'x')) + std::string(100'000, 'b');
+  folder_.Write("Inbox", box);
+  // In front of the mail, in its header block, and in its body.
+  for (const long number : {0, 1, 2}) {
+    const DiskFault fault({.calls = DiskCall::Read, .number = number, .pathEnd = "Inbox"});
+    EXPECT_EQ(mail_.DeleteMail(0, [] { return true; }), Marking::Unreadable) << number;
+    EXPECT_TRUE(fault.WasReached());
+    EXPECT_EQ(Mailbox(), box);
+  }
 }
 
 // --- Other conditions of the caller

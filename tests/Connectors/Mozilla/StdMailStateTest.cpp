@@ -148,6 +148,39 @@ TEST_F(StdMailStateTest, AMailboxThatBreaksOffWhereNoMailIsHasNoMail) {
   EXPECT_TRUE(fault.WasReached());
 }
 
+TEST_F(StdMailStateTest, AMailWhoseBodyCannotBeReadToItsEndIsNotWholeAndTheNextIs) {
+  std::string body;
+  while (body.size() < 300'000)
+    body += "a line of the body\n";
+  for (const bool save : {false, true}) {
+    OpenLines("From - 1\nSubject: a\n\n" + body + "\nFrom - 2\nSubject: b\n\nend\n");
+    const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/Inbox"});
+    EXPECT_TRUE(mail_.ReadHeader(save));
+    EXPECT_TRUE(fault.WasReached());
+    EXPECT_EQ(mail_.GetHeader("subject"), "a");
+    EXPECT_THAT(mail_.Loss(), testing::StartsWith(folder_.Path("Inbox") + ": "));
+    EXPECT_TRUE(mail_.ReadHeader(save));
+    EXPECT_EQ(mail_.GetHeader("subject"), "b");
+    EXPECT_EQ(mail_.Loss(), "");
+    EXPECT_FALSE(mail_.ReadHeader(save));
+    EXPECT_EQ(mail_.Loss(), "");
+  }
+}
+
+TEST_F(StdMailStateTest, AMailboxThatCannotBeReadOnTellsWhyAndFromWhere) {
+  const std::string mail = "From - 1\nContent-Type: a/b; boundary=B\n\n--B--\n";
+  OpenLines(mail + std::string(300'000, '\n') + "From - 2\nSubject: b\n\nend\n");
+  const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/Inbox"});
+  EXPECT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.Loss(), "");
+  EXPECT_FALSE(fault.WasReached());
+  EXPECT_FALSE(mail_.ReadHeader(false));
+  EXPECT_TRUE(fault.WasReached());
+  EXPECT_THAT(mail_.Loss(), testing::StartsWith(folder_.Path("Inbox") + ": "));
+  EXPECT_GT(mail_.Offset(), static_cast<std::int32_t>(Crlf(mail).size()));
+  EXPECT_LT(mail_.Offset(), 300'000);
+}
+
 TEST_F(StdMailStateTest, AMailThatIsBroughtOutEndsWhereItCannotBeRead) {
   OpenLines("From - 1\nX-Mozilla-Status: 0001\n\none\ntwo\nbehind the last\n", -1);
   const DiskFault fault(kBadPlaceAtTheEnd);
