@@ -76,7 +76,7 @@ class VORLENT_PUBLIC MailConnector : public Connector {
   virtual void SourceInit(const TreePtr& tr, bool saveattachments) = 0;
   // The record of the next mail; false at the end.
   virtual bool SourceGetNext(std::string& srcitm) = 0;
-  // Marks the mail just delivered: it is deleted at the end of its mailbox.
+  // Marks the mail just delivered, unless it failed: it is deleted at the end of its mailbox.
   virtual void SourceDelete() = 0;
   // The verbs that ExecuteAction knows, separated by commas.
   virtual std::string GetActions() = 0;
@@ -90,6 +90,20 @@ class VORLENT_PUBLIC MailConnector : public Connector {
   virtual void SetRunObserver(MailRunObserver* observer) = 0;
   // Whether the last action wrote all of its mail, but for what the files of attachments lack.
   virtual bool HasRestored() const = 0;
+};
+
+// Lets an observer hear a connector of mails for as long as this lives.
+class RunObservation {
+ public:
+  RunObservation(MailConnector& connector, MailRunObserver& observer) : connector_(connector) {
+    connector_.SetRunObserver(&observer);
+  }
+  ~RunObservation() { connector_.SetRunObserver(nullptr); }
+  RunObservation(const RunObservation&) = delete;
+  RunObservation& operator=(const RunObservation&) = delete;
+
+ private:
+  MailConnector& connector_;
 };
 
 class VORLENT_PUBLIC BookmarkConnector : public Connector {

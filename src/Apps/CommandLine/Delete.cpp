@@ -1,6 +1,7 @@
 #include "Apps/CommandLine/ItemOutput.h"
-#include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Apps/CommandLine/WatchedStatus.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/Connector.h"
 #include "Standalone/RunTally.h"
 
@@ -22,10 +23,13 @@ class MarkingResult : public MailRunObserver {
 };
 
 Marking MarkMail(MailConnector& connector, const StandaloneItemPtr& item) {
+  // The connector would only tell that another mail stands there. What can't be read, it tells.
+  bool hidesPlace = false;
+  Swallow([&] { hidesPlace = StandingOf(*item) == Standing::HidesItsPlace; });
+  if (hidesPlace) return Marking::HiddenPlace;
   MarkingResult result;
-  connector.SetRunObserver(&result);
+  const RunObservation observation(connector, result);
   connector.DeleteItem(item);
-  connector.SetRunObserver(nullptr);
   return result.value;
 }
 
@@ -46,19 +50,6 @@ bool DeleteMail(Session& session, MailConnector& connector, const StandaloneItem
   return true;
 }
 
-struct FoundMail {
-  StandaloneItemPtr item;
-  bool hidesPlace;
-};
-
-// Whether a mail hides its place shows only as long as the mailbox is as it was read.
-std::vector<FoundMail> LookAt(const std::vector<StandaloneItemPtr>& items) {
-  std::vector<FoundMail> mails;
-  for (const StandaloneItemPtr& item : items)
-    mails.push_back({item, !LiesAtItsPlace(*item)});
-  return mails;
-}
-
 ExitCode Delete(Session& session, const DeleteOptions& options) {
   const StandaloneLocationPtr location = session.Read(session.Address(options.address));
   const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
@@ -67,18 +58,13 @@ ExitCode Delete(Session& session, const DeleteOptions& options) {
   for (const std::string& missing : found.missing)
     session.Output().Complain("no item " + missing + " at " + options.address);
   bool isWhole = found.missing.empty();
-  for (const auto& [item, hidesPlace] : LookAt(found.items)) {
+  for (const StandaloneItemPtr& item : found.items) {
     const std::string file = item->DataText("_SourceFile");
     if (connector == nullptr || file.empty())
       throw AppError(ExitCode::Usage, "items of " + options.address + " can't be deleted this way");
     const std::string what = "'" + Shown(item->Text()) + "' in " + NativeShown(file);
     if (!session.Confirm("Mark " + what + " as deleted?")) return ExitCode::Cancelled;
-    if (hidesPlace) {
-      session.Output().Complain(what + " is not marked: " + std::string(ReasonOf(Marking::HiddenPlace)));
-      isWhole = false;
-    } else {
-      isWhole = DeleteMail(session, *connector, item, what) && isWhole;
-    }
+    isWhole = DeleteMail(session, *connector, item, what) && isWhole;
   }
   return isWhole ? ExitCode::Done : ExitCode::Partly;
 }

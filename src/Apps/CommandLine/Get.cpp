@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "Apps/CommandLine/ItemOutput.h"
-#include "Apps/CommandLine/MailPlace.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Files.h"
@@ -98,6 +98,18 @@ void BringOut(MailConnector& connector, const StandaloneItem& item, const Wanted
   std::puts(wanted.target.c_str());
 }
 
+// What stands elsewhere can't be brought out by its place.
+void RequireAtItsPlace(const StandaloneItem& item) {
+  const Standing standing = StandingOf(item);
+  if (standing == Standing::AtItsPlace) return;
+  const std::string mailbox = NativeShown(item.DataText("_SourceFile"));
+  const std::string what =
+      standing == Standing::HidesItsPlace
+          ? "the header Address of " + Shown(item.ID()) + " hides its place in " + mailbox
+          : Shown(item.ID()) + " doesn't stand in " + mailbox + " any more as it was read";
+  throw AppError(ExitCode::Partly, what, "Use `stream --output`, which brings out every mail of a mailbox.");
+}
+
 ExitCode Get(Session& session, const GetOptions& options) {
   const StandaloneLocationPtr location = session.Read(session.Address(options.address));
   const StandaloneItemPtr item = FindItem(*location, options.item);
@@ -111,12 +123,7 @@ ExitCode Get(Session& session, const GetOptions& options) {
   if (keys.empty()) {
     throw AppError(ExitCode::Partly, "the item has no file" + (options.key.empty() ? "" : " " + options.key));
   }
-  if (!LiesAtItsPlace(*item)) {
-    throw AppError(ExitCode::Partly,
-                   "the header Address of " + Shown(item->ID()) + " hides its place in " +
-                       NativeShown(item->DataText("_SourceFile")),
-                   "Use `stream --output`, which brings out every mail of a mailbox.");
-  }
+  RequireAtItsPlace(*item);
   const std::vector<WantedFile> files = PlacesFor(*item, keys, options);
   std::filesystem::create_directories(options.output);
   for (const WantedFile& file : files)

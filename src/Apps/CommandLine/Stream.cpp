@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <utility>
@@ -74,10 +76,23 @@ std::string WithFilesIn(std::string_view folder, const NamesByField& names, std:
 // Where attachments lie whose own names no file can have, by their data fields.
 using UnmovedFiles = std::map<std::string, std::string, std::less<>>;
 
+// The folder in which a mail is kept.
+struct KeptFolder {
+  std::string name;
+  std::int64_t files = 0;  // the record's own among them
+};
+
+std::int64_t CountFiles(const fs::path& folder) {
+  std::error_code error;
+  const fs::directory_iterator entries(folder, error);
+  return std::count_if(begin(entries), end(entries),
+                       [&](const auto& entry) { return entry.is_regular_file(error); });
+}
+
 // A mail that is kept in a folder of its own.
 struct KeptMail {
-  std::string record;           // with the files where they are now
-  std::vector<fs::path> files;  // the record's own among them
+  KeptFolder folder;
+  std::string record;  // with the files where they are now
   bool isWhole = true;
 };
 
@@ -93,6 +108,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
   std::map<std::string, std::string> namesOfSources;
   NamesByField names;
   KeptMail kept;
+  kept.folder.name = folder.filename().string();
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
     if (!DescribesFile(key)) continue;
@@ -108,7 +124,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
     if (!isNew) continue;
     if (FileExists(source)) {
       os::Rename(source, os::ToWindowsPath((folder / name->second).string()));
-      kept.files.push_back(folder / name->second);
+      ++kept.folder.files;
     } else {
       kept.isWhole = false;
     }
@@ -116,7 +132,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
   TextWriter writer(os::ToWindowsPath((folder / kRecord).string()), os::File::Mode::Create);
   writer.Write(WithFilesIn("", names, record));
   writer.Close();
-  kept.files.push_back(folder / kRecord);
+  ++kept.folder.files;
   kept.record = WithFilesIn(AddPathSep(os::ToWindowsPath(folder.string())), names, record);
   return kept;
 }
@@ -124,27 +140,35 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
 // The tally of a stream, which knows the mail at hand.
 class StreamTally : public RunTally {
  public:
+  // With the folder in which mails are kept.
+  explicit StreamTally(fs::path output) : output_(std::move(output)) {}
+
   void MailDelivered(const MailPlace& mail, bool hidesPlace) override {
     RunTally::MailDelivered(mail, hidesPlace);
-    atHand_ = {mail, true, hidesPlace};
+    atHand_ = {.place = mail, .isWhole = true, .hidesPlace = hidesPlace};
   }
   void MailFailed(const MailPlace& mail, std::string_view reason) override {
     RunTally::MailFailed(mail, reason);
-    atHand_ = {mail, false, false};
+    atHand_ = {.place = mail};
   }
 
   void AttachmentUnmoved(std::string_view key, std::string_view path) override {
     unmoved_.emplace(key, path);
   }
 
-  // What was kept of the mailbox must be there still.
+  // What was kept of the mails to be marked must be there still.
   void MarkingBegins(const std::string&) override {
-    for (const fs::path& file : kept_) {
-      if (!fs::is_regular_file(file)) throw Failure(ErrorNumber::FileNotFound, file.string() + ": is gone");
+    for (const auto& [name, files] : std::exchange(toBeMarked_, {})) {
+      const fs::path folder = output_ / name;
+      if (CountFiles(folder) < files)
+        throw Failure(ErrorNumber::FileNotFound, folder.string() + ": files of it are gone");
     }
-    kept_.clear();
   }
-  void NoteKept(const std::vector<fs::path>& files) { kept_.insert(kept_.end(), files.begin(), files.end()); }
+  // The mail at hand is kept, if it is; and it is to be marked at the end of its mailbox.
+  void NoteKept(KeptFolder folder) { atHand_.folder = std::move(folder); }
+  void NoteToBeMarked() {
+    if (!atHand_.folder.name.empty()) toBeMarked_.push_back(std::move(atHand_.folder));
+  }
 
   // Those of the mail at hand.
   UnmovedFiles TakeUnmoved() { return std::exchange(unmoved_, {}); }
@@ -164,10 +188,12 @@ class StreamTally : public RunTally {
     MailPlace place;
     bool isWhole = false;
     bool hidesPlace = false;
+    KeptFolder folder = {};
   };
+  fs::path output_;
   AtHand atHand_;
   UnmovedFiles unmoved_;
-  std::vector<fs::path> kept_;
+  std::vector<KeptFolder> toBeMarked_;
 };
 
 // Keeps the mail at hand, and notes why it isn't there whole. The record with its files where they are now.
@@ -175,10 +201,10 @@ class StreamTally : public RunTally {
 std::string KeepOrNote(const StandaloneItem& item, const std::string& record, const fs::path& parent,
                        StreamTally& tally) {
   try {
-    const KeptMail kept = Keep(item, record, parent, tally.TakeUnmoved());
+    KeptMail kept = Keep(item, record, parent, tally.TakeUnmoved());
     if (!kept.isWhole) tally.NoteLoss("a file of the mail is gone");
-    tally.NoteKept(kept.files);
-    return kept.record;
+    tally.NoteKept(std::move(kept.folder));
+    return std::move(kept.record);
   } catch (const Failure& failure) {
     tally.NoteLoss(failure.what());
     throw;
@@ -203,6 +229,7 @@ void Remove(MailConnector& connector, StreamTally& tally) {
     tally.MailNotMarked(tally.Place(), Marking::HiddenPlace);
   } else {
     connector.SourceDelete();
+    tally.NoteToBeMarked();
   }
 }
 
@@ -215,8 +242,8 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
   }
   const bool keep = !options.output.empty();
   if (keep) fs::create_directories(options.output);
-  StreamTally tally;
-  connector->SetRunObserver(&tally);
+  StreamTally tally(options.output);
+  const RunObservation observation(*connector, tally);
   connector->SourceInit(nullptr, keep);
   std::string failure;
   try {
@@ -231,7 +258,6 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
   } catch (const Failure& raised) {
     failure = raised.what();
   }
-  connector->SetRunObserver(nullptr);
   return ShowSum(session, tally, "delivered", failure);
 }
 

@@ -1,54 +1,10 @@
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 
-#include <array>
-
-#include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 
 namespace vorlent {
-
-namespace {
-
-// The fields of a record in which two mails differ, while they stay with a mail that is read again.
-constexpr std::array<std::string_view, 8> kMailFields = {"ID",     "Text",   "Date",    "DataFrom",
-                                                         "DataTo", "DataCC", "DataBCC", "DataEnvelopeTo"};
-
-std::string FieldOf(const Item& item, std::string_view field) {
-  if (field == "ID") return item.ID();
-  if (field == "Text") return item.Text();
-  if (field == "Date") return item.Date();
-  return item.DataText(field.substr(4));
-}
-
-// What an item keeps of its mail.
-class KeptMail {
- public:
-  explicit KeptMail(const Item& item) : size_(item.DataText("Size")) {
-    for (std::size_t i = 0; i < fields_.size(); ++i)
-      fields_[i] = FieldOf(item, kMailFields[i]);
-  }
-
-  // Whether the item was made of a mail's record, which tells the size of each.
-  bool IsThere() const { return !size_.empty(); }
-
-  // Whether it is the mail that a reader has at hand. The size counts the separator of the mail behind, and
-  // there may be one only now.
-  bool Is(StdMail& mail) const {
-    const std::string record = mail.GetData("", false);
-    for (std::size_t i = 0; i < fields_.size(); ++i) {
-      if (GetParam(record, kMailFields[i]) != fields_[i]) return false;
-    }
-    return size_ == NumberText(mail.ReadCount()) ||
-           size_ == NumberText(mail.ReadCount() - mail.NextSeparatorCount());
-  }
-
- private:
-  std::array<std::string, kMailFields.size()> fields_;
-  std::string size_;
-};
-
-}  // namespace
 
 Location_Thunderbird::~Location_Thunderbird() {
   if (!tempFolder_.empty()) DeleteFolder(tempFolder_, true, true);
@@ -75,11 +31,13 @@ void Location_Thunderbird::TellMissing(std::string_view text) {
 
 bool Location_Thunderbird::Withdraw(const ItemPtr& item) {
   const auto mail = GetMailObject();
-  mail->SetMailboxFile(item->DataText("_SourceFile"));
+  const std::string file = item->DataText("_SourceFile");
+  mail->SetMailboxFile(file);
   const std::int32_t offset = ToInt32(ReadNumber(item->DataText("_SourceOffset")));
-  const KeptMail kept(*item);
-  if (kept.IsThere()) {
-    teller_.Mark(*mail, offset, [&] { return kept.Is(*mail); });
+  const RecordedMail recorded(*item);
+  // An item without a mailbox has no mail that could have gone from there, and raises.
+  if (recorded.IsKnown() && !file.empty()) {
+    teller_.Mark(*mail, offset, [&] { return recorded.Is(*mail); });
   } else {
     teller_.Mark(*mail, offset);
   }

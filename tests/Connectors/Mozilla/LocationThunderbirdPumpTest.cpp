@@ -1,7 +1,10 @@
+#include <array>
 #include <cmath>
 
 #include "Common/NumberText.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
+#include "Support/DiskOperations.h"
 
 namespace vorlent {
 namespace {
@@ -621,6 +624,30 @@ TEST_F(LocationThunderbirdPumpTest, FailedReportLeavesTheLogOnAndTheRunWhereItSt
   EXPECT_TRUE(host.Global.IsLogEnabled);
 }
 
+TEST_F(LocationThunderbirdPumpTest, MailThatCouldNotBeReadToItsEndIsNotMarked) {
+  std::string second = MailOf("2");
+  for (int i = 0; i < 10'000; ++i)
+    second.insert(second.size() - 2, "a line of a long body\r\n");
+  const std::string bytes = MailOf("1") + second + MailOf("3");
+  for (const bool saves : {false, true}) {
+    const std::string box = tree.AddMailbox("p", "a", "A", bytes);
+    Prepare("thunderbird://p/a/A");
+    connector->SourceInit(nullptr, saves);
+    const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/A"});
+    while (Next() != "end")
+      connector->SourceDelete();
+    EXPECT_TRUE(fault.WasReached());
+    EXPECT_THAT(
+        observer.events,
+        ElementsAre("delivered A at 0", testing::StartsWith("failed A" + At(1) + ": " + box + ": "),
+                    "delivered A at " + std::to_string(MailOf("1").size() + second.size()), "marking in A"));
+    std::string expected = bytes;
+    expected[expected.find("Status: 0001") + 11] = '9';
+    expected[expected.rfind("Status: 0001") + 11] = '9';
+    EXPECT_EQ(ReadBytes(box), expected);
+  }
+}
+
 // --- Files of the mails
 
 // A mail with a text part and one attachment "a.txt" of the bytes "Hello".
@@ -783,7 +810,7 @@ TEST_F(MailFilesTest, ItemWhoseMailIsNoLongerThereGoesAndNothingIsMarked) {
        {MailOf("3"), MailOf("2", "T"), changed("a@b.c", "x@b.c"), changed("d@e.f", "x@e.f"),
         changed("To:", "Cc: g@h.i\r\nTo:"), changed("To:", "Bcc: g@h.i\r\nTo:"),
         changed("To:", "Envelope-To: g@h.i\r\nTo:"), changed(":30:05 +", ":30:06 +"),
-        changed("Text of", "Text, longer, of"), changed("From - Sun", "Fram - Sun"), std::string()}) {
+        changed("From - Sun", "Fram - Sun"), std::string()}) {
     ReadInbox(MailOf("1") + second + MailOf("9"));
     connector->SetRunObserver(&observer);
     observer.events.clear();
@@ -833,6 +860,87 @@ TEST_F(MailFilesTest, MailIsTheSameWhateverTheClientChangedInPlaceOrPutBehindIt)
   }
 }
 
+TEST_F(MailFilesTest, MailIsTheSameWhateverMailStandsBehindItNow) {
+  const std::string second = MailOf("2");
+  const std::string other = "From - x\r\nSubject: other\r\n\r\n";
+  const std::array<std::string, 5> behind = {"", MailOf("3"), other, ">" + other, "\r\n" + other};
+  for (const std::string& then : behind) {
+    for (const std::string& now : behind) {
+      ReadInbox(MailOf("1") + second + then);
+      connector->SetRunObserver(&observer);
+      observer.events.clear();
+      WriteBytes(inbox, MailOf("1") + second + now);
+      EXPECT_TRUE(connector->DeleteItem(connector->Item(2)));
+      EXPECT_EQ(StatusOf(ReadBytes(inbox), MailOf("1").size()), '9') << then << now;
+      EXPECT_THAT(observer.events, IsEmpty());
+      host.Items.clear();
+    }
+  }
+}
+
+TEST_F(MailFilesTest, MailThatGrewIsAnother) {
+  ReadInbox(MailOf("1"));
+  connector->SetRunObserver(&observer);
+  WriteBytes(inbox, MailOf("1") + "more of it\r\n\r\n" + MailOf("2"));
+  EXPECT_TRUE(connector->DeleteItem(connector->Item(1)));
+  EXPECT_THAT(observer.events, ElementsAre("not marked Inbox at 0: OtherMail"));
+}
+
+TEST_F(MailFilesTest, ItemOfARecordWithoutAMailboxCannotBeDeleted) {
+  ReadInbox(MailOf("1"));
+  connector->Item(1)->SetData("_SourceFile", "", false);
+  EXPECT_THROW(connector->DeleteItem(connector->Item(1)), Failure);
+  EXPECT_EQ(connector->Count(), 1);
+}
+
+TEST_F(MailFilesTest, StandingTellsWhyAMailIsNotAtItsPlace) {
+  std::string hidden = MailOf("2");
+  hidden.insert(hidden.find("Subject"), "Address: 0\r\n");
+  std::string street = MailOf("3");
+  street.insert(street.find("Subject"), "Address: 5 Main St\r\n");
+  ReadInbox(MailOf("1") + hidden + street + MailOf("4"));
+  const auto standings = [&] {
+    std::vector<Standing> all;
+    for (std::int32_t i = 1; i <= 4; ++i)
+      all.push_back(StandingOf(*connector->Item(i)));
+    return all;
+  };
+  const Standing there = Standing::AtItsPlace;
+  const Standing hides = Standing::HidesItsPlace;
+  const Standing gone = Standing::NotThere;
+  EXPECT_THAT(standings(), ElementsAre(there, hides, hides, there));
+  // The first was marked as deleted, and the last changed.
+  std::string now = ReadBytes(inbox);
+  now[now.find("Status: 0001") + 11] = '9';
+  now.replace(now.rfind("a@b.c"), 1, "x");
+  WriteBytes(inbox, now);
+  EXPECT_THAT(standings(), ElementsAre(gone, hides, hides, gone));
+  WriteBytes(inbox, MailOf("5"));
+  EXPECT_THAT(standings(), ElementsAre(gone, gone, gone, gone));
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/Inbox"));
+  EXPECT_THAT(standings(), ElementsAre(gone, gone, gone, gone));
+  EXPECT_FALSE(tree.Folder().Exists("Thunderbird/Profiles/p/Mail/a/Inbox"));
+}
+
+TEST_F(MailFilesTest, StandingOfAMailThatCannotBeReadRaises) {
+  ReadInbox(MailOf("1"));
+  const DiskFault fault({.calls = DiskCall::Read, .pathEnd = "/Inbox"});
+  EXPECT_THROW(StandingOf(*connector->Item(1)), Failure);
+}
+
+TEST_F(MailFilesTest, ObserverIsLetGoAfterACallThatRaises) {
+  ReadInbox(MailOf("1") + MailOf("2"));
+  connector->Item(1)->SetData("_SourceFile", "", false);
+  const auto raising = [&] {
+    const RunObservation observation(*connector, observer);
+    connector->DeleteItem(connector->Item(1));
+  };
+  EXPECT_THROW(raising(), Failure);
+  WriteBytes(inbox, MailOf("3"));
+  connector->DeleteItem(connector->Item(2));
+  EXPECT_THAT(observer.events, IsEmpty());
+}
+
 TEST_F(MailFilesTest, ItemThatTellsAPlaceAloneTakesTheMailThatStandsThere) {
   const auto item = host.MakeItem();
   inbox = tree.AddMailbox("p", "a", "Inbox", MailOf("1") + MailOf("2"));
@@ -840,7 +948,7 @@ TEST_F(MailFilesTest, ItemThatTellsAPlaceAloneTakesTheMailThatStandsThere) {
   Prepare("thunderbird://p/a/Inbox");
   const std::string rewritten = MailOf("3") + MailOf("4");
   WriteBytes(inbox, rewritten);
-  // The item is in no store, which is told behind the deletion.
+  // The item is in no store, which is told after the deletion.
   EXPECT_THROW(connector->DeleteItem(item), Failure);
   EXPECT_EQ(StatusOf(ReadBytes(inbox), MailOf("1").size()), '9');
   // There a missing mailbox is made.

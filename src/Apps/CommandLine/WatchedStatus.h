@@ -1,4 +1,4 @@
-// Where a mail lies in its mailbox.
+// The status of a mail in its mailbox.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,6 @@
 #include "Standalone/StandaloneItem.h"
 
 namespace vorlent::app {
-
-// Whether the item's mail lies, not marked as deleted, where the item says. A mail with a header Address of
-// its own has that for its place, and another mail may lie there. A mailbox that can't be opened raises.
-bool LiesAtItsPlace(const StandaloneItem& item);
 
 // The status of an item's mail as its mailbox has it, from before a deletion. A status that is no number is
 // changed by it too: its last character counts as the digit 0.

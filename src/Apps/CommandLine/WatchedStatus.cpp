@@ -1,4 +1,4 @@
-#include "Apps/CommandLine/MailPlace.h"
+#include "Apps/CommandLine/WatchedStatus.h"
 
 #include <algorithm>
 #include <cctype>
@@ -7,7 +7,6 @@
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
-#include "Connectors/Mozilla/StdMail.h"
 #include "Platform/CodePage.h"
 
 namespace vorlent::app {
@@ -17,17 +16,6 @@ namespace {
 constexpr std::string_view kStatusHeader = "x-mozilla-status:";
 
 }  // namespace
-
-bool LiesAtItsPlace(const StandaloneItem& item) {
-  std::int32_t offset = 0;
-  if (!Swallow([&] { offset = ParseInt32(item.DataText("_SourceOffset")); })) return false;
-  StdMail mail;
-  mail.SetMailboxFile(item.DataText("_SourceFile"));
-  if (!mail.ReadHeaderAt(offset) || mail.HidesOffset()) return false;
-  StandaloneItem there;
-  there.ImportRecord(mail.GetData("", false));
-  return there.ID() == item.ID() && there.DataText("Size") == item.DataText("Size");
-}
 
 WatchedStatus::WatchedStatus(const StandaloneItem& item) : file_(item.DataText("_SourceFile")) {
   Swallow([&] {

@@ -1,0 +1,42 @@
+// The mail that an item was made of.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+#include "Connectors/Mozilla/StdMail.h"
+#include "Host/Item.h"
+
+namespace vorlent {
+
+// Known again by what an item keeps of the mail's record.
+class RecordedMail {
+ public:
+  explicit RecordedMail(const Item& item);
+
+  // Whether the item was made of a mail's record, which tells the size of each.
+  bool IsKnown() const { return !size_.empty(); }
+
+  // Whether it is the mail that a reader has at hand. One that grew is another, as it may have been on its
+  // way still when the record was made.
+  bool Is(StdMail& mail) const;
+
+ private:
+  static constexpr std::size_t kFields = 8;
+
+  std::array<std::string, kFields> fields_;
+  std::string size_;
+};
+
+// Where the mail of an item stands, as the item tells.
+enum class Standing {
+  AtItsPlace,
+  HidesItsPlace,  // a header Address of its own takes the item to another place
+  NotThere,       // it has changed, was marked as deleted, or has gone
+};
+
+// A mailbox that can't be opened or read raises; one that is missing has no mail.
+Standing StandingOf(const Item& item);
+
+}  // namespace vorlent
