@@ -26,7 +26,7 @@ run() {
   local name=$1 corpus=$work/$1 seeds=()
   mkdir "$corpus"
   [ -d "fuzz/corpus/$name" ] && seeds=("fuzz/corpus/$name")
-  # Leaks are looked for once, at the end: a search behind every input costs more than the input.
+  # Leaks are looked for once, at the end: a search after every input costs more than the input.
   # shellcheck disable=SC2046
   if "build/fuzz/bin/$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -detect_leaks=0 \
     -print_final_stats=1 -verbosity=0 $(dictionary "$name") -artifact_prefix="$finds/$name-" \

@@ -25,7 +25,7 @@ struct Interrupted {};
 // Raises Interrupted once an ending signal has come.
 void StopIfAsked();
 
-// Ends the process as a shell expects it behind the signal that came. What was printed and not yet written
+// Ends the process as a shell expects it after the signal that came. What was printed and not yet written
 // goes to standard output, unless nobody takes it.
 [[noreturn]] void EndBySignal();
 

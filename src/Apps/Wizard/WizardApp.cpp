@@ -121,7 +121,7 @@ class WizardProgram {
     host_->Global().SetLogEnabled(true);
   }
 
-  // The run sees the flag after its mail. A window that opens behind it is closed by the next tick.
+  // The run sees the flag after its mail. A window that opens later is closed by the next tick.
   void End() {
     host_->Global().CancelFlag() = true;
     QApplication::closeAllWindows();
