@@ -53,7 +53,9 @@ class Ending(ProgramCase):
         """A program that has begun to read: its temporary folder is there, its first line of output is long to come."""
         self.fill(count)
         process = self.start("read", BOX, *arguments, **options)
-        while process.poll() is None and not any(self.temporary.glob("*/{*")):
+        deadline = time.monotonic() + PATIENCE
+        while process.poll() is None and not any(self.temporary.glob("*/files/{*")):
+            self.assertLess(time.monotonic(), deadline, "no temporary folder of the connector's has come")
             time.sleep(0.001)
         return process
 
