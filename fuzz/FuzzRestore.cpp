@@ -82,6 +82,13 @@ bool IsPlain(std::string_view mail) {
   return std::find(lines.begin(), lines.end(), "") != lines.end();
 }
 
+// A name with a line end in it says in the mailbox whatever it likes. The archive knows none.
+bool HasNameOfSeveralLines(const Input& input) {
+  return std::any_of(input.attachments.begin(), input.attachments.end(), [](const Attachment& attachment) {
+    return attachment.name.find('\r') != std::string::npos;
+  });
+}
+
 class Mailbox {
  public:
   Mailbox() {
@@ -163,7 +170,7 @@ class Mailbox {
 
   // The mail stands at its offset, and the import reader finds the attachments in it again.
   void CheckMails(std::int32_t offset, const Input& input) {
-    if (!IsPlain(input.mail)) return;
+    if (!IsPlain(input.mail) || HasNameOfSeveralLines(input)) return;
     StdMail mail;
     mail.SetMailboxFile(path_);
     mail.Setmailtmppfad(temporary_.Path() + "\\");
