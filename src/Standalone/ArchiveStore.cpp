@@ -95,6 +95,14 @@ std::string FromStored(std::string_view text) {
   return IsAscii(text) ? std::string(text) : Utf8ToCodePage(text);
 }
 
+// A name that damage has put a separator into leads to no other folder.
+std::string FileNameFrom(std::string_view stored) {
+  std::string name = FromStored(stored);
+  std::ranges::replace(name, '\\', '_');
+  std::ranges::replace(name, '/', '_');
+  return name;
+}
+
 bool HasColumn(std::string_view key) {
   for (const ItemColumn& column : kItemColumns) {
     if (column.key == key) return true;
@@ -230,7 +238,7 @@ bool ArchiveStore::Read(std::int64_t number, StoredItem& item) {
   selectItem_.Reset();
   for (selectFiles_.Bind(1, number); selectFiles_.Step();) {
     item.files.push_back(
-        {FromStored(selectFiles_.Text(0)), FromStored(selectFiles_.Text(1)), selectFiles_.Number(2) != 0});
+        {FromStored(selectFiles_.Text(0)), FileNameFrom(selectFiles_.Text(1)), selectFiles_.Number(2) != 0});
   }
   return true;
 }
@@ -274,7 +282,7 @@ std::vector<ArchiveStore::ItemFile> ArchiveStore::FilesOf(std::int64_t first, st
   std::vector<ItemFile> files;
   for (selectFilesOfRange_.Bind(1, first).Bind(2, last); selectFilesOfRange_.Step();) {
     files.push_back({selectFilesOfRange_.Number(0),
-                     {FromStored(selectFilesOfRange_.Text(1)), FromStored(selectFilesOfRange_.Text(2)),
+                     {FromStored(selectFilesOfRange_.Text(1)), FileNameFrom(selectFilesOfRange_.Text(2)),
                       selectFilesOfRange_.Number(3) != 0}});
   }
   return files;

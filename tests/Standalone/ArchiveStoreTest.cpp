@@ -48,6 +48,19 @@ TEST_F(ArchiveStoreTest, AnItemThatIsReadHasNothingOfTheOneReadBefore) {
   EXPECT_THAT(item.files, IsEmpty());
 }
 
+TEST_F(ArchiveStoreTest, ADamagedNameOfAFileLeadsToNoOtherFolder) {
+  ArchiveStore store(path_);
+  const std::int64_t number =
+      store.Insert(RecordOf("ID=1"), 7, {{"File", "..\\..\\a", false}, {"FileHTML", "b/../c", false}});
+  StoredItem item;
+  ASSERT_TRUE(store.Read(number, item));
+  ASSERT_EQ(item.files.size(), 2u);
+  EXPECT_EQ(item.files[0].name, ".._.._a");
+  EXPECT_EQ(item.files[1].name, "b_.._c");
+  ASSERT_EQ(store.FilesOf(number, number).size(), 2u);
+  EXPECT_EQ(store.FilesOf(number, number)[0].file.name, ".._.._a");
+}
+
 TEST_F(ArchiveStoreTest, AStoreThatIsLookedAtStaysAsItIs) {
   {
     ArchiveStore store(path_);
