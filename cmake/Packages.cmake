@@ -1,0 +1,29 @@
+# Debian packages by `cpack -G DEB` in a release build: library, development, program.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME vorlent-mozilla)
+set(CPACK_PACKAGE_CONTACT "Vor-LENT <vorlent@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL library development program)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "libvorlent-mozilla${PROJECT_VERSION_MAJOR}")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "The component as a library that a host loads.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvorlent-mozilla-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, CMake package and pkg-config file for hosts.")
+
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME vorlent-mozilla)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION mail)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS qt6-translations-l10n)
+set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
+  "Reads, archives and restores mails of Thunderbird, bookmarks of Firefox and calendars of Sunbird and Lightning.")
+
+include(CPack)
