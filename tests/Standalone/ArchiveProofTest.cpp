@@ -7,12 +7,9 @@
 #include <memory>
 #include <string>
 
-#include "Connectors/Mozilla/ImportCommand.h"
-#include "Connectors/Mozilla/ImportRun.h"
-#include "Platform/Failure.h"
 #include "Standalone/Archive.h"
 #include "Standalone/ArchiveImport.h"
-#include "Standalone/StandaloneHost.h"
+#include "Standalone/MovingImport.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
@@ -55,23 +52,8 @@ class ArchiveProofTest : public testing::Test {
   std::string Import(
       const std::function<void()>& disturb, const std::function<void()>& look = [] {}) {
     folder_.Write("Inbox", Mailbox('1'));
-    HostObserver nobody;
-    const auto host = std::make_shared<StandaloneHost>(nobody);
-    HostObjects::Install(host);
-    std::string failure;
-    try {
-      ImportCommand command;
-      command.target = folder_.Path("archive");
-      command.move = true;
-      command.mailboxes = {folder_.Path("Inbox")};
-      host->Global().OpenArchive(command.target);
-      DisturbedImport import(disturb, look);
-      ImportRun(command.Text(), &import).Run();
-    } catch (const Failure& raised) {
-      failure = raised.what();
-    }
-    HostObjects::Install(nullptr);
-    return failure;
+    DisturbedImport import(disturb, look);
+    return MoveMails({folder_.Path("Inbox")}, folder_.Path("archive"), import);
   }
 
   fs::path Native(const std::string& name) { return fs::path(folder_.Native("archive")) / name; }

@@ -11,14 +11,11 @@
 #include <utility>
 #include <vector>
 
-#include "Connectors/Mozilla/ImportCommand.h"
-#include "Connectors/Mozilla/ImportRun.h"
-#include "Platform/Failure.h"
 #include "Platform/NativePaths.h"
 #include "Standalone/Archive.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/MemoryFolder.h"
-#include "Standalone/StandaloneHost.h"
+#include "Standalone/MovingImport.h"
 #include "Support/DiskOperations.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
@@ -90,23 +87,7 @@ class ImportFaultsTest : public testing::Test {
     return Import(import);
   }
   std::string Import(ArchiveImport& import) {
-    HostObserver nobody;
-    const auto host = std::make_shared<StandaloneHost>(nobody);
-    HostObjects::Install(host);
-    std::string failure;
-    try {
-      ImportCommand command;
-      command.target = folder_.Path("archive");
-      command.move = true;
-      command.mailboxes = {folder_.Path("Inbox")};
-      const ArchivePtr archive = host->Global().OpenArchive(command.target);
-      ImportRun(command.Text(), &import).Run();
-      archive->Close();
-    } catch (const Failure& raised) {
-      failure = raised.what();
-    }
-    HostObjects::Install(nullptr);
-    return failure;
+    return MoveMails({folder_.Path("Inbox")}, folder_.Path("archive"), import);
   }
 
   ArchivePtr OpenArchive() {

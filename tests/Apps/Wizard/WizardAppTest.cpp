@@ -106,6 +106,14 @@ class WizardAppTest : public testing::Test {
       Press(Qt::Key_Return);
   }
 
+  // Chooses the mailbox on the first page and confirms all pages.
+  static void ImportFile(UserScript& user, const std::string& path) {
+    user.In<WizardFrame>([path](WizardFrame& frame) {
+      ChooseFile(frame, path);
+      GoOnToTheEnd(frame);
+    });
+  }
+
   // A mailbox of so many mails.
   std::string ManyMails(int count) {
     std::string bytes;
@@ -326,10 +334,7 @@ TEST_F(WizardAppTest, NewArchiveIsChosenOnPageThree) {
 TEST_F(WizardAppTest, CancelIsSeenBetweenTwoMails) {
   const std::string box = ManyMails(3000);
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, box);
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, box);
   user.In<ImportProgress>([&](ImportProgress& progress) {
     EXPECT_EQ(Find<QLabel>(progress, "Status").text().toStdString(), box);
     Click(progress, "Cancel");
@@ -362,10 +367,7 @@ TEST_F(WizardAppTest, CancelIsSeenBetweenTwoMails) {
 TEST_F(WizardAppTest, EnterAndSpaceLeaveARunningImportAlone) {
   const std::string box = ManyMails(300);
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, box);
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, box);
   user.In<ImportProgress>([](ImportProgress& progress) {
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
       Press(key);
@@ -381,10 +383,7 @@ TEST_F(WizardAppTest, EnterAndSpaceLeaveARunningImportAlone) {
 TEST_F(WizardAppTest, ImportGoesOnAfterANoToTheQuestion) {
   const std::string box = ManyMails(300);
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, box);
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, box);
   user.In<ImportProgress>([](ImportProgress&) { Press(Qt::Key_Escape); });
   user.In<QMessageBox>([](QMessageBox&) { Press(Qt::Key_Return); });
   user.In<ImportProgress>(
@@ -397,10 +396,7 @@ TEST_F(WizardAppTest, ImportGoesOnAfterANoToTheQuestion) {
 TEST_F(WizardAppTest, ImportRunsOnBesideTheQuestionAndTakesItAwayAtItsEnd) {
   const std::string box = ManyMails(300);
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, box);
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, box);
   user.In<ImportProgress>([](ImportProgress&) { Press(Qt::Key_Escape); });
   user.In<QMessageBox>([](QMessageBox&) {});
   InResult(user, [](ImportProgress& progress) {
@@ -419,10 +415,7 @@ TEST_F(WizardAppTest, CancelledWizardImportsNothing) {
 
 TEST_F(WizardAppTest, FailureOfTheImportIsShown) {
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, folder.Native("nowhere").string());
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, folder.Native("nowhere").string());
   InResult(user, [&](ImportProgress& progress) {
     EXPECT_THAT(Find<QLabel>(progress, "Status").text().toStdString(),
                 testing::AllOf(testing::StartsWith("Der Import ist gescheitert: "),
@@ -496,10 +489,7 @@ TEST_F(WizardAppTest, AfterAFailureAllChoicesAreStillThere) {
 
 TEST_F(WizardAppTest, WizardCancelledAfterAFailureEndsAsOneThatFailed) {
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, folder.Native("nowhere").string());
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, folder.Native("nowhere").string());
   InResult(user, [](ImportProgress&) { PressAlt(Qt::Key_Z); });
   user.In<WizardFrame>([](WizardFrame&) { Press(Qt::Key_Escape); });
   EXPECT_EQ(RunWizardApp(WithArchive()), 1);
@@ -637,10 +627,7 @@ TEST_F(ToldToEndTest, AMoveEndsAfterTheMailAtHand) {
 TEST_F(ToldToEndTest, TheQuestionWhetherToCancelClosesWithTheImport) {
   const std::string box = ManyMails(6000);
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, box);
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, box);
   user.In<ImportProgress>([](ImportProgress& progress) { Click(progress, "Cancel"); });
   user.In<QMessageBox>([this](QMessageBox&) { told = true; });
   EXPECT_EQ(Run(), 130);
@@ -652,10 +639,7 @@ TEST_F(ToldToEndTest, TheQuestionWhetherToCancelClosesWithTheImport) {
 TEST_F(ToldToEndTest, TheResultCloses) {
   const std::string box = ManyMails(2);
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, box);
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, box);
   InResult(user, [this](ImportProgress&) { told = true; });
   EXPECT_EQ(Run(), 130);
   EXPECT_THAT(Archived(), ElementsAre("mail 1", "mail 2"));
@@ -663,10 +647,7 @@ TEST_F(ToldToEndTest, TheResultCloses) {
 
 TEST_F(ToldToEndTest, TheResultOfAFailureClosesAndDoesNotLeadBackToThePages) {
   UserScript user;
-  user.In<WizardFrame>([&](WizardFrame& frame) {
-    ChooseFile(frame, folder.Native("nowhere").string());
-    GoOnToTheEnd(frame);
-  });
+  ImportFile(user, folder.Native("nowhere").string());
   InResult(user, [this](ImportProgress&) { told = true; });
   EXPECT_EQ(Run(), 1);
 }
