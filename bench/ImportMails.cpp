@@ -149,7 +149,7 @@ bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int r
   };
   print("split", splitting);
   print("import", importing);
-  std::printf("  first search behind it   %6.1f microseconds per mail, once\n",
+  std::printf("  first search after it    %6.1f microseconds per mail, once\n",
               search.processor * 1e6 / mails);
   const double ratio = RatioOf(splitting.processor, importing.processor);
   const bool reached = ratio >= kRequiredOfSplitting;

@@ -29,7 +29,7 @@ constexpr std::int32_t kMostItems = 50;
 constexpr char kBeside[] = "beside.txt";
 constexpr char kBesideBytes[] = "not the archive's\r\n";
 
-// Bytes taken off the front of the input, 0 behind its end.
+// Bytes taken off the front of the input, 0 after its end.
 class Input {
  public:
   explicit Input(std::string_view bytes) : bytes_(bytes) {}

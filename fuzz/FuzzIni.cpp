@@ -48,7 +48,7 @@ std::string Saved(StdIni ini) {
   return bytes;
 }
 
-// What is saved reads as the same document, unless a section has no name to be saved under: behind another it
+// What is saved reads as the same document, unless a section has no name to be saved under: after another it
 // becomes a part of that, and in front a first line that lost its indentation may have become a header.
 void CheckSaving(const StdIni& ini) {
   const auto names = Names(ini);

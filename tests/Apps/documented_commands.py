@@ -2,7 +2,7 @@
 """Runs every command line that a document shows and compares the output shown with what comes.
 
 A document shows commands in fenced blocks marked `console`: a line "$ command" and below it the output. An output
-line "..." stands for any lines; a command without output below it only has to succeed. A line "[exit N]" behind the
+line "..." stands for any lines; a command without output below it only has to succeed. A line "[exit N]" after the
 output is the exit code expected, 0 without one. The commands of one document run one after the other in one folder
 that holds a copy of the samples, with "./run" being the program under test.
 

@@ -68,7 +68,7 @@ TEST(KeyIndex, FindsWhatCrowdsInOnePlace) {
 }
 
 TEST(KeyIndex, FindsWhatCrowdsAroundTheEndOfTheTable) {
-  // The last places of a table of any size up to 1024, and the first ones behind them.
+  // The last places of a table of any size up to 1024, and the first ones after them.
   CompareWithAModel(2, 6, 1023, 100);
 }
 

@@ -147,7 +147,7 @@ TEST_F(LineFileTest, LongLineGrowsTheBufferAndReadingGoesOnBehindIt) {
   }
 }
 
-// Looking for the next LF again behind each CR would take minutes here.
+// Looking for the next LF again after each CR would take minutes here.
 TEST_F(LineFileTest, LinesOfCarriageReturnsOnlyAreReadInLinearTime) {
   LineFile file = Open(std::string(3'000'000, '\r'), LineRule::Native);
   std::size_t count = 0;

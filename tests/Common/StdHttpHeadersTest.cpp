@@ -193,7 +193,7 @@ TEST(GetHeaderParam, DecodesExtendedValues) {
       << "a language hides the mark";
   EXPECT_EQ(GetHeaderParam("x; filename*=\"a b\"", "filename"), "\"a b\"") << "quotes are not taken off";
   EXPECT_EQ(GetHeaderParam("x; name*=a", "filename"), "");
-  EXPECT_EQ(GetHeaderParam("x; FileName*=%09a%20", "filename"), "a") << "trimmed behind the decoding";
+  EXPECT_EQ(GetHeaderParam("x; FileName*=%09a%20", "filename"), "a") << "trimmed after the decoding";
 }
 
 TEST(GetHeaderParam, LetsFailuresOfTheDecodersThrough) {

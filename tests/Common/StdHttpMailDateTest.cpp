@@ -136,7 +136,7 @@ TEST(MailDateToDisplay, FindsTheYearBehindTheTime) {
   ExpectDates({
       {"Sun May 9 14:30:05 2010", "09.05.2010 14:30:05"},
       {"Sun May 9 14:30:05 GMT 2010", "09.05.2010 14:30:05"},
-      // The first token that reads as a number is the year, whatever stands behind it.
+      // The first token that reads as a number is the year, whatever stands after it.
       {"9 May 14:30:05 2010 +0200", "09.05.2010 14:30:05"},
       // One that reads as 0 belongs to the time, with a blank in front.
       {"9 May 14:30:05 0 2010", "09.05.2010 14:30:05"},

@@ -47,7 +47,7 @@ TEST(StampToDisplay, CompletesTheYearOfDisplayText) {
   EXPECT_EQ(Displayed("09.05.75 14:30:05"), "09.05.1975 14:30:05[09.05.1975 14:30:05]");
   EXPECT_EQ(Displayed("09.05.69 14:30:05"), "09.05.2069 14:30:05[09.05.2069 14:30:05]");
   EXPECT_EQ(Displayed("09.05.70 14:30:05"), "09.05.1970 14:30:05[09.05.1970 14:30:05]");
-  EXPECT_EQ(Displayed("09.05.10"), "09.05.10[09.05.10]") << "only a blank behind the year tells its length";
+  EXPECT_EQ(Displayed("09.05.10"), "09.05.10[09.05.10]") << "only a blank after the year tells its length";
   EXPECT_EQ(Displayed("14:30"), "14:30[14:30]");
   EXPECT_EQ(Displayed("09.05.2010 ::"), "09.05.2010 000000[09.05.2010 000000]");
 }

@@ -104,7 +104,7 @@ TEST(CutWord, ReadsQuotedAndPlainWords) {
   EXPECT_EQ(Cutting(cut, "a   b  "), "a[b]");
   EXPECT_EQ(Cutting(cut, " a"), "[a]") << "a leading blank ends an empty word";
   EXPECT_EQ(Cutting(cut, "a\tb c"), "a\tb[c]");
-  EXPECT_EQ(Cutting(cut, "\"a\" \t\r\n\x01 b "), "a[b ]") << "all control characters behind the word go";
+  EXPECT_EQ(Cutting(cut, "\"a\" \t\r\n\x01 b "), "a[b ]") << "all control characters after the word go";
   EXPECT_EQ(Cutting(cut, "a \t\r\nb"), "a[b]");
   EXPECT_EQ(Cutting(cut, ""), "[]");
 }
@@ -256,7 +256,7 @@ TEST(UnescapeValue, ReadsCodesOfThreeDigits) {
   EXPECT_EQ(UnescapeValue(R"(\255x)"), "\xFFx");
   EXPECT_EQ(UnescapeValue(R"(\256x)"), R"(\256x)") << "no character has that code";
   EXPECT_EQ(UnescapeValue(R"(\999)"), R"(\999)");
-  EXPECT_EQ(UnescapeValue(R"(\999\065)"), R"(\999A)") << "the scan goes on behind the backslash";
+  EXPECT_EQ(UnescapeValue(R"(\999\065)"), R"(\999A)") << "the scan goes on after the backslash";
   EXPECT_EQ(UnescapeValue(R"(\0651)"), "A1");
   EXPECT_EQ(UnescapeValue(R"(\65)"), "A") << "fewer than three characters are left";
   EXPECT_EQ(UnescapeValue(R"(a\6)"), "a\x06");
@@ -285,7 +285,7 @@ TEST(ReplaceText, ReplacesEveryOccurrence) {
   EXPECT_EQ(AfterReplace("aXa", "a", "b"), "bXb");
   EXPECT_EQ(AfterReplace("aXa", "a", ""), "X");
   EXPECT_EQ(AfterReplace("aaa", "aa", "b"), "ba");
-  EXPECT_EQ(AfterReplace("aaa", "aa", "ba"), "baa") << "the search goes on behind what was put in";
+  EXPECT_EQ(AfterReplace("aaa", "aa", "ba"), "baa") << "the search goes on after what was put in";
   EXPECT_EQ(AfterReplace("abc", "x", "y"), "abc");
   EXPECT_EQ(AfterReplace("abc", "", "y"), "abc");
   EXPECT_EQ(AfterReplace("", "a", "y"), "");

@@ -48,7 +48,7 @@ TEST(StampToEpoch, ReadsWhatFieldsThereAre) {
   EXPECT_EQ(StampToEpoch("20100509"), 1273363200) << "midnight";
   EXPECT_EQ(StampToEpoch("1970"), -86400) << "a missing day counts as 0";
   EXPECT_EQ(StampToEpoch("19690101000000"), 0) << "no year before 1970 is counted";
-  EXPECT_EQ(StampToEpoch("19701301000000"), 31536000) << "the thirteenth month begins behind December";
+  EXPECT_EQ(StampToEpoch("19701301000000"), 31536000) << "the thirteenth month begins after December";
   EXPECT_EQ(StampToEpoch("19700101 1 2 3"), 3723);
   EXPECT_EQ(StampToEpoch("19700101xxxxxx"), 0);
 }

@@ -354,7 +354,7 @@ TEST(qzelCollectionTest, HeadWithinTheNewRoomChainsThroughAStrangeSlot) {
   list.Add(std::string("50"), "zz");
   list.Clear();
   EXPECT_EQ(list.GetPosition("zz"), 0);
-  list.Add(std::string("x"), "zz");  // position 1, chained behind the slot 50 that the head still names
+  list.Add(std::string("x"), "zz");  // position 1, chained after the slot 50 that the head still names
   EXPECT_EQ(list.GetPosition("zz"), 1);
   for (int i = 2; i <= 50; ++i)
     list.Add(std::to_string(i));

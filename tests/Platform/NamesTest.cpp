@@ -86,7 +86,7 @@ TEST(NameMatchesTest, ManyStarsTakeNoTime) {
 }
 
 TEST(NameKeyTest, OrderIsThatOfUpperCaseCharacters) {
-  // "_" stands behind the capitals and in front of the small letters.
+  // "_" stands after the capitals and in front of the small letters.
   std::vector<std::string> names = {"_x", "b", "A", "a1", "B2", std::string("ä"_cp), std::string("€"_cp),
                                     "z",  "Ж", "1"};
   std::sort(names.begin(), names.end(),

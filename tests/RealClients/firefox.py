@@ -168,7 +168,7 @@ def check_reading(home, tree):
     expect("bookmarks as read", sorted(found), sorted(flat(tree)))
     titles = [title.replace("🦊", "?") for title in TITLES]
     expect("their order", [item["Text"] for item in items if item["Text"] in titles], titles)
-    expect("files of the profile behind the reading", home.files(), before)
+    expect("files of the profile after the reading", home.files(), before)
     menu = home.succeed("browse", "firefox://*")
     if "Profil '" not in menu:
         fail(f"no profile is listed: {menu}")

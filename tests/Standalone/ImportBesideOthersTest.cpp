@@ -468,7 +468,7 @@ class Round {
     folder_.Write(mailbox, text);
   }
 
-  // A program that adds a mail begins behind an empty line.
+  // A program that adds a mail begins after an empty line.
   static std::string Appendable(std::string text) {
     if (!text.empty() && !text.ends_with("\r\n")) text += "\r\n";
     if (!text.empty() && !text.ends_with("\r\n\r\n")) text += "\r\n";

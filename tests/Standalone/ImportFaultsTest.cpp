@@ -29,7 +29,7 @@ std::string Headers(const std::string& subject, char status) {
          "@x>\r\n";
 }
 
-// The mails of the mailbox: its bytes up to the digit that marks it as deleted, and those behind that.
+// The mails of the mailbox: its bytes up to the digit that marks it as deleted, and those after that.
 struct Part {
   std::string key;    // of the data field
   std::string bytes;  // that must be in the archive, or among them

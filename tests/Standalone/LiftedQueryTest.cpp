@@ -53,7 +53,7 @@ TEST(LiftedQuery, EverythingElseStaysAsItIs) {
       "SELECT a FROM t WHERE b=x'00'",                    // a blob
       "SELECT a FROM t WHERE (b='x')",                    // parentheses
       "SELECT max(a) FROM t WHERE b='x'",                 // the same in front of WHERE
-      "SELECT a FROM t WHERE b='x' AND c IN (SELECT 1)",  // and behind the literals
+      "SELECT a FROM t WHERE b='x' AND c IN (SELECT 1)",  // and after the literals
       "SELECT \"a\" FROM t WHERE b='x'",                  // quoted names
       "SELECT a FROM t WHERE [b]='x'",
       "SELECT a FROM t WHERE `b`='x'",

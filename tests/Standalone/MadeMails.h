@@ -10,7 +10,7 @@
 
 namespace vorlent {
 
-// A mail with its separator line and all lines behind it, in the form that Thunderbird writes: lines end in
+// A mail with its separator line and all lines after it, in the form that Thunderbird writes: lines end in
 // CR LF, an empty one divides it from the next.
 struct MadeMail {
   std::string bytes;

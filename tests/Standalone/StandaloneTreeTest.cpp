@@ -10,7 +10,7 @@
 namespace vorlent {
 namespace {
 
-// The tree as indented lines of node texts, each with the IDs of its items behind it.
+// The tree as indented lines of node texts, each with the IDs of its items after it.
 std::string Drawn(const Tree& node, int depth = 0) {
   std::string lines(static_cast<std::size_t>(depth), ' ');
   lines += "'" + node.Text() + "'";

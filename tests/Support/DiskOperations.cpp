@@ -106,7 +106,7 @@ int OpenOrFail(int folder, const char* path, int flags, mode_t mode) {
   return CallOrFail(DiskCall::Open, path, SYS_openat, folder, path, flags, mode);
 }
 
-// The creation mode, which stands behind the flags only where it is needed.
+// The creation mode, which stands after the flags only where it is needed.
 mode_t ModeBehind(int flags, va_list arguments) {
   return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }

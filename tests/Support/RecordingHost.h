@@ -24,7 +24,7 @@ namespace vorlent::test {
 class CallLog {
  public:
   bool RecordReads = false;
-  // Called behind each recorded line, so that a test can act at a certain point, such as setting Cancelled.
+  // Called after each recorded line, so that a test can act at a certain point, such as setting Cancelled.
   std::function<void(const std::string& line)> OnCall;
 
   const std::vector<std::string>& Lines() const { return lines_; }

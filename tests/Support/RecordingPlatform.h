@@ -61,7 +61,7 @@ class RecordingPlatform : public Platform {
   // Answers which folders may become the current one; without it all may.
   std::function<bool(std::string_view)> folderExists;
 
-  // What happens meanwhile, run behind the note of the call.
+  // What happens meanwhile, run after the note of the call.
   std::function<void()> onYield;
   std::function<void(std::uint32_t)> onWait;
   std::function<void(const FileDialogRequest&)> onFileDialog;

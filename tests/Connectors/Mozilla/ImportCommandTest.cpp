@@ -101,7 +101,7 @@ TEST(ImportCommandTest, KeywordsAreJoinedByCommas) {
       {"keyword a,b\nkeyword c d\n", "a,b,c d"},
       {"keyword #Subpath\n", "#Subpath"},
       {"keyword #subpath \n", "#subpath "},
-      // An empty keyword is joined like any other, but a comma comes only behind text.
+      // An empty keyword is joined like any other, but a comma comes only after text.
       {"keyword\nkeyword a\n", "a"},
       {"keyword a\nkeyword\nkeyword b\n", "a,,b"},
       {"", ""},

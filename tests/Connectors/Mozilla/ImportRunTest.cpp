@@ -91,7 +91,7 @@ class ImportRunTest : public testing::Test {
     };
   }
 
-  // The host's calls behind the wizard, with a paste shown as the mail's subject and the folder as <f>.
+  // The host's calls after the wizard, with a paste shown as the mail's subject and the folder as <f>.
   Lines Calls() {
     Lines lines;
     for (std::string line : host.Log.Lines()) {
@@ -338,7 +338,7 @@ TEST_F(ImportRunTest, HostIsGivenAHundredTurnsBehindEachMailBeforeItIsAskedToSto
   EXPECT_EQ(turns.front(), turns[99]) << "no call between the turns of one mail";
   EXPECT_EQ(host.Log.Lines()[turns[99] - 1], "Global.SetLogEnabled(false)");
   EXPECT_EQ(host.Log.Lines()[turns[99]], "Global.Cancelled");
-  EXPECT_EQ(host.Log.Only({"Global.Cancelled"}).size(), 3U) << "behind each mail and behind the mailbox";
+  EXPECT_EQ(host.Log.Only({"Global.Cancelled"}).size(), 3U) << "after each mail and after the mailbox";
 }
 
 // --- Keywords -------------------------------------------------------------------------------------------
@@ -724,7 +724,7 @@ TEST_F(ImportObserverTest, MailWhoseBodyCouldNotBeReadHasFailedAndStaysInTheMail
 }
 
 TEST_F(ImportObserverTest, MailboxThatCouldNotBeReadOnHasFailedThereAndTheRunGoesOn) {
-  // What is behind a closing boundary belongs to no mail.
+  // What is after a closing boundary belongs to no mail.
   const std::string bytes = MailWithAttachment("one") + std::string(300'000, '\r') + Mail("two");
   const std::string a = Box("A", bytes);
   const std::string b = Box("B", Mail("three"));
@@ -794,7 +794,7 @@ TEST_F(ImportRunTest, OnlyMailsThatStillStandWhereTheyWereReadAreMarked) {
   const std::string box = Box("Inbox", bytes);
   const std::string later = Box("Later", Mail("four"));
   folder.Write("Inbox.msf", "index");
-  // The first mail went, another came behind, and the last is where it was.
+  // The first mail went, another came after it, and the last is where it was.
   const std::string rewritten = Mail("two") + Mail("new") + Mail("three");
   OnPaste(3, [&] { folder.Write("Inbox", rewritten); });
   EXPECT_EQ(Run({"action move", "import " + box, "import " + later}), 0);
@@ -903,7 +903,7 @@ TEST_F(ImportRunTest, EveryFailingHostCallEndsTheRunWhereItStands) {
     // The record of a mail is made with all failures swallowed; the next call then fails as well.
     const bool inRecord = fresh.Log.Lines()[nth - 1] == "Global.UserName";
     ASSERT_EQ(calls, static_cast<std::size_t>(nth + (inRecord ? 1 : 0)))
-        << "a call came behind the failed one";
+        << "a call came after the failed one";
     // A mail is marked only when both are in the target with all that belongs to them.
     if (folder.Read("Inbox") != bytes) {
       EXPECT_EQ(fresh.Log.Only({"item2.SetConnected(true)"}).size(), 1U);

@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(
 struct BookmarkCase {
   const char* name;
   std::function<void(RecordingItem&)> prepare;
-  std::string line;  // behind the indentation, up to the line end
+  std::string line;  // after the indentation, up to the line end
 };
 
 class Bookmarks : public LocationFireFoxExportTest, public testing::WithParamInterface<BookmarkCase> {};

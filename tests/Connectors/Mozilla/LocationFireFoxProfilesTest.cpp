@@ -127,7 +127,7 @@ TEST_F(LocationFireFoxProfilesTest, FirstSectionIsNeverAProfile) {
       "[Profile0]\r\nName=first\r\nPath=a\r\n[General]\r\nStartWithLastProfile=1\r\n"
       "[Profile1]\r\nName=second\r\nPath=b\r\n");
   Open("firefox://*");
-  // A general section that stands further behind counts as a profile without a name.
+  // A general section further down counts as a profile without a name.
   EXPECT_THAT(Records(), ElementsAre("ID={}|Type=location|Text=Profil ''|DataLocation=firefox:///*",
                                      ProfileRecord("second")));
   Open("firefox://first/");
@@ -199,11 +199,11 @@ TEST_F(LocationFireFoxProfilesTest, MissingProfileIsToldBehindTheEmptiedTree) {
   host_.Log.OnCall = [&](const std::string& line) {
     order.push_back(line);
     for (const std::string& box : Boxes())
-      order.push_back("behind " + box);
+      order.push_back("after " + box);
   };
   Open("firefox://y/");
   EXPECT_THAT(order, ElementsAre("tree.Clear", "Global.Report(27,\"Profil 'y' nicht gefunden!\",nothing)",
-                                 "behind " + CriticalBox("Profil 'y' nicht gefunden!", "error")));
+                                 "after " + CriticalBox("Profil 'y' nicht gefunden!", "error")));
 }
 
 TEST_F(LocationFireFoxProfilesTest, AddressWithoutAProfileReadsTheOneListedFirst) {

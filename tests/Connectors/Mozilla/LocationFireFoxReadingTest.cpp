@@ -164,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
         TitleCase{"Separators", "a|b\\c", "http://a/?x|y\\z", Url("a\\|b\\\\c", "http://a/?x\\|y\\\\z", "")},
         TitleCase{"QuotesAndCommas", "\"a\", 'b'", "http://a/", Url("\"a\", 'b'", "http://a/", "")},
         TitleCase{"Markup", "<b> & co", "http://a/?b&c", Url("<b> & co", "http://a/?b&c", "")},
-        // A row is a text of lines: what stands behind the title moves by one.
+        // A row is a text of lines: what stands after the title moves by one.
         TitleCase{"LineFeedInTheTitle", "a\nb", "http://a/", Url("a", "b", "", "01.01.1970 00:00:00")},
         TitleCase{"CarriageReturnInTheTitle", "a\rb", "http://a/", Url("ab", "http://a/", "")}),
     [](const auto& each) { return each.param.name; });

@@ -347,7 +347,7 @@ TEST_F(SunbirdWriteBackTest, ChangeToATimeBehindJanuary2038RunsNoStatement) {
   Redo(item, kChangeText);
   EXPECT_EQ(HostCalls(), Done("ChangeText", {}));
   host_.Log.Clear();
-  // The steps behind the one that fails still run.
+  // The steps after the one that fails still run.
   Redo(item, kDataSet, "Location=x");
   EXPECT_EQ(HostCalls(),
             Done("DataSet=Location=x",

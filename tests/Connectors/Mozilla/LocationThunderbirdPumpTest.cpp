@@ -386,7 +386,7 @@ TEST_F(LocationThunderbirdPumpTest, MarksOfAnEarlierMailboxAreForgotten) {
   const ExpectedBox first = AddBox("A", {"1"});
   const ExpectedBox second = AddBox("B", {"2"});
   Prepare("thunderbird://p/a");
-  // A mark before the first mail, and one behind the end, belong to no mailbox.
+  // A mark before the first mail, and one after the end, belong to no mailbox.
   connector->SourceDelete();
   Stream();
   connector->SourceDelete();
@@ -432,7 +432,7 @@ TEST_F(LocationThunderbirdPumpTest, OnlyMailsThatStillStandWhereTheyWereReadAreM
     Next();
     connector->SourceDelete();
   }
-  // The first mail went, another came behind, and the last is where it was.
+  // The first mail went, another came after it, and the last is where it was.
   const std::string rewritten = MailOf("2") + MailOf("5") + MailOf("3");
   WriteBytes(box.file, rewritten);
   Next();

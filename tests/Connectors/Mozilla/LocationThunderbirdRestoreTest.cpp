@@ -203,7 +203,7 @@ struct PlainRow {
 
 TEST_F(RestoreTest, MailIsCopiedLineByLine) {
   for (const PlainRow& row : {
-           // A separator is put in front, and an empty line behind.
+           // A separator is put in front, and an empty line after it.
            PlainRow{"Subject: x\r\nTo: y\r\n\r\nbody\r\n\r\nmore\r\n",
                     "From - \r\nSubject: x\r\nTo: y\r\n\r\nbody\r\n\r\nmore\r\n\r\n"},
            PlainRow{"From - Sun May 09\r\nSubject: x\r\n\r\nbody\r\n",

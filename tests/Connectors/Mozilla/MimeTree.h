@@ -61,7 +61,7 @@ class MimeTree {
   int containers_ = 0;
 };
 
-// The parts that a reader found, in order: containers by the word behind "multipart/", "text", "html", and
+// The parts that a reader found, in order: containers by the word after "multipart/", "text", "html", and
 // att"name" with the size of its temporary file, if there is one, behind a colon.
 inline std::string PrintParts(const StdMail& mail, const TemporaryFolder& folder) {
   std::string text;

@@ -326,7 +326,7 @@ TEST_F(StdMailDataTest, AttachmentsBehindPosition32767AreNotTold) {
 
 struct OriginalRow {
   const char* header;
-  const char* line;  // behind the date, "" if there is none
+  const char* line;  // after the date, "" if there is none
 };
 
 class OriginalNameTest : public StdMailDataTest, public testing::WithParamInterface<OriginalRow> {};

@@ -262,7 +262,7 @@ TEST_F(StdMailReadDeleteTest, LastMailThatGrewIsAnother) {
   const std::string mail = "From - x\r\nX-Mozilla-Status: 0001\r\n\r\nbody\r\n";
   EXPECT_FALSE(IsMarked(mail, mail + "more\r\n"));
   EXPECT_FALSE(IsMarked(mail, mail + "\r\nmore\r\n\r\nFrom - y\r\n"));
-  EXPECT_FALSE(IsMarked(mail, mail + "From - y\r\n")) << "not behind an empty line";
+  EXPECT_FALSE(IsMarked(mail, mail + "From - y\r\n")) << "not after an empty line";
   EXPECT_TRUE(IsMarked(mail, mail + "\r\n\r\n"));
   EXPECT_TRUE(IsMarked(mail, mail + "\r\nFrom - y\r\n"));
   EXPECT_TRUE(IsMarked(mail + "\r\n", mail + "\r\nFrom - y\r\n"));
@@ -460,7 +460,7 @@ TEST_F(StdMailDeleteTest, MailboxThatCannotBeOpenedRaisesAndKeepsTheSummary) {
 // --- Line ends
 
 TEST_F(StdMailDeleteTest, WindowsRuleTakesEveryLineEndForTwoBytes) {
-  // Behind a line end of one byte that leads to the digit before the last.
+  // After a line end of one byte that leads to the digit before the last.
   EXPECT_EQ(Delete("From - x\rX-Mozilla-Status: 0001\r\r"), "From - x\rX-Mozilla-Status: 0091\r\r");
   // With no line end at all, to the one before that.
   EXPECT_EQ(Delete("From - x\r\nX-Mozilla-Status: 0001"), "From - x\r\nX-Mozilla-Status: 0901");

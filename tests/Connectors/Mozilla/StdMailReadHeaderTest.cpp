@@ -555,7 +555,7 @@ TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
   folder_.MakeFolder("tmp\\mail.eml");
   OpenLines("From - x\nSubject: 1\n\nbody\n\nFrom - y\nSubject: 2\n\nend\n");
   EXPECT_EQ(NumberOf([&] { mail_.ReadHeader(true); }), static_cast<int>(ErrorNumber::PathAccess));
-  // The stream stands behind the separator; the next call goes on from there.
+  // The stream stands after the separator; the next call goes on from there.
   ASSERT_TRUE(mail_.ReadHeader(false));
   EXPECT_EQ(mail_.GetHeader("subject"), "2");
 }

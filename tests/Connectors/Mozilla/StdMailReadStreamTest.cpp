@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// In front of most mails here: without a status line the empty line behind the headers would be lost.
+// In front of most mails here: without a status line the empty line after the headers would be lost.
 constexpr std::string_view kFront = "From - x\nX-Mozilla-Status: 0001\n";
 
 class StdMailReadStreamTest : public StdMailTest {
@@ -23,7 +23,7 @@ class StdMailReadStreamTest : public StdMailTest {
     return found ? folder_.Read("out") : "-";
   }
 
-  // A mail of boundary "B" behind kFront, with text behind it, so that its last line is seen.
+  // A mail of boundary "B" after kFront, with text after it, so that its last line is seen.
   void WriteMultipart(std::string_view body) {
     folder_.Write("Inbox", Crlf(std::string(kFront) + "Content-Type: multipart/mixed; boundary=B\n\n" +
                                 std::string(body) + "\nFrom - y\nend\n"));
@@ -137,7 +137,7 @@ TEST_F(StdMailReadStreamTest, StatusIsFoundInAnyLetterCaseBehindOtherHeaders) {
 }
 
 TEST_F(StdMailReadStreamTest, StatusNumberStandsFromPosition19On) {
-  // Without the blank behind the colon the first digit isn't seen.
+  // Without the blank after the colon the first digit isn't seen.
   OpenLines("From - x\nX-Mozilla-Status:8\n\none\nend\n");
   EXPECT_TRUE(mail_.ReadStream());
   OpenLines("From - x\nX-Mozilla-Status:08\n\none\nend\n");

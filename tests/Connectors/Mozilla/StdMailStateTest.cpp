@@ -42,7 +42,7 @@ TEST_F(StdMailStateTest, ClosingSubBoundaryInAPartHeaderIsNoLineOfIt) {
             "\n--B\nContent-Type: multipart/alternative; boundary=\"S\"\n\n"
             "--S\nContent-Type: text/plain\n--S--\nX-Late: 1\n\nText\n--B--\n");
   ASSERT_TRUE(mail_.ReadHeader(true));
-  // The block itself goes on behind it, but its text has reached the mail's file by then.
+  // The block itself goes on after it, but its text has reached the mail's file by then.
   EXPECT_THAT(Texts(mail_.Attachments()),
               ElementsAre("Content-Type: multipart/alternative; boundary=\"S\"\r\n",
                           "Content-Type: text/plain\r\nX-Late: 1\r\n"));
@@ -137,7 +137,7 @@ TEST_F(StdMailStateTest, AMailIsMarkedThoughTheMailboxCannotBeClosed) {
 }
 
 // The first look at a small mailbox reads all of it, by a call for its bytes and one for the end. The next,
-// for what is behind its last line, fails.
+// for what is after its last line, fails.
 constexpr DiskPlan kBadPlaceAtTheEnd = {
     .calls = DiskCall::Read, .number = 2, .trouble = DiskTrouble::FromHere, .pathEnd = "/Inbox"};
 

@@ -118,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SeparatorRow{"From - x\n\nbody\n\nFrom - y\n\nbody\n", {"From - x", "From - y"}},
                     SeparatorRow{"From - x\n\nbody\n\n>From - y\n\nbody\n", {"From - x", ">From - y"}},
                     SeparatorRow{"From - x\n\nbody\n\nFrom y\n\nbody\n", {"From - x"}},
-                    // Behind the empty line that ends the header block.
+                    // After the empty line that ends the header block.
                     SeparatorRow{"From - x\n\nFrom - y\n\nbody\n", {"From - x", "From - y"}},
                     // Inside a header block it is a header like any other.
                     SeparatorRow{"From - x\nFrom - y\n\nbody\n", {"From - x"}}, SeparatorRow{"", {}},

@@ -63,7 +63,7 @@ class ThunderbirdFixture : public testing::Test {
     return records;
   }
 
-  // The record of a mail of MailOf that was read without its files. `size` counts the separator behind it,
+  // The record of a mail of MailOf that was read without its files. `size` counts the separator after it,
   // too.
   static std::string RecordOf(const std::string& id, const std::string& subject, const std::string& keywords,
                               std::size_t size, const std::string& file, std::size_t offset) {

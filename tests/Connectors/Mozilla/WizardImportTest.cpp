@@ -774,7 +774,7 @@ TEST_F(WizardLayoutTest, OtherControlsKeepTheirPlace) {
 
 TEST_F(WizardLayoutTest, ImpossibleStepsAreLeftOutOneByOne) {
   Wizard().Layout(8000, 6000);
-  // Too low for the tree and the texts behind the fixed ones, yet wide enough.
+  // Too low for the tree and the texts after the fixed ones, yet wide enough.
   Wizard().Layout(7000, 1540);
   EXPECT_EQ(At("Picture1"), (Box{0, 840, 7000, 700}));
   EXPECT_EQ(At("Check1").top, 445);
