@@ -1,5 +1,5 @@
 // Any bytes as a mailbox for the import reader. Nothing but a Failure may leave it, the mailbox stays as it
-// was, both line rules agree where they must, and every mail found can be brought out by its offset.
+// was, both kinds of lines agree where they must, and every mail found can be brought out by its offset.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,6 +11,7 @@
 #include "Fuzz.h"
 #include "FuzzMailbox.h"
 #include "Platform/Failure.h"
+#include "Platform/Rules.h"
 
 namespace vorlent::fuzz {
 namespace {
@@ -18,9 +19,9 @@ namespace {
 constexpr std::size_t kMailsBroughtOut = 3;
 
 // Reads all mails. Returns what was found, and the offsets of the mails.
-std::string ReadAll(const FuzzMailbox& mailbox, LineRule rule, bool saveattachments, bool waitforfrom,
+std::string ReadAll(const FuzzMailbox& mailbox, const Rules& rules, bool saveattachments, bool waitforfrom,
                     std::vector<std::int32_t>& offsets) {
-  SetDefaultLineRule(rule);
+  ChooseRules(rules);
   StdMail mail;
   mail.SetMailboxFile(mailbox.Path());
   mail.Setmailtmppfad(mailbox.TempPrefix());
@@ -50,8 +51,8 @@ std::string ReadAll(const FuzzMailbox& mailbox, LineRule rule, bool saveattachme
   return found;
 }
 
-void BringOut(const FuzzMailbox& mailbox, LineRule rule, const std::vector<std::int32_t>& offsets) {
-  SetDefaultLineRule(rule);
+void BringOut(const FuzzMailbox& mailbox, const Rules& rules, const std::vector<std::int32_t>& offsets) {
+  ChooseRules(rules);
   for (std::size_t i = 0; i < offsets.size() && i < kMailsBroughtOut; ++i) {
     Require(offsets[i] >= 0 && static_cast<std::size_t>(offsets[i]) < mailbox.Bytes().size());
     for (const std::int16_t part : std::initializer_list<std::int16_t>{-2, 0, 1, 2}) {
@@ -78,13 +79,16 @@ void ReadBothWays(std::string_view bytes) {
   const FuzzMailbox mailbox(bytes);
   for (const bool saveattachments : {false, true}) {
     std::vector<std::int32_t> offsets;
-    const std::string windows = ReadAll(mailbox, LineRule::Windows, saveattachments, true, offsets);
-    BringOut(mailbox, LineRule::Windows, offsets);
+    const std::string windows = ReadAll(mailbox, Rules::Windows(), saveattachments, true, offsets);
+    BringOut(mailbox, Rules::Windows(), offsets);
     offsets.clear();
-    const std::string native = ReadAll(mailbox, LineRule::Native, saveattachments, true, offsets);
-    BringOut(mailbox, LineRule::Native, offsets);
+    const Rules otherLines = {.lines = LineRule::Native};
+    const std::string native = ReadAll(mailbox, otherLines, saveattachments, true, offsets);
     if (HasOnlyWholeLineEnds(bytes)) Require(windows == native);
-    ReadAll(mailbox, LineRule::Native, saveattachments, false, offsets);
+    offsets.clear();
+    ReadAll(mailbox, Rules::Today(), saveattachments, true, offsets);
+    BringOut(mailbox, Rules::Today(), offsets);
+    ReadAll(mailbox, Rules::Today(), saveattachments, false, offsets);
   }
   Require(mailbox.Read() == bytes);
 }

@@ -9,6 +9,7 @@
 #include "Fuzz.h"
 #include "FuzzMailbox.h"
 #include "Platform/Failure.h"
+#include "Platform/Rules.h"
 
 namespace vorlent::fuzz {
 namespace {
@@ -52,8 +53,8 @@ void ReadAndDelete(std::string_view input) {
   const auto saveflag = static_cast<std::int16_t>(static_cast<signed char>(input[0]));
   const std::int32_t offset =
       static_cast<unsigned char>(input[1]) * 256 + static_cast<unsigned char>(input[2]);
-  for (const LineRule rule : {LineRule::Windows, LineRule::Native}) {
-    SetDefaultLineRule(rule);
+  for (const Rules& rules : {Rules::Windows(), Rules::Today()}) {
+    ChooseRules(rules);
     const FuzzMailbox mailbox(input.substr(3));
     ReadAll(mailbox, saveflag, false);
     ReadAll(mailbox, saveflag, true);

@@ -20,6 +20,7 @@
 #include "Connectors/Mozilla/ThunderbirdTree.h"
 #include "Fuzz.h"
 #include "Platform/CodePage.h"
+#include "Platform/Rules.h"
 #include "Standalone/MemoryFolder.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
@@ -98,7 +99,7 @@ class Mailbox {
   }
 
   void Try(const Input& input) {
-    SetDefaultLineRule(LineRule::Windows);
+    ChooseRules(Rules::Windows());
     platform_->calls.clear();
     std::filesystem::remove(Native("Inbox"));
     if (!input.newMailbox) WriteBytes(path_, kMailInThere);

@@ -6,7 +6,7 @@ set(publicHeaders
   Component/Component.h
   Common/KeyIndex.h Common/KeyedList.h
   Platform/CodePage.h Platform/Failure.h Platform/NativePaths.h Platform/Platform.h Platform/Public.h
-  Platform/Settings.h Platform/Time.h)
+  Platform/Rules.def Platform/Rules.h Platform/Settings.h Platform/Time.h)
 file(GLOB contractHeaders CONFIGURE_DEPENDS RELATIVE "${CMAKE_CURRENT_SOURCE_DIR}" Host/*.h)
 list(APPEND publicHeaders ${contractHeaders})
 set(headerFolder "${CMAKE_INSTALL_INCLUDEDIR}/vorlent-mozilla")

@@ -15,17 +15,7 @@ namespace {
 constexpr std::size_t kFirstBlock = 16 * 1024;
 constexpr std::size_t kBlock = 64 * 1024;
 
-LineRule defaultRule = LineRule::Windows;
-
 }  // namespace
-
-LineRule DefaultLineRule() {
-  return defaultRule;
-}
-
-void SetDefaultLineRule(LineRule rule) {
-  defaultRule = rule;
-}
 
 LineFile::LineFile(std::string_view path, os::File::Mode mode, LineRule rule)
     : file_(os::File::Open(path, mode)), rule_(rule) {}

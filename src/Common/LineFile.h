@@ -9,25 +9,16 @@
 #include <string_view>
 
 #include "Platform/Files.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
-
-// What ends a line.
-enum class LineRule {
-  Windows,  // CR, or CR LF; a lone LF is text. Counts take every line end for two bytes.
-  Native,   // LF, CR LF or CR. Counts take a line end for what it is.
-};
-
-// The rule for files opened from now on. The host chooses before anything is read; it starts as Windows.
-LineRule DefaultLineRule();
-void SetDefaultLineRule(LineRule rule);
 
 // A closed file raises BadFileNumber wherever it is asked for bytes.
 class LineFile {
  public:
   LineFile() = default;
   // Opens in the mode given. Raises the failures of os::File::Open.
-  LineFile(std::string_view path, os::File::Mode mode, LineRule rule = DefaultLineRule());
+  LineFile(std::string_view path, os::File::Mode mode, LineRule rule = CurrentRules().lines);
 
   bool IsOpen() const { return file_.IsOpen(); }
   const std::string& Path() const { return file_.Path(); }

@@ -150,12 +150,12 @@ class CommandLine(ProgramCase):
                                     "Ohne Message-ID", "Ohne Datum", "Notizen zur Sitzung", "Neuigkeiten",
                                     "Übersicht der Kosten: 100 €  und mehr"])
 
-    def test_both_line_rules_read_the_sample_alike(self):
+    def test_both_sets_of_rules_read_the_sample_alike(self):
         for address in ("thunderbird://default", "thunderbird://Büro"):
             def without_time(items):
                 return [{**item, "Log": ""} for item in items]
-            self.assertEqual(without_time(self.read(address, "--line-rule", "windows")),
-                             without_time(self.read(address, "--line-rule", "native")))
+            self.assertEqual(without_time(self.read(address, "--rules", "windows")),
+                             without_time(self.read(address, "--rules", "today")))
 
     def test_names_with_umlauts_are_found_as_they_read(self):
         mails = self.read("thunderbird://Büro/Büro-Konto/Inbox")
@@ -685,7 +685,7 @@ class CommandLine(ProgramCase):
                 else:
                     self.assertTrue(self.sent().read_bytes().startswith(end + b"From - "))
         self.sent().write_bytes(b"hello\n\n")
-        self.assertEqual(self.restore("1", "--line-rule", "windows")[0], 1)
+        self.assertEqual(self.restore("1", "--rules", "windows")[0], 1)
 
     def test_a_mail_whose_attachment_is_gone_is_not_restored(self):
         self.import_inbox()

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/Failure.h"
+#include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -243,12 +244,11 @@ TEST_F(LineFileTest, MissingFileRaisesAndNamesThePath) {
 }
 
 TEST_F(LineFileTest, DefaultRuleIsThatOfWindowsUntilTheHostChooses) {
-  EXPECT_EQ(DefaultLineRule(), LineRule::Windows);
+  EXPECT_EQ(CurrentRules().lines, LineRule::Windows);
   const std::string path = folder_.Write("file", "a\nb");
   EXPECT_EQ(LineFile(path, Mode::Read).ReadLine(), "a\nb");
-  SetDefaultLineRule(LineRule::Native);
+  const ScopedRules native({.lines = LineRule::Native});
   EXPECT_EQ(LineFile(path, Mode::Read).ReadLine(), "a");
-  SetDefaultLineRule(LineRule::Windows);
 }
 
 TEST_F(LineFileTest, AskingForTheEndLeavesTheLineInPlace) {

@@ -32,10 +32,12 @@ void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
                  "What a drive letter in a copied profile stands for, such as C=/mnt/old")
       ->type_name("LETTER=DIR")
       ->allow_extra_args(false);
-  options.lineRule = "native";
-  app.add_option("--line-rule", options.lineRule,
-                 "What ends a line of a mailbox: `native` CR LF, LF or CR; `windows` CR LF or CR")
-      ->check(CLI::IsMember({"native", "windows"}))
+  options.rules = "today";
+  app.add_option(
+         "--rules", options.rules,
+         "How files are read and written: `today` as the applications of today do, `windows` exactly as "
+         "the component does on the machine that it was drawn for")
+      ->check(CLI::IsMember({"today", "windows"}))
       ->capture_default_str();
   app.add_flag("--verbose", options.verbose, "Show the component's log");
   app.add_flag("--log", options.databaseLog, "Show the calendar connector's database log");

@@ -4,14 +4,13 @@
 #include <filesystem>
 #include <iostream>
 
-#include "Common/LineFile.h"
 #include "Common/StdModul.h"
-#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
+#include "Platform/Rules.h"
 #include "Platform/Settings.h"
 #include "Platform/WorkFolder.h"
 
@@ -60,8 +59,7 @@ Session::Session(const GlobalOptions& options)
     }
     os::SetAppDataFolder(options.appData);
   }
-  SetDefaultLineRule(options.lineRule == "windows" ? LineRule::Windows : LineRule::Native);
-  ChooseAttachmentHeaders(AttachmentHeaders::AsSent);
+  ChooseRules(options.rules == "windows" ? Rules::Windows() : Rules::Today());
   Platform::Install(std::make_shared<ConsolePlatform>(*console_));
   host_ = std::make_shared<StandaloneHost>(*console_);
   host_->Global().SetLogEnabled(options.verbose || options.databaseLog);

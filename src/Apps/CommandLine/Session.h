@@ -20,7 +20,7 @@ namespace vorlent::app {
 struct GlobalOptions {
   std::string appData;              // native folder with the Windows layout, "" for the user's own
   std::vector<std::string> drives;  // "C=DIR"
-  std::string lineRule;             // "windows" or "native"
+  std::string rules;                // "today" or "windows"
   bool verbose = false;             // the component's log on standard error
   bool databaseLog = false;         // the database log on standard error
   bool yes = false;                 // no questions

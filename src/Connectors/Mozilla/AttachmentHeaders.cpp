@@ -5,14 +5,13 @@
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
 namespace {
 
 constexpr std::string_view kUnknownType = "application/octet-stream";
-
-AttachmentHeaders chosenHeaders = AttachmentHeaders::Plain;
 
 // RFC 2045: token := 1*<any (US-ASCII) CHAR except SPACE, CTLs, or tspecials>
 bool IsToken(std::string_view text) {
@@ -118,17 +117,9 @@ PartNaming NamingAsSent(std::string_view description) {
 
 }  // namespace
 
-AttachmentHeaders ChosenAttachmentHeaders() {
-  return chosenHeaders;
-}
-
-void ChooseAttachmentHeaders(AttachmentHeaders headers) {
-  chosenHeaders = headers;
-}
-
 std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
   std::vector<std::string> lines;
-  if (chosenHeaders == AttachmentHeaders::Plain) return lines;
+  if (CurrentRules().attachmentHeaders == AttachmentHeaders::Plain) return lines;
   for (const std::string& header : parts) {
     std::string name;
     std::string type;
@@ -141,7 +132,7 @@ std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
 }
 
 PartNaming NamingOf(std::string_view description) {
-  if (chosenHeaders == AttachmentHeaders::AsSent) return NamingAsSent(description);
+  if (CurrentRules().attachmentHeaders == AttachmentHeaders::AsSent) return NamingAsSent(description);
   const std::string name = GetFileName(GetLineValue(description, "file"));
   return {std::string(kUnknownType) + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
 }

@@ -6,6 +6,7 @@
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Support/Lines.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -15,9 +16,6 @@ using testing::IsEmpty;
 
 class AttachmentHeadersTest : public testing::Test {
  protected:
-  AttachmentHeadersTest() { ChooseAttachmentHeaders(AttachmentHeaders::AsSent); }
-  ~AttachmentHeadersTest() override { ChooseAttachmentHeaders(AttachmentHeaders::Plain); }
-
   // What an archive is told of one part with a file name.
   static std::string LineOf(const std::string& contentType) {
     KeyedList<std::string> parts;
@@ -30,10 +28,13 @@ class AttachmentHeadersTest : public testing::Test {
   static PartNaming Named(const std::string& name, const std::string& more = "") {
     return NamingOf("C:\\x\r\nfile=" + EncodeFileName(name) + "\r\nsize=1" + more);
   }
+
+ private:
+  ScopedRules rules_{{.attachmentHeaders = AttachmentHeaders::AsSent}};
 };
 
 TEST_F(AttachmentHeadersTest, PlainIsWhatNobodyHasChosenOtherwise) {
-  ChooseAttachmentHeaders(AttachmentHeaders::Plain);
+  const ScopedRules plain(Rules::Windows());
   KeyedList<std::string> parts;
   parts.Add("Content-Type: image/png; name=a.png\r\n");
   EXPECT_THAT(ContentTypeLines(parts), IsEmpty());

@@ -7,8 +7,8 @@
 #include <filesystem>
 
 #include "Connectors/Mozilla/Actions.h"
-#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Platform/Files.h"
+#include "Platform/Rules.h"
 #include "Support/DiskOperations.h"
 #include "Support/Lines.h"
 #include "Support/RecordingHost.h"
@@ -292,9 +292,9 @@ TEST_F(ImportRunTest, TargetIsToldTheTypesOfAttachmentsWhereTheHostHasChosenSo) 
       "--b\r\nContent-Disposition: attachment; filename=b\r\n\r\nx\r\n"
       "--b\r\nContent-Type: audio/ogg; name=c.ogg\r\n\r\nx\r\n--b--\r\n\r\n";
   const std::string box = Box("Inbox", mail);
-  ChooseAttachmentHeaders(AttachmentHeaders::AsSent);
+  ChooseRules({.attachmentHeaders = AttachmentHeaders::AsSent});
   const int number = Run({"import " + box});
-  ChooseAttachmentHeaders(AttachmentHeaders::Plain);
+  ChooseRules(Rules::Windows());
   EXPECT_EQ(number, 0);
   EXPECT_THAT(host.Log.Only({"item1.TakeFile"}),
               ElementsAre(testing::Not(testing::HasSubstr("type=")),

@@ -1,9 +1,9 @@
 #include <cstdint>
 
 #include "Common/StdHttp.h"
-#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/MailRestore.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
+#include "Platform/Rules.h"
 #include "Support/DiskOperations.h"
 #include "Support/ScopedSizeLimit.h"
 
@@ -360,9 +360,9 @@ TEST_F(RestoreTest, AttachmentsGoBackAsTheyWereSentWhereTheHostHasChosenSo) {
   Store("Content-Type: multipart/mixed; boundary=own\r\n\r\n--own--\r\n");
   Attach("FileAttach1", "R%FCck.pdf\r\ntype=application/pdf", "Hello");
   Attach("FileAttach2", "a.txt", "Hello");
-  ChooseAttachmentHeaders(AttachmentHeaders::AsSent);
+  ChooseRules({.attachmentHeaders = AttachmentHeaders::AsSent});
   const std::string written = Restore();
-  ChooseAttachmentHeaders(AttachmentHeaders::Plain);
+  ChooseRules(Rules::Windows());
   EXPECT_EQ(written,
             "From - \r\nContent-Type: multipart/mixed; boundary=own\r\n\r\n"
             "--own\r\nContent-Type: application/pdf;\r\n name=\"=?UTF-8?B?UsO8Y2sucGRm?=\"\r\n"

@@ -360,7 +360,7 @@ TEST_F(StdMailReadDeleteTest, MailsAreComparedAfterTheEndOfThunderbird) {
 }
 
 TEST_F(StdMailReadDeleteTest, MailsOfEachKindOfLineEndAreKnownAgain) {
-  SetDefaultLineRule(LineRule::Native);
+  ChooseRules({.lines = LineRule::Native});
   for (const std::string end : {"\n", "\r\n", "\r"}) {
     MailboxBuilder box(end);
     box.Mail(kPlainHeaders).Mail(kMixedHeaders, "--B\n\npart\n--B--\n").Mail("X-Mozilla-Status: 0001\n");
@@ -467,7 +467,7 @@ TEST_F(StdMailDeleteTest, WindowsRuleTakesEveryLineEndForTwoBytes) {
 }
 
 TEST_F(StdMailDeleteTest, NativeRuleFindsTheDigitBeforeEachKindOfLineEnd) {
-  SetDefaultLineRule(LineRule::Native);
+  ChooseRules({.lines = LineRule::Native});
   for (const std::string end : {"\n", "\r\n", "\r"}) {
     const std::string front = "From - x" + end + "X-Mozilla-Status: 000";
     EXPECT_EQ(Delete(front + "1" + end + end), front + "9" + end + end);
@@ -476,7 +476,7 @@ TEST_F(StdMailDeleteTest, NativeRuleFindsTheDigitBeforeEachKindOfLineEnd) {
 }
 
 TEST_F(StdMailDeleteTest, NativeRuleDeletesInAMailboxOfMixedLineEnds) {
-  SetDefaultLineRule(LineRule::Native);
+  ChooseRules({.lines = LineRule::Native});
   const std::string text =
       "From - x\r\nX-Account-Key: a\nX-Mozilla-Status: 0001\nX-Mozilla-Status2: 0\n\nbody\n\r\n";
   std::string expected = text + text;

@@ -635,16 +635,16 @@ TEST_F(StdMailReadHeaderTest, BothLineRulesAgreeOnAFileOfCarriageReturnsAndLineF
   for (const bool saveattachments : {false, true}) {
     Open(box.Text());
     const std::string windows = Describe(mail_, folder_, saveattachments);
-    SetDefaultLineRule(LineRule::Native);
+    ChooseRules({.lines = LineRule::Native});
     Open(box.Text());
     EXPECT_EQ(Describe(mail_, folder_, saveattachments), windows);
-    SetDefaultLineRule(LineRule::Windows);
+    ChooseRules(Rules::Windows());
     EXPECT_EQ(CountOf(windows, " lines, "), 4) << windows;
   }
 }
 
 TEST_F(StdMailReadHeaderTest, NativeRuleReadsLoneLineFeedsAndCountsThemAsOneByte) {
-  SetDefaultLineRule(LineRule::Native);
+  ChooseRules({.lines = LineRule::Native});
   MailboxBuilder box("\n");
   box.Mail("Subject: 1\n").Mail("Subject: 2\n", "end");
   Open(box.Text());
@@ -660,7 +660,7 @@ TEST_F(StdMailReadHeaderTest, NativeRuleReadsLoneLineFeedsAndCountsThemAsOneByte
 }
 
 TEST_F(StdMailReadHeaderTest, NativeRuleReadsMixedLineEnds) {
-  SetDefaultLineRule(LineRule::Native);
+  ChooseRules({.lines = LineRule::Native});
   const std::string first = "From - x\r\nSubject: 1\nTo: a\n\nbody\n\r\n";
   Open(first + "From - y\r\nSubject: 2\n\nend\n");
   EXPECT_THAT(Subjects(), ElementsAre("1", "2"));

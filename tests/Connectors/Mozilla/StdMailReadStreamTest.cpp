@@ -371,17 +371,17 @@ TEST_F(StdMailReadStreamTest, PartsAbove32767AreAnOverflow) {
 TEST_F(StdMailReadStreamTest, BothLineRulesAgreeOnAFileOfCarriageReturnsAndLineFeeds) {
   WriteMultipart(kTwoParts);
   for (const std::int16_t flag : std::initializer_list<std::int16_t>{-2, -1, 0, 1, 2}) {
-    SetDefaultLineRule(LineRule::Windows);
+    ChooseRules(Rules::Windows());
     const std::string written = Extract(flag);
     const std::string headers = mail_.GetAllHeaders();
-    SetDefaultLineRule(LineRule::Native);
+    ChooseRules({.lines = LineRule::Native});
     EXPECT_EQ(Extract(flag), written) << flag;
     EXPECT_EQ(mail_.GetAllHeaders(), headers) << flag;
   }
 }
 
 TEST_F(StdMailReadStreamTest, NativeRuleReadsLoneLineFeeds) {
-  SetDefaultLineRule(LineRule::Native);
+  ChooseRules({.lines = LineRule::Native});
   Open(std::string(kFront) + "Content-Type: a; boundary=B\n\n" + std::string(kTwoParts) + "\nFrom - y\nend\n",
        -1);
   ASSERT_TRUE(mail_.ReadStream());

@@ -14,6 +14,7 @@
 #include "Connectors/Mozilla/StdMail.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Platform/Rules.h"
 #include "Support/MailboxBuilder.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
@@ -41,7 +42,7 @@ class StdMailTest : public testing::Test {
     mail_.Setmailtmppfad(folder_.MakeFolder("tmp") + "\\");
     NoThunderbirdCheck() = false;
   }
-  ~StdMailTest() override { SetDefaultLineRule(LineRule::Windows); }
+  ~StdMailTest() override { ChooseRules(Rules::Windows()); }
 
   // Writes the mailbox and opens it. Line feeds in the text stay what they are.
   StdMail& Open(std::string_view mailbox, std::int16_t saveflag = 0) {

@@ -1,0 +1,51 @@
+// Two sets of rules by which files are read and written: exact to the Windows machine that the system was
+// drawn for, and right on the disks of today.
+#pragma once
+
+#include "Platform/Public.h"
+
+namespace vorlent {
+
+// What ends a line.
+enum class LineRule {
+  Windows,  // CR, or CR LF; a lone LF is text. Counts take every line end for two bytes.
+  Native,   // LF, CR LF or CR. Counts take a line end for what it is.
+};
+
+// What the part of an attachment says in its header.
+enum class AttachmentHeaders {
+  Plain,   // An archive is told no content type, and every attachment goes back as "application/octet-stream"
+           // under the name of its "file=" line.
+  AsSent,  // The descriptions of archived attachments get a line "type="; they go back with that type and
+           // under the name that the sender gave them.
+};
+
+// All differences by name. Each is asked for in the one place where it decides. What both sets can read they
+// read alike.
+struct Rules {
+#define RULE(Type, name, windows, today) Type name = windows;
+#include "Platform/Rules.def"
+#undef RULE
+
+  // Required behaviour to the byte. In force until the host chooses.
+  static Rules Windows() {
+    return {};
+  }
+
+  // What a person expects of their files now.
+  static Rules Today() {
+    Rules rules;
+#define RULE(Type, name, windows, today) rules.name = today;
+#include "Platform/Rules.def"
+#undef RULE
+    return rules;
+  }
+
+  bool operator==(const Rules&) const = default;
+};
+
+// The rules in force. The host chooses them once, before anything is read.
+VORLENT_PUBLIC const Rules& CurrentRules();
+VORLENT_PUBLIC void ChooseRules(const Rules& rules);
+
+}  // namespace vorlent
