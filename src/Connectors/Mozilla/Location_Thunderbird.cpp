@@ -1,5 +1,7 @@
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 
+#include <utility>
+
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/RecordedMail.h"
@@ -27,6 +29,23 @@ std::unique_ptr<StdMail> Location_Thunderbird::GetMailObject() {
 void Location_Thunderbird::TellMissing(std::string_view text) {
   constexpr std::int32_t kMissing = 3;
   HostObjects::Current().Global().ErrorFactory()->Error()->Raise(kMissing, kProgId, false, text);
+}
+
+void Location_Thunderbird::SourceInit(const TreePtr& tr, bool saveattachments) {
+  PumpSource source = {[this] { return HostLocation().Name(); }, mailFiles_, mailAddresses_,
+                       [this] { return GetMailObject(); }, teller_};
+  auto pump = std::make_unique<MailPump>(std::move(source), tr, saveattachments);
+  pump->Begin();
+  pump_ = std::move(pump);
+}
+
+bool Location_Thunderbird::SourceGetNext(std::string& srcitm) {
+  if (pump_ == nullptr) throw Failure(ErrorNumber::ObjectNotSet, "no run of the stream has begun");
+  return pump_->GetNext(srcitm);
+}
+
+void Location_Thunderbird::SourceDelete() {
+  if (pump_ != nullptr) pump_->Delete();
 }
 
 bool Location_Thunderbird::Withdraw(const ItemPtr& item) {

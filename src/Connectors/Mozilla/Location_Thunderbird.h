@@ -9,6 +9,7 @@
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/AddressedLocation.h"
 #include "Connectors/Mozilla/FolderTrail.h"
+#include "Connectors/Mozilla/MailPump.h"
 #include "Connectors/Mozilla/MailRunTeller.h"
 #include "Connectors/Mozilla/Profiles.h"
 #include "Connectors/Mozilla/Schemes.h"
@@ -35,8 +36,8 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   std::string GetFile(const ItemPtr& itm, std::string_view key, GetFileOption getfileoption = 0) override;
 
   void SourceInit(const TreePtr& tr, bool saveattachments) override;
-  // Needs a SourceInit before it and, once it has returned false, another one. Behind a failure the run
-  // stands where it stood.
+  // Needs a SourceInit before it and, once it has returned false, another one. After a failure the run stands
+  // where it stood.
   bool SourceGetNext(std::string& srcitm) override;
   void SourceDelete() override;
 
@@ -65,18 +66,6 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
     std::string keywords;  // comma-separated; on the disks it begins with a comma
   };
 
-  // The state of a run of the stream. Sizes and times are floats, as they go into texts and quotients.
-  struct SourceState {
-    std::int32_t deliveredCount = 0;
-    std::int32_t fileCount = 0;  // deliveredCount at the start of a mailbox, at its end the mails of it
-    double seconds = 0;          // seconds since midnight at the start, at its end the seconds it took
-    double totalBytes = 0;
-    double doneBytes = 0;
-    double fileBytes = 0;
-    std::unique_ptr<StdMail> mail;  // nothing but in a run
-    std::string keywords;
-  };
-
   // The walk (Location_Thunderbird_Walk.cpp).
   std::string CutScheme(std::string& address) override;
   bool ReadAddress(std::string path) override;
@@ -96,17 +85,6 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   // Tells the host that a named thing doesn't exist.
   void TellMissing(std::string_view text) override;
 
-  // The stream (Location_Thunderbird_Pump.cpp).
-  void StartRun();
-  void OpenSource();
-  // Raises ObjectNotSet where there is no run.
-  StdMail& SourceReader() const;
-  void FinishSource();
-  void Deliver(std::string& srcitm);
-  void EndRun();
-  // The title of a run, as it stands in each of its reports.
-  std::string RunTitle() const;
-
   // The way back (Location_Thunderbird_Restore.cpp).
   void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);
 
@@ -116,14 +94,8 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   KeyedList<std::string> mailFiles_;
   KeyedList<std::string> mailAddresses_;
 
-  std::int32_t sourceIndex_ = 0;  // position in mailFiles_ of the mailbox being streamed
-  bool sourceNewFile_ = false;    // the next call must open a mailbox
-  TreePtr sourceTree_;
-  bool saveAttachments_ = false;
-  KeyedList<std::string> deleteOffsets_;  // marked in the present mailbox
-  std::string currentOffset_;             // of the mail delivered last
-  SourceState source_;
   MailRunTeller teller_;
+  std::unique_ptr<MailPump> pump_;  // of the run of the stream begun last
   bool hasRestored_ = false;
 };
 
