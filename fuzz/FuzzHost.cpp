@@ -1,4 +1,4 @@
-// The texts that the standalone host reads: records, field lines, conditions, connection texts, queries, and
+// The texts that the standalone host reads: records, field lines, conditions, connection texts, and
 // the mails that are searched. The first two lines are a key and a value, the rest is the text.
 
 #include <cstddef>
@@ -15,7 +15,6 @@
 #include "Standalone/FieldLines.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/ItemRecord.h"
-#include "Standalone/LiftedQuery.h"
 #include "Standalone/MailText.h"
 #include "Standalone/StandaloneItem.h"
 
@@ -112,27 +111,6 @@ void Connections(std::string_view value, std::string_view text) {
   }
 }
 
-// With its values put back in, a query is as it was.
-void Queries(std::string_view value, std::string_view text) {
-  std::string literal(value);
-  ReplaceText(literal, "'", "''");
-  for (const std::string& sql :
-       {std::string(text), "SELECT a FROM b WHERE c = '" + literal + "' " + std::string(text)}) {
-    const LiftedQuery lifted = LiftLiterals(sql);
-    std::string_view rest = lifted.sql;
-    std::string whole;
-    for (std::string each : lifted.values) {
-      const std::size_t mark = rest.find('?');
-      Require(mark != std::string_view::npos);
-      ReplaceText(each, "'", "''");
-      whole.append(rest.substr(0, mark)) += "'" + each + "'";
-      rest.remove_prefix(mark + 1);
-    }
-    whole += rest;
-    Require(whole == sql);
-  }
-}
-
 // Only UTF-8 goes into the index.
 void Words(std::string_view text) {
   for (const std::string& words : {TextOfMail(text), TextOfHtml(text)})
@@ -150,7 +128,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   vorlent::fuzz::Lines(key, value, text);
   vorlent::fuzz::Conditions(text);
   vorlent::fuzz::Connections(value, text);
-  vorlent::fuzz::Queries(value, text);
   vorlent::fuzz::Words(text);
   return 0;
 }

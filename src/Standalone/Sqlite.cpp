@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <new>
 #include <utility>
 
 #include "Common/StdModul.h"
@@ -13,8 +15,8 @@ namespace vorlent {
 
 namespace {
 
-ErrorNumber NumberOf(int result) {
-  switch (result & 0xFF) {
+ErrorNumber RuntimeNumberOf(int primaryCode) {
+  switch (primaryCode) {
     case SQLITE_FULL:
       return ErrorNumber::DiskFull;
     case SQLITE_READONLY:
@@ -30,14 +32,6 @@ ErrorNumber NumberOf(int result) {
   }
 }
 
-SqliteStatementHandle Prepared(const SqliteDatabase& database, std::string_view sql) {
-  sqlite3_stmt* prepared = nullptr;
-  const int result = sqlite3_prepare_v3(database.Handle(), sql.data(), ToInt32(sql.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
-  if (result != SQLITE_OK) database.RaiseFailure(result);
-  return SqliteStatementHandle(prepared);
-}
-
 // A path within a URI, where these characters have a meaning.
 std::string UriPath(std::string path) {
   for (const auto& [meaning, code] : {std::pair{"%", "%25"}, {"?", "%3F"}, {"#", "%23"}})
@@ -48,6 +42,10 @@ std::string UriPath(std::string path) {
 }  // namespace
 
 void CloseSqlite::operator()(sqlite3* connection) const {
+  for (auto* statement = sqlite3_next_stmt(connection, nullptr); statement != nullptr;
+       statement = sqlite3_next_stmt(connection, statement)) {
+    sqlite3_reset(statement);
+  }
   sqlite3_close_v2(connection);
 }
 
@@ -56,17 +54,18 @@ void FinalizeSqlite::operator()(sqlite3_stmt* statement) const {
 }
 
 SqliteStatement::SqliteStatement(SqliteDatabase& database, std::string_view sql)
-    : database_(&database), statement_(Prepared(database, sql)) {}
+    : database_(&database), statement_(database.Prepare(sql)) {}
 
 SqliteStatement& SqliteStatement::Bind(int parameter, std::int64_t value) {
-  Check(sqlite3_bind_int64(statement_.get(), parameter, value));
+  database_->Check(sqlite3_bind_int64(statement_.get(), parameter, value));
   return *this;
 }
 
 SqliteStatement& SqliteStatement::Bind(int parameter, std::string_view text) {
   // A null pointer would bind NULL, and an empty view may hold one.
   const char* bytes = text.data() == nullptr ? "" : text.data();
-  Check(sqlite3_bind_text64(statement_.get(), parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
+  database_->Check(
+      sqlite3_bind_text64(statement_.get(), parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
   return *this;
 }
 
@@ -74,7 +73,7 @@ bool SqliteStatement::Step() {
   const int result = sqlite3_step(statement_.get());
   if (result == SQLITE_ROW) return true;
   sqlite3_reset(statement_.get());
-  if (result != SQLITE_DONE) database_->RaiseFailure(result);
+  database_->Check(result);
   return false;
 }
 
@@ -83,45 +82,71 @@ void SqliteStatement::Run() {
   }
 }
 
+std::int64_t SqliteStatement::RunForNumber() {
+  SqliteWalk row(*this);
+  return row.Step() ? row.Number(0) : 0;
+}
+
 void SqliteStatement::Reset() {
   sqlite3_reset(statement_.get());
+}
+
+int SqliteStatement::ColumnCount() const {
+  return sqlite3_column_count(statement_.get());
+}
+
+std::string SqliteStatement::ColumnName(int column) const {
+  const char* name = sqlite3_column_name(statement_.get(), column);
+  if (name == nullptr) throw std::bad_alloc();
+  return name;
 }
 
 std::int64_t SqliteStatement::Number(int column) const {
   return sqlite3_column_int64(statement_.get(), column);
 }
 
+bool SqliteStatement::IsReal(int column) const {
+  return sqlite3_column_type(statement_.get(), column) == SQLITE_FLOAT;
+}
+
+double SqliteStatement::Real(int column) const {
+  return sqlite3_column_double(statement_.get(), column);
+}
+
 std::string_view SqliteStatement::Text(int column) const {
+  if (sqlite3_column_type(statement_.get(), column) == SQLITE_NULL) return {};
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
-  if (text == nullptr) return {};
+  if (text == nullptr) throw std::bad_alloc();
   return std::string_view(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column)));
 }
 
-void SqliteStatement::Check(int result) const {
-  if (result != SQLITE_OK) database_->RaiseFailure(result);
+SqliteDatabase::SqliteDatabase(std::string_view path, int timeout)
+    : SqliteDatabase(path, os::ToNativePath(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
+                     Numbers::OfTheRuntime) {
+  sqlite3_busy_timeout(handle_.get(), timeout);
 }
 
-SqliteDatabase::SqliteDatabase(std::string_view path, int timeout)
-    : SqliteDatabase(path, os::ToNativePath(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) {
-  sqlite3_busy_timeout(handle_.get(), timeout);
+SqliteDatabase SqliteDatabase::OpenExisting(std::string_view path, int timeout, Numbers numbers) {
+  SqliteDatabase database(path, os::ToNativePath(path), SQLITE_OPEN_READWRITE, numbers);
+  sqlite3_busy_timeout(database.handle_.get(), timeout);
+  return database;
 }
 
 SqliteDatabase SqliteDatabase::OpenToLook(std::string_view path) {
   return {path, "file:" + UriPath(os::ToNativePath(path)) + "?immutable=1",
-          SQLITE_OPEN_READONLY | SQLITE_OPEN_URI};
+          SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, Numbers::OfTheRuntime};
 }
 
-SqliteDatabase::SqliteDatabase(std::string_view path, const std::string& file, int flags) : path_(path) {
+SqliteDatabase::SqliteDatabase(std::string_view path, const std::string& file, int flags, Numbers numbers)
+    : path_(path), numbers_(numbers) {
   sqlite3* opened = nullptr;
   const int result = sqlite3_open_v2(file.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   handle_.reset(opened);
-  if (result != SQLITE_OK) RaiseFailure(result);
-  sqlite3_extended_result_codes(opened, 1);
+  Check(result);
 }
 
 void SqliteDatabase::Execute(const std::string& statements) {
-  const int result = sqlite3_exec(handle_.get(), statements.c_str(), nullptr, nullptr, nullptr);
-  if (result != SQLITE_OK) RaiseFailure(result);
+  Check(sqlite3_exec(handle_.get(), statements.c_str(), nullptr, nullptr, nullptr));
 }
 
 void SqliteDatabase::Execute(Control control) {
@@ -129,10 +154,9 @@ void SqliteDatabase::Execute(Control control) {
                                                              "RELEASE part"};
   const auto index = static_cast<std::size_t>(control);
   SqliteStatementHandle& statement = controls_[index];
-  if (statement == nullptr) statement = Prepared(*this, kTexts[index]);
+  if (statement == nullptr) statement = Prepare(kTexts[index]);
   sqlite3_step(statement.get());
-  const int result = sqlite3_reset(statement.get());
-  if (result != SQLITE_OK) RaiseFailure(result);
+  Check(sqlite3_reset(statement.get()));
 }
 
 std::int64_t SqliteDatabase::LastRow() const {
@@ -147,9 +171,32 @@ bool SqliteDatabase::InTransaction() const {
   return sqlite3_get_autocommit(handle_.get()) == 0;
 }
 
-void SqliteDatabase::RaiseFailure(int result) const {
+SqliteStatementHandle SqliteDatabase::Prepare(std::string_view sql) const {
+  // SQLite itself reads up to a zero character and would pass over what follows.
+  if (sql.find('\0') != std::string_view::npos) Raise(SQLITE_ERROR, "zero character in a statement");
+  sqlite3_stmt* prepared = nullptr;
+  const char* rest = nullptr;
+  Check(sqlite3_prepare_v2(handle_.get(), sql.data(), ToInt32(sql.size()), &prepared, &rest));
+  SqliteStatementHandle statement(prepared);
+  if (statement == nullptr) Raise(SQLITE_ERROR, "no statement");
+  const std::string_view after = sql.substr(static_cast<std::size_t>(rest - sql.data()));
+  if (std::ranges::any_of(after, [](char c) { return static_cast<unsigned char>(c) > ' '; }))
+    Raise(SQLITE_ERROR, "text behind the statement: " + std::string(after));
+  return statement;
+}
+
+void SqliteDatabase::Check(int result) const {
+  if (result == SQLITE_OK || result == SQLITE_ROW || result == SQLITE_DONE) return;
+  if (result == SQLITE_NOMEM) throw std::bad_alloc();
   const char* reason = handle_ == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(handle_.get());
-  throw Failure(NumberOf(result), path_ + ": " + reason);
+  Raise(result, path_ + ": " + reason);
+}
+
+void SqliteDatabase::Raise(int result, const std::string& text) const {
+  constexpr int kPrimaryCode = 0xFF;
+  const int code = result & kPrimaryCode;
+  if (numbers_ == Numbers::OfSqlite) throw Failure(code, text);
+  throw Failure(RuntimeNumberOf(code), text);
 }
 
 SqliteTransaction::SqliteTransaction(SqliteDatabase& database)
@@ -162,7 +209,7 @@ SqliteTransaction::~SqliteTransaction() {
   // A failure such as a full disk may have ended the whole transaction already.
   if (!open_ || !database_.InTransaction()) return;
   const char* takeBack = nested_ ? "ROLLBACK TO part; RELEASE part" : "ROLLBACK";
-  sqlite3_exec(database_.Handle(), takeBack, nullptr, nullptr, nullptr);
+  sqlite3_exec(database_.handle_.get(), takeBack, nullptr, nullptr, nullptr);
 }
 
 void SqliteTransaction::Commit() {

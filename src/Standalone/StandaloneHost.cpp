@@ -1,6 +1,6 @@
 #include "Standalone/StandaloneHost.h"
 
-#include "Standalone/HostDatabase.h"
+#include "Standalone/StandaloneDatabase.h"
 #include "Standalone/StandaloneEnum.h"
 
 namespace vorlent {

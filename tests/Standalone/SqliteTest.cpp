@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "Platform/Failure.h"
@@ -15,11 +16,7 @@ class SqliteTest : public ::testing::Test {
  protected:
   SqliteTest() { database_.Execute("CREATE TABLE t (number INTEGER, text TEXT UNIQUE)"); }
 
-  std::int64_t Count() {
-    SqliteStatement count(database_, "SELECT count(*) FROM t");
-    count.Step();
-    return count.Number(0);
-  }
+  std::int64_t Count() { return SqliteStatement(database_, "SELECT count(*) FROM t").RunForNumber(); }
 
   MemoryFolder folder_;
   SqliteDatabase database_{folder_.Path("t.sqlite"), 0};
@@ -70,6 +67,60 @@ TEST_F(SqliteTest, AFailedStatementNamesTheFileAndCanBeRunAgain) {
   EXPECT_EQ(Count(), 2);
   EXPECT_THROW(SqliteStatement(database_, "SELECT nothing FROM nowhere"), Failure);
   EXPECT_THROW(database_.Execute("nonsense"), Failure);
+}
+
+TEST_F(SqliteTest, AWalkThatEndsEarlyLeavesItsStatementReady) {
+  database_.Execute("INSERT INTO t VALUES (1, 'a'), (2, 'b')");
+  SqliteStatement select(database_, "SELECT number FROM t WHERE number >= ?");
+  try {
+    SqliteWalk row(select.Bind(1, std::int64_t{1}));
+    ASSERT_TRUE(row.Step());
+    throw Failure(ErrorNumber::DeviceIo, "something else");
+  } catch (const Failure&) {
+  }
+  SqliteWalk row(select.Bind(1, std::int64_t{2}));
+  ASSERT_TRUE(row.Step());
+  EXPECT_EQ(row.Number(0), 2);
+  EXPECT_FALSE(row.Step());
+}
+
+TEST_F(SqliteTest, ANumberIsThatOfTheFirstRow) {
+  SqliteStatement select(database_, "SELECT number FROM t ORDER BY number");
+  EXPECT_EQ(select.RunForNumber(), 0);
+  database_.Execute("INSERT INTO t VALUES (7, 'a'), (8, 'b')");
+  EXPECT_EQ(select.RunForNumber(), 7);
+  EXPECT_EQ(select.RunForNumber(), 7);
+}
+
+TEST_F(SqliteTest, AStatementIsExactlyOne) {
+  using namespace std::string_literals;
+  for (const std::string& sql :
+       {""s, " -- nothing"s, "DELETE FROM t; DELETE FROM t"s, "DELETE FROM t\0"s, "DELETE FROM t; --"s})
+    EXPECT_THROW(SqliteStatement(database_, sql), Failure) << sql;
+  EXPECT_NO_THROW(SqliteStatement(database_, "DELETE FROM t ; \r\n"));
+}
+
+TEST_F(SqliteTest, StatementsThatAreStillHeldLoseTheirLocksWithTheDatabase) {
+  database_.Execute("INSERT INTO t VALUES (1, 'a'), (2, 'b')");
+  auto other = std::make_unique<SqliteDatabase>(folder_.Path("t.sqlite"), 0);
+  SqliteStatement select(*other, "SELECT number FROM t");
+  ASSERT_TRUE(select.Step());
+  EXPECT_THROW(database_.Execute("DROP TABLE t"), Failure);
+  other.reset();
+  database_.Execute("DROP TABLE t");
+}
+
+TEST_F(SqliteTest, ADatabaseThatMustBeThereIsNotMadeAndItsNumbersCanBeSqlites) {
+  using Numbers = SqliteDatabase::Numbers;
+  constexpr int kError = 1;
+  constexpr int kCantOpen = 14;
+  const std::string missing = folder_.Path("new.sqlite");
+  EXPECT_EQ(SwallowedNumber([&] { SqliteDatabase::OpenExisting(missing, 0, Numbers::OfSqlite); }), kCantOpen);
+  EXPECT_FALSE(folder_.Exists("new.sqlite"));
+  SqliteDatabase other = SqliteDatabase::OpenExisting(folder_.Path("t.sqlite"), 0, Numbers::OfSqlite);
+  EXPECT_EQ(SwallowedNumber([&] { other.Execute("nonsense"); }), kError);
+  EXPECT_EQ(SwallowedNumber([&] { SqliteStatement(other, "nonsense"); }), kError);
+  EXPECT_EQ(SwallowedNumber([&] { SqliteStatement(other, ""); }), kError);
 }
 
 TEST_F(SqliteTest, ATransactionGoesBackUnlessItIsCommitted) {

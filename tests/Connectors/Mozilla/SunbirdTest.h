@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Connectors/Mozilla/Location_Sunbird.h"
-#include "Standalone/HostDatabase.h"
+#include "Standalone/StandaloneDatabase.h"
 #include "Support/ForeignLock.h"
 #include "Support/Lines.h"
 #include "Support/RecordingDatabase.h"

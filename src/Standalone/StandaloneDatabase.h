@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Host/HostDatabase.h"
+#include "Standalone/Sqlite.h"
 
 namespace vorlent {
 
@@ -14,8 +15,6 @@ namespace vorlent {
 // connection that isn't open.
 class StandaloneDatabase final : public HostDatabase {
  public:
-  ~StandaloneDatabase() override;
-
   // The kind is "ODBC". Of the connection text count "Database", a Windows path, and "Timeout", the longest
   // wait for a lock in milliseconds, 2000 if it isn't given; in any order, letter case and blanks around them
   // of no matter, a value that holds ";" in braces. False if there is no such file: none is ever created.
@@ -27,7 +26,7 @@ class StandaloneDatabase final : public HostDatabase {
   // number of recordsets may be open at once. `value` is not looked at.
   HostRecordsetPtr Query(std::string_view sql, std::int32_t value) override;
 
-  // Runs exactly one statement, whole or not at all. Text behind it, be it a comment, is refused before
+  // Runs exactly one statement, whole or not at all. Text after it, be it a comment, is refused before
   // anything has run.
   bool Execute(std::string_view sql) override;
 
@@ -35,12 +34,9 @@ class StandaloneDatabase final : public HostDatabase {
   void Close() override;
 
  private:
-  class Connection;
-  class Recordset;
+  const std::shared_ptr<SqliteDatabase>& Opened() const;
 
-  Connection& Opened() const;
-
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<SqliteDatabase> connection_;
 };
 
 }  // namespace vorlent
