@@ -53,7 +53,7 @@ From here on a line that begins with From and no dash is text.
 Jürgen
 """)
 
-ATTACHMENT = mail("Tue Jan 13 10:00:00 2026", "0005", f"""\
+ATTACHMENT = mail("Tue Jan 13 10:00:00 2026", "0005", """\
 Message-ID: <rechnung-2@example.org>
 Date: Tue, 13 Jan 2026 10:00:00 +0100
 From: Buchhaltung <buchhaltung@example.org>
@@ -83,7 +83,7 @@ Content-Transfer-Encoding: base64
 --grenze-2--
 """)
 
-NESTED = mail("Wed Jan 14 12:30:00 2026", "0001", f"""\
+NESTED = mail("Wed Jan 14 12:30:00 2026", "0001", """\
 Message-ID: <nested-3@example.org>
 Date: Wed, 14 Jan 2026 12:30:00 +0100
 From: =?utf-8?B?WsO8cmljaGVyIFZlcmVpbg==?= <verein@example.ch>
@@ -309,7 +309,7 @@ Path=Profiles/w2x8q7cd.buero
 
     default = THUNDERBIRD / "Profiles" / "k3j9x2ab.default"
     write(default / "prefs.js", prefs("k3j9x2ab.default", [("Local Folders", "Local Folders"),
-                                                          ("anna@example.org", "pop.example.org")]))
+                                                           ("anna@example.org", "pop.example.org")]))
     local = default / "Mail" / "Local Folders"
     folder(local / "Inbox", INBOX)
     folder(local / "Inbox.sbd" / "Projekte", PROJECT)

@@ -1,10 +1,13 @@
-# Sourced by run, test and .ci/run: installs the Debian packages that are missing. Needs the network only then.
+# Sourced by run, test and .ci/run, which say in $root where the tree lies: installs the Debian packages that are
+# missing, and builds. Needs the network only for packages.
+# shellcheck shell=bash
+# shellcheck disable=SC2034,SC2154 # the lists are read, and the root is set, by those that source this
 
 runPackages=(g++ cmake ninja-build libsqlite3-dev libcli11-dev libfmt-dev nlohmann-json3-dev qt6-base-dev \
   qt6-translations-l10n)
 testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 sqlite3 tzdata pkgconf binutils man-db zsh fish)
-ciPackages=("${testPackages[@]}" clang clang-tidy clang-format libclang-rt-14-dev libbenchmark-dev fiu-utils xvfb git \
-  g++-mingw-w64-x86-64-posix)
+ciPackages=("${testPackages[@]}" clang clang-tidy clang-format libclang-rt-14-dev xvfb git g++-mingw-w64-x86-64-posix \
+  shellcheck flake8 mmdebstrap thunderbird firefox-esr)
 
 need() {
   local missing=() package

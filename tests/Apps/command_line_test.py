@@ -65,7 +65,8 @@ class CommandLine(ProgramCase):
             self.assertIn(verb, out)
 
     def test_an_unknown_command_is_named(self):
-        for arguments, name in ((["foo"], "foo"), (["foo", "--bar", "x"], "foo"), (["calendar", "foo"], "calendar foo")):
+        for arguments, name in ((["foo"], "foo"), (["foo", "--bar", "x"], "foo"),
+                                (["calendar", "foo"], "calendar foo")):
             code, out, err = self.run_program(*arguments)
             self.assertEqual((code, out), (2, ""))
             self.assertEqual(err, f"vorlent-mozilla: unknown command '{name}'\nRun with --help for all commands.\n")
@@ -366,7 +367,8 @@ class CommandLine(ProgramCase):
         self.assertEqual(err.splitlines(), [
             f"vorlent-mozilla: {box}, mail at offset {third}: not marked as deleted: its own header Address hides its "
             "place",
-            f"vorlent-mozilla: {box}, mail at offset {second}: not marked as deleted: it has no header X-Mozilla-Status",
+            f"vorlent-mozilla: {box}, mail at offset {second}: not marked as deleted: "
+            "it has no header X-Mozilla-Status",
             "found 3 = delivered 3 + expunged 0 + failed 0, not marked as deleted 2"])
         self.assertEqual(self.inbox(), marked(mails, b"one"))
 
@@ -427,8 +429,10 @@ class CommandLine(ProgramCase):
         self.assertEqual(self.inbox(), marked(mails, b"two"))
 
     def test_delete_of_a_status_that_is_no_number_tells_what_it_changed(self):
-        for header, before, after, listed in ((b"Status: zz", "zz", "z8", True), (b"Status: 000g", "000g", "0008", False),
-                                              (b"Status: ?", "?", "8", False), (b"Status: 0001 ", "0001 ", "00018", False),
+        for header, before, after, listed in ((b"Status: zz", "zz", "z8", True),
+                                              (b"Status: 000g", "000g", "0008", False),
+                                              (b"Status: ?", "?", "8", False),
+                                              (b"Status: 0001 ", "0001 ", "00018", False),
                                               (b"Status:", ":", "8", True)):
             mails = mail(b"one", status=b"X-Mozilla-" + header + b"\r\n") + mail(b"two")
             self.write_inbox(mails)
@@ -604,8 +608,8 @@ class CommandLine(ProgramCase):
 
     def test_a_restored_mail_reads_as_it_was(self):
         self.import_inbox()
-        code, out, _ = self.run_program("restore", LOCAL + "/Sent/-", "20260114123000-nested-3@example.org", "--archive",
-                                        "archive")
+        code, out, _ = self.run_program(
+            "restore", LOCAL + "/Sent/-", "20260114123000-nested-3@example.org", "--archive", "archive")
         self.assertEqual(code, 0)
         self.assertIn("appended: 'Einladung: Sommerfest", out)
         restored = self.read(LOCAL + "/Sent/-")[1]
@@ -680,8 +684,8 @@ class CommandLine(ProgramCase):
                 self.assertEqual(done, code, end)
                 if code == 1:
                     self.assertEqual((out, self.sent().read_bytes()), ("", end))
-                    self.assertIn(f"{self.sent()}: 'Grüße aus Köln' can't be appended, as the mailbox doesn't end in an "
-                                  "empty line", err)
+                    self.assertIn(f"{self.sent()}: 'Grüße aus Köln' can't be appended, as the mailbox doesn't end in "
+                                  "an empty line", err)
                 else:
                     self.assertTrue(self.sent().read_bytes().startswith(end + b"From - "))
         self.sent().write_bytes(b"hello\n\n")
@@ -704,7 +708,8 @@ class CommandLine(ProgramCase):
         self.import_inbox()
         code, out, err = self.restore("1")
         self.assertEqual(code, 0)
-        self.assertEqual(err, "vorlent-mozilla: the attachment 'a.txt' comes back empty, as every one of 54 bytes does\n")
+        self.assertEqual(
+            err, "vorlent-mozilla: the attachment 'a.txt' comes back empty, as every one of 54 bytes does\n")
 
     def test_a_mail_that_was_written_in_part_is_told(self):
         self.write_inbox(mail(b"one", body=b"text\r\n" * 50000))
@@ -965,7 +970,8 @@ class CommandLine(ProgramCase):
         before = self.calendar_dump()
         for option, text in (("--text", "Anna' --Notiz"), ("--text", "x' OR 'a'='a"), ("--text", "''"),
                              ("--location", "x' OR 'a'='a"), ("--location", "x' --")):
-            code, out, err = self.run_program("--log", "calendar", "set", "sunbird://default/Arbeit", first, option, text)
+            code, out, err = self.run_program(
+                "--log", "calendar", "set", "sunbird://default/Arbeit", first, option, text)
             self.assertEqual((code, out), (1, ""), text)
             self.assertRegex(err, "1<-[^\\n]*'" + re.escape(text))
             self.assertNotIn("in front of the new one", err)

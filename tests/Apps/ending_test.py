@@ -22,7 +22,8 @@ PATIENCE = 30  # seconds for what takes a fraction of one on a machine with noth
 def mails(count):
     return "".join(f"From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nFrom: Anna <anna@example.org>\r\n"
                    f"Date: Sun, 09 May 2010 14:30:05 +0200\r\nSubject: mail {number}\r\n"
-                   f"Message-ID: <{number}@example.org>\r\n\r\nHallo {number}\r\n\r\n" for number in range(count)).encode()
+                   f"Message-ID: <{number}@example.org>\r\n\r\nHallo {number}\r\n\r\n"
+                   for number in range(count)).encode()
 
 
 class Ending(ProgramCase):
@@ -97,7 +98,8 @@ class Ending(ProgramCase):
             self.assertEqual(self.left(), [])
 
     def test_a_program_that_is_not_to_hear_of_closed_terminals_goes_on(self):
-        process = self.start_reading("--json", count=2000, preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        process = self.start_reading(
+            "--json", count=2000, preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
         process.send_signal(signal.SIGHUP)
         code, out, _ = self.finish(process)
         self.assertEqual((code, len(out.splitlines())), (0, 2000))

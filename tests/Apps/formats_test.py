@@ -17,7 +17,8 @@ PROGRAM, SOURCES = sys.argv.pop(1), Path(sys.argv.pop(1))
 
 def run(*arguments):
     sample = ("--appdata", SOURCES / "samples/AppData", "--drive", f"S={SOURCES / 'samples'}")
-    return subprocess.run([PROGRAM, *map(str, (*sample, *arguments))], check=True, capture_output=True, text=True).stdout
+    command = [PROGRAM, *map(str, (*sample, *arguments))]
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
 def unescaped(parts):
@@ -30,7 +31,7 @@ def fields_of(lines):
     for line in lines.split("\n")[:-1]:
         parts = re.findall(r"\\.|[^\\]", line)
         cut = parts.index("=")
-        fields[unescaped(parts[:cut])] = unescaped(parts[cut + 1 :])
+        fields[unescaped(parts[:cut])] = unescaped(parts[cut + 1:])
     return fields
 
 

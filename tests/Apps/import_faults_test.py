@@ -22,7 +22,8 @@ import unittest
 
 from program_case import INBOX, LOCAL, ProgramCase, file_size_limit
 
-SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+)(?: \+ already there \d+)? \+ expunged (\d+) \+ failed (\d+)(?:, not marked as deleted \d+)?$", re.M)
+SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+)(?: \+ already there \d+)? \+ expunged (\d+) "
+                 r"\+ failed (\d+)(?:, not marked as deleted \d+)?$", re.M)
 BAR = re.compile(rb"\[#* *\] +\d+\.\d %  \d+ mails/s  \d+:\d\d left  ")
 INDEX_BAR = re.compile(rb"\[#* *\] +\d+\.\d %  .*Index ")
 ATTACHMENT = bytes(range(256)) * 20

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Imports that move mails, beside other programs that change mailbox and archive at moments of chance, and killed there.
+"""Imports that move mails, beside other programs that change mailbox and archive at moments of chance, and killed
+there.
 
 Whatever happens, every mail that the others leave is, whole, in the archive, or unmarked in the mailbox, and no byte
 of the mailbox changes but marks. VORLENT_RANDOM_ROUNDS says how many rounds to play and tells their table,

@@ -37,7 +37,8 @@ def main():
     problems = [f"shown without being marked: {s}" for s in symbols if owner(s) not in classes | functions]
     # Of an abstract class there may be nothing to show.
     problems += [f"marked but not shown: {name}" for name in sorted(functions - owners)]
-    problems += [f"marked but not shown: {name}" for name in ("Failure", "HostObjects", "Platform") if name not in owners]
+    problems += [f"marked but not shown: {name}" for name in ("Failure", "HostObjects", "Platform")
+                 if name not in owners]
     if not functions:
         problems.append("no function is marked as public")
     print("\n".join(problems) or f"{len(symbols)} symbols of {len(owners)} public names")

@@ -49,7 +49,8 @@ def check_headers(prefix):
     installed = [str(header) for header in prefix.rglob("*.h")]
     for header in (SOURCES / "src").rglob("*.h"):
         name = str(header.relative_to(SOURCES / "src"))
-        if "VORLENT_PUBLIC " in header.read_text(encoding="utf-8") and not any(i.endswith("/" + name) for i in installed):
+        is_public = "VORLENT_PUBLIC " in header.read_text(encoding="utf-8")
+        if is_public and not any(i.endswith("/" + name) for i in installed):
             sys.exit(f"marked as public, but not installed: {name}")
 
 
@@ -66,7 +67,8 @@ def main():
         run("cmake", "--build", by_cmake.parent)
         by_package = folder / "read-mailbox"
         packages = next(prefix.rglob("vorlent-mozilla.pc")).parent
-        flags = run("pkg-config", "--cflags", "--libs", "vorlent-mozilla", env={**os.environ, "PKG_CONFIG_PATH": str(packages)})
+        flags = run("pkg-config", "--cflags", "--libs", "vorlent-mozilla",
+                    env={**os.environ, "PKG_CONFIG_PATH": str(packages)})
         run(COMPILER, "-o", by_package, SOURCES / "examples/read-mailbox/Main.cpp", *flags.split())
         make_profile(home)
         for program in (by_cmake, by_package):
