@@ -11,39 +11,6 @@
 
 namespace vorlent {
 
-// --- Text to be read again
-
-void StdMail::PendingText::Clear() {
-  text_.clear();
-  next_ = 0;
-}
-
-void StdMail::PendingText::Append(std::string_view text) {
-  // What was cut off is dropped only now, so that a line just cut stays valid until here.
-  const std::string added(text);
-  if (IsEmpty()) Clear();
-  text_ += added;
-}
-
-std::string_view StdMail::PendingText::CutLine() {
-  std::string_view line = std::string_view(text_).substr(next_);
-  const std::size_t end = line.find('\n');
-  if (end == std::string_view::npos) {
-    next_ = text_.size();
-    return line;
-  }
-  next_ += end + 1;
-  line = line.substr(0, end);
-  if (line.ends_with('\r')) line.remove_suffix(1);
-  return line;
-}
-
-std::string StdMail::PendingText::TakeAll() {
-  std::string all = text_.substr(next_);
-  Clear();
-  return all;
-}
-
 // --- Stream
 
 void StdMail::SetMailboxFile(std::string_view path) {
@@ -59,34 +26,27 @@ void StdMail::InitStream(std::int16_t saveflag) {
 }
 
 void StdMail::OpenStream(os::File::Mode mode) {
-  stream_ = LineFile();
-  stream_ = LineFile(mailboxFile_, mode);
-  pending_.Clear();
+  lines_.Open(mailboxFile_, mode);
   expungedCount_ = 0;
   ResetMailScan();
 }
 
 void StdMail::CloseStream() {
-  stream_.Close();
+  lines_.Close();
 }
 
 // A read error counts as the end of the text.
-bool StdMail::IsFileEnd() {
-  bool end = true;
-  if (stream_.IsOpen()) ReadStep([&] { end = stream_.AtEnd(); });
-  return end;
+bool StdMail::IsStreamDone() {
+  bool done = true;
+  ReadStep([&] { done = lines_.AtEnd(); });
+  return done;
 }
 
 std::string_view StdMail::ReadStreamLine() {
-  if (!pending_.IsEmpty()) return pending_.CutLine();
   std::string_view line;
-  // Behind a place that can't be read there is no end to be found, so the text ends here.
-  if (!IsFileEnd() && !Swallow([&] { line = stream_.ReadLine(); })) stream_ = LineFile();
+  // After a place that can't be read there is no end to be found, so the text ends here.
+  if (!IsStreamDone() && !Swallow([&] { line = lines_.Read(); })) Swallow([&] { lines_.Close(); });
   return line;
-}
-
-bool StdMail::IsStreamDone() {
-  return pending_.IsEmpty() && IsFileEnd();
 }
 
 void StdMail::ResetMailScan() {
@@ -101,7 +61,7 @@ bool StdMail::AtMailEnd(std::string_view& line) {
   if (IsStreamDone()) return true;
   if (IsFromLine(line)) {
     if (!atStreamStart_) {
-      pending_.Append(std::string(line) + '\n');
+      lines_.PutBackAsText();
       return true;
     }
     if (!FindLivingMail(line)) return true;
@@ -111,19 +71,18 @@ bool StdMail::AtMailEnd(std::string_view& line) {
   return false;
 }
 
-// Reads ahead for the state of the mail that begins with the separator `line`; the lines read for that are
-// put back. False if the stream ended meanwhile.
+// Reads ahead for the state of the mail that begins with the separator `line`, the line read last; the lines
+// read for that come again. False if the stream ended meanwhile.
 bool StdMail::FindLivingMail(std::string_view& line) {
   while (true) {
-    separator_ = std::string(line);
-    line = separator_;
-    std::string collected;
-    const std::int32_t status = CollectUpToStatus(collected);
+    line = lines_.Hold();
+    const std::int32_t status = LookForStatus();
     if (IsStreamDone()) return false;
     if ((status & kExpunged) == 0) {
-      pending_.Append(collected);
+      lines_.PutBackKept();
       return true;
     }
+    lines_.DropKept();
     while (true) {
       line = ReadStreamLine();
       if (IsStreamDone()) return false;
@@ -133,14 +92,14 @@ bool StdMail::FindLivingMail(std::string_view& line) {
   }
 }
 
-// Collects header lines up to the status line, each followed by a line feed, and returns the status; or up to
-// an empty line, which is lost, and returns 0.
-std::int32_t StdMail::CollectUpToStatus(std::string& collected) {
+// Reads header lines up to the status line, which are kept, and returns the status; or up to an empty line,
+// which is lost, and returns 0.
+std::int32_t StdMail::LookForStatus() {
   constexpr std::string_view kStatus = "x-mozilla-status:";
   while (true) {
     const std::string_view line = ReadStreamLine();
     if (line.empty() || IsStreamDone()) return 0;
-    collected.append(line) += '\n';
+    lines_.Keep();
     if (BeginsNoCase(line, kStatus)) {
       const std::size_t digits = std::min(line.size(), kStatus.size() + 1);
       return ReadHexNumber(line.substr(digits));

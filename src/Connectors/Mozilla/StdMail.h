@@ -14,6 +14,7 @@
 
 #include "Common/KeyedList.h"
 #include "Common/LineFile.h"
+#include "Connectors/Mozilla/MailLines.h"
 #include "Connectors/Mozilla/ReadMails.h"
 #include "Host/MailRunObserver.h"
 #include "Host/Object.h"
@@ -26,11 +27,11 @@ namespace vorlent {
 bool& NoThunderbirdCheck();
 
 // Bound to one mailbox file, which it reads as a forward stream of mails. A mail begins with a line that
-// starts with "From - " or ">From - ", at the beginning of the stream or behind an empty line. Mails whose
+// starts with "From - " or ">From - ", at the beginning of the stream or after an empty line. Mails whose
 // X-Mozilla-Status has the bit of value 8 are skipped.
 //
 // Lines end by the rule that is the default when the mailbox is opened (Common/LineFile.h). Mailboxes above 2
-// GB can't be read: a position behind that raises Overflow.
+// GB can't be read: a position beyond that raises Overflow.
 class StdMail : public Object {
  public:
   using TextList = KeyedList<std::string>;
@@ -174,21 +175,6 @@ class StdMail : public Object {
   class StreamReader;
   class RecordWriter;
 
-  // Text already taken from the file that is to be read again, lines separated by a line feed.
-  class PendingText {
-   public:
-    bool IsEmpty() const { return next_ == text_.size(); }
-    void Clear();
-    void Append(std::string_view text);
-    // Valid until the next change.
-    std::string_view CutLine();
-    std::string TakeAll();
-
-   private:
-    std::string text_;
-    std::size_t next_ = 0;
-  };
-
   TextList& HeaderStore() const;
   // What to do with mails that are marked as expunged.
   enum class Expunged { PassOver, Read };
@@ -199,9 +185,8 @@ class StdMail : public Object {
   Marking MarkAt(std::int32_t offset);
   bool StillStands(LineFile& mailbox, std::int32_t offset, std::uint64_t hash) const;
   bool HasLastMailGrown(LineFile& mailbox) const;
-  bool IsFileEnd();
-  std::string_view ReadStreamLine();
   bool IsStreamDone();
+  std::string_view ReadStreamLine();
   void ResetMailScan();
   // Whether a mail begins on this line. Asked for every line of a mailbox.
   bool IsFromLine(std::string_view line) const { return lastLineEmpty_ && IsSeparator(line); }
@@ -223,7 +208,7 @@ class StdMail : public Object {
       return false;
     }
   }
-  std::int32_t CollectUpToStatus(std::string& collected);
+  std::int32_t LookForStatus();
 
   std::string mailboxFile_;
   TextListPtr headers_ = std::make_shared<TextList>();
@@ -248,10 +233,7 @@ class StdMail : public Object {
 
   ReadMails readMails_;
   std::optional<LastMail> lastMail_;
-  LineFile stream_;
-  PendingText pending_;
-  std::int32_t pendingOffset_ = 0;  // position from 1 of the separator in pending_, for ReadHeader
-  std::string separator_;           // holds the line that AtMailEnd gives back while it reads ahead
+  MailLines lines_;
   bool lastLineEmpty_ = true;
   bool atStreamStart_ = true;
   std::int32_t bodySize_ = 0;

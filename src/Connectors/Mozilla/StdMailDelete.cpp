@@ -98,7 +98,7 @@ Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& is
 // Why the mail that the caller means can't be marked at the offset; Marked if it stands there.
 Marking StdMail::LookForWanted(std::int32_t offset, const std::function<bool()>& isWanted) {
   OpenStream(os::File::Mode::Read);
-  stream_.Seek(MailPosition(offset));
+  lines_.Seek(MailPosition(offset));
   Marking result = Marking::OtherMail;
   const bool isRead = ReadStep([&] {
     if (ReadMailHere(Expunged::Read) && offset_ == offset && isWanted()) result = Marking::Marked;

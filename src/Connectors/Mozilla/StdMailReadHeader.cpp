@@ -21,7 +21,7 @@ class StdMail::HeaderReader {
  public:
   HeaderReader(StdMail& mail, bool saveattachments, bool waitforfrom, Expunged expunged = Expunged::PassOver)
       : mail_(mail),
-        stream_(mail.stream_),
+        lines_(mail.lines_),
         save_(saveattachments),
         waitForFrom_(waitforfrom),
         passesOverExpunged_(expunged == Expunged::PassOver) {}
@@ -32,6 +32,8 @@ class StdMail::HeaderReader {
   bool FindMail();
   bool TakeSearchLine();
   bool ReadHeaderBlock();
+  // Raises Overflow where the mailbox is too large.
+  void RequirePlaceInRange() const { ToInt32(lines_.Position()); }
   void TakeHeaderLine(std::string_view line);
   void DropExpungedMail();
 
@@ -63,7 +65,7 @@ class StdMail::HeaderReader {
   void ClosePartFiles();
 
   StdMail& mail_;
-  LineFile& stream_;
+  MailLines& lines_;
   const bool save_;
   const bool waitForFrom_;
   const bool passesOverExpunged_;
@@ -72,8 +74,7 @@ class StdMail::HeaderReader {
   TextWriter htmlFile_;        // mail.html
   TextWriter attachmentFile_;  // att<n>
   std::string_view line_;      // the line at hand while a mail is searched
-  std::string separator_;      // holds it if it was put back by the mail before
-  std::int32_t start_ = 0;     // position of the mail's first byte, from 1
+  std::int32_t start_ = 0;     // its position, from 1
   bool expunged_ = false;
   std::string key_;
   std::string boundary_;
@@ -91,7 +92,7 @@ bool StdMail::ReadHeader(bool saveattachments, bool waitforfrom) {
 
 bool StdMail::ReadHeaderAt(std::int32_t offset) {
   OpenStream(os::File::Mode::Read);
-  stream_.Seek(MailPosition(offset));
+  lines_.Seek(MailPosition(offset));
   const bool found = ReadMailHere(Expunged::PassOver) && offset_ == offset;
   CloseStream();
   return found;
@@ -129,24 +130,18 @@ bool StdMail::HeaderReader::FindMail() {
   return false;
 }
 
-// The next line and its position; false at the end of the file or if it can't be read.
+// The next line and its position; false at the end of the stream or if it can't be read.
 bool StdMail::HeaderReader::TakeSearchLine() {
-  if (!mail_.pending_.IsEmpty()) {
-    start_ = mail_.pendingOffset_;
-    separator_ = mail_.pending_.TakeAll();
-    line_ = separator_;
-  } else {
-    if (mail_.IsFileEnd()) return false;
-    start_ = ToInt32(stream_.Position());
-    if (!mail_.ReadStep([&] { line_ = stream_.ReadLine(); })) return false;
-  }
+  if (mail_.IsStreamDone()) return false;
+  start_ = ToInt32(lines_.Position());
+  if (!mail_.ReadStep([&] { line_ = lines_.Read(); })) return false;
   ++mail_.lineCount_;
   return true;
 }
 
 // --- Header block
 
-// Reads the header block behind the line at hand. False for an expunged mail.
+// Reads the header block after the line at hand. False for an expunged mail.
 bool StdMail::HeaderReader::ReadHeaderBlock() {
   mail_.offset_ = start_ - 1;
   mail_.readCount_ = CountedLength(line_);
@@ -163,9 +158,9 @@ bool StdMail::HeaderReader::ReadHeaderBlock() {
   expunged_ = false;
   key_.clear();
   // A mailbox may end with a separator line; the stream is closed then, and the mail has no more than that.
-  while (!expunged_ && stream_.IsOpen() && !stream_.AtEnd()) {
-    mail_.pendingOffset_ = ToInt32(stream_.Position());
-    const std::string_view line = stream_.ReadLine();
+  while (!expunged_ && !lines_.AtEnd()) {
+    RequirePlaceInRange();
+    const std::string_view line = lines_.Read();
     Count(line);
     if (save_) mailFile_.WriteLine(line);
     lastLineEmpty = line.empty();
@@ -216,28 +211,27 @@ void StdMail::HeaderReader::ReadBody() {
   mailPair_ = BoundaryPair(boundary_);
   subPair_ = BoundaryPair();
   inPartHeader_ = false;
-  const std::uint64_t start = stream_.Position();
+  const std::uint64_t start = lines_.Position();
   std::string_view line;
   while (NextBodyLine(line)) {
     Count(line);
     if (waitForFrom_ && mail_.IsFromLine(line)) {
       mail_.nextSeparatorCount_ = CountedLength(line);
-      mail_.pending_.Append(line);
+      lines_.PutBack();
       return;
     }
     if (!TakeBodyLine(line)) return;
     mail_.lastLineEmpty_ = line.empty();
   }
-  mail_.lastMail_ = {mail_.offset_, stream_.Position() - start, mail_.lastLineEmpty_};
+  mail_.lastMail_ = {mail_.offset_, lines_.Position() - start, mail_.lastLineEmpty_};
 }
 
 // The next line; false at the end of the file or if it can't be read.
 bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
   bool found = false;
   mail_.ReadStep([&] {
-    if (!stream_.IsOpen() || stream_.AtEnd()) return;
-    Swallow([&] { mail_.pendingOffset_ = ToInt32(stream_.Position()); });
-    line = stream_.ReadLine();
+    if (lines_.AtEnd()) return;
+    line = lines_.Read();
     found = true;
   });
   return found;
@@ -337,7 +331,7 @@ void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
 void StdMail::HeaderReader::FinishMail() {
   Swallow([&] { mail_.HeaderStore().Add(":" + std::to_string(start_ - 1), "address"); });
   Swallow([&] {
-    const std::uint64_t length = stream_.IsOpen() ? stream_.Length() : 0;
+    const std::uint64_t length = lines_.Length();
     if (length > 0) mail_.percent_ = static_cast<double>(start_) / static_cast<double>(length);
   });
   ClosePartFiles();
@@ -346,7 +340,7 @@ void StdMail::HeaderReader::FinishMail() {
 }
 
 bool StdMail::HeaderReader::EndWithoutMail() {
-  if (!mail_.loss_.empty()) mail_.offset_ = ToInt32(stream_.Position() - 1);
+  if (!mail_.loss_.empty()) mail_.offset_ = ToInt32(lines_.Position() - 1);
   CloseStreamBehindMail();
   mail_.percent_ = 1;
   return false;
@@ -355,7 +349,7 @@ bool StdMail::HeaderReader::EndWithoutMail() {
 // Where the end can't be looked for, the search for the next mail will tell of it.
 void StdMail::HeaderReader::CloseStreamBehindMail() {
   bool isDone = !waitForFrom_;
-  Swallow([&] { isDone = isDone || (stream_.IsOpen() && stream_.AtEnd()); });
+  Swallow([&] { isDone = isDone || lines_.AtFileEnd(); });
   if (isDone) mail_.CloseStream();
 }
 
@@ -363,7 +357,7 @@ void StdMail::HeaderReader::CloseStreamBehindMail() {
 
 // Length of the line read last together with its end.
 double StdMail::HeaderReader::CountedLength(std::string_view line) const {
-  return static_cast<double>(line.size() + stream_.LineEndLength());
+  return static_cast<double>(line.size() + lines_.LineEndLength());
 }
 
 void StdMail::HeaderReader::Count(std::string_view line) {

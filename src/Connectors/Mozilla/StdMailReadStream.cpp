@@ -181,12 +181,11 @@ void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
 void StdMail::SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
                                  std::string_view dat) {
   RemoveExactFile(file);
-  pending_.Clear();
-  stream_ = LineFile(mailboxFile_, os::File::Mode::ReadWrite);
-  stream_.Seek(MailPosition(offset));
+  lines_.Open(mailboxFile_, os::File::Mode::ReadWrite);
+  lines_.Seek(MailPosition(offset));
   saveFlag_ = attach;
   ReadStream(file);
-  stream_.Close();
+  lines_.Close();
   SetFileDate(file, dat);
 }
 
