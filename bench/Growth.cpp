@@ -74,7 +74,7 @@ Work SplitAttachments(int count) {
     const std::string record = reader.GetData("", true);
     Require(record.find("report " + std::to_string(count) + ".pdf") != std::string::npos,
             "not all attachments were found");
-    Require(reader.Loss().empty(), "not all attachments were written");
+    Require(reader.Ledger().IsWhole(), "not all attachments were written");
     reader.DeleteLastTempfiles();
   };
 }

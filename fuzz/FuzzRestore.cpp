@@ -178,11 +178,11 @@ class Mailbox {
     mail.InitStream();
     if (!input.newMailbox) Require(mail.ReadHeader(true));
     Require(mail.ReadHeader(true));
-    Require(mail.Offset() == offset);
+    Require(mail.Ledger().offset == offset);
     if (!input.asLink) CheckAttachments(mail, input);
     mail.DeleteLastTempfiles();
     Require(!mail.ReadHeader(true));
-    Require(mail.ReadHeaderAt(offset));
+    Require(ReadHeaderAt(mail, offset));
   }
 
   void CheckAttachments(const StdMail& mail, const Input& input) {

@@ -95,7 +95,7 @@ void PutBack(Session& session, const Target& target, const StandaloneItemPtr& it
   StdMail mail;
   mail.SetMailboxFile(target.mailbox);
   bool isFound = false;
-  Swallow([&] { isFound = mail.ReadHeaderAt(ToInt32(before)); });
+  Swallow([&] { isFound = ReadHeaderAt(mail, ToInt32(before)); });
   if (!isFound || !target.connector.HasRestored()) {
     throw AppError(ExitCode::Partly, what + "was appended in part only, at offset " + std::to_string(before));
   }

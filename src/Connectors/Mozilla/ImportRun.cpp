@@ -124,11 +124,11 @@ void ImportRun::ImportMail() {
 // A mail that isn't there whole isn't imported: it stays where it is complete. And no mail shall go in the
 // place of one that hides its own.
 void ImportRun::NoteForDeletion() {
-  if (!mail_.Loss().empty()) return;
-  if (mail_.HidesOffset()) {
+  if (!mail_.Ledger().IsWhole()) return;
+  if (mail_.Ledger().hidesOffset) {
     teller_.TellHidden(mail_);
   } else {
-    deleteList_.push_back(mail_.Offset());
+    deleteList_.push_back(mail_.Ledger().offset);
   }
 }
 
@@ -140,11 +140,11 @@ void ImportRun::TakeFiles(Item& item) {
     const std::string key = item.DataKey(position);
     if (!DescribesFile(key)) continue;
     std::string metaData = item.DataText(key);
-    const std::string path = mail_.FileAt(key, CutLine(metaData));
+    const std::string path = mail_.Ledger().FileAt(key, CutLine(metaData));
     if (DescribesAttachment(key) && attachment < contentTypes.size()) metaData += contentTypes[attachment++];
     const auto take = [&] { item.TakeFile(key, path, "move|nofileattribute", metaData); };
     // A mail that has lost a file already counts as failed and ends no run.
-    if (mail_.Loss().empty()) {
+    if (mail_.Ledger().IsWhole()) {
       take();
     } else {
       Swallow(take);

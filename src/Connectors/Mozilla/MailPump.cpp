@@ -162,7 +162,7 @@ void MailPump::Deliver(std::string& record) {
 
 // A mail that isn't there whole stays where it is complete.
 void MailPump::Delete() {
-  if (mail_ != nullptr && !mail_->Loss().empty()) return;
+  if (mail_ != nullptr && !mail_->Ledger().IsWhole()) return;
   noted_.push_back(place_);
 }
 

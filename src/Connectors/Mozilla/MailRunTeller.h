@@ -23,9 +23,10 @@ class MailRunTeller {
   // be read on. Any other failure rises.
   template <class Deliver>
   bool DeliverNext(StdMail& mail, bool saveattachments, Deliver&& deliver) const {
-    std::int32_t expungedTold = mail.ExpungedCount();
+    const std::int32_t& expunged = mail.Ledger().expungedCount;
+    std::int32_t expungedTold = expunged;
     const auto tellExpunged = [&] {
-      const std::int32_t count = mail.ExpungedCount() - std::exchange(expungedTold, mail.ExpungedCount());
+      const std::int32_t count = expunged - std::exchange(expungedTold, expunged);
       if (count > 0) Observer().MailsExpunged(count);
     };
     bool found = false;
@@ -60,7 +61,7 @@ class MailRunTeller {
   }
 
  private:
-  static MailPlace PlaceOf(const StdMail& mail) { return {mail.MailboxFile(), mail.Offset()}; }
+  static MailPlace PlaceOf(const StdMail& mail) { return {mail.MailboxFile(), mail.Ledger().offset}; }
 
   MailRunObserver& Observer() const {
     static MailRunObserver nobody;
@@ -69,13 +70,13 @@ class MailRunTeller {
 
   // One that isn't there whole counts as failed.
   void TellDelivered(const StdMail& mail) const {
-    for (const auto& [key, path] : mail.Unmoved())
+    for (const auto& [key, path] : mail.Ledger().unmoved)
       Observer().AttachmentUnmoved(key, path);
-    if (mail.Loss().empty()) Observer().MailDelivered(PlaceOf(mail), mail.HidesOffset());
+    if (mail.Ledger().IsWhole()) Observer().MailDelivered(PlaceOf(mail), mail.Ledger().hidesOffset);
     TellLoss(mail);
   }
   void TellLoss(const StdMail& mail) const {
-    if (!mail.Loss().empty()) Observer().MailFailed(PlaceOf(mail), mail.Loss());
+    if (!mail.Ledger().IsWhole()) Observer().MailFailed(PlaceOf(mail), mail.Ledger().loss);
   }
 
   MailRunObserver* observer_ = nullptr;

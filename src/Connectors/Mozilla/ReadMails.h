@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "Common/LineFile.h"
 #include "Common/TextHash.h"
 
 namespace vorlent {
@@ -28,12 +29,28 @@ class HeaderBlockHash {
 // The mails read in one mailbox, each by its zero-based offset there.
 class ReadMails {
  public:
-  // A mail read again is known by its later hash.
+  // A mail that ended with the mailbox when it was read.
+  struct LastMail {
+    std::int32_t offset;
+    std::uint64_t bodySize;  // in bytes
+    bool endsWithEmptyLine;
+  };
+
+  // A mail read again is known by its later hash, and isn't the last one until that is noted again.
   void Add(std::int32_t offset, std::uint64_t hash);
+  void NoteLast(const LastMail& mail) { last_ = mail; }
+
+  bool Knows(std::int32_t offset) const { return HashAt(offset).has_value(); }
   // Nothing for an offset at which no mail was read.
   std::optional<std::uint64_t> HashAt(std::int32_t offset) const;
 
+  // Whether the mail that was read at the offset is the one that begins at the mailbox's present position,
+  // and is no longer than it was.
+  bool StillStands(LineFile& mailbox, std::int32_t offset) const;
+
  private:
+  static bool HasGrown(const LastMail& mail, LineFile& mailbox);
+
   // The hash in halves, as one piece would take 16 bytes with its alignment.
   struct Mail {
     std::int32_t offset;
@@ -44,6 +61,7 @@ class ReadMails {
 
   // By offset. A deque has no spare room as large as what it holds.
   std::deque<Mail> mails_;
+  std::optional<LastMail> last_;
 };
 
 }  // namespace vorlent

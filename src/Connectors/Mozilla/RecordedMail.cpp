@@ -38,7 +38,7 @@ bool RecordedMail::Is(StdMail& mail) const {
   }
   // The recorded size counts the separator of the next mail, if there was one; that may have gone since, or
   // another have come behind an empty line.
-  const double ownSize = mail.ReadCount() - mail.NextSeparatorCount();
+  const double ownSize = mail.ReadCount() - mail.Ledger().nextSeparatorCount;
   return ownSize <= ReadNumber(size_) + static_cast<double>(kLineEnd.size());
 }
 
@@ -50,13 +50,13 @@ Standing StandingOf(const Item& item) {
   mail.SetMailboxFile(file);
   std::int32_t offset = 0;
   if (Swallow([&] { offset = ParseInt32(item.DataText("_SourceOffset")); })) {
-    const bool isThere = mail.ReadHeaderAt(offset) && !mail.HidesOffset() && recorded.Is(mail);
-    if (!mail.Loss().empty()) throw Failure(ErrorNumber::DeviceIo, mail.Loss());
+    const bool isThere = ReadHeaderAt(mail, offset) && !mail.Ledger().hidesOffset && recorded.Is(mail);
+    if (!mail.Ledger().IsWhole()) throw Failure(ErrorNumber::DeviceIo, mail.Ledger().loss);
     if (isThere) return Standing::AtItsPlace;
   }
   mail.InitStream();
   while (mail.ReadHeader(false)) {
-    if (mail.HidesOffset() && recorded.Is(mail)) return Standing::HidesItsPlace;
+    if (mail.Ledger().hidesOffset && recorded.Is(mail)) return Standing::HidesItsPlace;
   }
   return Standing::NotThere;
 }

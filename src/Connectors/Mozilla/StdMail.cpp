@@ -17,7 +17,6 @@ void StdMail::SetMailboxFile(std::string_view path) {
   if (path == mailboxFile_) return;
   mailboxFile_ = path;
   readMails_ = ReadMails();
-  lastMail_.reset();
 }
 
 void StdMail::InitStream(std::int16_t saveflag) {
@@ -27,7 +26,7 @@ void StdMail::InitStream(std::int16_t saveflag) {
 
 void StdMail::OpenStream(os::File::Mode mode) {
   lines_.Open(mailboxFile_, mode);
-  expungedCount_ = 0;
+  ledger_.expungedCount = 0;
   ResetMailScan();
 }
 
@@ -171,10 +170,6 @@ std::string StdMail::GetDate() const {
 
 void StdMail::Delete(std::string_view file) const {
   TextWriter(file, os::File::Mode::Create).Close();
-}
-
-void StdMail::NoteLoss(std::string_view reason) {
-  if (loss_.empty()) loss_ = reason;
 }
 
 void StdMail::AddTempfile(std::string_view file) {

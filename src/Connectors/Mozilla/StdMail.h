@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,9 +12,10 @@
 #include <vector>
 
 #include "Common/KeyedList.h"
-#include "Common/LineFile.h"
+#include "Connectors/Mozilla/MailLedger.h"
 #include "Connectors/Mozilla/MailLines.h"
 #include "Connectors/Mozilla/ReadMails.h"
+#include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/MailRunObserver.h"
 #include "Host/Object.h"
 #include "Platform/Failure.h"
@@ -62,32 +62,12 @@ class StdMail : public Object {
   // Size of the current mail in bytes as ReadHeader counted it.
   double ReadCount() const { return readCount_; }
 
-  // The part of it that is the separator of the next mail, 0 for a mail without one behind it.
-  double NextSeparatorCount() const { return nextSeparatorCount_; }
-
   // The current mail produced mail.html.
   bool hasHTML() const { return hasHTML_; }
 
   // Prefix of the names of temporary files: a folder with its closing separator.
   const std::string& mailtmppfad() const { return mailtmppfad_; }
   void Setmailtmppfad(std::string_view prefix) { mailtmppfad_ = prefix; }
-
-  // Zero-based offset of the mail that ReadHeader read last, or failed to read; or from where on it could not
-  // read the mailbox.
-  std::int32_t Offset() const { return offset_; }
-
-  // Mails that ReadHeader passed over as expunged since InitStream.
-  std::int32_t ExpungedCount() const { return expungedCount_; }
-
-  // Why the mail read last isn't there whole, "" if it is: it could not be read to its end, or a file of it
-  // could not be written or was lost. ReadHeader and GetData go on after such a failure; whoever is about to
-  // delete the mail should ask. A line with a bad quoted-printable code doesn't count. Where ReadHeader found
-  // no mail, why the rest of the mailbox could not be read.
-  const std::string& Loss() const { return loss_; }
-
-  // Whether the mail read last has a header Address of its own, under which ReadHeader notes the offset: what
-  // goes by that header takes another place in the mailbox for the mail's.
-  bool HidesOffset() const { return GetHeader("Address") != std::to_string(offset_); }
 
   // The value of a header, "" if there is none; with `all` the whole line, name included. Never raises.
   std::string GetHeader(std::string_view key, bool all = false) const;
@@ -111,10 +91,6 @@ class StdMail : public Object {
   // Up to the end of the header block a failure to write or read rises; in the body the failing step is
   // skipped.
   bool ReadHeader(bool saveattachments, bool waitforfrom = true);
-
-  // Opens the mailbox, which must exist, reads the mail at a zero-based offset without its files, and closes.
-  // False if no mail begins there, or one that is marked as expunged.
-  bool ReadHeaderAt(std::int32_t offset);
 
   // Reads the next mail and writes to `bodyfile`, or collects, what `saveflag` says. False if there was none.
   // Every failure but that of reading rises.
@@ -152,12 +128,6 @@ class StdMail : public Object {
   // `saveattachments` as given to ReadHeader. Moves attachments to their own names. Never raises.
   std::string GetData(std::string_view kw, bool saveattachments);
 
-  // Where the file of a data field of that record lies: `path`, which its description names, or where an
-  // attachment stayed because no file could be made of that name.
-  std::string FileAt(std::string_view key, std::string_view path) const;
-  // Those that stayed, by their data fields.
-  const std::map<std::string, std::string, std::less<>>& Unmoved() const { return unmoved_; }
-
   // CR LF, "size=" and the length, and CR LF, "attr=" and the attributes if there are any; "" for a missing
   // file.
   std::string GetFileInfo(std::string_view file) const;
@@ -170,7 +140,11 @@ class StdMail : public Object {
   // kept. Never raises.
   void AddHeader(std::string_view a);
 
+  // What runs that import mails must know of them, beside all this.
+  const MailLedger& Ledger() const { return ledger_; }
+
  private:
+  friend bool ReadHeaderAt(StdMail& mail, std::int32_t offset);
   class HeaderReader;
   class StreamReader;
   class RecordWriter;
@@ -183,20 +157,13 @@ class StdMail : public Object {
   bool ReadMailHere(Expunged expunged);
   Marking LookForWanted(std::int32_t offset, const std::function<bool()>& isWanted);
   Marking MarkAt(std::int32_t offset);
-  bool StillStands(LineFile& mailbox, std::int32_t offset, std::uint64_t hash) const;
-  bool HasLastMailGrown(LineFile& mailbox) const;
   bool IsStreamDone();
   std::string_view ReadStreamLine();
   void ResetMailScan();
   // Whether a mail begins on this line. Asked for every line of a mailbox.
   bool IsFromLine(std::string_view line) const { return lastLineEmpty_ && IsSeparator(line); }
-  static bool IsSeparator(std::string_view line) {
-    return line.starts_with("From - ") || line.starts_with(">From - ");
-  }
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
-  // Notes why the mail isn't there whole; the first reason is told.
-  void NoteLoss(std::string_view reason);
   // A step that reads. If it fails, the text ends there, and what is behind is noted as lost.
   template <class Step>
   bool ReadStep(Step&& step) {
@@ -204,7 +171,7 @@ class StdMail : public Object {
       std::forward<Step>(step)();
       return true;
     } catch (const Failure& failure) {
-      NoteLoss(failure.what());
+      ledger_.NoteLoss(failure.what());
       return false;
     }
   }
@@ -217,29 +184,17 @@ class StdMail : public Object {
   double percent_ = 0;
   std::int32_t lineCount_ = 0;
   double readCount_ = 0;
-  double nextSeparatorCount_ = 0;
   bool hasHTML_ = false;
   std::string mailtmppfad_;
-  std::int32_t offset_ = 0;
-  std::int32_t expungedCount_ = 0;
-  std::string loss_;
 
-  // The mail that ended with the mailbox when it was read.
-  struct LastMail {
-    std::int32_t offset;
-    std::uint64_t bodySize;  // in bytes
-    bool endsWithEmptyLine;
-  };
-
+  MailLedger ledger_;
   ReadMails readMails_;
-  std::optional<LastMail> lastMail_;
   MailLines lines_;
   bool lastLineEmpty_ = true;
   bool atStreamStart_ = true;
   std::int32_t bodySize_ = 0;
   std::int16_t saveFlag_ = 0;
   std::vector<std::string> tempfiles_;
-  std::map<std::string, std::string, std::less<>> unmoved_;  // attachments by their data fields
   // A date header with what it says.
   struct Date {
     std::string header;
@@ -248,5 +203,9 @@ class StdMail : public Object {
   mutable std::optional<Date> lastDate_;
   std::string lastHeaderKey_;
 };
+
+// Opens the reader's mailbox, which must exist, reads the mail at a zero-based offset without its files, and
+// closes. False if no mail begins there, or one that is marked as expunged.
+bool ReadHeaderAt(StdMail& mail, std::int32_t offset);
 
 }  // namespace vorlent

@@ -79,7 +79,7 @@ std::string StdMail::GetData(std::string_view kw, bool saveattachments) {
 }
 
 std::string StdMail::RecordWriter::Write(std::string_view kw) {
-  mail_.unmoved_.clear();
+  mail_.ledger_.unmoved.clear();
   date_ = ValueOf([&] { return mail_.GetDate(); });
   identity_ = ValueOf([&] { return Identity(); });
   Add("ID", identity_);
@@ -172,7 +172,7 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
   const std::string source = mail_.mailtmppfad_ + "att" + std::to_string(position);
   if (!EqualNoCase(path, source)) {
     // Two files of one name are one file, so the earlier one's content goes.
-    if (FileExists(path)) mail_.NoteLoss("one of two files called '" + name + "' is lost");
+    if (FileExists(path)) mail_.ledger_.NoteLoss("one of two files called '" + name + "' is lost");
     MoveFile(path, source);
   }
   mail_.AddTempfile(path);
@@ -184,15 +184,10 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
 // No file can be called "..", or by a name that is too long. The attachment is there all the same.
 void StdMail::RecordWriter::NoteUnmoved(const std::string& source, const std::string& name) const {
   if (FileExists(source)) {
-    mail_.unmoved_.insert_or_assign("FileAttach" + std::to_string(number_), source);
+    mail_.ledger_.unmoved.insert_or_assign("FileAttach" + std::to_string(number_), source);
   } else {
-    mail_.NoteLoss("the attachment '" + name + "' could not be saved");
+    mail_.ledger_.NoteLoss("the attachment '" + name + "' could not be saved");
   }
-}
-
-std::string StdMail::FileAt(std::string_view key, std::string_view path) const {
-  const auto unmoved = unmoved_.find(key);
-  return unmoved == unmoved_.end() ? std::string(path) : unmoved->second;
 }
 
 std::string StdMail::GetFileInfo(std::string_view file) const {

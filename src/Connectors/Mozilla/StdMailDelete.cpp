@@ -1,7 +1,6 @@
 // Marking a mail as deleted, the way the mail client itself does it.
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -82,7 +81,7 @@ bool& NoThunderbirdCheck() {
 
 Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted) {
   if (!SettleThunderbird()) return Marking::KeptByUser;
-  const bool isKnown = isWanted != nullptr || readMails_.HashAt(offset);
+  const bool isKnown = isWanted != nullptr || readMails_.Knows(offset);
   Marking result = Marking::Marked;
   try {
     if (isWanted != nullptr) result = LookForWanted(offset, isWanted);
@@ -101,20 +100,20 @@ Marking StdMail::LookForWanted(std::int32_t offset, const std::function<bool()>&
   lines_.Seek(MailPosition(offset));
   Marking result = Marking::OtherMail;
   const bool isRead = ReadStep([&] {
-    if (ReadMailHere(Expunged::Read) && offset_ == offset && isWanted()) result = Marking::Marked;
+    if (ReadMailHere(Expunged::Read) && ledger_.offset == offset && isWanted()) result = Marking::Marked;
   });
   CloseStream();
-  return isRead && loss_.empty() ? result : Marking::Unreadable;
+  return isRead && ledger_.IsWhole() ? result : Marking::Unreadable;
 }
 
 // A missing mailbox is made where nothing was read at the offset, and raises elsewhere.
 Marking StdMail::MarkAt(std::int32_t offset) {
-  const std::optional<std::uint64_t> hash = readMails_.HashAt(offset);
-  LineFile mailbox(mailboxFile_, hash ? os::File::Mode::Change : os::File::Mode::ReadWrite);
+  const bool isKnown = readMails_.Knows(offset);
+  LineFile mailbox(mailboxFile_, isKnown ? os::File::Mode::Change : os::File::Mode::ReadWrite);
   mailbox.Seek(MailPosition(offset));
   Marking result = Marking::Unreadable;
   Swallow([&] {
-    if (hash && !StillStands(mailbox, offset, *hash)) {
+    if (isKnown && !readMails_.StillStands(mailbox, offset)) {
       result = Marking::OtherMail;
       return;
     }
@@ -123,35 +122,6 @@ Marking StdMail::MarkAt(std::int32_t offset) {
   });
   Swallow([&] { mailbox.Close(); });
   return result;
-}
-
-// Whether the mail that was read with this hash begins at the present position.
-bool StdMail::StillStands(LineFile& mailbox, std::int32_t offset, std::uint64_t hash) const {
-  if (mailbox.AtEnd()) return false;
-  HeaderBlockHash block;
-  std::string_view line = mailbox.ReadLine();
-  block.Add(line);
-  while (!mailbox.AtEnd()) {
-    line = mailbox.ReadLine();
-    if (line.empty()) break;
-    block.Add(line);
-  }
-  if (block.End(line.empty()) != hash) return false;
-  return !lastMail_ || lastMail_->offset != offset || !HasLastMailGrown(mailbox);
-}
-
-// Whether lines came to the last mail since it was read: it may have been on its way still. Mails behind it
-// don't matter. Its body begins at the present position.
-bool StdMail::HasLastMailGrown(LineFile& mailbox) const {
-  mailbox.Seek(mailbox.Position() + lastMail_->bodySize);
-  bool isBehindEmptyLine = lastMail_->endsWithEmptyLine;
-  while (!mailbox.AtEnd()) {
-    const std::string_view line = mailbox.ReadLine();
-    if (isBehindEmptyLine && IsSeparator(line)) return false;
-    if (!line.empty()) return true;
-    isBehindEmptyLine = true;
-  }
-  return false;
 }
 
 }  // namespace vorlent

@@ -17,6 +17,11 @@ struct HeaderLine {
 };
 HeaderLine SplitHeaderLine(std::string_view line);
 
+// Whether a mail begins on a line, if that is the first one or comes after an empty one.
+inline bool IsSeparator(std::string_view line) {
+  return line.starts_with("From - ") || line.starts_with(">From - ");
+}
+
 inline bool IsContinuation(std::string_view line) {
   return line.starts_with(' ') || line.starts_with('\t');
 }

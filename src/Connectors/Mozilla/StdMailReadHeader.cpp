@@ -22,6 +22,7 @@ class StdMail::HeaderReader {
   HeaderReader(StdMail& mail, bool saveattachments, bool waitforfrom, Expunged expunged = Expunged::PassOver)
       : mail_(mail),
         lines_(mail.lines_),
+        ledger_(mail.ledger_),
         save_(saveattachments),
         waitForFrom_(waitforfrom),
         passesOverExpunged_(expunged == Expunged::PassOver) {}
@@ -50,7 +51,7 @@ class StdMail::HeaderReader {
 
   void FinishMail();
   bool EndWithoutMail();
-  void CloseStreamBehindMail();
+  void CloseStreamAfterMail();
 
   TextList& Parts() { return *mail_.attachments_; }
   std::string& LastPart() { return Parts().Item(Parts().Count()); }
@@ -66,6 +67,7 @@ class StdMail::HeaderReader {
 
   StdMail& mail_;
   MailLines& lines_;
+  MailLedger& ledger_;
   const bool save_;
   const bool waitForFrom_;
   const bool passesOverExpunged_;
@@ -90,11 +92,11 @@ bool StdMail::ReadHeader(bool saveattachments, bool waitforfrom) {
   return HeaderReader(*this, saveattachments, waitforfrom).Read();
 }
 
-bool StdMail::ReadHeaderAt(std::int32_t offset) {
-  OpenStream(os::File::Mode::Read);
-  lines_.Seek(MailPosition(offset));
-  const bool found = ReadMailHere(Expunged::PassOver) && offset_ == offset;
-  CloseStream();
+bool ReadHeaderAt(StdMail& mail, std::int32_t offset) {
+  mail.OpenStream(os::File::Mode::Read);
+  mail.lines_.Seek(MailPosition(offset));
+  const bool found = mail.ReadMailHere(StdMail::Expunged::PassOver) && mail.Ledger().offset == offset;
+  mail.CloseStream();
   return found;
 }
 
@@ -108,9 +110,9 @@ bool StdMail::HeaderReader::Read() {
   mail_.hasHTML_ = false;
   mail_.lineCount_ = 0;
   mail_.readCount_ = 0;
-  mail_.nextSeparatorCount_ = 0;
   mail_.lastLineEmpty_ = true;
-  mail_.loss_.clear();
+  ledger_.nextSeparatorCount = 0;
+  ledger_.loss.clear();
   do {
     if (!FindMail()) return EndWithoutMail();
   } while (!ReadHeaderBlock());
@@ -143,7 +145,7 @@ bool StdMail::HeaderReader::TakeSearchLine() {
 
 // Reads the header block after the line at hand. False for an expunged mail.
 bool StdMail::HeaderReader::ReadHeaderBlock() {
-  mail_.offset_ = start_ - 1;
+  ledger_.offset = start_ - 1;
   mail_.readCount_ = CountedLength(line_);
   bool lastLineEmpty = line_.empty();
   if (save_) {
@@ -173,8 +175,7 @@ bool StdMail::HeaderReader::ReadHeaderBlock() {
   if (expunged_) {
     DropExpungedMail();
   } else {
-    mail_.readMails_.Add(mail_.offset_, hash.End(lastLineEmpty));
-    if (mail_.lastMail_ && mail_.lastMail_->offset == mail_.offset_) mail_.lastMail_.reset();
+    mail_.readMails_.Add(ledger_.offset, hash.End(lastLineEmpty));
   }
   return !expunged_;
 }
@@ -197,7 +198,7 @@ void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
 }
 
 void StdMail::HeaderReader::DropExpungedMail() {
-  ++mail_.expungedCount_;
+  ++ledger_.expungedCount;
   if (!save_) return;
   const std::string path = mailFile_.Path();
   mailFile_.Close();
@@ -216,14 +217,14 @@ void StdMail::HeaderReader::ReadBody() {
   while (NextBodyLine(line)) {
     Count(line);
     if (waitForFrom_ && mail_.IsFromLine(line)) {
-      mail_.nextSeparatorCount_ = CountedLength(line);
+      ledger_.nextSeparatorCount = CountedLength(line);
       lines_.PutBack();
       return;
     }
     if (!TakeBodyLine(line)) return;
     mail_.lastLineEmpty_ = line.empty();
   }
-  mail_.lastMail_ = {mail_.offset_, lines_.Position() - start, mail_.lastLineEmpty_};
+  mail_.readMails_.NoteLast({ledger_.offset, lines_.Position() - start, mail_.lastLineEmpty_});
 }
 
 // The next line; false at the end of the file or if it can't be read.
@@ -329,25 +330,27 @@ void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
 // --- End
 
 void StdMail::HeaderReader::FinishMail() {
-  Swallow([&] { mail_.HeaderStore().Add(":" + std::to_string(start_ - 1), "address"); });
+  const std::string offset = std::to_string(ledger_.offset);
+  Swallow([&] { mail_.HeaderStore().Add(":" + offset, "address"); });
+  ledger_.hidesOffset = mail_.GetHeader("address") != offset;
   Swallow([&] {
     const std::uint64_t length = lines_.Length();
     if (length > 0) mail_.percent_ = static_cast<double>(start_) / static_cast<double>(length);
   });
   ClosePartFiles();
   CloseFile(mailFile_);
-  Swallow([&] { CloseStreamBehindMail(); });
+  Swallow([&] { CloseStreamAfterMail(); });
 }
 
 bool StdMail::HeaderReader::EndWithoutMail() {
-  if (!mail_.loss_.empty()) mail_.offset_ = ToInt32(lines_.Position() - 1);
-  CloseStreamBehindMail();
+  if (!ledger_.IsWhole()) ledger_.offset = ToInt32(lines_.Position() - 1);
+  CloseStreamAfterMail();
   mail_.percent_ = 1;
   return false;
 }
 
 // Where the end can't be looked for, the search for the next mail will tell of it.
-void StdMail::HeaderReader::CloseStreamBehindMail() {
+void StdMail::HeaderReader::CloseStreamAfterMail() {
   bool isDone = !waitForFrom_;
   Swallow([&] { isDone = isDone || lines_.AtFileEnd(); });
   if (isDone) mail_.CloseStream();
@@ -372,7 +375,7 @@ void StdMail::HeaderReader::WriteStep(Step&& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    if (!failure.Is(ErrorNumber::TypeMismatch)) mail_.NoteLoss(failure.what());
+    if (!failure.Is(ErrorNumber::TypeMismatch)) ledger_.NoteLoss(failure.what());
   }
 }
 

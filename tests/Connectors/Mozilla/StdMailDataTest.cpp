@@ -265,9 +265,9 @@ TEST_F(StdMailDataTest, FileThatIsLostToAnotherOrToItsNameIsAFailure) {
                          Row{part("mail.eml"), "one of two files called 'mail.eml' is lost"},
                          Row{part(tooLong), ""}, Row{part("..") + part("."), ""}}) {
     RecordOfParts(row.parts + "--B--\n", true);
-    EXPECT_EQ(mail_.Loss(), row.failure);
+    EXPECT_EQ(mail_.Ledger().loss, row.failure);
     RecordOfParts(row.parts + "--B--\n", false);
-    EXPECT_EQ(mail_.Loss(), "");
+    EXPECT_EQ(mail_.Ledger().loss, "");
     mail_.DeleteLastTempfiles();
   }
 }
@@ -291,17 +291,17 @@ TEST_F(StdMailDataTest, AttachmentStaysWhereItIsIfNoFileCanHaveItsName) {
       const std::string key = "FileAttach" + number;
       EXPECT_EQ(Field(record, "Data" + key),
                 Escaped(Tmp(own)) + "\\nfile=" + name + "\\ndate=09.05.2010 14:30:05\\noriginalfile=" + name);
-      EXPECT_EQ(mail_.FileAt(key, Tmp(own)), Tmp("att" + number));
+      EXPECT_EQ(mail_.Ledger().FileAt(key, Tmp(own)), Tmp("att" + number));
     }
-    EXPECT_EQ(mail_.FileAt("FileAttach1", Tmp("g")), Tmp("g"));
-    EXPECT_EQ(mail_.FileAt("File", Tmp("mail.eml")), Tmp("mail.eml"));
+    EXPECT_EQ(mail_.Ledger().FileAt("FileAttach1", Tmp("g")), Tmp("g"));
+    EXPECT_EQ(mail_.Ledger().FileAt("File", Tmp("mail.eml")), Tmp("mail.eml"));
     EXPECT_EQ(TempFile("att2"), "second\r\n");
     EXPECT_EQ(TempFile("att3"), "third\r\n");
-    EXPECT_EQ(mail_.Loss(), "");
+    EXPECT_EQ(mail_.Ledger().loss, "");
     mail_.DeleteLastTempfiles();
     EXPECT_FALSE(HasTempFile("att2"));
     RecordOfParts("--B\n\n--B\nContent-Type: a; name=g\n\nx\n--B--\n", true);
-    EXPECT_EQ(mail_.FileAt("FileAttach2", "other"), "other") << "of the mail before";
+    EXPECT_EQ(mail_.Ledger().FileAt("FileAttach2", "other"), "other") << "of the mail before";
     mail_.DeleteLastTempfiles();
   }
 }

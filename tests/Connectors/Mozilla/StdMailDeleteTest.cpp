@@ -146,16 +146,16 @@ TEST_F(StdMailDeleteTest, MailThatLivesIsReadAtItsPlace) {
       .Mail("X-Mozilla-Status: 0001\nSubject: 1\n")
       .Mail("X-Mozilla-Status: 0000\nSubject: 2\n");
   folder_.Write("Inbox", box.Text());
-  ASSERT_TRUE(mail_.ReadHeaderAt(box.Offset(1)));
+  ASSERT_TRUE(ReadHeaderAt(mail_, box.Offset(1)));
   EXPECT_EQ(mail_.GetHeader("subject"), "2");
-  ASSERT_TRUE(mail_.ReadHeaderAt(box.Offset(0)));
+  ASSERT_TRUE(ReadHeaderAt(mail_, box.Offset(0)));
   EXPECT_EQ(mail_.GetHeader("subject"), "1");
   for (const std::int32_t offset : {0, box.Offset(0) + 1, box.Offset(1) - 2, 100000})
-    EXPECT_FALSE(mail_.ReadHeaderAt(offset)) << offset;
+    EXPECT_FALSE(ReadHeaderAt(mail_, offset)) << offset;
   mail_.DeleteMail(box.Offset(0));
-  EXPECT_FALSE(mail_.ReadHeaderAt(box.Offset(0)));
-  EXPECT_TRUE(mail_.ReadHeaderAt(box.Offset(1)));
-  EXPECT_EQ(NumberOf([&] { mail_.ReadHeaderAt(-2); }), static_cast<int>(ErrorNumber::InvalidCall));
+  EXPECT_FALSE(ReadHeaderAt(mail_, box.Offset(0)));
+  EXPECT_TRUE(ReadHeaderAt(mail_, box.Offset(1)));
+  EXPECT_EQ(NumberOf([&] { ReadHeaderAt(mail_, -2); }), static_cast<int>(ErrorNumber::InvalidCall));
 }
 
 TEST_F(StdMailDeleteTest, MailWithoutStatusStaysButTheSummaryGoes) {

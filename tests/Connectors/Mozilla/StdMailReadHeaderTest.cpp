@@ -532,23 +532,23 @@ TEST_F(StdMailReadHeaderTest, FullDiskIsPassedOverFromTheBodyOn) {
   for (const char* subject : {"1", "2"}) {
     ASSERT_TRUE(mail_.ReadHeader(true));
     EXPECT_EQ(mail_.GetHeader("subject"), subject);
-    EXPECT_NE(mail_.Loss(), "");
+    EXPECT_NE(mail_.Ledger().loss, "");
   }
   EXPECT_FALSE(mail_.ReadHeader(true));
-  EXPECT_EQ(mail_.Loss(), "");
+  EXPECT_EQ(mail_.Ledger().loss, "");
 }
 
 TEST_F(StdMailReadHeaderTest, ExpungedMailsAreCountedFromTheOpeningOn) {
   const std::string living = "From - x\nX-Mozilla-Status: 0001\n\n\n";
   const std::string expunged = "From - x\nX-Mozilla-Status: 0008\n\n\n";
   OpenLines(expunged + living + expunged + expunged + living + expunged);
-  std::vector<std::int32_t> counts = {mail_.ExpungedCount()};
+  std::vector<std::int32_t> counts = {mail_.Ledger().expungedCount};
   while (mail_.ReadHeader(false))
-    counts.push_back(mail_.ExpungedCount());
-  counts.push_back(mail_.ExpungedCount());
+    counts.push_back(mail_.Ledger().expungedCount);
+  counts.push_back(mail_.Ledger().expungedCount);
   EXPECT_THAT(counts, ElementsAre(0, 1, 3, 4));
   mail_.InitStream();
-  EXPECT_EQ(mail_.ExpungedCount(), 0);
+  EXPECT_EQ(mail_.Ledger().expungedCount, 0);
 }
 
 TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
@@ -579,7 +579,7 @@ TEST_F(StdMailReadHeaderTest, AttachmentThatCannotBeMadeIsSkipped) {
   EXPECT_EQ(mail_.Attachments()->Count(), 2);
   // With no file open for it, the content stays in the mail; boundary and header lines are gone.
   EXPECT_EQ(TempFile("mail.eml"), Head() + Crlf("x\n--B--\n"));
-  EXPECT_NE(mail_.Loss(), "");
+  EXPECT_NE(mail_.Ledger().loss, "");
 }
 
 TEST_F(StdMailReadHeaderTest, HtmlFileThatCannotBeMadeIsSkipped) {

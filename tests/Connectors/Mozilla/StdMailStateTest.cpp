@@ -26,7 +26,7 @@ TEST_F(StdMailStateTest, BehindTheStatusLineOfAnExpungedMailTheImportReaderTakes
   ASSERT_TRUE(mail_.ReadHeader(false));
   EXPECT_EQ(Stored()[0], "From - 2");
   EXPECT_EQ(mail_.GetHeader("subject"), "yes");
-  EXPECT_EQ(mail_.ExpungedCount(), 1);
+  EXPECT_EQ(mail_.Ledger().expungedCount, 1);
 }
 
 TEST_F(StdMailStateTest, BehindTheStatusLineOfAnExpungedMailTheExtractionReaderTakesASeparator) {
@@ -85,7 +85,7 @@ TEST_F(StdMailStateTest, AStreamOpenedAgainBeginsWithTheFirstMail) {
   ASSERT_TRUE(mail_.ReadHeader(false));
   mail_.InitStream();
   ASSERT_TRUE(mail_.ReadHeader(false));
-  EXPECT_EQ(mail_.Offset(), 0);
+  EXPECT_EQ(mail_.Ledger().offset, 0);
   EXPECT_EQ(mail_.GetHeader("subject"), "a");
 }
 
@@ -158,12 +158,12 @@ TEST_F(StdMailStateTest, AMailWhoseBodyCannotBeReadToItsEndIsNotWholeAndTheNextI
     EXPECT_TRUE(mail_.ReadHeader(save));
     EXPECT_TRUE(fault.WasReached());
     EXPECT_EQ(mail_.GetHeader("subject"), "a");
-    EXPECT_THAT(mail_.Loss(), testing::StartsWith(folder_.Path("Inbox") + ": "));
+    EXPECT_THAT(mail_.Ledger().loss, testing::StartsWith(folder_.Path("Inbox") + ": "));
     EXPECT_TRUE(mail_.ReadHeader(save));
     EXPECT_EQ(mail_.GetHeader("subject"), "b");
-    EXPECT_EQ(mail_.Loss(), "");
+    EXPECT_EQ(mail_.Ledger().loss, "");
     EXPECT_FALSE(mail_.ReadHeader(save));
-    EXPECT_EQ(mail_.Loss(), "");
+    EXPECT_EQ(mail_.Ledger().loss, "");
   }
 }
 
@@ -172,13 +172,13 @@ TEST_F(StdMailStateTest, AMailboxThatCannotBeReadOnTellsWhyAndFromWhere) {
   OpenLines(mail + std::string(300'000, '\n') + "From - 2\nSubject: b\n\nend\n");
   const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/Inbox"});
   EXPECT_TRUE(mail_.ReadHeader(false));
-  EXPECT_EQ(mail_.Loss(), "");
+  EXPECT_EQ(mail_.Ledger().loss, "");
   EXPECT_FALSE(fault.WasReached());
   EXPECT_FALSE(mail_.ReadHeader(false));
   EXPECT_TRUE(fault.WasReached());
-  EXPECT_THAT(mail_.Loss(), testing::StartsWith(folder_.Path("Inbox") + ": "));
-  EXPECT_GT(mail_.Offset(), static_cast<std::int32_t>(Crlf(mail).size()));
-  EXPECT_LT(mail_.Offset(), 300'000);
+  EXPECT_THAT(mail_.Ledger().loss, testing::StartsWith(folder_.Path("Inbox") + ": "));
+  EXPECT_GT(mail_.Ledger().offset, static_cast<std::int32_t>(Crlf(mail).size()));
+  EXPECT_LT(mail_.Ledger().offset, 300'000);
 }
 
 TEST_F(StdMailStateTest, AMailThatIsBroughtOutEndsWhereItCannotBeRead) {
@@ -220,7 +220,7 @@ TEST_F(StdMailStateTest, AMailIsReadToItsEndBehindTheLastPlaceThatCanBeNamed) {
   folder_.Write("Inbox", "");
   std::filesystem::resize_file(folder_.Native("Inbox"), kStart);
   std::ofstream(folder_.Native("Inbox"), std::ios::binary | std::ios::app) << header << body;
-  EXPECT_TRUE(mail_.ReadHeaderAt(kStart));
+  EXPECT_TRUE(ReadHeaderAt(mail_, kStart));
   EXPECT_EQ(mail_.ReadCount(), static_cast<double>(header.size() + body.size()));
 }
 
