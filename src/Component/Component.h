@@ -1,4 +1,7 @@
 // The library's entry: a class by its ProgID.
+//
+// The component belongs to one thread, that of its host. All objects are made, called and released there, and
+// from there call the host; nothing in the component waits for another thread or starts one.
 #pragma once
 
 #include <span>

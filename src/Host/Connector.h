@@ -16,10 +16,12 @@
 
 namespace vorlent {
 
-// The object behind one Location: reads what lies at its address into items and a keyword tree, and answers
-// the host's questions about them.
+// The object that serves one Location: reads what lies at its address into items and a keyword tree, and
+// answers the host's questions about them.
 //
 // Calling order: SetLocObject, InitLocation, OpenLocation; then anything; Disconnect and release at the end.
+// All on the component's one thread. A stream of mails yields to the host there: what the host runs then must
+// not call the connector.
 class VORLENT_PUBLIC Connector : public Object {
  public:
   // The Location that this is the connector of, nothing before SetLocObject.

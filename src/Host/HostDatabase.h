@@ -17,11 +17,11 @@ class VORLENT_PUBLIC HostRecordset : public Object {
   virtual void MoveFirst() = 0;
   virtual void MoveNext() = 0;
   // Text of a column of the present row by its name, "" for NULL. A name that the query doesn't have, and any
-  // name behind the last row, raises.
+  // name after the last row, raises.
   virtual std::string Field(std::string_view name) = 0;
   // The value of a time column as the text of its number, "" for NULL.
   virtual std::string FieldDate(std::string_view name) = 0;
-  // True behind the last row.
+  // True after the last row.
   virtual bool EndOfRows() = 0;
 };
 

@@ -15,7 +15,7 @@ namespace vorlent {
 
 // The codes of HostGlobal.Report.
 namespace report {
-inline constexpr std::int32_t kImportFinished = 19;  // the topics were rebuilt behind an import
+inline constexpr std::int32_t kImportFinished = 19;  // the topics were rebuilt after an import
 inline constexpr std::int32_t kUnreadable = 27;      // a Location could not be read; the text says why
 inline constexpr std::int32_t kLog = 29;             // a line of the log
 inline constexpr std::int32_t kDatabaseLog = 30;     // a line of the calendar connector's database log

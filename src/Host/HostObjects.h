@@ -14,6 +14,7 @@
 
 namespace vorlent {
 
+// Installed and called on the component's one thread (Component/Component.h).
 class VORLENT_PUBLIC HostObjects {
  public:
   virtual ~HostObjects() = default;

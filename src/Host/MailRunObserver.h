@@ -27,8 +27,8 @@ struct MailPlace {
   std::int32_t offset = 0;
 };
 
-// Every member does nothing unless it is overridden. Texts are code page. A failure raised by a member ends
-// the run where it stands.
+// Every member does nothing unless it is overridden, and is called on the thread of the run. Texts are code
+// page. A failure raised by a member ends the run where it stands.
 class VORLENT_PUBLIC MailRunObserver {
  public:
   virtual ~MailRunObserver() = default;

@@ -14,8 +14,10 @@
 namespace vorlent {
 
 // Reads every mail of the command's mailboxes, makes an item of the target Location of each and moves its
-// files into it; with "action move" the imported mails of a mailbox are deleted behind its last one. Reports
+// files into it; with "action move" the imported mails of a mailbox are deleted after its last one. Reports
 // progress and speed, and yields to the host between mails, which is when a wish to stop is seen.
+//
+// Runs on the host's thread; what the host does in the yields must not begin another run on the same objects.
 //
 // A target that isn't there is told to the user. Any other failure ends the run where it stands and rises:
 // the progress display stays open, and the mails of the mailbox at hand stay in it.

@@ -30,7 +30,7 @@ namespace frame {
 void FillParameterItem(Item& item, const ObjectPtr& connector, const ParameterSettings& settings);
 
 // Runs `read` while the host's topics let go of the connector's items, and has them take up the new ones
-// behind it. A host without topics only gets `read`. A failure of `read` leaves the topics switched off.
+// after it. A host without topics only gets `read`. A failure of `read` leaves the topics switched off.
 void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& read);
 
 // Tells the host that the item was deleted from its Location.
@@ -155,13 +155,13 @@ class LocationFrame : public Reading<Interface>,
  protected:
   virtual ParameterSettings Parameters() const = 0;
 
-  // What InitLocation does with the address behind the parameter item; the result is that of InitLocation.
+  // What InitLocation does with the address after the parameter item; the result is that of InitLocation.
   virtual bool PrepareAddress(std::string_view file) {
     static_cast<void>(file);
     return true;
   }
 
-  // Runs behind a paste with `conn` true, its failures swallowed. The item is nothing if it could not be
+  // Runs after a paste with `conn` true, its failures swallowed. The item is nothing if it could not be
   // made.
   virtual void Pasted(const ItemPtr& item, std::string_view import) {
     static_cast<void>(item);

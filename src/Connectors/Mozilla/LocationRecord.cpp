@@ -8,7 +8,7 @@ namespace vorlent {
 
 namespace {
 
-// Folders begin at this level of an address, behind the profile and the account.
+// Folders begin at this level of an address, after the profile and the account.
 constexpr std::int32_t kFirstFolderLevel = 3;
 
 // Label, an empty part, the mark that a cleared box puts into the address, and the state at first.

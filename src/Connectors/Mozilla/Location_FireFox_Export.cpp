@@ -14,7 +14,7 @@ namespace {
 // An attribute of a folder that a browser shows as its toolbar.
 constexpr std::string_view kToolbarMark = "PERSONAL_TOOLBAR_FOLDER";
 
-// IDs of this kind carry base64 text behind the three characters.
+// IDs of this kind carry base64 text after the three characters.
 constexpr std::string_view kEncodedID = "rdf";
 
 std::string Indent(std::int32_t level) {
@@ -133,7 +133,7 @@ OpenList BeginList(TextWriter& file, const TreePtr& node, std::int16_t level) {
   return {node, level, attributes, node->Children()};
 }
 
-// The folder's own bookmarks, which come behind its children, and the end of its list.
+// The folder's own bookmarks, which come after its children, and the end of its list.
 void EndList(TextWriter& file, const OpenList& list) {
   const std::string indent = Indent(list.level);
   const std::string itemIndent = Indent(list.level + 1);

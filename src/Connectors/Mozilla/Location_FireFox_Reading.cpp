@@ -102,7 +102,7 @@ class FolderWalk {
 };
 
 // What a row tells. It is kept as a text of four lines, so a line feed inside a title ends it, and moves each
-// field behind it by a line.
+// field after it by a line.
 class BookmarkRow {
  public:
   void Read(const SqliteRow& row) {

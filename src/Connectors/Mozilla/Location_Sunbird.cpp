@@ -76,7 +76,7 @@ bool Location_Sunbird::PrepareAddress(std::string_view file) {
   Tree()->Clear();
   std::string rest(file);
   if (CutScheme(rest).empty() || file.ends_with('*')) return true;
-  // The shorter scheme's length serves both. Behind the longer one two slashes stay, which name no profile,
+  // The shorter scheme's length serves both. After the longer one two slashes stay, which name no profile,
   // so that here a "lightning" address always stands for all of them.
   rest = file.substr(std::min(kSunbirdScheme.prefix.size(), file.size()));
   return ReadAddress(std::move(rest));

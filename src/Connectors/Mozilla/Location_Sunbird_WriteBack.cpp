@@ -166,7 +166,7 @@ void Location_Sunbird::Date(HostDatabase& db, vorlent::Item& item, std::string_v
   });
 }
 
-// A changed location is added behind the old one, which stays: the deletion names the new value.
+// A changed location is added after the old one, which stays: the deletion names the new value.
 void Location_Sunbird::DataSet(HostDatabase& db, vorlent::Item& item, std::string_view value) {
   const std::string key = PeekToken(value, "=");
   bool isEvent = false;

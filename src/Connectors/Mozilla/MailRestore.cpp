@@ -145,7 +145,7 @@ void MailRestorer::TakeLine(std::string_view line) {
   }
 }
 
-// The content type stays behind, folded lines and all, until it is known whether the mail gets parts.
+// The content type is held back, folded lines and all, until it is known whether the mail gets parts.
 void MailRestorer::TakeHeaderLine(std::string_view line) {
   if (!line.starts_with(' ') && !line.starts_with('\t')) header_ = LowerCase(Trim(PeekToken(line, ":")));
   if (header_ != "content-type") Write(line);

@@ -20,7 +20,7 @@ inline constexpr std::int16_t kQuotedPrintableFile = 2;
 // file of exactly 54 bytes comes out as one empty line.
 void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode);
 
-// Writes each attachment of the item as a part behind a boundary line, named by the rules in
+// Writes each attachment of the item as a part after a boundary line, named by the rules in
 // force (AttachmentHeaders.h). A failed call of the item rises.
 void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundaryLine);
 

@@ -37,7 +37,7 @@ bool RecordedMail::Is(StdMail& mail) const {
     if (GetParam(record, kMailFields[i]) != fields_[i]) return false;
   }
   // The recorded size counts the separator of the next mail, if there was one; that may have gone since, or
-  // another have come behind an empty line.
+  // another have come after an empty line.
   const double ownSize = mail.ReadCount() - mail.Ledger().nextSeparatorCount;
   return ownSize <= ReadNumber(size_) + static_cast<double>(kLineEnd.size());
 }

@@ -32,7 +32,7 @@ class SiblingNames {
     }
   }
 
-  // Whether `name` with the ending behind it is listed, in any letter case, as the system finds files.
+  // Whether `name` with the ending after it is listed, in any letter case, as the system finds files.
   bool StandBeside(std::string_view name) const { return stems_.contains(name); }
 
  private:

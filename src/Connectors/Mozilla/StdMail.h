@@ -30,7 +30,7 @@ bool& NoThunderbirdCheck();
 // starts with "From - " or ">From - ", at the beginning of the stream or after an empty line. Mails whose
 // X-Mozilla-Status has the bit of value 8 are skipped.
 //
-// Lines end by the rule that is the default when the mailbox is opened (Common/LineFile.h). Mailboxes above 2
+// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). Mailboxes above 2
 // GB can't be read: a position beyond that raises Overflow.
 class StdMail : public Object {
  public:
@@ -86,7 +86,7 @@ class StdMail : public Object {
   // Reads the next mail's headers and walks its parts. With `saveattachments` the mail is split into files:
   // mail.eml without attachments, the decoded mail.html, and the decoded attachments as att1, att2, ...; the
   // numbers are positions in Attachments. With `waitforfrom` false the mail begins on the next line, whatever
-  // that is, and the stream is closed behind it. False at the end of the mailbox.
+  // that is, and the stream is closed after it. False at the end of the mailbox.
   //
   // Up to the end of the header block a failure to write or read rises; in the body the failing step is
   // skipped.
@@ -109,7 +109,7 @@ class StdMail : public Object {
   void CloseStream();
 
   // Brings the mail at a zero-based offset out of the mailbox as `file`; `attach` as in InitStream. `dat` is
-  // the display text of the file's time. An offset behind the end leaves no file.
+  // the display text of the file's time. An offset beyond the end leaves no file.
   void SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
                           std::string_view dat);
 
@@ -164,7 +164,7 @@ class StdMail : public Object {
   bool IsFromLine(std::string_view line) const { return lastLineEmpty_ && IsSeparator(line); }
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
-  // A step that reads. If it fails, the text ends there, and what is behind is noted as lost.
+  // A step that reads. If it fails, the text ends there, and what would have come is noted as lost.
   template <class Step>
   bool ReadStep(Step&& step) {
     try {

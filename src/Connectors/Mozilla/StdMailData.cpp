@@ -115,7 +115,7 @@ void StdMail::RecordWriter::AddIfAny(std::string_view key, std::string_view valu
   if (!value.empty()) Add(key, value);
 }
 
-// Numbers the parts that have a file name, without gaps. Positions are held in 16 bits; a mail's parts behind
+// Numbers the parts that have a file name, without gaps. Positions are held in 16 bits; a mail's parts beyond
 // them can't be told.
 void StdMail::RecordWriter::AddAttachments() {
   const TextList& parts = *mail_.attachments_;

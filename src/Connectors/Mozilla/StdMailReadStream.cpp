@@ -99,9 +99,9 @@ void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
   headerOpen_ = true;
 }
 
-// Looks for the boundary in the last header once that is complete, which shows with the line behind it: with
+// Looks for the boundary in the last header once that is complete, which shows with the line after it: with
 // each of its lines would take a time that grows with the square of their number. A boundary that can't be
-// decoded raises here; the line behind is taken from the stream then, but nowhere written.
+// decoded raises here; the line after it is taken from the stream then, but nowhere written.
 void StdMail::StreamReader::FinishHeader() {
   if (!std::exchange(headerOpen_, false)) return;
   const std::string& header = Headers().Item(Headers().Count());

@@ -95,7 +95,7 @@ void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::st
                   const KeyedList<std::string>& files, const KeyedList<std::string>& folders) {
   const SiblingNames summaries(files, kSummary);
   const SiblingNames subfolders(folders, kSubfolders);
-  // Only behind a closed path do the names that are asked for lie among those listed.
+  // Only after a closed path do the names that are asked for lie among those listed.
   const bool isListed = folder.ends_with('\\');
   for (const std::string& name : files) {
     const std::string file = Joined(folder, name);

@@ -42,7 +42,7 @@ std::string GetPref(std::string_view key);
 bool FolderHasEntries(std::string_view folder);
 
 // The keyword path of a mailbox file: "Account=<account>,<folder>,..." if an account of a Thunderbird profile
-// holds it, else the parts of its path behind the drive.
+// holds it, else the parts of its path after the drive.
 std::string GetKeywordsOfFile(std::string_view file);
 
 // The preferences of the profile read last: the names in order, and the values by name.

@@ -56,7 +56,7 @@ class Control {
   bool Enabled() const { return enabled_; }
   void SetEnabled(bool enabled);
 
-  // Called behind every change of anything that can be seen.
+  // Called after every change of anything that can be seen.
   std::function<void()> OnChange;
 
  protected:

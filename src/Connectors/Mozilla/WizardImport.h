@@ -31,7 +31,7 @@ class WizardImport : public WizardControl {
   void SetParameter(std::string_view) override {}
   // Always true: whatever the user chose is a command.
   bool Finish() override { return true; }
-  // Puts the direct children of an address into the tree, at a position or behind all rows (-1). Always
+  // Puts the direct children of an address into the tree, at a position or after all rows (-1). Always
   // false.
   bool AddSubQueries(std::string_view qry, std::int32_t pos, std::int16_t ind, std::int16_t cb) override;
 

@@ -1,4 +1,4 @@
-// Page 2 of the wizard: the mailbox files behind the user's choice.
+// Page 2 of the wizard: the mailbox files that the user's choice stands for.
 #include <string>
 
 #include "Common/StdModul.h"

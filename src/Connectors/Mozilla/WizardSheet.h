@@ -62,7 +62,7 @@ class Sheet : public Control {
   // The row at a position from 1; SubscriptOutOfRange for a position without one.
   SheetRow& Row(std::int32_t position) const;
 
-  // Adds a row at the end, or in front of that position; one behind the last row is the end too, any other
+  // Adds a row at the end, or in front of that position; one after the last row is the end too, any other
   // position raises SubscriptOutOfRange. The meaning of the flag lies in the drawn control.
   SheetRow& AddRow(std::string_view text, std::string_view icon, std::int16_t indent, bool flag,
                    std::int32_t position, std::string_view tag, CheckState state = CheckState::Clear);
@@ -83,7 +83,7 @@ class Sheet : public Control {
   void UserOpens(SheetRow& row);
   void UserCloses(SheetRow& row);
 
-  // For the view: called behind every change of rows, be it what they are or what they show.
+  // For the view: called after every change of rows, be it what they are or what they show.
   std::function<void()> OnRowsChange;
 
   // The events. `other` is of no use to this wizard and always null.
