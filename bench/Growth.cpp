@@ -22,6 +22,7 @@
 #include "Platform/Settings.h"
 #include "Standalone/ItemFinder.h"
 #include "Standalone/StandaloneHost.h"
+#include "Support/MailboxBuilder.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -41,9 +42,7 @@ void Require(bool isTrue, const char* what) {
 // --- The pieces of work, each on files and objects of its own -------------------------------------------
 
 std::string MailHeader(int number = 1) {
-  return "From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nFrom: Anna <anna@example.org>\r\n"
-         "Date: Sun, 09 May 2010 14:30:05 +0200\r\nSubject: many\r\nMessage-ID: <" +
-         std::to_string(number) + "@example.org>\r\n";
+  return OrdinaryMail{.id = std::to_string(number)}.Head();
 }
 
 struct MailFolder {

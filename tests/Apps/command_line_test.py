@@ -17,12 +17,7 @@ import unittest
 import unittest.mock
 import urllib.parse
 
-from program_case import INBOX, LOCAL, ProgramCase, file_size_limit, tree_bytes
-
-
-def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
-    return (b"From - x\r\n" + status + b"Date: Mon, 12 Jan 2026 08:15:28 +0100\r\nMessage-ID: <" + subject +
-            b"@x>\r\nSubject: " + subject + b"\r\n" + headers + b"\r\n" + body + b"\r\n")
+from program_case import INBOX, LOCAL, ProgramCase, file_size_limit, mail, tree_bytes
 
 
 def mail_of_files(subject, *files):

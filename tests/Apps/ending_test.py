@@ -12,7 +12,7 @@ import subprocess
 import time
 import unittest
 
-from program_case import ProgramCase
+from program_case import ProgramCase, mail
 
 MARKER = ".in-use"
 BOX = "thunderbird://./S/Box/-"
@@ -20,10 +20,7 @@ PATIENCE = 30  # seconds for what takes a fraction of one on a machine with noth
 
 
 def mails(count):
-    return "".join(f"From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nFrom: Anna <anna@example.org>\r\n"
-                   f"Date: Sun, 09 May 2010 14:30:05 +0200\r\nSubject: mail {number}\r\n"
-                   f"Message-ID: <{number}@example.org>\r\n\r\nHallo {number}\r\n\r\n"
-                   for number in range(count)).encode()
+    return b"".join(mail(b"mail %d" % number, body=b"Hallo %d\r\n" % number) for number in range(count))
 
 
 class Ending(ProgramCase):

@@ -20,7 +20,7 @@ import subprocess
 import time
 import unittest
 
-from program_case import INBOX, LOCAL, ProgramCase, file_size_limit
+from program_case import INBOX, LOCAL, ProgramCase, file_size_limit, mail
 
 SUM = re.compile(r"found (\d+) = (imported|delivered) (\d+)(?: \+ already there \d+)? \+ expunged (\d+) "
                  r"\+ failed (\d+)(?:, not marked as deleted \d+)?$", re.M)
@@ -29,16 +29,15 @@ INDEX_BAR = re.compile(rb"\[#* *\] +\d+\.\d %  .*Index ")
 ATTACHMENT = bytes(range(256)) * 20
 
 
-def mail(number, attachment=b""):
-    head = (f"From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nX-Mozilla-Status2: 00000000\r\n"
-            f"Date: Sun, 09 May 2010 14:30:05 +0200\r\nFrom: Anna <anna@example.org>\r\nSubject: mail {number}\r\n"
-            f"Message-ID: <{number}@example.org>\r\n")
+def numbered_mail(number, attachment=b""):
+    subject = b"mail %d" % number
     if not attachment:
-        return f"{head}\r\nHallo {number}\r\n\r\n".encode()
+        return mail(subject, body=b"Hallo %d\r\n" % number)
     data = base64.encodebytes(attachment).replace(b"\n", b"\r\n")
-    return (f"{head}Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nHallo\r\n"
-            f"--b\r\nContent-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
-            f"Content-Disposition: attachment; filename=\"a{number}.bin\"\r\n\r\n").encode() + data + b"--b--\r\n\r\n"
+    return mail(subject, b"Content-Type: multipart/mixed; boundary=b\r\n",
+                b"--b\r\nContent-Type: text/plain\r\n\r\nHallo\r\n"
+                b"--b\r\nContent-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
+                b"Content-Disposition: attachment; filename=\"a%d.bin\"\r\n\r\n" % number + data + b"--b--\r\n")
 
 
 def has_attachment(number):
@@ -46,7 +45,7 @@ def has_attachment(number):
 
 
 def usual_mail(number):
-    return mail(number, ATTACHMENT if has_attachment(number) else b"")
+    return numbered_mail(number, ATTACHMENT if has_attachment(number) else b"")
 
 
 class ImportFaults(ProgramCase):
@@ -72,7 +71,7 @@ class ImportFaults(ProgramCase):
     def fill_with_a_large_one(self, path=None):
         """Three mails, the last of which has an attachment of two megabytes."""
         self.fill(2, path)
-        self.mails.append(mail(2, ATTACHMENT * 400))
+        self.mails.append(numbered_mail(2, ATTACHMENT * 400))
         self.path.write_bytes(b"".join(self.mails))
 
     def importing(self, *arguments, move=True):

@@ -15,6 +15,12 @@ INBOX = "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox"
 LOCAL = "thunderbird://default/Local Folders"
 
 
+def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
+    """A mail as it stands in a mailbox, known by its subject, which is in its ID, too."""
+    return (b"From - x\r\n" + status + b"Date: Mon, 12 Jan 2026 08:15:28 +0100\r\nMessage-ID: <" + subject +
+            b"@x>\r\nSubject: " + subject + b"\r\n" + headers + b"\r\n" + body + b"\r\n")
+
+
 def tree_bytes(folder):
     return {str(path.relative_to(folder)): path.read_bytes() for path in sorted(folder.rglob("*")) if path.is_file()}
 

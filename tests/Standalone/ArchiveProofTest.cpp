@@ -10,6 +10,7 @@
 #include "Standalone/Archive.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/MovingImport.h"
+#include "Support/MailboxBuilder.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
@@ -42,9 +43,7 @@ class ArchiveProofTest : public testing::Test {
   ArchiveProofTest() { NoThunderbirdCheck() = false; }
 
   static std::string MailOf(const std::string& subject, char status) {
-    return "From - Sun May 09 14:30:00 2010\r\nX-Mozilla-Status: 000" + std::string(1, status) +
-           "\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: " + subject + "\r\nMessage-ID: <" +
-           subject + "@x>\r\n\r\ntext\r\n\r\n";
+    return OrdinaryMail{.subject = subject, .id = subject, .status = std::string("000") + status}.Bytes();
   }
   static std::string Mailbox(char status) { return MailOf("one", status) + MailOf("two", status); }
 

@@ -17,17 +17,12 @@
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/MovingImport.h"
 #include "Support/DiskOperations.h"
+#include "Support/MailboxBuilder.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 
 namespace vorlent {
 namespace {
-
-std::string Headers(const std::string& subject, char status) {
-  return "From - Sun May 09 14:30:00 2010\r\nX-Mozilla-Status: 000" + std::string(1, status) +
-         "\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: " + subject + "\r\nMessage-ID: <" + subject +
-         "@x>\r\n";
-}
 
 // The mails of the mailbox: its bytes up to the digit that marks it as deleted, and those after that.
 struct Part {
@@ -42,9 +37,9 @@ struct TestMail {
 
 const std::vector<TestMail>& LivingMails() {
   static const std::vector<TestMail> mails = [] {
-    const std::string plain = Headers("plain", '1') + "\r\nHallo\r\n\r\n";
+    const std::string plain = OrdinaryMail{.subject = "plain", .id = "plain"}.Bytes();
     const std::string page(9000, 'x');
-    const std::string attached = Headers("attached", '1') +
+    const std::string attached = OrdinaryMail{.subject = "attached", .id = "attached"}.Head() +
                                  "Content-Type: multipart/mixed; boundary=b\r\n\r\n"
                                  "--b\r\nContent-Type: text/html\r\n\r\n<p>" +
                                  page +
@@ -65,7 +60,7 @@ class ImportFaultsTest : public testing::Test {
 
   // The mailbox with the marks of the living mails, in order.
   static std::string MailboxWith(const std::vector<bool>& marked) {
-    std::string text = Headers("gone", '9') + "\r\ngone\r\n\r\n";
+    std::string text = OrdinaryMail{.subject = "gone", .id = "gone", .status = "0009"}.Bytes();
     for (std::size_t i = 0; i < LivingMails().size(); ++i) {
       std::string mail = LivingMails()[i].text;
       if (marked[i]) mail[mail.find("Status: 0001") + 11] = '9';
@@ -121,7 +116,7 @@ class ImportFaultsTest : public testing::Test {
     const std::string inbox = folder_.Read("Inbox");
     std::vector<bool> marked;
     for (const TestMail& mail : LivingMails())
-      marked.push_back(inbox.find("Status: 0009\r\n" + mail.text.substr(mail.text.find("Date:"))) !=
+      marked.push_back(inbox.find("Status: 0009\r\n" + mail.text.substr(mail.text.find("Message-ID:"))) !=
                        std::string::npos);
     EXPECT_EQ(inbox, MailboxWith(marked));
     for (std::size_t i = 0; i < marked.size(); ++i) {

@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "Standalone/Chance.h"
+#include "Support/MailboxBuilder.h"
 
 namespace vorlent {
 
@@ -101,7 +102,7 @@ class MailWriter {
   std::string Head(std::string_view more) {
     const std::string status = kind_ == Kind::WithoutStatus ? "" : Status();
     const bool statusFirst = !chance_.OneIn(4);
-    std::string head = "From - Sun May 09 14:30:05 2010\r\n";
+    std::string head = kSeparatorLine;
     if (statusFirst) head += status;
     head +=
         "Received: from a by b\r\nDate: Sun, 09 May 2010 14:30:05 +0200\r\nFrom: Anna <anna@example.org>\r\n";
@@ -284,11 +285,11 @@ MadeMail MailMaker::Make(std::uint64_t number) const {
 }
 
 std::string MailMaker::MakeFiller(std::uint64_t number, std::size_t size) const {
-  const std::string head = "From - Sun May 09 14:30:05 2010\r\nX-Mozilla-Status: 0001\r\nSubject: filler " +
-                           std::to_string(number) + "\r\n\r\n";
-  constexpr std::string_view kEnd = "\r\n\r\n";
-  if (size < head.size() + kEnd.size()) return {};
-  return head + std::string(size - head.size() - kEnd.size(), 'f') + std::string(kEnd);
+  OrdinaryMail filler = {.subject = "filler " + std::to_string(number), .id = {}, .body = "\r\n"};
+  const std::size_t least = filler.Bytes().size();
+  if (size < least) return {};
+  filler.body.insert(0, size - least, 'f');
+  return filler.Bytes();
 }
 
 std::vector<std::string> MailMaker::FilesOf(std::string_view mail) const {

@@ -26,6 +26,7 @@
 #include "Platform/Settings.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/StandaloneHost.h"
+#include "Support/MailboxBuilder.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
@@ -117,11 +118,8 @@ class WizardAppTest : public testing::Test {
   // A mailbox of so many mails.
   std::string ManyMails(int count) {
     std::string bytes;
-    for (int i = 1; i <= count; ++i) {
-      bytes +=
-          "From - x\r\nX-Mozilla-Status: 0001\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: mail " +
-          std::to_string(i) + "\r\nMessage-ID: <" + std::to_string(i) + "@x>\r\n\r\ntext\r\n\r\n";
-    }
+    for (int i = 1; i <= count; ++i)
+      bytes += OrdinaryMail{.subject = "mail " + std::to_string(i), .id = std::to_string(i)}.Bytes();
     folder.Write("many", bytes);
     return folder.Native("many").string();
   }
@@ -302,8 +300,7 @@ TEST_F(WizardAppTest, ResultTellsHowManyMailsWereInTheArchiveAlready) {
     return sum;
   };
   EXPECT_EQ(importBox(), "1 Mails importiert.");
-  folder.Write("many",
-               "From - x\r\nX-Mozilla-Status: 0001\r\nSubject: new\r\n\r\n\r\n" + folder.Read("many"));
+  folder.Write("many", OrdinaryMail{.subject = "new", .id = "new"}.Bytes() + folder.Read("many"));
   EXPECT_EQ(importBox(), "1 Mails importiert, 1 war schon im Archiv.");
   EXPECT_EQ(importBox(), "0 Mails importiert, 2 waren schon im Archiv.");
   EXPECT_THAT(Archived(), ElementsAre("mail 1", "new"));

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/MailboxBuilder.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/TemporaryFolder.h"
@@ -84,8 +85,7 @@ class AutoTopicsTest : public ActionsTest {
     host.Log.OnCall = [this, text](const std::string& line) {
       if (line.find(".SetConnected(false)") != std::string::npos) host.Items.back()->Full = text;
     };
-    host.Dialogs.WizardAnswer =
-        "target Archiv\nimport " + folder.Write("Inbox", "From - x\r\nSubject: s\r\n\r\ntext\r\n");
+    host.Dialogs.WizardAnswer = "target Archiv\nimport " + folder.Write("Inbox", OrdinaryMail().Bytes());
     actions.execute("importmails");
     std::vector<std::string> keywords;
     for (const std::string& line : host.Log.Lines()) {

@@ -11,6 +11,7 @@
 #include "Platform/Rules.h"
 #include "Support/DiskOperations.h"
 #include "Support/Lines.h"
+#include "Support/MailboxBuilder.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/RecordingRunObserver.h"
@@ -27,11 +28,9 @@ using testing::IsEmpty;
 
 // A mail of exactly `size` bytes.
 std::string Mail(const std::string& subject, std::size_t size = 250, const std::string& status = "0001") {
-  std::string mail = "From - Sun May 09 14:30:00 2010\r\nX-Mozilla-Status: " + status +
-                     "\r\nDate: Sun, 09 May 2010 14:30:00 +0200\r\nSubject: " + subject +
-                     "\r\nMessage-ID: <" + subject + "@x>\r\n\r\n";
-  const std::string end = "\r\n\r\n";
-  return mail + std::string(size - mail.size() - end.size(), '.') + end;
+  OrdinaryMail mail = {.subject = subject, .id = subject, .status = status, .body = "\r\n"};
+  mail.body.insert(0, size - mail.Bytes().size(), '.');
+  return mail.Bytes();
 }
 
 // One that takes many reads.
@@ -249,7 +248,7 @@ TEST_F(ImportRunTest, RecordOfTheMailGoesToTheTarget) {
   Replace(keywords, "\\", ",");
   EXPECT_THAT(host.Items[0]->Record,
               testing::AllOf(testing::StartsWith(
-                                 "ID=20100509143000-one@x|Type=mail|Text=one|Keywords=" + keywords + ",k|"),
+                                 "ID=20100509143005-one@x|Type=mail|Text=one|Keywords=" + keywords + ",k|"),
                              testing::HasSubstr("|DataSize="), testing::HasSubstr("|DataFile="),
                              testing::EndsWith("|Owner=anna|Log=20100509143005"),
                              testing::Not(testing::HasSubstr("_SourceFile"))));

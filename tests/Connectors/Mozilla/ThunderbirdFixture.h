@@ -12,19 +12,16 @@
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Connectors/Mozilla/ThunderbirdTree.h"
 #include "Support/Lines.h"
+#include "Support/MailboxBuilder.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/RecordingRunObserver.h"
 
 namespace vorlent {
 
-inline const std::string kSeparatorLine = "From - Sun May 09 14:30:05 2010\r\n";
-
 // A mail as it stands in a mailbox, read and dated 09.05.2010 14:30:05.
 inline std::string MailOf(const std::string& id, const std::string& subject = "S") {
-  return kSeparatorLine + "X-Mozilla-Status: 0001\r\nMessage-ID: <" + id +
-         "@x>\r\nDate: Sun, 9 May 2010 14:30:05 +0200\r\nFrom: a@b.c\r\nTo: d@e.f\r\nSubject: " + subject +
-         "\r\n\r\nText of " + id + "\r\n\r\n";
+  return OrdinaryMail{.subject = subject, .id = id, .body = "Text of " + id + "\r\n"}.Bytes();
 }
 
 // The status digit of a mail in a mailbox.
