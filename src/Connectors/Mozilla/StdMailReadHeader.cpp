@@ -33,6 +33,7 @@ class StdMail::HeaderReader {
   bool FindMail();
   bool TakeSearchLine();
   bool ReadHeaderBlock();
+  void BeginHeaderBlock();
   // Raises Overflow where the mailbox is too large.
   void RequirePlaceInRange() const { ToInt32(lines_.Position()); }
   void TakeHeaderLine(std::string_view line);
@@ -145,20 +146,10 @@ bool StdMail::HeaderReader::TakeSearchLine() {
 
 // Reads the header block after the line at hand. False for an expunged mail.
 bool StdMail::HeaderReader::ReadHeaderBlock() {
-  ledger_.offset = start_ - 1;
-  mail_.readCount_ = CountedLength(line_);
-  bool lastLineEmpty = line_.empty();
-  if (save_) {
-    mail_.AddTempfile(TempPath("mail.eml"));
-    mailFile_ = TextWriter(TempPath("mail.eml"), os::File::Mode::Create);
-    mailFile_.WriteLine(line_);
-  }
-  mail_.headers_ = std::make_shared<TextList>();
-  mail_.headers_->Add(std::string(line_));
+  BeginHeaderBlock();
   HeaderBlockHash hash;
   hash.Add(line_);
-  expunged_ = false;
-  key_.clear();
+  bool lastLineEmpty = line_.empty();
   // A mailbox may end with a separator line; the stream is closed then, and the mail has no more than that.
   while (!expunged_ && !lines_.AtEnd()) {
     RequirePlaceInRange();
@@ -178,6 +169,21 @@ bool StdMail::HeaderReader::ReadHeaderBlock() {
     mail_.readMails_.Add(ledger_.offset, hash.End(lastLineEmpty));
   }
   return !expunged_;
+}
+
+// Takes the line at hand, with which the mail begins.
+void StdMail::HeaderReader::BeginHeaderBlock() {
+  ledger_.offset = start_ - 1;
+  mail_.readCount_ = CountedLength(line_);
+  if (save_) {
+    mail_.AddTempfile(TempPath("mail.eml"));
+    mailFile_ = TextWriter(TempPath("mail.eml"), os::File::Mode::Create);
+    mailFile_.WriteLine(line_);
+  }
+  mail_.headers_ = std::make_shared<TextList>();
+  mail_.headers_->Add(std::string(line_));
+  expunged_ = false;
+  key_.clear();
 }
 
 void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {

@@ -193,6 +193,33 @@ TEST_F(LocationThunderbirdPumpTest, RunStartsAnewInTheMiddleOfAnother) {
   EXPECT_EQ(Stream().size(), 2U);
 }
 
+TEST_F(LocationThunderbirdPumpTest, RunGoesOnWhereANewOneCannotBegin) {
+  AddBox("Inbox", {"1", "2"});
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  EXPECT_THAT(Next(), testing::HasSubstr("-1@x|"));
+  host.Log.FailOn("Global.Report(29,");
+  EXPECT_THROW(connector->SourceInit(nullptr, false), Failure);
+  EXPECT_THAT(Next(), testing::HasSubstr("-2@x|"));
+  EXPECT_EQ(Next(), "end");
+}
+
+TEST_F(LocationThunderbirdPumpTest, HeaderThatIsNoOffsetFailsWhenItsMailIsMarked) {
+  std::string mail = MailOf("1");
+  mail.insert(mail.find("Subject"), "Address: 3000000000\r\n");
+  tree.AddMailbox("p", "a", "Inbox", mail);
+  Prepare("thunderbird://p/a");
+  connector->SourceInit(nullptr, false);
+  Next();
+  connector->SourceDelete();
+  try {
+    Next();
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_TRUE(failure.Is(ErrorNumber::Overflow));
+  }
+}
+
 TEST_F(LocationThunderbirdPumpTest, NothingCanBeFetchedBeforeTheFirstRun) {
   AddBox("Inbox", {"1"});
   Prepare("thunderbird://p/a");

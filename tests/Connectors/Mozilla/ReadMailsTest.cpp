@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include "Common/LineFile.h"
+#include "Support/MailboxBuilder.h"
+#include "Support/TemporaryFolder.h"
+
 namespace vorlent {
 namespace {
 
@@ -56,6 +60,47 @@ TEST(HeaderBlockHashTest, LinesAreToldApart) {
   EXPECT_NE(HashOf({"From - x", "A: 1"}), HashOf({"From - x"}));
   EXPECT_NE(HashOf({"From - x", "A: 1", "B: 2"}), HashOf({"From - x", "B: 2", "A: 1"}));
   EXPECT_NE(HashOf({"From - x"}), HashOf({"From - x"}, false));
+}
+
+// --- Whether a mail still stands
+
+class StandingMailTest : public testing::Test {
+ protected:
+  // Whether the mail that was read at 0, with this header block, stands in a mailbox.
+  bool StandsIn(std::string_view mailbox) {
+    LineFile file(folder_.Write("Inbox", Crlf(mailbox)), os::File::Mode::Read);
+    return mails_.StillStands(file, 0);
+  }
+
+  TemporaryFolder folder_;
+  ReadMails mails_;
+};
+
+TEST_F(StandingMailTest, MailStandsByItsHeaderBlockButForWhatTheMailClientChanges) {
+  mails_.Add(0, HashOf({"From - x", "X-Mozilla-Status: 0001", "A: 1"}));
+  EXPECT_TRUE(StandsIn("From - x\nX-Mozilla-Status: 0009\nA: 1\n\nany body\n"));
+  EXPECT_FALSE(StandsIn("From - x\nX-Mozilla-Status: 0001\nA: 2\n\n"));
+  EXPECT_FALSE(StandsIn("From - x\nX-Mozilla-Status: 0001\nA: 1\n"));
+  EXPECT_FALSE(StandsIn(""));
+}
+
+TEST_F(StandingMailTest, LastMailThatHasGrownIsAnother) {
+  mails_.Add(0, HashOf({"From - x"}));
+  const std::string read = "From - x\n\nbody\n";
+  for (const bool endsWithEmptyLine : {false, true}) {
+    const std::string end = endsWithEmptyLine ? "\n" : "";
+    mails_.NoteLast({0, Crlf("body\n" + end).size(), endsWithEmptyLine});
+    EXPECT_TRUE(StandsIn(read + end));
+    EXPECT_TRUE(StandsIn(read + end + "\n"));
+    EXPECT_TRUE(StandsIn(read + end + (endsWithEmptyLine ? "" : "\n") + "From - y\n\nnext\n"));
+    EXPECT_FALSE(StandsIn(read + end + "more\n"));
+    EXPECT_FALSE(StandsIn(read + end + "\nmore\n"));
+    // Without an empty line before it that is a line of the body.
+    EXPECT_EQ(StandsIn(read + end + "From - y\n"), endsWithEmptyLine);
+  }
+  // Read anew, it is the last one no more.
+  mails_.Add(0, HashOf({"From - x"}));
+  EXPECT_TRUE(StandsIn(read + "more\n"));
 }
 
 }  // namespace
