@@ -1,5 +1,7 @@
 #include "Connectors/Mozilla/MailLines.h"
 
+#include <utility>
+
 namespace vorlent {
 
 // --- Stores of lines
@@ -7,6 +9,15 @@ namespace vorlent {
 void MailLines::Store::Add(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength) {
   text += line;
   lines.push_back({text.size(), position, lineEndLength});
+}
+
+void MailLines::Store::AddAsText(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength) {
+  for (std::size_t end = line.find('\n'); end != std::string_view::npos; end = line.find('\n')) {
+    Add(line.substr(0, end), position, 1);
+    line.remove_prefix(end + 1);
+    position += end + 1;
+  }
+  Add(line, position, lineEndLength);
 }
 
 void MailLines::Store::Clear() {
@@ -50,37 +61,30 @@ std::string_view MailLines::Hold() {
 
 void MailLines::PutBack() {
   Hold();
-  DropReadAgain();
-  again_.Add(line_, position_, lineEndLength_);
+  first_.Add(line_, position_, lineEndLength_);
+  LetComeAgain();
 }
 
 void MailLines::PutBackAsText() {
   Hold();
-  DropReadAgain();
-  AddAsText(line_, position_, lineEndLength_);
+  first_.AddAsText(line_, position_, lineEndLength_);
+  LetComeAgain();
 }
 
 void MailLines::PutBackKept() {
-  DropReadAgain();
   for (std::size_t i = 0; i < kept_.lines.size(); ++i)
-    AddAsText(kept_.At(i), kept_.lines[i].position, kept_.lines[i].lineEndLength);
+    first_.AddAsText(kept_.At(i), kept_.lines[i].position, kept_.lines[i].lineEndLength);
   kept_.Clear();
+  LetComeAgain();
 }
 
-// Gives up the lines that have come again, once all have.
-void MailLines::DropReadAgain() {
-  if (HasPutBack()) return;
-  again_.Clear();
+// Puts first_ in front of what was put back before and hasn't come again yet.
+void MailLines::LetComeAgain() {
+  for (; HasPutBack(); ++next_)
+    first_.Add(again_.At(next_), again_.lines[next_].position, again_.lines[next_].lineEndLength);
+  std::swap(again_, first_);
+  first_.Clear();
   next_ = 0;
-}
-
-void MailLines::AddAsText(std::string_view text, std::uint64_t position, std::uint32_t lineEndLength) {
-  for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
-    again_.Add(text.substr(0, end), position, 1);
-    text.remove_prefix(end + 1);
-    position += end + 1;
-  }
-  again_.Add(text, position, lineEndLength);
 }
 
 }  // namespace vorlent

@@ -12,7 +12,7 @@
 namespace vorlent {
 
 // Reads a mailbox from front to back, by the line rule in force when it is opened, and takes back what was
-// read too far: such lines come again before those of the file.
+// read too far: such lines come again before all others.
 //
 // The line read last is valid until the next Read, Open, Seek or Close, and until lines are put back; what
 // Hold gave, until then, whatever is read meanwhile. No line costs an allocation: its text lies in the
@@ -78,14 +78,14 @@ class MailLines {
     std::vector<Line> lines;
 
     void Add(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength);
+    void AddAsText(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength);
     void Clear();
     std::string_view At(std::size_t index) const;
   };
 
   bool HasPutBack() const { return next_ < again_.lines.size(); }
   std::string_view ReadAgain();
-  void DropReadAgain();
-  void AddAsText(std::string_view text, std::uint64_t position, std::uint32_t lineEndLength);
+  void LetComeAgain();
 
   LineFile file_;
   std::string_view line_;  // the line read last, and what is known of it
@@ -93,6 +93,7 @@ class MailLines {
   std::uint32_t lineEndLength_ = 0;
   std::string held_;
   Store kept_;
+  Store first_;           // lines that are about to be put back
   Store again_;           // lines put back
   std::size_t next_ = 0;  // the next of them
 };

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -158,6 +159,35 @@ TEST_F(MailLinesTest, LineThatIsHeldStaysValidAndThoseThatWereKeptComeAgain) {
   EXPECT_THAT(positions, ElementsAre(7U, 10U, 12U, 17U));
 }
 
+TEST_F(MailLinesTest, LineEndsOfLinesThatComeAgainCountForWhatTheyAre) {
+  const ScopedRules rules(Rules::Today());
+  Open("a\r\nb\nc");
+  std::vector<std::uint32_t> lengths;
+  while (!lines_.AtEnd()) {
+    lines_.Read();
+    lines_.Keep();
+  }
+  lines_.PutBackKept();
+  while (!lines_.AtEnd()) {
+    lines_.Read();
+    lengths.push_back(lines_.LineEndLength());
+  }
+  EXPECT_THAT(lengths, ElementsAre(2U, 1U, 0U));
+}
+
+TEST_F(MailLinesTest, LinePutBackComesBeforeThoseThatWerePutBackEarlier) {
+  Open("a\r\nb\r\nc\r\nd\r\n");
+  for (int i = 0; i < 3; ++i) {
+    lines_.Read();
+    lines_.Keep();
+  }
+  lines_.PutBackKept();
+  lines_.Read();
+  lines_.PutBack();
+  EXPECT_EQ(lines_.Position(), 1U);
+  EXPECT_THAT(Rest(), ElementsAre("a", "b", "c", "d"));
+}
+
 TEST_F(MailLinesTest, LinesThatComeAgainCanBeKeptAgain) {
   Open("a\r\nb\r\nc\r\nd\r\n");
   for (int round = 0; round < 3; ++round) {
@@ -237,13 +267,14 @@ TEST_F(MailLinesTest, EachLineUsesTheMemoryOfTheOnesBefore) {
   lines_.Read();
   const char* const held = lines_.Hold().data();
   lines_.PutBack();
-  const char* const again = lines_.Read().data();
+  std::set<const char*> again;
   while (!lines_.AtEnd()) {
     lines_.Read();
     EXPECT_EQ(lines_.Hold().data(), held);
     lines_.PutBack();
-    EXPECT_EQ(lines_.Read().data(), again);
+    again.insert(lines_.Read().data());
   }
+  EXPECT_LE(again.size(), 2U);
 }
 
 // --- A disk that refuses
