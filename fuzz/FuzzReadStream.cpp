@@ -50,6 +50,7 @@ void Delete(const FuzzMailbox& mailbox, std::int32_t offset) {
 
 void ReadAndDelete(std::string_view input) {
   if (input.size() < 3) return;
+  // NOLINTNEXTLINE(bugprone-signed-char-misuse): negative ones too
   const auto saveflag = static_cast<std::int16_t>(static_cast<signed char>(input[0]));
   const std::int32_t offset =
       static_cast<unsigned char>(input[1]) * 256 + static_cast<unsigned char>(input[2]);

@@ -6,7 +6,7 @@
 runPackages=(g++ cmake ninja-build libsqlite3-dev libcli11-dev libfmt-dev nlohmann-json3-dev qt6-base-dev \
   qt6-translations-l10n)
 testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 sqlite3 tzdata pkgconf binutils man-db zsh fish)
-ciPackages=("${testPackages[@]}" clang clang-tidy clang-format libclang-rt-14-dev xvfb git g++-mingw-w64-x86-64-posix \
+ciPackages=("${testPackages[@]}" clang clang-tidy-16 clang-format libclang-rt-14-dev xvfb git g++-mingw-w64-x86-64-posix \
   shellcheck flake8 mmdebstrap thunderbird firefox-esr)
 
 need() {

@@ -39,10 +39,10 @@ bool qzelSQLite::execute(const std::string& sql) {
   if (number_of_rows_from_last_call() <= 0) return true;
 
   const SqliteTable& table = result->table;
-  for (std::int16_t column = 0; column < table.ColumnCount(); ++column) {
+  for (std::int32_t column = 0; column < table.ColumnCount(); ++column) {
     columns_->Add(std::string(table.Text(0, column)));
   }
-  for (std::int16_t column = 0; column < table.ColumnCount(); ++column) {
+  for (std::int32_t column = 0; column < table.ColumnCount(); ++column) {
     result->columns.Add(column, table.Text(0, column));
   }
   for (std::int32_t row = 1; row < table.RowCount(); ++row) {

@@ -198,6 +198,7 @@ std::shared_ptr<ArchiveContent> ArchiveItem::Content() const {
 
 std::vector<StoredFile> ArchiveItem::StoredFiles() const {
   std::vector<StoredFile> stored;
+  stored.reserve(files_.size());
   for (const auto& [key, file] : files_) {
     stored.push_back({key, file.name, file.state == File::State::Missing});
   }

@@ -180,7 +180,7 @@ TEST(KeyedList, MovedFromListsAreEmpty) {
   list.Remove(2);
   const KeyedList<int> moved = std::move(list);
   // What is left is an empty list like any other.
-  EXPECT_EQ(list.Count(), 0);
+  EXPECT_EQ(list.Count(), 0);  // NOLINT(bugprone-use-after-move)
   list.Add(7, "one");
   EXPECT_EQ(Entries(list), "7:one");
   EXPECT_EQ(list.Item("one"), 7);

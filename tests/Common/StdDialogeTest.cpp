@@ -135,7 +135,7 @@ TEST_F(ShowFileDialogTest, WithoutAFolderTheWholePathComes) {
 
 TEST_F(ShowFileDialogTest, ChoiceEndsAtItsFirstZero) {
   FileDialogAnswer answer = RecordingPlatform::Chosen("D:\\a\\b");
-  answer.nameBuffer += "rest\0rest";
+  answer.nameBuffer += std::string_view("rest\0rest", 9);
   platform_->fileDialogAnswers = {answer};
   std::string folder = "x";
   EXPECT_EQ(Show(folder, "", 0), "b");

@@ -115,7 +115,7 @@ TEST_F(TextWriterTest, MovedWriterGoesOnWhereItStood) {
   TextWriter first = Open();
   first.WriteLine("a");
   TextWriter second(std::move(first));
-  EXPECT_FALSE(first.IsOpen());
+  EXPECT_FALSE(first.IsOpen());  // NOLINT(bugprone-use-after-move)
   EXPECT_EQ(second.Path(), folder_.Path("file"));
   second.WriteLine("b");
   first = std::move(second);

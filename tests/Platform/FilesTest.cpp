@@ -227,7 +227,7 @@ TEST_F(FilesTest, MovedFileIsClosedInItsOldPlace) {
   folder_.Write("f", "abc");
   File first = File::Open(folder_.Path("f"), File::Mode::Read);
   File second = std::move(first);
-  EXPECT_FALSE(first.IsOpen());
+  EXPECT_FALSE(first.IsOpen());  // NOLINT(bugprone-use-after-move)
   EXPECT_TRUE(second.IsOpen());
   EXPECT_EQ(second.Path(), folder_.Path("f"));
   EXPECT_EQ(ReadAll(second), "abc");

@@ -299,6 +299,7 @@ std::vector<std::string> MailMaker::FilesOf(std::string_view mail) const {
     const MadeMail made = Make(number);
     if (Comparable(made.bytes) == comparable) {
       std::vector<std::string> files;
+      files.reserve(made.files.size());
       for (const std::string& file : made.files)
         files.push_back(Comparable(file));
       return files;

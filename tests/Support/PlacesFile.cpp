@@ -35,7 +35,7 @@ PlacesFile::PlacesFile(const std::filesystem::path& native) : SqliteFile(native)
   Run(kSchema);
 }
 
-PlacesFile::~PlacesFile() {
+PlacesFile::~PlacesFile() {  // NOLINT(bugprone-exception-escape): ends the test
   Commit();
 }
 

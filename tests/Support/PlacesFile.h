@@ -21,7 +21,7 @@ class PlacesFile : public SqliteFile {
   static constexpr std::int64_t kChanged = 1273415405654321;  // 2010-05-09 14:30:05 UTC
 
   explicit PlacesFile(const std::filesystem::path& native);
-  ~PlacesFile();
+  ~PlacesFile();  // NOLINT(bugprone-exception-escape): ends the test
 
   // Each adds a row and returns its id, from 1. The root row is the first folder, with parent 0.
   std::int64_t AddFolder(std::int64_t parent, const Text& title);

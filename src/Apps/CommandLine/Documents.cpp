@@ -142,6 +142,7 @@ std::string Quoted(std::string_view text) {
 // The words that may follow: the names of commands and options.
 std::string Words(const Command& command) {
   std::vector<std::string> words;
+  words.reserve(command.commands.size());
   for (const Command& child : command.commands)
     words.push_back(child.name);
   for (const Argument& argument : command.arguments)

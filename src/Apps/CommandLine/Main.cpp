@@ -115,6 +115,6 @@ int Main(int argc, char** argv) {
 
 }  // namespace vorlent::app
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape): ends the program
   return vorlent::app::Main(argc, argv);
 }

@@ -25,6 +25,7 @@ std::vector<StandaloneItemPtr> Find(Archive& archive, const SearchOptions& optio
 // By these numbers an item is found again, whatever was searched for.
 std::vector<std::int32_t> NumbersOf(Archive& archive, const std::vector<StandaloneItemPtr>& items) {
   std::vector<std::int32_t> numbers;
+  numbers.reserve(items.size());
   for (const StandaloneItemPtr& item : items)
     numbers.push_back(archive.PositionOf(dynamic_cast<const ArchiveItem&>(*item)));
   return numbers;

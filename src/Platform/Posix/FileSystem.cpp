@@ -188,7 +188,10 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
     const bool isFolder = IsFolder(listing.get(), *entry);
     if (IsShown(entry->d_name, isFolder, attributes)) {
       std::string name = ToWindowsName(entry->d_name);
-      if (NameMatches(name, pattern)) found.push_back({NameKey(name), {std::move(name), isFolder}});
+      if (NameMatches(name, pattern)) {
+        std::string key = NameKey(name);
+        found.emplace_back(std::move(key), FolderEntry{std::move(name), isFolder});
+      }
     }
     errno = 0;
   }

@@ -79,7 +79,7 @@ class ImportRunTest : public testing::Test {
 
   // Acts in front of the n-th paste.
   void OnPaste(int nth, std::function<void()> action) {
-    host.Log.OnCall = [this, nth, action = std::move(action), pastes = 0](const std::string& line) mutable {
+    host.Log.OnCall = [nth, action = std::move(action), pastes = 0](const std::string& line) mutable {
       if (line.starts_with("Location(\"Archiv\").PasteRecord") && ++pastes == nth) action();
     };
   }
