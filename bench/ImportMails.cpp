@@ -5,6 +5,8 @@
 //   bench_ImportMails --growth [--mails N] [--runs N]
 //                                              cost per mail as an archive grows, copied and moved (100000)
 //   bench_ImportMails --memory [--size MB]     peak memory of the stream (1024)
+//
+// --quick before them makes it 32 MB, 10000 mails and 64 MB, with wider bounds.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -26,8 +28,9 @@
 namespace vorlent {
 namespace {
 
-constexpr double kRequiredOfSplitting = 0.5;
-constexpr double kAllowedGrowth = 1.3;
+constexpr Bound kAttachmentsOfSplitting = {0.5, 0.6};
+constexpr Bound kTextOfSplitting = {0.5, 0.38};
+constexpr Bound kAllowedGrowth = {1.3, 1.8};
 constexpr double kAllowedMemoryGrowthMegabytes = 2;
 constexpr std::uint64_t kSmallMailbox = 8 * 1024 * 1024;
 
@@ -127,7 +130,7 @@ struct Times {
   }
 };
 
-bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int runs) {
+bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int runs, double required) {
   Bench bench;
   const int mails = bench.Generate(kind, size);
   Times splitting, importing;
@@ -152,13 +155,13 @@ bool MeasureSpeed(const char* title, MailboxKind kind, std::uint64_t size, int r
   std::printf("  first search after it    %6.1f microseconds per mail, once\n",
               search.processor * 1e6 / mails);
   const double ratio = RatioOf(splitting.processor, importing.processor);
-  const bool reached = ratio >= kRequiredOfSplitting;
+  const bool reached = ratio >= required;
   std::printf("  import has %.2f of the speed of splitting (wall %.2f), required %.2f: %s\n\n", ratio,
-              RatioOf(splitting.wall, importing.wall), kRequiredOfSplitting, reached ? "ok" : "MISSED");
+              RatioOf(splitting.wall, importing.wall), required, reached ? "ok" : "MISSED");
   return reached;
 }
 
-bool MeasureGrowth(const char* title, std::size_t mails, bool move, int runs) {
+bool MeasureGrowth(const char* title, std::size_t mails, bool move, int runs, double allowed) {
   Bench bench;
   Times times;
   std::vector<std::vector<double>> tenths(10);
@@ -177,8 +180,8 @@ bool MeasureGrowth(const char* title, std::size_t mails, bool move, int runs) {
   for (const std::vector<double>& tenth : tenths)
     std::printf(" %.0f", MedianOf(tenth) * 10e6 / static_cast<double>(mails));
   const double growth = RatioOf(tenths.back(), tenths.front());
-  const bool kept = growth <= kAllowedGrowth;
-  std::printf("\n  the last tenth costs %.2f of the first, allowed %.2f: %s\n\n", growth, kAllowedGrowth,
+  const bool kept = growth <= allowed;
+  std::printf("\n  the last tenth costs %.2f of the first, allowed %.2f: %s\n\n", growth, allowed,
               kept ? "ok" : "MISSED");
   return kept;
 }
@@ -218,12 +221,15 @@ bool MeasureMemory(const char* title, MailboxKind kind, std::uint64_t size) {
 int Main(int argc, char** argv) {
   std::optional<std::uint64_t> megabytes;
   int runs = 3;
-  std::size_t mails = 100'000;
+  std::optional<std::size_t> mails;
+  bool quick = false;
   bool growth = false;
   bool memory = false;
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
-    if (argument == "--growth") {
+    if (argument == "--quick") {
+      quick = true;
+    } else if (argument == "--growth") {
       growth = true;
     } else if (argument == "--memory") {
       memory = true;
@@ -234,21 +240,25 @@ int Main(int argc, char** argv) {
     } else if (argument == "--mails" && i + 1 < argc) {
       mails = std::stoul(argv[++i]);
     } else {
-      std::fprintf(stderr, "usage: %s [--growth | --memory] [--size MB] [--runs N] [--mails N]\n", argv[0]);
+      std::fprintf(stderr, "usage: %s [--quick] [--growth | --memory] [--size MB] [--runs N] [--mails N]\n",
+                   argv[0]);
       return 2;
     }
   }
-  const std::uint64_t size = megabytes.value_or(memory ? 1024 : 256) * 1024 * 1024;
+  const std::uint64_t size =
+      megabytes.value_or(memory ? (quick ? 64 : 1024) : (quick ? 32 : 256)) * 1024 * 1024;
   bool ok = true;
   if (memory) {
     ok &= MeasureMemory("attachments", MailboxKind::Attachments, size);
     ok &= MeasureMemory("text", MailboxKind::Text, size);
   } else if (growth) {
-    ok &= MeasureGrowth("copying", mails, false, runs);
-    ok &= MeasureGrowth("moving", mails, true, runs);
+    const std::size_t count = mails.value_or(quick ? 10'000 : 100'000);
+    ok &= MeasureGrowth("copying", count, false, runs, kAllowedGrowth.For(quick));
+    ok &= MeasureGrowth("moving", count, true, runs, kAllowedGrowth.For(quick));
   } else {
-    ok &= MeasureSpeed("attachment-heavy", MailboxKind::Attachments, size, runs);
-    ok &= MeasureSpeed("text-heavy", MailboxKind::Text, size, runs);
+    ok &= MeasureSpeed("attachment-heavy", MailboxKind::Attachments, size, runs,
+                       kAttachmentsOfSplitting.For(quick));
+    ok &= MeasureSpeed("text-heavy", MailboxKind::Text, size, runs, kTextOfSplitting.For(quick));
   }
   return ok ? 0 : 1;
 }
@@ -256,6 +266,6 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace vorlent
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape): ends the program
   return vorlent::Main(argc, argv);
 }

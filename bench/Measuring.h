@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <functional>
@@ -13,6 +15,23 @@
 namespace vorlent {
 
 constexpr double kMegabyte = 1024.0 * 1024.0;
+
+// A bound for the run that the numbers of docs/performance.md come from, and one for the quick run: that has
+// little input and may share its machine with much else, so it sees no less than a fall to about half.
+struct Bound {
+  double whole;
+  double quick;
+
+  double For(bool isQuick) const { return isQuick ? quick : whole; }
+};
+
+// Whether the only argument is --quick. Ends the program if there are others.
+inline bool IsQuick(int argc, char** argv) {
+  if (argc == 1) return false;
+  if (argc == 2 && std::string(argv[1]) == "--quick") return true;
+  std::fprintf(stderr, "usage: %s [--quick]\n", argv[0]);
+  std::exit(2);
+}
 
 // Seconds that a piece of work took. Processor time holds the system's calls too, and what other programs do
 // meanwhile doesn't count.
