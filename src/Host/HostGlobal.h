@@ -9,6 +9,7 @@
 #include "Host/HostError.h"
 #include "Host/Location.h"
 #include "Host/Tree.h"
+#include "Platform/Failure.h"
 #include "Platform/Public.h"
 
 namespace vorlent {
@@ -50,6 +51,10 @@ class VORLENT_PUBLIC HostGlobal : public Object {
 
   // The one channel of progress, status and log; `code` from namespace report.
   virtual void Report(std::int32_t code, std::string_view text, const ItemPtr& item) = 0;
+
+  // Reports that a Location, or a part of it, could not be read. A host that shows paths in a form of its own
+  // overrides it.
+  virtual void ReportUnreadable(const Cause& why) { Report(report::kUnreadable, why.Text(), nullptr); }
 
   // A host setting, "" if there is none; such as "autotopic".
   virtual std::string GetOption(std::string_view key) = 0;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Host/Location.h"
+#include "Platform/Failure.h"
 #include "Platform/Public.h"
 
 namespace vorlent {
@@ -46,7 +47,7 @@ class VORLENT_PUBLIC MailRunObserver {
   // Comes before either: the attachment of a data field lies at `path` and not where the mail's record says,
   // as no file can have its name.
   virtual void AttachmentUnmoved(std::string_view /*key*/, std::string_view /*path*/) {}
-  virtual void MailFailed(const MailPlace& /*mail*/, std::string_view /*reason*/) {}
+  virtual void MailFailed(const MailPlace& /*mail*/, const Cause& /*why*/) {}
 
   // The mails of a mailbox are about to be marked as deleted. Comes once, before the first of them, and with
   // the mailbox closed.

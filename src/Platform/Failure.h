@@ -3,6 +3,8 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "Platform/Public.h"
@@ -29,18 +31,58 @@ enum class ErrorNumber : int {
   Host = 440,
 };
 
-// A failed step: the runtime's error number and a text for people, which names the file where one is
-// concerned.
+// What a person can do about a failure.
+enum class Hint {
+  None,
+  AllowAccess,
+  MakeWritable,
+  MakeRoom,
+  MakeFolder,
+  CloseOther,
+  CompactMailbox,
+};
+
+// The hint in words, one line; "" for None. The German one is code page.
+VORLENT_PUBLIC std::string_view EnglishTextOf(Hint hint);
+VORLENT_PUBLIC std::string_view GermanTextOf(Hint hint);
+
+// What a person can do about what the system refused.
+VORLENT_PUBLIC Hint HintFor(const std::error_code& error);
+
+// Why something failed: the file that it concerns, in the component's form, "" if none; the reason, the
+// system's or one of our own; and what a person can do about it.
+struct Cause {
+  std::string path = {};
+  std::string reason = {};
+  Hint hint = Hint::None;
+
+  bool IsEmpty() const { return reason.empty(); }
+  // As it stands in logs and reaches the host.
+  std::string Text() const { return path.empty() ? reason : path + ": " + reason; }
+
+  bool operator==(const Cause&) const = default;
+};
+
+// A failed step: the runtime's error number, and why it failed. what() is the text of the cause.
 class VORLENT_PUBLIC Failure : public std::runtime_error {
  public:
-  Failure(ErrorNumber number, const std::string& text) : Failure(static_cast<int>(number), text) {}
-  Failure(int number, const std::string& text) : std::runtime_error(text), number_(number) {}
+  Failure(int number, Cause why) : std::runtime_error(why.Text()), number_(number), why_(std::move(why)) {}
+  Failure(int number, const std::string& reason) : Failure(number, Cause{.reason = reason}) {}
+  Failure(ErrorNumber number, const std::string& reason) : Failure(static_cast<int>(number), reason) {}
+  // One that concerns a file.
+  Failure(ErrorNumber number, std::string_view path, std::string_view reason, Hint hint = Hint::None)
+      : Failure(static_cast<int>(number), Cause{std::string(path), std::string(reason), hint}) {}
 
   int Number() const { return number_; }
   bool Is(ErrorNumber number) const { return number_ == static_cast<int>(number); }
 
+  const Cause& Why() const { return why_; }
+  const std::string& Path() const { return why_.path; }
+  const std::string& Reason() const { return why_.reason; }
+
  private:
   int number_;
+  Cause why_;
 };
 
 // Runs one step whose failure is of no consequence. Returns whether it succeeded.

@@ -41,8 +41,9 @@ std::string LogOf(const std::string& database) {
 void RequireStill(const std::string& path, const std::optional<os::Identity>& opened) {
   const std::optional<os::Identity> now = os::TryIdentify(path);
   if (now && now == opened) return;
-  throw Failure(ErrorNumber::PathAccess, path + (now ? ": is another by now than the archive was opened with"
-                                                     : ": is gone, and the archive was opened with it"));
+  throw Failure(ErrorNumber::PathAccess, path,
+                now ? "is another by now than the archive was opened with"
+                    : "is gone, and the archive was opened with it");
 }
 
 }  // namespace
@@ -164,8 +165,8 @@ void ArchiveContent::ProveLog() {
   const bool isWhole = checkpoint.Number(0) == 0;
   checkpoint.Reset();
   if (!isWhole) {
-    throw Failure(ErrorNumber::PathAccess,
-                  LogOf(databasePath_) + ": is gone, and what stood there can't be written to the database");
+    throw Failure(ErrorNumber::PathAccess, LogOf(databasePath_),
+                  "is gone, and what stood there can't be written to the database");
   }
 }
 
@@ -201,7 +202,7 @@ void ArchiveContent::ProveFiles(const Row& row) {
     for (const auto& [item, file] : store_.FilesOf(first, last)) {
       // A mail that lacks a file is known as such, and stays in its mailbox.
       if (file.missing || names.contains(FileNameOf(item, file.name))) continue;
-      throw Failure(ErrorNumber::FileNotFound, files_.PathOf(item, file.name) + ": is gone from the archive");
+      throw Failure(ErrorNumber::FileNotFound, files_.PathOf(item, file.name), "is gone from the archive");
     }
     first = last + 1;
   }

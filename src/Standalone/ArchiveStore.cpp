@@ -56,8 +56,7 @@ std::int64_t NumberFrom(SqliteDatabase& database, std::string_view sql) {
 void RefuseOtherFormat(SqliteDatabase& database, std::string_view path) {
   if (NumberFrom(database, "SELECT count(*) FROM sqlite_schema") == 0) return;
   if (NumberFrom(database, "PRAGMA user_version") == kFormat) return;
-  throw Failure(ErrorNumber::PathAccess,
-                std::string(path) + ": is no archive, or one of another version of this program");
+  throw Failure(ErrorNumber::PathAccess, path, "is no archive, or one of another version of this program");
 }
 
 SqliteDatabase Opened(std::string_view path) {

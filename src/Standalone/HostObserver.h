@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <string_view>
 
+#include "Host/HostError.h"
 #include "Host/Item.h"
 #include "Host/Tree.h"
+#include "Platform/Failure.h"
 
 namespace vorlent {
 
@@ -28,11 +30,15 @@ class HostObserver {
   virtual void LogLine(std::string_view /*line*/) {}
   virtual void DatabaseLogLine(std::string_view /*line*/) {}
 
-  // A Location could not be read.
-  virtual void LocationUnreadable(std::string_view /*reason*/) {}
+  // A Location, or a part of it, could not be read.
+  virtual void LocationUnreadable(const Cause& /*why*/) {}
   // An error object was raised; the meaning of the arguments is that of HostError::Raise.
   virtual void ErrorRaised(std::int32_t /*kind*/, std::string_view /*source*/, bool /*flag*/,
                            std::string_view /*text*/) {}
+  // As ErrorRaised with the meaning of HostError::RaiseForDrive: an error unless it is overridden.
+  virtual void ErrorRaisedForDrive(std::string_view source, std::string_view text) {
+    ErrorRaised(HostError::kMissing, source, false, text);
+  }
 
   virtual void ItemPasted(std::string_view /*record*/, const ItemPtr& /*item*/) {}
   virtual void ItemDeleted(const ItemPtr& /*item*/) {}

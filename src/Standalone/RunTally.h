@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,7 +17,7 @@ class RunTally : public MailRunObserver {
  public:
   struct FailedMail {
     MailPlace place;
-    std::string reason;
+    Cause why;
   };
   // One that was delivered and should be marked as deleted.
   struct UnmarkedMail {
@@ -30,20 +29,20 @@ class RunTally : public MailRunObserver {
   std::int64_t Expunged() const { return expunged_; }
   const std::vector<FailedMail>& Failed() const { return failed_; }
   const std::vector<UnmarkedMail>& Unmarked() const { return unmarked_; }
+  // What a person can do about the mails that failed, and about what ended the run; each once.
+  std::vector<Hint> HintsWith(const Cause& failure) const;
   std::int64_t Found() const { return delivered_ + expunged_ + static_cast<std::int64_t>(failed_.size()); }
 
   void MailsExpunged(std::int32_t count) override { expunged_ += count; }
   void MailDelivered(const MailPlace&, bool) override { ++delivered_; }
-  void MailFailed(const MailPlace& mail, std::string_view reason) override {
-    failed_.push_back({mail, std::string(reason)});
-  }
+  void MailFailed(const MailPlace& mail, const Cause& why) override { failed_.push_back({mail, why}); }
   void MailNotMarked(const MailPlace& mail, Marking why) override { unmarked_.push_back({mail, why}); }
 
  protected:
   // A mail that was delivered has failed all the same.
-  void TakeBack(const MailPlace& mail, std::string_view reason) {
+  void TakeBack(const MailPlace& mail, const Cause& why) {
     --delivered_;
-    failed_.push_back({mail, std::string(reason)});
+    failed_.push_back({mail, why});
   }
 
  private:

@@ -32,6 +32,19 @@ ErrorNumber RuntimeNumberOf(int primaryCode) {
   }
 }
 
+Hint HintOf(ErrorNumber number) {
+  switch (number) {
+    case ErrorNumber::DiskFull:
+      return Hint::MakeRoom;
+    case ErrorNumber::PathAccess:
+      return Hint::AllowAccess;
+    case ErrorNumber::PermissionDenied:
+      return Hint::CloseOther;
+    default:
+      return Hint::None;
+  }
+}
+
 // A path within a URI, where these characters have a meaning.
 std::string UriPath(std::string path) {
   for (const auto& [meaning, code] : {std::pair{"%", "%25"}, {"?", "%3F"}, {"#", "%23"}})
@@ -173,15 +186,16 @@ bool SqliteDatabase::InTransaction() const {
 
 SqliteStatementHandle SqliteDatabase::Prepare(std::string_view sql) const {
   // SQLite itself reads up to a zero character and would pass over what follows.
-  if (sql.find('\0') != std::string_view::npos) Raise(SQLITE_ERROR, "zero character in a statement");
+  if (sql.find('\0') != std::string_view::npos)
+    Raise(SQLITE_ERROR, {.reason = "zero character in a statement"});
   sqlite3_stmt* prepared = nullptr;
   const char* rest = nullptr;
   Check(sqlite3_prepare_v2(handle_.get(), sql.data(), ToInt32(sql.size()), &prepared, &rest));
   SqliteStatementHandle statement(prepared);
-  if (statement == nullptr) Raise(SQLITE_ERROR, "no statement");
+  if (statement == nullptr) Raise(SQLITE_ERROR, {.reason = "no statement"});
   const std::string_view after = sql.substr(static_cast<std::size_t>(rest - sql.data()));
   if (std::ranges::any_of(after, [](char c) { return static_cast<unsigned char>(c) > ' '; }))
-    Raise(SQLITE_ERROR, "text behind the statement: " + std::string(after));
+    Raise(SQLITE_ERROR, {.reason = "text behind the statement: " + std::string(after)});
   return statement;
 }
 
@@ -189,14 +203,15 @@ void SqliteDatabase::Check(int result) const {
   if (result == SQLITE_OK || result == SQLITE_ROW || result == SQLITE_DONE) return;
   if (result == SQLITE_NOMEM) throw std::bad_alloc();
   const char* reason = handle_ == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(handle_.get());
-  Raise(result, path_ + ": " + reason);
+  Raise(result, {path_, reason});
 }
 
-void SqliteDatabase::Raise(int result, const std::string& text) const {
+void SqliteDatabase::Raise(int result, Cause why) const {
   constexpr int kPrimaryCode = 0xFF;
   const int code = result & kPrimaryCode;
-  if (numbers_ == Numbers::OfSqlite) throw Failure(code, text);
-  throw Failure(RuntimeNumberOf(code), text);
+  const ErrorNumber number = RuntimeNumberOf(code);
+  if (!why.path.empty()) why.hint = HintOf(number);
+  throw Failure(numbers_ == Numbers::OfSqlite ? code : static_cast<int>(number), std::move(why));
 }
 
 SqliteTransaction::SqliteTransaction(SqliteDatabase& database)

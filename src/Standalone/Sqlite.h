@@ -1,8 +1,8 @@
 // A thin owner of an SQLite connection and its prepared statements.
 //
-// Every failure is a Failure whose text names the database file and SQLite's reason; only running out of
-// memory is std::bad_alloc. Text goes in and out as UTF-8. A connection and all that belongs to it are used
-// from one thread.
+// Every failure is a Failure with the database file and SQLite's reason; only running out of memory is
+// std::bad_alloc. Text goes in and out as UTF-8. A connection and all that belongs to it are used from one
+// thread.
 #pragma once
 
 #include <array>
@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include "Platform/Failure.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -117,7 +119,7 @@ class SqliteDatabase {
   SqliteStatementHandle Prepare(std::string_view sql) const;
   // Raises what a result other than "done" and "row" means.
   void Check(int result) const;
-  [[noreturn]] void Raise(int result, const std::string& text) const;
+  [[noreturn]] void Raise(int result, Cause why) const;
 
   std::string path_;
   Numbers numbers_;

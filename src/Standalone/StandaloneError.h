@@ -17,6 +17,9 @@ class StandaloneError : public HostError {
   void Raise(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override {
     observer_.ErrorRaised(kind, source, flag, text);
   }
+  void RaiseForDrive(std::string_view source, std::string_view text) override {
+    observer_.ErrorRaisedForDrive(source, text);
+  }
   // This host never keeps errors back.
   bool Suppressed() const override { return false; }
   bool Silent() const override { return false; }

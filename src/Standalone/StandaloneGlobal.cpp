@@ -112,7 +112,7 @@ void StandaloneGlobal::Report(std::int32_t code, std::string_view text, const It
       if (logEnabled_) observer_.DatabaseLogLine(text);
       return;
     case report::kUnreadable:
-      return observer_.LocationUnreadable(text);
+      return observer_.LocationUnreadable({.reason = std::string(text)});
     case report::kItemPasted:
       return observer_.ItemPasted(text, item);
     case report::kItemDeleted:

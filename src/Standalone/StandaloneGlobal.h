@@ -40,6 +40,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   // The open archives, then the other open Locations.
   KeyedList<LocationPtr> Locations() override;
   void Report(std::int32_t code, std::string_view text, const ItemPtr& item) override;
+  void ReportUnreadable(const Cause& why) override { observer_.LocationUnreadable(why); }
   std::string GetOption(std::string_view key) override;
   // A work folder of this process, made on first use.
   std::string TempPath() override;

@@ -13,7 +13,7 @@ LocationState StandaloneLocation::Open(std::string_view address) {
   const std::shared_ptr<StandaloneGlobal> global = Global();
   const Scheme* scheme = SchemeOf(address);
   if (scheme == nullptr) {
-    global->Report(report::kUnreadable, "ungültige Location!"_cp, nullptr);
+    global->ReportUnreadable({.reason = std::string("ungültige Location!"_cp)});
     return LocationState::Unreadable;
   }
   SetOption("type", scheme->Name());

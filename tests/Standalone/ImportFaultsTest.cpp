@@ -195,9 +195,9 @@ TEST_P(FullDiskTest, AtAnyOperationIsToldAndLosesNoMail) {
     ArchiveImport import;
     const auto [failure, reached] = ImportOnFullDisk(operation, import);
     if (!failure.empty()) ExpectErrorIsTold(failure, import);
-    for (const auto& [mail, reason] : import.Failed()) {
+    for (const auto& [mail, why] : import.Failed()) {
       EXPECT_EQ(mail.mailbox, folder_.Path("Inbox"));
-      ExpectErrorIsTold(reason, import);
+      ExpectErrorIsTold(why.Text(), import);
     }
     if (failure.empty()) {
       EXPECT_EQ(import.Found(), 3);

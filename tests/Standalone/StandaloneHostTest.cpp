@@ -34,7 +34,7 @@ class NotingObserver : public HostObserver {
   void StatusChanged(std::string_view text) override { Note("status ", text); }
   void LogLine(std::string_view line) override { Note("log ", line); }
   void DatabaseLogLine(std::string_view line) override { Note("database ", line); }
-  void LocationUnreadable(std::string_view reason) override { Note("unreadable ", reason); }
+  void LocationUnreadable(const Cause& why) override { Note("unreadable ", why.Text()); }
   void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override {
     Note("error " + std::to_string(kind) + (flag ? " true " : " false ") + std::string(source) + " ", text);
   }

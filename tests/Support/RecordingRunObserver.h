@@ -29,9 +29,9 @@ class RecordingRunObserver : public MailRunObserver {
     last = mail;
     Note("delivered " + Place(mail) + (hidesPlace ? ", hidden" : ""));
   }
-  void MailFailed(const MailPlace& mail, std::string_view reason) override {
+  void MailFailed(const MailPlace& mail, const Cause& why) override {
     last = mail;
-    Note("failed " + Place(mail) + ": " + std::string(reason));
+    Note("failed " + Place(mail) + ": " + why.Text());
   }
   void MarkingBegins(const std::string& mailbox) override {
     Note("marking in " + BareName(mailbox));

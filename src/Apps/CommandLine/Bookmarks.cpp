@@ -43,7 +43,7 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const StandaloneLocationPtr location = session.Read(address);
   // A part of the bookmarks must not take the place of an earlier export.
   if (session.Output().HasErrors()) {
-    throw AppError(ExitCode::Unreadable, session.Output().Errors().front(),
+    throw AppError(ExitCode::Unreadable, session.Output().Errors().front().text,
                    PlaceOf(*location) + "\nNothing was written.");
   }
   if (location->ItemCount() == 0) {

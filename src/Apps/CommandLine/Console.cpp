@@ -30,18 +30,21 @@ void Console::DatabaseLogLine(std::string_view line) {
   if (databaseLog_ && !muted_) Say(Shown(line));
 }
 
-void Console::LocationUnreadable(std::string_view reason) {
-  NoteError(reason);
+void Console::LocationUnreadable(const Cause& why) {
+  NoteError({CauseShown(why)});
 }
 
 void Console::ErrorRaised(std::int32_t kind, std::string_view, bool flag, std::string_view text) {
-  constexpr std::int32_t kNotFound = 3;
-  if (kind == kNotFound) {
-    NoteError(text);
+  if (kind == HostError::kMissing) {
+    NoteError({Shown(text)});
   } else if (!flag) {
     // All other kinds tell of calls of the calendar database, whose log has those that went well.
-    NoteError("the database refused: " + std::string(text));
+    NoteError({"the database refused: " + Shown(text)});
   }
+}
+
+void Console::ErrorRaisedForDrive(std::string_view, std::string_view text) {
+  NoteError({Shown(text), true});
 }
 
 void Console::ItemPasted(std::string_view, const ItemPtr&) {
@@ -60,17 +63,16 @@ void Console::Complain(std::string_view utf8) {
 
 void Console::BoxShown(std::string_view text, std::string_view title, bool isError) {
   if (isError) {
-    NoteError(text);
+    NoteError({Shown(text)});
   } else if (!muted_) {
     Complain(Shown(title) + ": " + Shown(text));
   }
 }
 
-void Console::NoteError(std::string_view text) {
-  const std::string shown = FailureShown(text);
+void Console::NoteError(ToldError error) {
   // One cause may be told by a box and by a report.
-  if (!errors_.empty() && errors_.back() == shown) return;
-  errors_.push_back(shown);
+  if (!errors_.empty() && errors_.back().text == error.text) return;
+  errors_.push_back(std::move(error));
 }
 
 MessageAnswer ConsolePlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,

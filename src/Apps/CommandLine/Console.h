@@ -21,37 +21,43 @@ class Console : public HostObserver {
   void StatusChanged(std::string_view text) override;
   void LogLine(std::string_view line) override;
   void DatabaseLogLine(std::string_view line) override;
-  void LocationUnreadable(std::string_view reason) override;
+  void LocationUnreadable(const Cause& why) override;
   void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override;
+  void ErrorRaisedForDrive(std::string_view source, std::string_view text) override;
   void ItemPasted(std::string_view record, const ItemPtr& item) override;
 
   // Counts a mail for the progress bar's rate.
   void CountMail() { bar_.CountMail(); }
 
-  // A line of the program itself, behind the progress bar.
+  // A line of the program itself, which takes the progress bar away.
   void Say(std::string_view utf8);
-  // As Say, behind "vorlent-mozilla: ".
+  // As Say, with "vorlent-mozilla: " before it.
   void Complain(std::string_view utf8);
 
   // An error that the component told by a message box.
   void BoxShown(std::string_view text, std::string_view title, bool isError);
 
-  // Whether the component told an error since the last call of Forget, and the first of them as UTF-8.
+  struct ToldError {
+    std::string text;        // UTF-8
+    bool isOfDrive = false;  // as HostError::RaiseForDrive tells it
+  };
+
+  // The errors that the component told since the last call of Forget.
   bool HasErrors() const { return !errors_.empty(); }
-  const std::vector<std::string>& Errors() const { return errors_; }
+  const std::vector<ToldError>& Errors() const { return errors_; }
   void Forget() { errors_.clear(); }
 
   // While muted nothing is shown, but errors are still noted.
   void Mute(bool muted) { muted_ = muted; }
 
  private:
-  void NoteError(std::string_view text);
+  void NoteError(ToldError error);
 
   bool verbose_;
   bool databaseLog_;
   bool muted_ = false;
   ProgressBar bar_;
-  std::vector<std::string> errors_;
+  std::vector<ToldError> errors_;
 };
 
 // The platform with its messages on the console.

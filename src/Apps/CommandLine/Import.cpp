@@ -102,11 +102,11 @@ ExitCode Import(Session& session, const ImportOptions& options) {
   SetAutoTopics(session, options.autoTopics);
   session.Host().SetDialogs(std::make_shared<ChosenCommand>(command.Text()));
   ArchiveImport import;
-  std::string failure;
+  Cause failure;
   try {
     import.Run();
   } catch (const Failure& raised) {
-    failure = raised.what();
+    failure = raised.Why();
   }
   session.Output().ProgressClosed();
   return ShowSum(session, import, options.dryRun ? "to import" : "imported", failure, import.AlreadyThere());

@@ -73,10 +73,11 @@ ExitCode RunAction(const GlobalOptions& options, const Action& action) {
     PrintError(error);
     return error.Code();
   } catch (const Failure& failure) {
-    PrintError({ExitCode::Unreadable, FailureShown(failure.what())});
+    PrintError(ErrorOf(failure));
     return ExitCode::Unreadable;
   } catch (const std::filesystem::filesystem_error& error) {
-    PrintError({ExitCode::Unreadable, "'" + error.path1().string() + "': " + error.code().message()});
+    PrintError({ExitCode::Unreadable, "'" + error.path1().string() + "': " + error.code().message(),
+                std::string(EnglishTextOf(HintFor(error.code())))});
     return ExitCode::Unreadable;
   }
 }

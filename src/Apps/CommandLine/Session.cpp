@@ -141,13 +141,14 @@ StandaloneLocationPtr Session::Read(const std::string& address) {
     location->Load();
   } catch (const Failure& failure) {
     StopIfAsked();
-    throw AppError(ExitCode::Unreadable, FailureShown(failure.what()), PlaceOf(*location));
+    throw ErrorOf(failure, PlaceOf(*location));
   }
   const bool nothingRead = location->ItemCount() == 0;
   if (location->State() != LocationState::Read || (nothingRead && console_->HasErrors())) {
-    throw AppError(ExitCode::Unreadable,
-                   console_->HasErrors() ? console_->Errors().front() : Shown(address) + " could not be read",
-                   PlaceOf(*location));
+    throw AppError(
+        ExitCode::Unreadable,
+        console_->HasErrors() ? console_->Errors().front().text : Shown(address) + " could not be read",
+        PlaceOf(*location));
   }
   if (nothingRead) CheckBookmarks(*location);
   return location;
@@ -181,10 +182,9 @@ std::string PlaceOf(StandaloneLocation& location) {
 
 bool Session::ComplainOfErrors() {
   bool any = false;
-  for (const std::string& error : console_->Errors()) {
-    // The walk over all profiles takes the drives for accounts, which they aren't.
-    if (error.starts_with("Account '") && error.ends_with(":\\' nicht gefunden!")) continue;
-    console_->Complain(error);
+  for (const Console::ToldError& error : console_->Errors()) {
+    if (error.isOfDrive) continue;
+    console_->Complain(error.text);
     any = true;
   }
   hasComplained_ |= any;
@@ -208,11 +208,14 @@ std::string NativeShown(std::string_view path) {
   return Shown(native.empty() ? path : native);
 }
 
-std::string FailureShown(std::string_view text) {
-  const bool beginsWithPath = text.size() > 3 && text.substr(1, 2) == ":\\";
-  const std::size_t end = beginsWithPath ? text.find(": ", 3) : std::string_view::npos;
-  if (end == std::string_view::npos) return Shown(text);
-  return NativeShown(text.substr(0, end)) + Shown(text.substr(end));
+std::string CauseShown(const Cause& why) {
+  return why.path.empty() ? Shown(why.reason) : NativeShown(why.path) + ": " + Shown(why.reason);
+}
+
+AppError ErrorOf(const Failure& failure, std::string hint) {
+  const std::string_view own = EnglishTextOf(failure.Why().hint);
+  if (!hint.empty() && !own.empty()) hint += '\n';
+  return {ExitCode::Unreadable, CauseShown(failure.Why()), hint.append(own)};
 }
 
 std::string ComponentText(const std::string& utf8) {

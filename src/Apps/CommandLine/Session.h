@@ -87,8 +87,11 @@ std::string ComponentPath(const std::string& native);
 // The component's path as people write it here, UTF-8.
 std::string NativeShown(std::string_view path);
 
-// The text of a failure, with the path it begins with as people write it here, UTF-8.
-std::string FailureShown(std::string_view text);
+// Why something failed, with the path as people write it here, UTF-8.
+std::string CauseShown(const Cause& why);
+
+// A failure as the error that ends the program. `hint` stands before that of the failure itself.
+AppError ErrorOf(const Failure& failure, std::string hint = {});
 
 // UTF-8 text of the command line as the component's text.
 std::string ComponentText(const std::string& utf8);

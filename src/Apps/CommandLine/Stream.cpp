@@ -36,13 +36,18 @@ std::string FolderName(const std::string& id) {
   return FittingName(DisplayUtf8(EncodeFileName(id)), kLongest);
 }
 
-// A new folder for a mail; mails of one ID get numbers behind it.
+// The path of a folder, as the user gave it, in the component's form.
+std::string PathOf(const fs::path& folder) {
+  return os::ToWindowsName(folder.string());
+}
+
+// A new folder for a mail; mails of one ID get numbers after it.
 fs::path NewMailFolder(const fs::path& parent, const std::string& id) {
   const std::string name = FolderName(id);
   fs::path folder = parent / name;
   std::error_code error;
   for (int number = 2; !fs::create_directory(folder, error); ++number) {
-    if (error) throw Failure(ErrorNumber::PathAccess, folder.string() + ": " + error.message());
+    if (error) throw Failure(ErrorNumber::PathAccess, PathOf(folder), error.message(), HintFor(error));
     folder = parent / (name + "-" + std::to_string(number));
   }
   return folder;
@@ -147,8 +152,8 @@ class StreamTally : public RunTally {
     RunTally::MailDelivered(mail, hidesPlace);
     atHand_ = {.place = mail, .isWhole = true, .hidesPlace = hidesPlace};
   }
-  void MailFailed(const MailPlace& mail, std::string_view reason) override {
-    RunTally::MailFailed(mail, reason);
+  void MailFailed(const MailPlace& mail, const Cause& why) override {
+    RunTally::MailFailed(mail, why);
     atHand_ = {.place = mail};
   }
 
@@ -161,7 +166,7 @@ class StreamTally : public RunTally {
     for (const auto& [name, files] : std::exchange(toBeMarked_, {})) {
       const fs::path folder = output_ / name;
       if (CountFiles(folder) < files)
-        throw Failure(ErrorNumber::FileNotFound, folder.string() + ": files of it are gone");
+        throw Failure(ErrorNumber::FileNotFound, PathOf(folder), "files of it are gone");
     }
   }
   // The mail at hand is kept, if it is; and it is to be marked at the end of its mailbox.
@@ -178,8 +183,8 @@ class StreamTally : public RunTally {
   const MailPlace& Place() const { return atHand_.place; }
 
   // The mail at hand could not be kept. One that isn't whole is known as such already.
-  void NoteLoss(std::string_view reason) {
-    if (atHand_.isWhole) TakeBack(atHand_.place, reason);
+  void NoteLoss(const Cause& why) {
+    if (atHand_.isWhole) TakeBack(atHand_.place, why);
     atHand_.isWhole = false;
   }
 
@@ -202,11 +207,11 @@ std::string KeepOrNote(const StandaloneItem& item, const std::string& record, co
                        StreamTally& tally) {
   try {
     KeptMail kept = Keep(item, record, parent, tally.TakeUnmoved());
-    if (!kept.isWhole) tally.NoteLoss("a file of the mail is gone");
+    if (!kept.isWhole) tally.NoteLoss({.reason = "a file of the mail is gone"});
     tally.NoteKept(std::move(kept.folder));
     return std::move(kept.record);
   } catch (const Failure& failure) {
-    tally.NoteLoss(failure.what());
+    tally.NoteLoss(failure.Why());
     throw;
   }
 }
@@ -245,7 +250,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
   StreamTally tally(options.output);
   const RunObservation observation(*connector, tally);
   connector->SourceInit(nullptr, keep);
-  std::string failure;
+  Cause failure;
   try {
     for (std::string record; connector->SourceGetNext(record);) {
       StandaloneItem item;
@@ -256,7 +261,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
       session.Output().CountMail();
     }
   } catch (const Failure& raised) {
-    failure = raised.what();
+    failure = raised.Why();
   }
   return ShowSum(session, tally, "delivered", failure);
 }

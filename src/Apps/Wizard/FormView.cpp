@@ -79,7 +79,7 @@ bool FormView::Run(const std::function<void()>& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    failed = WithNativePaths(failure.what());
+    failed = ShownWithHint(failure.Why());
   }
   for (SheetView* sheet : sheets_)
     sheet->Sync();

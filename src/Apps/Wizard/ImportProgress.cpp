@@ -60,7 +60,7 @@ QString GermanReasonOf(Marking why) {
 
 QString LineOf(const MailPlace& mail, const QString& outcome) {
   return QString("%1, Mail an Stelle %2: %3")
-      .arg(WithNativePaths(mail.mailbox))
+      .arg(NativePaths().Of(mail.mailbox))
       .arg(mail.offset)
       .arg(outcome);
 }
@@ -161,19 +161,19 @@ void ImportProgress::LogLine(std::string_view line) {
   log_->appendPlainText(WithNativePaths(line));
 }
 
-void ImportProgress::LocationUnreadable(std::string_view reason) {
-  Tell(reason);
+void ImportProgress::LocationUnreadable(const Cause& why) {
+  Tell(ShownCause(why));
 }
 
 void ImportProgress::ErrorRaised(std::int32_t, std::string_view, bool, std::string_view text) {
-  Tell(text);
+  Tell(WithNativePaths(text));
 }
 
-void ImportProgress::Tell(std::string_view error) {
+void ImportProgress::Tell(const QString& error) {
   if (isRunning_) {
-    log_->appendPlainText(WithNativePaths(error));
+    log_->appendPlainText(error);
   } else {
-    QMessageBox::warning(QApplication::activeWindow(), QString(), WithNativePaths(error));
+    QMessageBox::warning(QApplication::activeWindow(), QString(), error);
   }
 }
 
@@ -195,24 +195,26 @@ void ImportProgress::ShowRate() {
 
 // --- The end --------------------------------------------------------------------------------------------
 
-bool ImportProgress::ShowResult(const ArchiveImport& import, const QString& failure) {
+bool ImportProgress::ShowResult(const ArchiveImport& import, const Cause& failure) {
   End();
-  for (const auto& [mail, reason] : import.Failed())
-    log_->appendPlainText(LineOf(mail, WithNativePaths(reason)));
+  for (const auto& [mail, why] : import.Failed())
+    log_->appendPlainText(LineOf(mail, ShownCause(why)));
   for (const auto& [mail, why] : import.Unmarked())
     log_->appendPlainText(LineOf(mail, "nicht als gelöscht markiert: " + GermanReasonOf(why)));
-  if (failure.isEmpty()) {
+  for (const Hint hint : import.HintsWith(failure))
+    log_->appendPlainText(ToQt(GermanTextOf(hint)));
+  if (failure.IsEmpty()) {
     if (!cancelFlag_()) percent_ = 100;
     status_->setText(SumOf(import) + (cancelFlag_() ? ", dann abgebrochen." : "."));
   } else {
     log_->appendPlainText(SumOf(import) + ", dann gescheitert.");
-    status_->setText("Der Import ist gescheitert: " + failure);
+    status_->setText("Der Import ist gescheitert: " + ShownCause(failure));
   }
   ShowHowFar();
   button_->setText("&Schließen");
   button_->setEnabled(true);
-  back_->setVisible(!failure.isEmpty());
-  QPushButton* likely = failure.isEmpty() ? button_ : back_;
+  back_->setVisible(!failure.IsEmpty());
+  QPushButton* likely = failure.IsEmpty() ? button_ : back_;
   likely->setDefault(true);
   likely->setFocus();
   opened_ = false;

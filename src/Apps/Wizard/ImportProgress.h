@@ -33,24 +33,24 @@ class ImportProgress : public QDialog, public HostObserver {
   void ProgressClosed() override;
   void StatusChanged(std::string_view text) override;
   void LogLine(std::string_view line) override;
-  void LocationUnreadable(std::string_view reason) override;
+  void LocationUnreadable(const Cause& why) override;
   void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override;
 
   // The tally of the run to come, of which the mails by second are shown; null for none.
   void Watch(const RunTally* tally) { tally_ = tally; }
   // Whether a run was begun since the last result.
   bool WasOpened() const { return opened_; }
-  // The run ended, by itself or with a failure (a text for the user, else empty): shows what became of every
+  // The run ended, by itself or with a failure (else empty): shows what became of every
   // mail. Waits until the window is closed; true if the user wants to go back to the wizard, which a failure
   // offers.
-  bool ShowResult(const ArchiveImport& import, const QString& failure);
+  bool ShowResult(const ArchiveImport& import, const Cause& failure);
 
   // Asks whether to stop while the run is on, and closes the window after it.
   void reject() override;
 
  private:
   // What the host has to say against a Location: into the log of a run, before it in a message box.
-  void Tell(std::string_view error);
+  void Tell(const QString& error);
   void End();
   void ShowRate();
   void ShowHowFar();

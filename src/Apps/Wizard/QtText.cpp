@@ -28,11 +28,9 @@ std::size_t FindPath(std::string_view text, std::size_t from) {
   return text.size();
 }
 
-// A path reaches to the end of its line, or to the next one there. Names may hold nearly anything; but what
-// follows a colon after the last of them is said of the path.
+// A path reaches to the end of its line, or to the next one there.
 std::size_t PathLength(std::string_view text) {
-  const std::string_view line = text.substr(0, std::min(text.find_first_of(kLineEnds), FindPath(text, 1)));
-  return std::min(line.find(": ", line.rfind('\\')), line.size());
+  return std::min(text.find_first_of(kLineEnds), FindPath(text, 1));
 }
 
 }  // namespace
@@ -64,6 +62,16 @@ QString NativePaths::Of(std::string_view path) {
   }
   if (native_.empty()) return ToQt(path);
   return QString::fromStdString(native_) + ToQt(path.substr(name));
+}
+
+QString ShownCause(const Cause& why) {
+  if (why.path.empty()) return ToQt(why.reason);
+  return NativePaths().Of(why.path) + ": " + ToQt(why.reason);
+}
+
+QString ShownWithHint(const Cause& why) {
+  const QString shown = ShownCause(why);
+  return why.hint == Hint::None ? shown : shown + "\n\n" + ToQt(GermanTextOf(why.hint));
 }
 
 std::string FromQt(const QString& text) {

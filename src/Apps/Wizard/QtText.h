@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Failure.h"
+
 namespace vorlent::wizard {
 
 // What a person should read; CR LF becomes the line feed of Qt.
@@ -13,7 +15,7 @@ QString ToQt(std::string_view text);
 // The same for a text that may hold paths: each that begins with a drive is written as this system has it.
 QString WithNativePaths(std::string_view text);
 
-// The same for many texts that are paths, most of them of one folder like the one before.
+// Texts that are paths, most of them of one folder like the one before, as this system writes them.
 class NativePaths {
  public:
   // A text that isn't a path below a drive stays.
@@ -23,6 +25,11 @@ class NativePaths {
   std::string folder_;
   std::string native_;
 };
+
+// Why something failed, with the path as this system has it.
+QString ShownCause(const Cause& why);
+// The same, and below it what a person can do about it.
+QString ShownWithHint(const Cause& why);
 
 // The text as the component holds it: code page, or UTF-8 where the page doesn't hold a character; line feeds
 // become CR LF.

@@ -104,11 +104,11 @@ class WizardProgram {
     bool failedBefore = false;
     while (true) {
       finished_ = false;
-      const QString failure = RunAction();
-      if (!finished_ && failure.isEmpty()) return failedBefore ? kFailed : kCancelled;
+      const Cause failure = RunAction();
+      if (!finished_ && failure.IsEmpty()) return failedBefore ? kFailed : kCancelled;
       failedBefore = true;
       // The run told already that its target can't be opened.
-      const bool hasNoTarget = !progress_.WasOpened() && failure.isEmpty();
+      const bool hasNoTarget = !progress_.WasOpened() && failure.IsEmpty();
       if (!hasNoTarget && !ShowResult(failure)) return exitCode_;
     }
   }
@@ -127,21 +127,21 @@ class WizardProgram {
     QApplication::closeAllWindows();
   }
 
-  // What failed, for the user; "" if nothing did.
-  QString RunAction() {
+  // What failed; empty if nothing did.
+  Cause RunAction() {
     progress_.Watch(&import_.emplace());
     try {
       import_->Run();
     } catch (const Failure& failure) {
-      return wizard::WithNativePaths(failure.what());
+      return failure.Why();
     }
     return {};
   }
 
   // Whether the user wants to go back to the pages.
-  bool ShowResult(const QString& failure) {
+  bool ShowResult(const Cause& failure) {
     const bool wantsBack = progress_.ShowResult(*import_, failure);
-    const bool failed = !failure.isEmpty() || !import_->Failed().empty() || !import_->Unmarked().empty();
+    const bool failed = !failure.IsEmpty() || !import_->Failed().empty() || !import_->Unmarked().empty();
     exitCode_ = failed ? kFailed : host_->Global().Cancelled() ? kCancelled : kDone;
     return wantsBack;
   }
@@ -164,8 +164,9 @@ int RunWizardApp(const WizardAppOptions& options) {
     for (const std::string& folder : options.archives)
       program.OpenTarget(os::ToWindowsPath(folder));
   } catch (const Failure& failure) {
-    std::fprintf(stderr, "vorlent-mozilla: %s\n",
-                 wizard::WithNativePaths(failure.what()).toStdString().c_str());
+    std::fprintf(stderr, "vorlent-mozilla: %s\n", wizard::ShownCause(failure.Why()).toUtf8().constData());
+    if (const std::string_view hint = EnglishTextOf(failure.Why().hint); !hint.empty())
+      std::fprintf(stderr, "%s\n", std::string(hint).c_str());
     return kUnreadable;
   }
   return program.Run();

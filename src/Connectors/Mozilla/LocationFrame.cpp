@@ -40,12 +40,12 @@ void ReportDeleted(const ItemPtr& item) {
   HostObjects::Current().Global().Report(report::kItemDeleted, "", item);
 }
 
-void ReportUnreadable(std::string_view text) {
-  HostObjects::Current().Global().Report(report::kUnreadable, text, nullptr);
+void ReportUnreadable(const Cause& why) {
+  HostObjects::Current().Global().ReportUnreadable(why);
 }
 
 void ReportForeignAddress() {
-  ReportUnreadable("ungültige Location!"_cp);
+  ReportUnreadable({.reason = std::string("ungültige Location!"_cp)});
 }
 
 std::string CutScheme(std::string& address, std::string_view scheme) {
@@ -57,13 +57,13 @@ std::string CutScheme(std::string& address, std::string_view scheme) {
 bool PassesOver(const std::string& path) {
   const std::int32_t attributes = GetFileAttr(path);
   if (attributes < 0 || (attributes & (os::kArchive | os::kDirectory)) != 0) return false;
-  ReportUnreadable(path + std::string(": keine Datei, sondern Pipe, Socket oder Gerät; wird übergangen!"_cp));
+  ReportUnreadable({path, std::string("keine Datei, sondern Pipe, Socket oder Gerät; wird übergangen!"_cp)});
   return true;
 }
 
 void ShowUnreadable(std::string_view text) {
   Platform::Current().ShowMessage(text, "error", MessageIcon::Critical, MessageButtons::Ok);
-  ReportUnreadable(text);
+  ReportUnreadable({.reason = std::string(text)});
 }
 
 }  // namespace vorlent::frame

@@ -37,7 +37,7 @@ void ReadBesideTopics(const ObjectPtr& connector, const std::function<void()>& r
 void ReportDeleted(const ItemPtr& item);
 
 // Tells the host why a Location could not be read.
-void ReportUnreadable(std::string_view text);
+void ReportUnreadable(const Cause& why);
 
 // Tells the host that the address of a Location isn't one of the connector's.
 void ReportForeignAddress();
@@ -49,7 +49,7 @@ std::string CutScheme(std::string& address, std::string_view scheme);
 // device, which might keep a reader waiting without end. Tells the host that it is passed over.
 bool PassesOver(const std::string& path);
 
-// As ReportUnreadable, behind a message box that says the same.
+// As ReportUnreadable, after a message box that says the same.
 void ShowUnreadable(std::string_view text);
 
 }  // namespace frame

@@ -27,8 +27,16 @@ std::unique_ptr<StdMail> Location_Thunderbird::GetMailObject() {
 }
 
 void Location_Thunderbird::TellMissing(std::string_view text) {
-  constexpr std::int32_t kMissing = 3;
-  HostObjects::Current().Global().ErrorFactory()->Error()->Raise(kMissing, kProgId, false, text);
+  HostObjects::Current().Global().ErrorFactory()->Error()->Raise(HostError::kMissing, kProgId, false, text);
+}
+
+void Location_Thunderbird::TellMissingAccount(const std::string& profile, const std::string& account) {
+  const std::string text = "Account '" + account + "' nicht gefunden!";
+  if (profile == kDisks && IsAbsolutePath(account)) {
+    HostObjects::Current().Global().ErrorFactory()->Error()->RaiseForDrive(kProgId, text);
+  } else {
+    TellMissing(text);
+  }
 }
 
 void Location_Thunderbird::SourceInit(const TreePtr& tr, bool saveattachments) {

@@ -84,6 +84,7 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   std::unique_ptr<StdMail> GetMailObject();
   // Tells the host that a named thing doesn't exist.
   void TellMissing(std::string_view text) override;
+  void TellMissingAccount(const std::string& profile, const std::string& account);
 
   // The way back (Location_Thunderbird_Restore.cpp).
   void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);

@@ -99,7 +99,7 @@ void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std:
                                        std::string rest, bool subfolders, const TreePtr& tree, Visit visit) {
   const KeyedList<std::string> paths = GetAccounts("", account, profile.path);
   if (paths.IsEmpty()) {
-    TellMissing("Account '" + account + "' nicht gefunden!");
+    TellMissingAccount(profile.name, account);
     return;
   }
   Place place = {paths.Item(1), std::string(kScheme) + profile.name + "/" + account + "/", ""};

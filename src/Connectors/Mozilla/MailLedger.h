@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Failure.h"
+
 namespace vorlent {
 
 // For the runs that import mails and mark them, which must know what became of each. Only its reader writes
@@ -25,11 +27,11 @@ struct MailLedger {
   // The part of its size that is the separator of the next mail, 0 if none comes after it.
   double nextSeparatorCount = 0;
 
-  // Why it isn't there whole, "" if it is: it could not be read to its end, or a file of it could not be
+  // Why it isn't there whole, empty if it is: it could not be read to its end, or a file of it could not be
   // written or was lost. ReadHeader and GetData go on after such a failure; whoever is about to delete the
   // mail should ask. A line with a bad quoted-printable code doesn't count. Where ReadHeader found no mail,
   // why the rest of the mailbox could not be read.
-  std::string loss;
+  Cause loss;
 
   // The attachments of its record that stayed where they were, as no file could be made of their names: where
   // each lies, by its data field.
@@ -40,7 +42,7 @@ struct MailLedger {
   // Mails that ReadHeader passed over as expunged.
   std::int32_t expungedCount = 0;
 
-  bool IsWhole() const { return loss.empty(); }
+  bool IsWhole() const { return loss.IsEmpty(); }
 
   // Where the file of a data field lies: `path`, which its description names, unless it is one that stayed.
   std::string FileAt(std::string_view key, std::string_view path) const {
@@ -49,8 +51,8 @@ struct MailLedger {
   }
 
   // The first reason is kept.
-  void NoteLoss(std::string_view reason) {
-    if (IsWhole()) loss = reason;
+  void NoteLoss(const Cause& why) {
+    if (IsWhole()) loss = why;
   }
 };
 

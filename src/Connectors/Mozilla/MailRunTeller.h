@@ -36,7 +36,7 @@ class MailRunTeller {
       if (found) std::forward<Deliver>(deliver)();
     } catch (const Failure& failure) {
       tellExpunged();
-      Observer().MailFailed(PlaceOf(mail), failure.what());
+      Observer().MailFailed(PlaceOf(mail), failure.Why());
       throw;
     }
     if (found) {

@@ -51,7 +51,7 @@ Standing StandingOf(const Item& item) {
   std::int32_t offset = 0;
   if (Swallow([&] { offset = ParseInt32(item.DataText("_SourceOffset")); })) {
     const bool isThere = ReadHeaderAt(mail, offset) && !mail.Ledger().hidesOffset && recorded.Is(mail);
-    if (!mail.Ledger().IsWhole()) throw Failure(ErrorNumber::DeviceIo, mail.Ledger().loss);
+    if (!mail.Ledger().IsWhole()) throw Failure(static_cast<int>(ErrorNumber::DeviceIo), mail.Ledger().loss);
     if (isThere) return Standing::AtItsPlace;
   }
   mail.InitStream();

@@ -171,7 +171,7 @@ class StdMail : public Object {
       std::forward<Step>(step)();
       return true;
     } catch (const Failure& failure) {
-      ledger_.NoteLoss(failure.what());
+      ledger_.NoteLoss(failure.Why());
       return false;
     }
   }

@@ -172,7 +172,8 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
   const std::string source = mail_.mailtmppfad_ + "att" + std::to_string(position);
   if (!EqualNoCase(path, source)) {
     // Two files of one name are one file, so the earlier one's content goes.
-    if (FileExists(path)) mail_.ledger_.NoteLoss("one of two files called '" + name + "' is lost");
+    if (FileExists(path))
+      mail_.ledger_.NoteLoss({.reason = "one of two files called '" + name + "' is lost"});
     MoveFile(path, source);
   }
   mail_.AddTempfile(path);
@@ -186,7 +187,7 @@ void StdMail::RecordWriter::NoteUnmoved(const std::string& source, const std::st
   if (FileExists(source)) {
     mail_.ledger_.unmoved.insert_or_assign("FileAttach" + std::to_string(number_), source);
   } else {
-    mail_.ledger_.NoteLoss("the attachment '" + name + "' could not be saved");
+    mail_.ledger_.NoteLoss({.reason = "the attachment '" + name + "' could not be saved"});
   }
 }
 

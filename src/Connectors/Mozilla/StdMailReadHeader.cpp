@@ -113,7 +113,7 @@ bool StdMail::HeaderReader::Read() {
   mail_.readCount_ = 0;
   mail_.lastLineEmpty_ = true;
   ledger_.nextSeparatorCount = 0;
-  ledger_.loss.clear();
+  ledger_.loss = {};
   do {
     if (!FindMail()) return EndWithoutMail();
   } while (!ReadHeaderBlock());
@@ -381,7 +381,7 @@ void StdMail::HeaderReader::WriteStep(Step&& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    if (!failure.Is(ErrorNumber::TypeMismatch)) ledger_.NoteLoss(failure.what());
+    if (!failure.Is(ErrorNumber::TypeMismatch)) ledger_.NoteLoss(failure.Why());
   }
 }
 

@@ -136,7 +136,7 @@ DateTime ReadChangeTime(std::string_view path) {
 
 void WriteTimes(std::string_view path, const DateTime& local) {
   const auto [native, status] = FindTarget(path);
-  if (!S_ISDIR(status.st_mode) && IsReadOnly(status)) RefuseAccess(path, "is read-only");
+  if (!S_ISDIR(status.st_mode) && IsReadOnly(status)) RefuseAccess(path, "is read-only", Hint::MakeWritable);
   timespec time = {};
   time.tv_sec = LocalToEpoch(local).time_since_epoch().count();
   time.tv_nsec = local.millisecond * 1'000'000L;
@@ -216,7 +216,7 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
 void RemoveFile(std::string_view path) {
   const auto [native, status] = Found(TryFind<lstat>(AsWritten(path)), path);
   if (S_ISDIR(status.st_mode)) RefuseAccess(path, "is a folder");
-  if (IsReadOnly(status)) RefuseAccess(path, "is read-only");
+  if (IsReadOnly(status)) RefuseAccess(path, "is read-only", Hint::MakeWritable);
   Require(unlink(native.c_str()) == 0, path);
 }
 
@@ -240,7 +240,7 @@ void CreateFolder(std::string_view path) {
 
 void RemoveFolder(std::string_view path) {
   const auto [native, status] = FindEntry(path);
-  if (IsReadOnly(status)) RefuseAccess(path, "is read-only");
+  if (IsReadOnly(status)) RefuseAccess(path, "is read-only", Hint::MakeWritable);
   if (S_ISLNK(status.st_mode) && S_ISDIR(FindTarget(path).status.st_mode)) {
     Require(unlink(native.c_str()) == 0, path);
   } else {

@@ -42,7 +42,7 @@ OpenedFile OpenFile(std::string_view path, int flags, mode_t permissions) {
   if (S_ISDIR(file.status.st_mode)) RefuseAccess(path, "is a folder");
   if (!file.IsPlain() && !S_ISCHR(file.status.st_mode)) RefuseAccess(path, "is no file of bytes");
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
-  if (writes && (file.status.st_mode & S_IWUSR) == 0) RefuseAccess(path, "is read-only");
+  if (writes && (file.status.st_mode & S_IWUSR) == 0) RefuseAccess(path, "is read-only", Hint::MakeWritable);
   return file;
 }
 

@@ -48,14 +48,20 @@ ErrorNumber NumberOf(int error, std::string_view path) {
   }
 }
 
+Hint HintOf(int error, ErrorNumber number) {
+  if (error == ENOENT && number == ErrorNumber::PathNotFound) return Hint::MakeFolder;
+  return error == EDQUOT ? Hint::MakeRoom : HintFor({error, std::generic_category()});
+}
+
 }  // namespace
 
 void RaiseSystemFailure(int error, std::string_view path) {
-  throw Failure(NumberOf(error, path), std::string(path) + ": " + std::strerror(error));
+  const ErrorNumber number = NumberOf(error, path);
+  throw Failure(number, path, std::strerror(error), HintOf(error, number));
 }
 
-void RefuseAccess(std::string_view path, std::string_view reason) {
-  throw Failure(ErrorNumber::PathAccess, std::string(path) + ": " + std::string(reason));
+void RefuseAccess(std::string_view path, std::string_view reason, Hint hint) {
+  throw Failure(ErrorNumber::PathAccess, path, reason, hint);
 }
 
 std::string WithoutClosingSlash(std::string native) {

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/Failure.h"
+
 namespace vorlent::os {
 
 static_assert(sizeof(off_t) == 8, "mailboxes grow beyond 2 GB");
@@ -103,7 +105,7 @@ std::size_t ReadFrom(int descriptor, char* buffer, std::size_t size, std::string
 void WriteTo(int descriptor, const char* bytes, std::size_t size, std::string_view path);
 
 // Raises PathAccess with a reason of our own.
-[[noreturn]] void RefuseAccess(std::string_view path, std::string_view reason);
+[[noreturn]] void RefuseAccess(std::string_view path, std::string_view reason, Hint hint = Hint::None);
 
 // SyncFolder of a native folder, whose failure is told of `path`.
 void SyncNativeFolder(const std::string& native, std::string_view path);

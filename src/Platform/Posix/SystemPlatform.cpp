@@ -124,7 +124,7 @@ std::string SystemPlatform::CurrentFolder() {
 void SystemPlatform::SetCurrentFolder(std::string_view folder) {
   if (chdir(os::ToNativePath(folder).c_str()) == 0) return;
   const int error = errno;
-  if (error == ENOENT) throw Failure(ErrorNumber::PathNotFound, std::string(folder) + ": no such folder");
+  if (error == ENOENT) throw Failure(ErrorNumber::PathNotFound, folder, "no such folder", Hint::MakeFolder);
   os::RaiseSystemFailure(error, folder);
 }
 

@@ -29,10 +29,21 @@ TEST_F(NativePathsTest, PathsAreWrittenAsThisSystemHasThem) {
 
 TEST_F(NativePathsTest, PathsAreFoundInAText) {
   EXPECT_EQ(Shown(" 12:00:00: C:\\a b\\c"), " 12:00:00: /a b/c");
-  EXPECT_EQ(Shown("C:\\a\\b: K\xF6nnte fehlen: x\\y"), "/a/b: Könnte fehlen: x/y");
-  EXPECT_EQ(Shown("C:\\a: b\\c: locked"), "/a: b/c: locked");
   EXPECT_EQ(Shown("C:\\a -> S:\\b"), "/a -> /srv/mail/b");
   EXPECT_EQ(Shown("Account 'x' (C:\\a\\)\r\nC:\\b\r\nx\\y"), "Account 'x' (/a/)\n/b\nx\\y");
+}
+
+TEST_F(NativePathsTest, ACauseIsItsPathAndItsReasonAsTheyAre) {
+  const auto shown = [](const Cause& why) { return ShownCause(why).toStdString(); };
+  EXPECT_EQ(shown({"C:\\a: b\\c", "locked by x\\y: C:\\d"}), "/a: b/c: locked by x\\y: C:\\d");
+  EXPECT_EQ(shown({"C:\\B\xFCro", "K\xF6nnte fehlen"}), "/Büro: Könnte fehlen");
+  EXPECT_EQ(shown({.reason = "C:\\a is no reason: x"}), "C:\\a is no reason: x");
+}
+
+TEST_F(NativePathsTest, WhatAPersonCanDoStandsBelowTheCause) {
+  EXPECT_EQ(ShownWithHint({"C:\\a", "full", Hint::MakeRoom}).toStdString(),
+            "/a: full\n\nBitte auf diesem Datenträger Platz schaffen und es noch einmal versuchen.");
+  EXPECT_EQ(ShownWithHint({"C:\\a", "torn"}).toStdString(), "/a: torn");
 }
 
 TEST_F(NativePathsTest, WhatIsNoPathStays) {

@@ -202,7 +202,7 @@ TEST_F(WizardAppTest, FourPagesByKeyAndMouseGiveACommandThatFillsANewArchive) {
   });
   ArchiveImport import;
   import.Run();
-  progress.ShowResult(import, QString());
+  progress.ShowResult(import, {});
   HostObjects::Install(before);
   host.reset();
 

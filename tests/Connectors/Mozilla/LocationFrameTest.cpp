@@ -514,7 +514,7 @@ TEST_F(LocationFrameTest, ConnectorGoesThoughItsItemsStay) {
 // --- Messages
 
 TEST_F(LocationFrameTest, UnreadableLocationIsReportedAndMayBeShown) {
-  frame::ReportUnreadable("why");
+  frame::ReportUnreadable({.reason = "why"});
   EXPECT_TRUE(platform->calls.empty());
   frame::ShowUnreadable("because");
   EXPECT_THAT(platform->calls, ElementsAre("ShowMessage(\"because\",\"error\",Critical,Ok) -> Ok"));

@@ -8,10 +8,10 @@ namespace {
 TEST(MailLedgerTest, MailIsWholeUntilALossIsNotedAndTheFirstReasonIsKept) {
   MailLedger ledger;
   EXPECT_TRUE(ledger.IsWhole());
-  ledger.NoteLoss("first");
-  ledger.NoteLoss("second");
+  ledger.NoteLoss({.reason = "first"});
+  ledger.NoteLoss({.reason = "second"});
   EXPECT_FALSE(ledger.IsWhole());
-  EXPECT_EQ(ledger.loss, "first");
+  EXPECT_EQ(ledger.loss.Text(), "first");
 }
 
 TEST(MailLedgerTest, FileOfAFieldLiesWhereItsDescriptionSaysUnlessItStayed) {

@@ -265,9 +265,9 @@ TEST_F(StdMailDataTest, FileThatIsLostToAnotherOrToItsNameIsAFailure) {
                          Row{part("mail.eml"), "one of two files called 'mail.eml' is lost"},
                          Row{part(tooLong), ""}, Row{part("..") + part("."), ""}}) {
     RecordOfParts(row.parts + "--B--\n", true);
-    EXPECT_EQ(mail_.Ledger().loss, row.failure);
+    EXPECT_EQ(mail_.Ledger().loss.Text(), row.failure);
     RecordOfParts(row.parts + "--B--\n", false);
-    EXPECT_EQ(mail_.Ledger().loss, "");
+    EXPECT_EQ(mail_.Ledger().loss.Text(), "");
     mail_.DeleteLastTempfiles();
   }
 }
@@ -297,7 +297,7 @@ TEST_F(StdMailDataTest, AttachmentStaysWhereItIsIfNoFileCanHaveItsName) {
     EXPECT_EQ(mail_.Ledger().FileAt("File", Tmp("mail.eml")), Tmp("mail.eml"));
     EXPECT_EQ(TempFile("att2"), "second\r\n");
     EXPECT_EQ(TempFile("att3"), "third\r\n");
-    EXPECT_EQ(mail_.Ledger().loss, "");
+    EXPECT_EQ(mail_.Ledger().loss.Text(), "");
     mail_.DeleteLastTempfiles();
     EXPECT_FALSE(HasTempFile("att2"));
     RecordOfParts("--B\n\n--B\nContent-Type: a; name=g\n\nx\n--B--\n", true);

@@ -532,10 +532,10 @@ TEST_F(StdMailReadHeaderTest, FullDiskIsPassedOverFromTheBodyOn) {
   for (const char* subject : {"1", "2"}) {
     ASSERT_TRUE(mail_.ReadHeader(true));
     EXPECT_EQ(mail_.GetHeader("subject"), subject);
-    EXPECT_NE(mail_.Ledger().loss, "");
+    EXPECT_NE(mail_.Ledger().loss.Text(), "");
   }
   EXPECT_FALSE(mail_.ReadHeader(true));
-  EXPECT_EQ(mail_.Ledger().loss, "");
+  EXPECT_EQ(mail_.Ledger().loss.Text(), "");
 }
 
 TEST_F(StdMailReadHeaderTest, ExpungedMailsAreCountedFromTheOpeningOn) {
@@ -579,7 +579,7 @@ TEST_F(StdMailReadHeaderTest, AttachmentThatCannotBeMadeIsSkipped) {
   EXPECT_EQ(mail_.Attachments()->Count(), 2);
   // With no file open for it, the content stays in the mail; boundary and header lines are gone.
   EXPECT_EQ(TempFile("mail.eml"), Head() + Crlf("x\n--B--\n"));
-  EXPECT_NE(mail_.Ledger().loss, "");
+  EXPECT_NE(mail_.Ledger().loss.Text(), "");
 }
 
 TEST_F(StdMailReadHeaderTest, HtmlFileThatCannotBeMadeIsSkipped) {

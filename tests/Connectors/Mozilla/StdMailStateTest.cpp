@@ -158,12 +158,12 @@ TEST_F(StdMailStateTest, AMailWhoseBodyCannotBeReadToItsEndIsNotWholeAndTheNextI
     EXPECT_TRUE(mail_.ReadHeader(save));
     EXPECT_TRUE(fault.WasReached());
     EXPECT_EQ(mail_.GetHeader("subject"), "a");
-    EXPECT_THAT(mail_.Ledger().loss, testing::StartsWith(folder_.Path("Inbox") + ": "));
+    EXPECT_THAT(mail_.Ledger().loss.Text(), testing::StartsWith(folder_.Path("Inbox") + ": "));
     EXPECT_TRUE(mail_.ReadHeader(save));
     EXPECT_EQ(mail_.GetHeader("subject"), "b");
-    EXPECT_EQ(mail_.Ledger().loss, "");
+    EXPECT_EQ(mail_.Ledger().loss.Text(), "");
     EXPECT_FALSE(mail_.ReadHeader(save));
-    EXPECT_EQ(mail_.Ledger().loss, "");
+    EXPECT_EQ(mail_.Ledger().loss.Text(), "");
   }
 }
 
@@ -172,11 +172,11 @@ TEST_F(StdMailStateTest, AMailboxThatCannotBeReadOnTellsWhyAndFromWhere) {
   OpenLines(mail + std::string(300'000, '\n') + "From - 2\nSubject: b\n\nend\n");
   const DiskFault fault({.calls = DiskCall::Read, .number = 2, .pathEnd = "/Inbox"});
   EXPECT_TRUE(mail_.ReadHeader(false));
-  EXPECT_EQ(mail_.Ledger().loss, "");
+  EXPECT_EQ(mail_.Ledger().loss.Text(), "");
   EXPECT_FALSE(fault.WasReached());
   EXPECT_FALSE(mail_.ReadHeader(false));
   EXPECT_TRUE(fault.WasReached());
-  EXPECT_THAT(mail_.Ledger().loss, testing::StartsWith(folder_.Path("Inbox") + ": "));
+  EXPECT_THAT(mail_.Ledger().loss.Text(), testing::StartsWith(folder_.Path("Inbox") + ": "));
   EXPECT_GT(mail_.Ledger().offset, static_cast<std::int32_t>(Crlf(mail).size()));
   EXPECT_LT(mail_.Ledger().offset, 300'000);
 }
