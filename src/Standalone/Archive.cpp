@@ -19,7 +19,7 @@ class IndexProgress {
   IndexProgress(StandaloneGlobal* global, std::string_view archive) : global_(global), archive_(archive) {}
   ~IndexProgress() {
     if (!isShown_) return;
-    global_->SetProgressVisible(false);
+    Swallow([&] { global_->SetProgressVisible(false); });
     Swallow([&] { global_->Report(report::kProgress, "", nullptr); });
   }
   IndexProgress(const IndexProgress&) = delete;
@@ -79,7 +79,7 @@ void Archive::Close() {
 
 ItemPtr Archive::PasteRecord(std::string_view record) {
   ArchiveContent& content = Opened();
-  content.SettleStep();
+  content.EndFullPortion();
   const auto item = ArchiveItem::Paste(content_, record);
   item->SetLocation(shared_from_this());
   NotePasted(item);
@@ -172,7 +172,7 @@ void Archive::Prove() {
 }
 
 Archive::Portions::Portions(Archive& archive) : content_(archive.content_) {
-  archive.Opened().Defer();
+  archive.Opened().BeginPortion();
 }
 
 Archive::Portions::~Portions() {
@@ -180,7 +180,7 @@ Archive::Portions::~Portions() {
 }
 
 void Archive::Portions::Finish() {
-  if (const auto content = content_.lock()) content->Settle();
+  if (const auto content = content_.lock()) content->EndPortion();
   content_.reset();
 }
 

@@ -16,7 +16,7 @@ namespace vorlent {
 // theirs. The Location's name is the path of the folder. One program at a time has an archive open.
 //
 // PasteRecord and an item's TakeFile are durable when they return. So whoever deletes a mail at its source
-// behind both loses nothing by a crash, whenever that comes: an archive that was not closed puts itself in
+// after both loses nothing by a crash, whenever that comes: an archive that was not closed puts itself in
 // order when it is opened again. A mail that lacked a file by then is still there, marked as incomplete, and
 // goes once it is imported again.
 //
@@ -64,7 +64,7 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
   std::vector<std::shared_ptr<ArchiveItem>> ItemsOf(std::string_view id);
   // The items that lack a file.
   std::vector<std::shared_ptr<ArchiveItem>> IncompleteItems();
-  // The items that hold all the words, as ArchiveIndex::Find tells. The first search behind an import
+  // The items that hold all the words, as ArchiveIndex::Find tells. The first search after an import
   // brings the index up to date, with the host's progress display if that takes long; cancelled there, it
   // finds nothing, and the next one continues.
   std::vector<std::shared_ptr<ArchiveItem>> Search(std::string_view words);
@@ -73,7 +73,7 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
   // someone else may have removed or replaced what it consists of. Raises what is wrong.
   void Prove();
 
-  // While this lives, what is pasted and taken becomes durable in large portions, the last one in Finish.
+  // While this lives, what is pasted and taken becomes durable by ArchivePortions, the last one in Finish.
   // Much faster, and only for sources that keep their mails: a crash loses what wasn't durable yet.
   class Portions {
    public:

@@ -7,6 +7,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/Failure.h"
+#include "Standalone/ArchiveSql.h"
 
 namespace vorlent {
 
@@ -19,7 +20,6 @@ constexpr std::string_view kFilesName = "files\\";
 constexpr std::string_view kOpen = "open";
 
 constexpr std::size_t kHeldItems = 1024;
-constexpr std::int64_t kDeferredItems = 1024;
 
 // The item's number in front of a file name "<number> <name>", 0 for a file that isn't the archive's.
 std::int64_t ItemOf(std::string_view fileName) {
@@ -66,7 +66,7 @@ std::int64_t ArchiveContent::Insert(const ItemRecord& record, std::int64_t finge
   NoteChange();
   const std::int64_t number = store_.Insert(record, fingerprint, files);
   if (numbers_ != nullptr) numbers_->push_back(number);
-  ++deferredItems_;
+  if (portion_) portion_->Note();
   Confirm(number);
   return number;
 }
@@ -127,25 +127,30 @@ void ArchiveContent::Hold(std::int64_t number, const ItemPtr& item) {
   heldItems_.insert_or_assign(number, item);
 }
 
-void ArchiveContent::Defer() {
+void ArchiveContent::TakeFile(std::string_view source, std::int64_t item, std::string_view name, bool move) {
+  using Safe = ArchiveFiles::Safe;
+  files_.Take(source, item, name, move, portion_ ? Safe::AfterSync : Safe::AtOnce);
+}
+
+void ArchiveContent::BeginPortion() {
+  EndPortion();
   NoteChange();
-  files_.Defer();
-  deferred_ = std::make_unique<SqliteTransaction>(store_.Database());
-  deferredItems_ = 0;
+  portion_.emplace(store_.Database(), files_);
 }
 
-void ArchiveContent::SettleStep() {
-  if (deferred_ == nullptr || deferredItems_ < kDeferredItems) return;
-  Settle();
-  Defer();
+void ArchiveContent::EndFullPortion() {
+  if (portion_ && portion_->IsFull()) BeginPortion();
 }
 
-void ArchiveContent::Settle() {
-  if (deferred_ == nullptr) return;
-  // Files first: what the database tells of must be there.
-  files_.Settle();
-  deferred_->Commit();
-  deferred_.reset();
+void ArchiveContent::EndPortion() {
+  if (!portion_) return;
+  try {
+    portion_->MakeDurable();
+  } catch (const Failure&) {
+    numbers_.reset();
+    throw;
+  }
+  portion_.reset();
 }
 
 void ArchiveContent::Prove() {
@@ -160,11 +165,7 @@ void ArchiveContent::Prove() {
 void ArchiveContent::ProveLog() {
   const std::optional<os::Identity> now = os::TryIdentify(LogOf(databasePath_));
   if (now && now == log_) return;
-  SqliteStatement checkpoint(store_.Database(), "PRAGMA wal_checkpoint(FULL)");
-  checkpoint.Step();
-  const bool isWhole = checkpoint.Number(0) == 0;
-  checkpoint.Reset();
-  if (!isWhole) {
+  if (SqliteStatement(store_.Database(), archive_sql::kWriteLog).RunForNumber() != 0) {
     throw Failure(ErrorNumber::PathAccess, LogOf(databasePath_),
                   "is gone, and what stood there can't be written to the database");
   }
@@ -172,7 +173,7 @@ void ArchiveContent::ProveLog() {
 
 void ArchiveContent::Confirm(std::int64_t number) {
   // Sources that keep their mails ask for no proof.
-  if (deferred_ != nullptr) return;
+  if (portion_) return;
   if (unproven_.empty() || unproven_.back().last + 1 != number) {
     unproven_.push_back({number, number});
   } else {
@@ -209,7 +210,7 @@ void ArchiveContent::ProveFiles(const Row& row) {
 }
 
 void ArchiveContent::Finish() {
-  Settle();
+  EndPortion();
   if (changeNoted_ && filesExpected_ == 0) store_.SetState(kOpen, 0);
   changeNoted_ = false;
   if (os::TryIdentify(databasePath_) != database_) EmptyLog();
@@ -217,7 +218,7 @@ void ArchiveContent::Finish() {
 
 // SQLite leaves the log of a database that was replaced, and it would be taken for the other's.
 void ArchiveContent::EmptyLog() {
-  Swallow([&] { store_.Database().Execute("PRAGMA wal_checkpoint(TRUNCATE)"); });
+  Swallow([&] { store_.Database().Execute(archive_sql::kEmptyLog); });
 }
 
 void ArchiveContent::NoteChange() {

@@ -13,6 +13,7 @@
 #include "Platform/Files.h"
 #include "Standalone/ArchiveFiles.h"
 #include "Standalone/ArchiveIndex.h"
+#include "Standalone/ArchivePortion.h"
 #include "Standalone/ArchiveStore.h"
 
 namespace vorlent {
@@ -48,12 +49,16 @@ class ArchiveContent {
   ItemPtr HeldItem(std::int64_t number) const;
   void Hold(std::int64_t number, const ItemPtr& item);
 
-  // From Defer to Settle all changes are one: durable, all at once, when Settle returns. A crash before that
-  // loses them, so it is for sources that keep what they give. Settle begins anew after so and so many
-  // changes.
-  void Defer();
-  void SettleStep();
-  void Settle();
+  // Brings a file of an item in, see ArchiveFiles::Take.
+  void TakeFile(std::string_view source, std::int64_t item, std::string_view name, bool move);
+
+  // All changes from here on are of one ArchivePortion; that before is ended.
+  void BeginPortion();
+  // Ends a portion that is full, and begins another.
+  void EndFullPortion();
+  // Makes the portion durable, if there is one. If that fails, its items are gone, and so that nobody takes
+  // them for durable this raises from then on.
+  void EndPortion();
 
   // An item that was there already stands for one that came in.
   void Confirm(std::int64_t number);
@@ -91,8 +96,7 @@ class ArchiveContent {
   const std::optional<os::Identity> log_;
   std::vector<Row> unproven_;  // nearly always one row for a mailbox
   bool changeNoted_;
-  std::unique_ptr<SqliteTransaction> deferred_;
-  std::int64_t deferredItems_ = 0;
+  std::optional<ArchivePortion> portion_;
   std::int64_t filesExpected_ = 0;
   std::unordered_map<std::int64_t, std::weak_ptr<Item>> heldItems_;
   std::size_t heldItemsLimit_ = 0;

@@ -54,7 +54,8 @@ std::string ArchiveFiles::OwnName(std::string_view name) {
   return FittingAsciiName(DecodeFileName(DecodeFileName(name)), kLongestName);
 }
 
-void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_view name, bool move) {
+void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_view name, bool move,
+                        Safe safe) {
   // A folder could be renamed like a file.
   os::FileLength(source);
   const std::int64_t folderNumber = item / kItemsPerFolder;
@@ -62,10 +63,10 @@ void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_
   const std::string target = PathOf(item, name);
   if (move) {
     // The bytes must be safe before their new name is.
-    if (!deferred_) os::File::Open(source, os::File::Mode::Read).Sync();
+    if (safe == Safe::AtOnce) os::File::Open(source, os::File::Mode::Read).Sync();
     // The item's number makes the name the only one of its kind.
     if (os::RenameToNewName(source, target)) {
-      if (!deferred_) os::SyncFolder(FolderOf(folderNumber));
+      if (safe == Safe::AtOnce) os::SyncFolder(FolderOf(folderNumber));
       return;
     }
   }
@@ -108,9 +109,8 @@ bool ArchiveFiles::HaveSameBytes(std::string_view path, std::string_view otherPa
   }
 }
 
-void ArchiveFiles::Settle() {
-  if (deferred_) os::SyncFileSystem(folder_);
-  deferred_ = false;
+void ArchiveFiles::SyncAll() const {
+  os::SyncFileSystem(folder_);
 }
 
 std::set<std::int64_t> ArchiveFiles::FolderNumbers() const {

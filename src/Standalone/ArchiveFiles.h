@@ -26,10 +26,15 @@ class ArchiveFiles {
   // one stands in the item's description of the file.
   static std::string OwnName(std::string_view name);
 
-  // Brings a file in. It is whole at its place and safe from a crash of the machine before the source goes
-  // and before this returns; `move` says whether the source goes. A place that is taken raises FileExists, a
-  // source that is a folder PathAccess.
-  void Take(std::string_view source, std::int64_t item, std::string_view name, bool move);
+  // When a file that is moved in is safe from a crash of the machine. One that has to be copied is so at once.
+  enum class Safe { AtOnce, AfterSync };
+  // Brings a file in. It is whole at its place and safe before the source goes and before this returns;
+  // `move` says whether the source goes. A place that is taken raises FileExists, a source that is a folder
+  // PathAccess.
+  void Take(std::string_view source, std::int64_t item, std::string_view name, bool move,
+            Safe safe = Safe::AtOnce);
+  // Makes all files safe that were taken so far.
+  void SyncAll() const;
   // Removes a file that was taken from where it came from, read-only or not.
   static void RemoveSource(std::string_view source);
   // Takes the read-only attribute from a file.
@@ -37,10 +42,6 @@ class ArchiveFiles {
   void Remove(std::int64_t item, std::string_view name);
   bool Exists(std::int64_t item, std::string_view name) const;
   static bool HaveSameBytes(std::string_view path, std::string_view otherPath);
-
-  // Between these, files that are moved in are safe only once Settle returns, all at once.
-  void Defer() { deferred_ = true; }
-  void Settle();
 
   // The numbers of the folders that are there, and the names "<item> <name>" in one.
   std::set<std::int64_t> FolderNumbers() const;
@@ -53,7 +54,6 @@ class ArchiveFiles {
 
   std::string folder_;
   std::int64_t knownFolder_ = -1;
-  bool deferred_ = false;
 };
 
 }  // namespace vorlent

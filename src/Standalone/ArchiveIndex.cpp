@@ -4,11 +4,15 @@
 
 #include "Common/StdModul.h"
 #include "Host/FileKeys.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
+#include "Standalone/ArchiveSql.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/MailText.h"
 
 namespace vorlent {
+
+namespace sql = archive_sql;
 
 namespace {
 
@@ -22,13 +26,15 @@ constexpr std::size_t kIndexedBytes = 2 * 1024;
 
 // Data fields that say nothing to a person.
 bool IsSearched(std::string_view key) {
-  return !key.starts_with('_') && key != "Size" && key != "Attribute" && !DescribesFile(key);
+  return !key.starts_with('_') && key != data_key::kSize && key != data_key::kAttribute &&
+         !DescribesFile(key);
 }
 
 // What an item shows, as UTF-8.
 struct Head {
   explicit Head(const ItemRecord& record)
-      : text(DisplayUtf8(record.Value("Text"))), keywords(DisplayUtf8(record.Value("Keywords"))) {
+      : text(DisplayUtf8(record.Value(record_key::kText))),
+        keywords(DisplayUtf8(record.Value(record_key::kKeywords))) {
     for (std::int32_t pos = 1; pos <= record.DataCount(); ++pos) {
       const std::string key = record.DataKey(pos);
       if (IsSearched(key)) {
@@ -42,7 +48,7 @@ struct Head {
   std::string text, keywords, data, files;
 };
 
-// The words in the form of a query: each a quoted string, with its "*" behind it.
+// The words in the form of a query: each a quoted string, with its "*" after it.
 std::vector<std::string> QueriesOf(std::string_view words) {
   std::vector<std::string> queries;
   for (std::string rest(words); !rest.empty();) {
@@ -62,12 +68,10 @@ std::vector<std::string> QueriesOf(std::string_view words) {
 ArchiveIndex::ArchiveIndex(ArchiveStore& store, ArchiveFiles& files)
     : store_(store),
       files_(files),
-      insertHead_(store.Database(),
-                  "INSERT INTO search (rowid, text, keywords, data, files) VALUES (?, ?, ?, ?, ?)"),
-      updateHead_(store.Database(),
-                  "REPLACE INTO search (rowid, text, keywords, data, files) VALUES (?, ?, ?, ?, ?)"),
-      removeHead_(store.Database(), "DELETE FROM search WHERE rowid = ?"),
-      insertBody_(store.Database(), "INSERT INTO bodies (rowid, body) VALUES (?, ?)"),
+      insertHead_(store.Database(), sql::kInsertHead),
+      replaceHead_(store.Database(), sql::kReplaceHead),
+      removeHead_(store.Database(), sql::kRemoveHead),
+      insertBody_(store.Database(), sql::kInsertBody),
       reached_(store.State(kReached)) {}
 
 bool ArchiveIndex::Reach(std::int64_t number, const std::function<bool(double)>& goOn) {
@@ -112,7 +116,7 @@ void ArchiveIndex::WriteHead(SqliteStatement& statement, std::int64_t number, co
 }
 
 void ArchiveIndex::Update(std::int64_t number, const ItemRecord& record) {
-  if (number <= reached_) WriteHead(updateHead_, number, record);
+  if (number <= reached_) WriteHead(replaceHead_, number, record);
 }
 
 // What the index of bodies holds of the item stays there: numbers are never used again, and only items that
@@ -125,13 +129,13 @@ std::vector<std::int64_t> ArchiveIndex::Find(std::string_view words) {
   const std::vector<std::string> queries = QueriesOf(words);
   std::vector<std::int64_t> numbers;
   if (queries.empty()) return numbers;
-  std::string sql = "SELECT number FROM items WHERE true";
+  std::string text(sql::kFind);
   for (std::size_t i = 1; i <= queries.size(); ++i) {
-    const std::string parameter = "?" + std::to_string(i);
-    sql += " AND number IN (SELECT rowid FROM search WHERE search MATCH " + parameter +
-           " UNION SELECT rowid FROM bodies WHERE bodies MATCH " + parameter + ")";
+    std::string word(sql::kFindWord);
+    ReplaceText(word, "#", std::to_string(i));
+    text += word;
   }
-  SqliteStatement select(store_.Database(), sql + " ORDER BY number");
+  SqliteStatement select(store_.Database(), text.append(sql::kFindInOrder));
   for (std::size_t i = 0; i < queries.size(); ++i)
     select.Bind(static_cast<int>(i) + 1, queries[i]);
   while (select.Step())

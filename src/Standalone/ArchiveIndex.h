@@ -28,7 +28,7 @@ class ArchiveIndex {
   void Remove(std::int64_t number);
 
   // The numbers of the items that hold every one of the words, the oldest first; letter case and accents of
-  // no matter, "*" behind a word stands for any ending. No words find nothing. `words` is code page.
+  // no matter, "*" after a word stands for any ending. No words find nothing. `words` is code page.
   std::vector<std::int64_t> Find(std::string_view words);
 
  private:
@@ -38,7 +38,7 @@ class ArchiveIndex {
 
   ArchiveStore& store_;
   ArchiveFiles& files_;
-  SqliteStatement insertHead_, updateHead_, removeHead_, insertBody_;
+  SqliteStatement insertHead_, replaceHead_, removeHead_, insertBody_;
   std::int64_t reached_;
 };
 

@@ -5,6 +5,7 @@
 
 #include "Common/StdModul.h"
 #include "Host/FileKeys.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
@@ -33,8 +34,8 @@ std::shared_ptr<ArchiveItem> ArchiveItem::Paste(const std::shared_ptr<ArchiveCon
   auto item = std::make_shared<ArchiveItem>(content, StoredItem{});
   ItemRecord& fields = item->record_;
   fields.Import(record);
-  if (fields.Value("ID").empty()) fields.Set("ID", NewGuidText());
-  const bool filesLieElsewhere = fields.HasData("_SourceFile");
+  if (fields.Value(record_key::kId).empty()) fields.Set(record_key::kId, NewGuidText());
+  const bool filesLieElsewhere = fields.HasData(data_key::kSourceFile);
   for (std::int32_t pos = 1; pos <= fields.DataCount() && !filesLieElsewhere; ++pos) {
     const std::string key = fields.DataKey(pos);
     std::string description = fields.DataValue(pos);
@@ -165,20 +166,19 @@ std::string ArchiveItem::NameFor(std::string_view key, std::string_view path) {
 
 void ArchiveItem::BringIn(std::string_view key, std::string_view options) {
   const std::shared_ptr<ArchiveContent> content = Content();
-  ArchiveFiles& files = content->Files();
   File& file = files_.find(key)->second;
   // Two descriptions of one path: the file came with the first.
   const bool isShared = arrivedNames_.contains(file.name);
   content->FilesExpected(-1);
   if (!isShared) {
     try {
-      files.Take(file.source, number_, file.name, HasOption(options, "move"));
+      content->TakeFile(file.source, number_, file.name, HasOption(options, "move"));
     } catch (const Failure&) {
       Swallow([&] { content->Store().MarkMissing(number_, key, true); });
       file.state = File::State::Missing;
       throw;
     }
-    if (HasOption(options, "nofileattribute")) files.AllowWriting(number_, file.name);
+    if (HasOption(options, "nofileattribute")) content->Files().AllowWriting(number_, file.name);
   }
   file.state = File::State::In;
   arrivedNames_.insert(file.name);

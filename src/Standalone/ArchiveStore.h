@@ -12,7 +12,7 @@
 namespace vorlent {
 
 // A file of an item: the data field that describes it, and its bare name among the item's files. Where a
-// description in a record begins with the path of the file, the database keeps only the lines behind it.
+// description in a record begins with the path of the file, the database keeps only the lines after it.
 struct StoredFile {
   std::string key;
   std::string name;
@@ -55,7 +55,6 @@ class ArchiveStore {
   std::vector<std::int64_t> NumbersOf(std::string_view id);
   std::vector<std::int64_t> NumbersOf(std::string_view id, std::int64_t fingerprint);
   std::vector<std::int64_t> AllNumbers();
-  std::int64_t Count();
   // 0 for an empty archive.
   std::int64_t HighestNumber();
 
@@ -79,14 +78,14 @@ class ArchiveStore {
 
  private:
   void WriteFiles(std::int64_t number, const std::vector<StoredFile>& files);
-  std::vector<std::int64_t> Numbers(SqliteStatement& select);
+  bool ReadFields(std::int64_t number, ItemRecord& record);
+  static std::vector<std::int64_t> Numbers(SqliteStatement& select);
 
   SqliteDatabase database_;
   SqliteStatement insertItem_, updateItem_, removeItem_, selectItem_;
-  SqliteStatement insertFile_, removeFiles_, selectFiles_, selectFilesOfRange_, markFile_;
-  SqliteStatement selectById_, selectTwins_, selectNumbers_, selectCount_, selectHighest_;
-  SqliteStatement selectIncomplete_;
-  SqliteStatement selectSetting_, replaceSetting_, selectState_, replaceState_;
+  SqliteStatement putFile_, removeFiles_, selectFiles_, markFile_;
+  SqliteStatement selectById_, selectTwins_, selectNumbers_, selectHighest_, selectIncomplete_;
+  SqliteStatement selectSetting_, putSetting_, selectState_, putState_;
 };
 
 }  // namespace vorlent

@@ -5,6 +5,7 @@
 #include "Common/StdModul.h"
 #include "Common/TextHash.h"
 #include "Host/FileKeys.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -12,9 +13,10 @@ std::int64_t FingerprintOf(const ItemRecord& record) {
   TextHash fingerprint;
   for (std::size_t i = 0; i < record.FieldCount(); ++i) {
     const std::string_view key = record.FieldKey(i);
-    if (key == "Log") continue;
+    if (key == record_key::kLog) continue;
     std::string value = record.FieldValue(i);
-    if (key.starts_with("Data") && DescribesFile(key.substr(4))) CutLine(value);
+    const bool isData = key.starts_with(record_key::kDataPrefix);
+    if (isData && DescribesFile(key.substr(record_key::kDataPrefix.size()))) CutLine(value);
     fingerprint.Add(key);
     fingerprint.Add(value);
   }

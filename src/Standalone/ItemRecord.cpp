@@ -23,7 +23,7 @@ std::size_t FieldEnd(std::string_view record, std::size_t start) {
   return record.size();
 }
 
-// Whether a value as it stands in a record would take the "|" behind it for its own. Only the last value of a
+// Whether a value as it stands in a record would take the "|" after it for its own. Only the last value of a
 // record can be so, and it may no longer be the last.
 bool EndsTorn(std::string_view value) {
   const std::size_t end = value.find_last_not_of('\\') + 1;
@@ -89,7 +89,7 @@ std::string ItemRecord::Text() const {
 }
 
 std::string ItemRecord::DataKey(std::int32_t pos) const {
-  return std::string(KeyOf(DataField(pos)).substr(kDataPrefix.size()));
+  return std::string(KeyOf(DataField(pos)).substr(record_key::kDataPrefix.size()));
 }
 
 std::string ItemRecord::DataValue(std::int32_t pos) const {
@@ -143,7 +143,7 @@ void ItemRecord::Append(std::string_view prefix, std::string_view key, std::stri
 
 void ItemRecord::Append(const Field& field) {
   const std::string_view key = KeyOf(field);
-  if (key.starts_with(kDataPrefix) && key.size() > kDataPrefix.size()) {
+  if (key.starts_with(record_key::kDataPrefix) && key.size() > record_key::kDataPrefix.size()) {
     dataFields_.push_back(static_cast<std::uint32_t>(fields_.size()));
   }
   fields_.push_back(field);

@@ -6,13 +6,15 @@
 #include <string_view>
 #include <vector>
 
+#include "Host/RecordKeys.h"
+
 namespace vorlent {
 
 // Fields in order, found by their exact key. Values stay in the form of the record until they are asked for,
 // so that an item costs one text and its record comes back byte for byte.
 class ItemRecord {
  public:
-  // Takes the fields of a record string; of a repeated key only the first. Fields held before stay behind
+  // Takes the fields of a record string; of a repeated key only the first. Fields held before stay after
   // them, unless the record has their key.
   void Import(std::string_view record);
 
@@ -22,7 +24,7 @@ class ItemRecord {
   // Value of a field, "" if absent.
   std::string Value(std::string_view key) const { return ValueOf(Find({}, key)); }
   bool Has(std::string_view key) const { return Find({}, key) != nullptr; }
-  // Sets a field, behind all others if it is new.
+  // Sets a field, after all others if it is new.
   void Set(std::string_view key, std::string_view value) { Set({}, key, value); }
   // Adds a field that the record doesn't have.
   void Add(std::string_view key, std::string_view value) { Append({}, key, value); }
@@ -36,14 +38,12 @@ class ItemRecord {
   // that doesn't exist raises SubscriptOutOfRange.
   std::int32_t DataCount() const { return static_cast<std::int32_t>(dataFields_.size()); }
   std::string DataKey(std::int32_t pos) const;
-  std::string DataValue(std::string_view name) const { return ValueOf(Find(kDataPrefix, name)); }
+  std::string DataValue(std::string_view name) const { return ValueOf(Find(record_key::kDataPrefix, name)); }
   std::string DataValue(std::int32_t pos) const;
-  bool HasData(std::string_view name) const { return Find(kDataPrefix, name) != nullptr; }
-  void SetData(std::string_view name, std::string_view value) { Set(kDataPrefix, name, value); }
+  bool HasData(std::string_view name) const { return Find(record_key::kDataPrefix, name) != nullptr; }
+  void SetData(std::string_view name, std::string_view value) { Set(record_key::kDataPrefix, name, value); }
 
  private:
-  static constexpr std::string_view kDataPrefix = "Data";
-
   // Where key and value lie in text_. A plain value is as it was set, any other is escaped.
   struct Field {
     std::uint32_t keyAt, keySize, valueAt, valueSize;
@@ -65,7 +65,7 @@ class ItemRecord {
   std::string text_;
   std::vector<Field> fields_;
   std::vector<std::uint32_t> dataFields_;  // indexes of the data fields
-  // Where the last field was found: callers mostly ask for one field behind the other.
+  // Where the last field was found: callers mostly ask for one field after the other.
   mutable std::uint32_t lastFound_ = 0;
 };
 

@@ -13,7 +13,7 @@ namespace vorlent {
 
 namespace {
 
-// Enough for a header and the words behind it.
+// Enough for a header and the words after it.
 constexpr std::size_t kBytesRead = 16 * 1024;
 
 // What of the words is taken: enough to find a mail again, and far less work than all of a long one.
@@ -48,13 +48,13 @@ std::string UndoQuotedPrintable(std::string_view text) {
       plain += text[i];
       continue;
     }
-    const std::string_view behind = text.substr(i + 1, 2);
-    if (behind.starts_with('\n')) {
+    const std::string_view next = text.substr(i + 1, 2);
+    if (next.starts_with('\n')) {
       ++i;
-    } else if (behind == "\r\n") {
+    } else if (next == "\r\n") {
       i += 2;
-    } else if (behind.size() == 2 && HexDigit(behind[0]) >= 0 && HexDigit(behind[1]) >= 0) {
-      plain += static_cast<char>(HexDigit(behind[0]) * 16 + HexDigit(behind[1]));
+    } else if (next.size() == 2 && HexDigit(next[0]) >= 0 && HexDigit(next[1]) >= 0) {
+      plain += static_cast<char>(HexDigit(next[0]) * 16 + HexDigit(next[1]));
       i += 2;
     } else {
       plain += '=';
@@ -63,7 +63,7 @@ std::string UndoQuotedPrintable(std::string_view text) {
   return plain;
 }
 
-// The position behind the empty line that ends the header; all is header without one.
+// The position after the empty line that ends the header; all is header without one.
 std::size_t BodyStart(std::string_view mail) {
   std::size_t start = mail.size();
   for (const std::string_view end : {"\r\n\r\n", "\n\n", "\n\r\n"}) {

@@ -36,16 +36,16 @@ bool HasKeyword(std::string keywords, std::string_view keyword) {
 
 StandaloneItem::StandaloneItem(std::shared_ptr<const ItemListenerSlot> listeners)
     : listeners_(std::move(listeners)) {
-  record_.Set("ID", NewGuidText());
+  record_.Set(record_key::kId, NewGuidText());
 }
 
 void StandaloneItem::SetText(std::string_view text) {
-  record_.Set("Text", text);
+  record_.Set(record_key::kText, text);
   Changed(action::kChangeText, {});
 }
 
 void StandaloneItem::SetDate(std::string_view date) {
-  record_.Set("Date", date);
+  record_.Set(record_key::kDate, date);
   Changed(action::kDate, {});
 }
 
@@ -58,7 +58,7 @@ void StandaloneItem::AddKeyword(std::string_view keyword, bool) {
   std::string keywords = Keywords();
   if (keyword.empty() || HasKeyword(keywords, keyword)) return;
   if (!keywords.empty()) keywords += ',';
-  record_.Set("Keywords", keywords.append(keyword));
+  record_.Set(record_key::kKeywords, keywords.append(keyword));
   Changed(action::kKeywordAdd, keyword);
 }
 
@@ -96,7 +96,7 @@ std::string StandaloneItem::DataFile(std::string_view key, std::int32_t index) c
   std::string description = index == 0 ? DataText(key) : std::string();
   if (description.empty()) return {};
   const auto mailbox = std::dynamic_pointer_cast<MailConnector>(Location());
-  if (mailbox == nullptr || !record_.HasData("_SourceFile")) return CutLine(description);
+  if (mailbox == nullptr || !record_.HasData(data_key::kSourceFile)) return CutLine(description);
   return mailbox->GetFile(std::const_pointer_cast<StandaloneItem>(shared_from_this()), key);
 }
 
@@ -119,7 +119,7 @@ void StandaloneItem::NoteModification() {
   std::string log = stamps.created.empty() ? DisplayToStamp(Date()) : stamps.created;
   log += "," + NowStamp();
   if (!stamps.mark.empty()) log += "*" + stamps.mark;
-  record_.Set("Log", log);
+  record_.Set(record_key::kLog, log);
 }
 
 std::string KeywordsOf(const Item& item) {

@@ -34,13 +34,13 @@ class StandaloneItem : public Item, public std::enable_shared_from_this<Standalo
   // Born with an ID of its own.
   explicit StandaloneItem(std::shared_ptr<const ItemListenerSlot> listeners = nullptr);
 
-  std::string ID() const override { return record_.Value("ID"); }
-  void SetID(std::string_view id) override { record_.Set("ID", id); }
-  std::string Type() const override { return record_.Value("Type"); }
-  void SetType(std::string_view type) override { record_.Set("Type", type); }
-  std::string Text() const override { return record_.Value("Text"); }
+  std::string ID() const override { return record_.Value(record_key::kId); }
+  void SetID(std::string_view id) override { record_.Set(record_key::kId, id); }
+  std::string Type() const override { return record_.Value(record_key::kType); }
+  void SetType(std::string_view type) override { record_.Set(record_key::kType, type); }
+  std::string Text() const override { return record_.Value(record_key::kText); }
   void SetText(std::string_view text) override;
-  std::string Date() const override { return record_.Value("Date"); }
+  std::string Date() const override { return record_.Value(record_key::kDate); }
   void SetConnected(bool connected) override { connected_ = connected; }
 
   std::int32_t DataCount() const override { return record_.DataCount(); }
@@ -81,11 +81,11 @@ class StandaloneItem : public Item, public std::enable_shared_from_this<Standalo
 
   // --- What the host itself knows and does beyond the contract
 
-  std::string Keywords() const { return record_.Value("Keywords"); }
-  std::string Owner() const { return record_.Value("Owner"); }
-  std::string Log() const { return record_.Value("Log"); }
+  std::string Keywords() const { return record_.Value(record_key::kKeywords); }
+  std::string Owner() const { return record_.Value(record_key::kOwner); }
+  std::string Log() const { return record_.Value(record_key::kLog); }
   // The address of the mailbox that a streamed mail came from.
-  std::string Source() const { return record_.Value("Source"); }
+  std::string Source() const { return record_.Value(record_key::kSource); }
   // The item's fields as a record string.
   std::string Record() const { return record_.Text(); }
 
@@ -102,7 +102,7 @@ class StandaloneItem : public Item, public std::enable_shared_from_this<Standalo
   ObjectPtr Location() const { return location_.lock(); }
 
  protected:
-  // Runs behind every change of a field. This one notes the time of a change made by the host and tells the
+  // Runs after every change of a field. This one notes the time of a change made by the host and tells the
   // listener.
   virtual void Changed(std::int32_t action, std::string_view value);
 

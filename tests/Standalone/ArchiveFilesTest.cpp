@@ -3,12 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Standalone/MemoryFolder.h"
+#include "Support/DiskOperations.h"
 
 namespace vorlent {
 namespace {
@@ -61,12 +63,11 @@ TEST_F(ArchiveFilesTest, ACopyOnItsWayTakesNoOthersPlace) {
 
 TEST_F(ArchiveFilesTest, AFolderIsNoFile) {
   folder_.Write("temp\\inner\\a.txt", "abc");
-  for (const bool deferred : {false, true}) {
-    if (deferred) files_.Defer();
+  for (const ArchiveFiles::Safe safe : {ArchiveFiles::Safe::AtOnce, ArchiveFiles::Safe::AfterSync}) {
     for (const std::string path : {"temp", "temp\\", "temp\\inner\\..", "temp\\."}) {
       for (const bool move : {false, true}) {
         try {
-          files_.Take(folder_.Path(path), 1, "a", move);
+          files_.Take(folder_.Path(path), 1, "a", move, safe);
           FAIL() << path << " was taken";
         } catch (const Failure& failure) {
           EXPECT_TRUE(failure.Is(ErrorNumber::PathAccess)) << failure.what();
@@ -75,6 +76,84 @@ TEST_F(ArchiveFilesTest, AFolderIsNoFile) {
     }
   }
   EXPECT_EQ(folder_.Read("temp\\inner\\a.txt"), "abc");
+  EXPECT_FALSE(files_.Exists(1, "a"));
+}
+
+// --- What becomes safe when
+
+TEST_F(ArchiveFilesTest, MovedFilesAreSafeAtOnceOrAllTogether) {
+  const auto move = [&](std::int64_t item, ArchiveFiles::Safe safe) {
+    files_.Take(folder_.Write("temp\\a", "abc"), item, "a", true, safe);
+  };
+  move(1, ArchiveFiles::Safe::AtOnce);  // and makes the folder
+  const DiskCallCount syncs(DiskCall::Sync);
+  move(2, ArchiveFiles::Safe::AtOnce);
+  EXPECT_EQ(syncs.Count(), 2) << "the file and its folder";
+  for (std::int64_t item = 3; item < 10; ++item)
+    move(item, ArchiveFiles::Safe::AfterSync);
+  EXPECT_EQ(syncs.Count(), 2);
+  files_.SyncAll();
+  EXPECT_EQ(syncs.Count(), 3);
+}
+
+TEST_F(ArchiveFilesTest, AFileThatCanNotBeMadeSafeStaysAtItsSource) {
+  const std::string source = folder_.Write("temp\\a", "abc");
+  {
+    const DiskFault fault({.calls = DiskCall::Sync, .pathEnd = "temp/a"});
+    EXPECT_THROW(files_.Take(source, 1, "a", true), Failure);
+    EXPECT_TRUE(fault.WasReached());
+  }
+  EXPECT_EQ(folder_.Read("temp\\a"), "abc");
+  EXPECT_FALSE(files_.Exists(1, "a"));
+  files_.Take(source, 1, "a", true);
+  EXPECT_EQ(folder_.Read("files\\000000\\1 a"), "abc");
+}
+
+TEST_F(ArchiveFilesTest, AFullDiskLeavesTheSourceAndAWholeFileOrNone) {
+  const std::string bytes(100'000, 'x');
+  const std::string source = folder_.Write("temp\\a", bytes);
+  bool reached = true;
+  std::int64_t item = 0;
+  for (long number = 0; reached; ++number) {
+    ++item;
+    {
+      const DiskFault fault(
+          {.calls = kTakingSpace, .number = number, .trouble = DiskTrouble::FromHere, .error = ENOSPC});
+      const bool worked = Swallow([&] { files_.Take(source, item, "a", false); });
+      reached = fault.WasReached();
+      EXPECT_EQ(worked, !reached);
+    }
+    EXPECT_EQ(folder_.Read("temp\\a"), bytes);
+    if (files_.Exists(item, "a")) {
+      EXPECT_EQ(ReadBytes(files_.PathOf(item, "a")), bytes);
+    }
+  }
+  EXPECT_GT(item, 3) << "a folder, writes, a sync and a new name";
+  EXPECT_TRUE(files_.Exists(item, "a"));
+}
+
+TEST_F(ArchiveFilesTest, APlaceThatIsTakenStaysAsItIs) {
+  files_.Take(folder_.Write("temp\\old", "old"), 1, "a", true);
+  for (const bool move : {false, true}) {
+    const std::string source = folder_.Write("temp\\new", "new");
+    try {
+      files_.Take(source, 1, "a", move);
+      FAIL() << "was taken";
+    } catch (const Failure& failure) {
+      EXPECT_TRUE(failure.Is(ErrorNumber::FileExists)) << failure.what();
+    }
+    EXPECT_EQ(folder_.Read("temp\\new"), "new");
+    EXPECT_EQ(folder_.Read("files\\000000\\1 a"), "old");
+  }
+}
+
+TEST_F(ArchiveFilesTest, AReadOnlyFileGoesToo) {
+  const std::string source = folder_.Write("temp\\a", "abc");
+  std::filesystem::permissions(folder_.Native("temp\\a"), std::filesystem::perms::owner_read);
+  files_.Take(source, 1, "a", false);
+  ArchiveFiles::RemoveSource(source);
+  EXPECT_FALSE(folder_.Exists("temp\\a"));
+  files_.Remove(1, "a");
   EXPECT_FALSE(files_.Exists(1, "a"));
 }
 

@@ -3,11 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "Platform/Failure.h"
 #include "Standalone/MemoryFolder.h"
+#include "Support/DiskOperations.h"
 
 namespace vorlent {
 namespace {
@@ -23,6 +26,23 @@ ItemRecord RecordOf(std::string_view text) {
 
 class ArchiveStoreTest : public ::testing::Test {
  protected:
+  // Lets each write of the step's fail in turn, looks after each, and at last lets the step do its work.
+  static void FailAtEachWrite(const std::function<void()>& step, const std::function<void()>& look) {
+    long failed = 0;
+    for (bool reached = true; reached; ++failed) {
+      const DiskFault fault({.calls = kTakingSpace,
+                             .number = failed,
+                             .trouble = DiskTrouble::Once,
+                             .error = ENOSPC,
+                             .pathEnd = "archive.sqlite-wal"});
+      const bool worked = Swallow(step);
+      reached = fault.WasReached();
+      EXPECT_EQ(worked, !reached);
+      if (reached) look();
+    }
+    EXPECT_GT(failed, 1);
+  }
+
   MemoryFolder folder_;
   std::string path_ = folder_.Path("archive.sqlite");
 };
@@ -46,6 +66,96 @@ TEST_F(ArchiveStoreTest, AnItemThatIsReadHasNothingOfTheOneReadBefore) {
   EXPECT_EQ(item.number, 0);
   EXPECT_EQ(item.record.Text(), "");
   EXPECT_THAT(item.files, IsEmpty());
+}
+
+TEST_F(ArchiveStoreTest, AnItemThatCanNotBeAddedLeavesNothing) {
+  ArchiveStore store(path_);
+  FailAtEachWrite(
+      [&] {
+        store.Insert(RecordOf("ID=1|Text=a"), 7, {{"File", "mail.eml", true}});
+      },
+      [&] {
+        EXPECT_THAT(store.AllNumbers(), IsEmpty());
+        EXPECT_THAT(store.FilesOf(0, 1000), IsEmpty());
+        EXPECT_THAT(store.IncompleteNumbers(), IsEmpty());
+      });
+  EXPECT_EQ(store.AllNumbers().size(), 1u);
+  EXPECT_EQ(store.FilesOf(0, 1000).size(), 1u);
+}
+
+TEST_F(ArchiveStoreTest, AnItemThatCanNotBeChangedOrRemovedStaysAsItIs) {
+  ArchiveStore store(path_);
+  const std::int64_t number = store.Insert(RecordOf("ID=1|Text=a"), 7, {{"File", "mail.eml", false}});
+  const auto expectAsItWas = [&] {
+    StoredItem item;
+    ASSERT_TRUE(store.Read(number, item));
+    EXPECT_EQ(item.record.Text(), "ID=1|Text=a");
+    ASSERT_EQ(item.files.size(), 1u);
+    EXPECT_EQ(item.files.front().name, "mail.eml");
+  };
+  FailAtEachWrite(
+      [&] {
+        store.Update(number, RecordOf("ID=1|Text=b"), {{"File", "b", false}, {"FileHTML", "c", false}});
+      },
+      expectAsItWas);
+  StoredItem changed;
+  ASSERT_TRUE(store.Read(number, changed));
+  EXPECT_EQ(changed.record.Text(), "ID=1|Text=b");
+  EXPECT_EQ(changed.files.size(), 2u);
+  FailAtEachWrite([&] { store.Remove(number); },
+                  [&] { EXPECT_EQ(store.FilesOf(number, number).size(), 2u); });
+  EXPECT_FALSE(store.Read(number, changed));
+  EXPECT_THAT(store.FilesOf(number, number), IsEmpty());
+}
+
+TEST_F(ArchiveStoreTest, AnItemThatIsGoneGetsNoFiles) {
+  ArchiveStore store(path_);
+  const std::int64_t number = store.Insert(RecordOf("ID=1"), 7, {});
+  store.Remove(number);
+  try {
+    store.Update(number, RecordOf("ID=1"), {{"File", "mail.eml", false}});
+    FAIL() << "was changed";
+  } catch (const Failure& failure) {
+    EXPECT_TRUE(failure.Is(ErrorNumber::ObjectNotSet));
+  }
+  EXPECT_THAT(store.FilesOf(number, number), IsEmpty());
+}
+
+TEST_F(ArchiveStoreTest, NumbersAreNeverUsedAgain) {
+  ArchiveStore store(path_);
+  EXPECT_EQ(store.HighestNumber(), 0);
+  const std::int64_t first = store.Insert(RecordOf("ID=1"), 7, {});
+  const std::int64_t second = store.Insert(RecordOf("ID=2"), 7, {});
+  store.Remove(second);
+  EXPECT_EQ(store.HighestNumber(), first);
+  EXPECT_GT(store.Insert(RecordOf("ID=3"), 7, {}), second);
+}
+
+TEST_F(ArchiveStoreTest, WhatIsMissingIsKnownUntilItComes) {
+  ArchiveStore store(path_);
+  const std::int64_t number =
+      store.Insert(RecordOf("ID=1"), 7, {{"File", "mail.eml", false}, {"FileHTML", "mail.html", true}});
+  EXPECT_THAT(store.IncompleteNumbers(), ElementsAre(number));
+  store.MarkMissing(number, "File", true);
+  EXPECT_THAT(store.IncompleteNumbers(), ElementsAre(number));
+  for (const std::string key : {"File", "FileHTML"})
+    store.MarkMissing(number, key, false);
+  EXPECT_THAT(store.IncompleteNumbers(), IsEmpty());
+}
+
+TEST_F(ArchiveStoreTest, SettingsAndStatesComeBackAndAreEmptyBefore) {
+  {
+    ArchiveStore store(path_);
+    EXPECT_EQ(store.Setting("K\xE4se"), "");
+    EXPECT_EQ(store.State("open"), 0);
+    for (const std::string value : {"a", "Br\xF6t\n\\"})
+      store.SetSetting("K\xE4se", value);
+    store.SetState("open", 1);
+    store.SetState("open", 1'000'000'000'000);
+  }
+  ArchiveStore store(path_);
+  EXPECT_EQ(store.Setting("K\xE4se"), "Br\xF6t\n\\");
+  EXPECT_EQ(store.State("open"), 1'000'000'000'000);
 }
 
 TEST_F(ArchiveStoreTest, ADamagedNameOfAFileLeadsToNoOtherFolder) {

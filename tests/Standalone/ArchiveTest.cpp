@@ -690,6 +690,31 @@ TEST_F(ArchiveTest, AFolderThatCantBeMadeIsRefusedByName) {
   }
 }
 
+TEST_F(ArchiveTest, ClosingMakesDurableWhatIsStillDeferred) {
+  {
+    Archive::Portions portions(*archive_);
+    Import("ID=1" + FileField("File", "mail.eml", "From - \r\n\r\ntext"));
+    Reopen();
+    EXPECT_EQ(archive_->ItemCount(), 1);
+    portions.Finish();  // there is nothing more to do
+  }
+  EXPECT_EQ(BytesOf(archive_->ItemAt(1), "File"), "From - \r\n\r\ntext");
+}
+
+TEST_F(ArchiveTroubleTest, WhatCanNotBeMadeDurableAtTheCloseIsAsIfItHadNotCome) {
+  Import("ID=1" + FileField("File", "first.eml", "From - \r\n\r\nfirst"));
+  {
+    Archive::Portions portions(*archive_);
+    Import("ID=2" + FileField("File", "mail.eml", "From - \r\n\r\ntext"));
+    const DiskFault fault(FullDatabase());
+    EXPECT_THROW(archive_->Close(), Failure);
+    EXPECT_FALSE(archive_->IsOpen());
+  }
+  Reopen();
+  EXPECT_EQ(archive_->ItemCount(), 1);
+  EXPECT_THAT(StoredNames(), ElementsAre("000000/1 first.eml"));
+}
+
 TEST_F(ArchiveTest, PortionsBecomeDurableInTheEnd) {
   {
     Archive::Portions portions(*archive_);

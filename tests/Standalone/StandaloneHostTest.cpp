@@ -30,7 +30,10 @@ class NotingObserver : public HostObserver {
   void ProgressOpened(std::string_view title) override { Note("opened ", title); }
   void ProgressMoved(double percent) override { Note("moved ", NumberText(percent)); }
   void ProgressClosed() override { Note("closed"); }
-  void ProgressShown(bool visible) override { Note(visible ? "shown" : "hidden"); }
+  void ProgressShown(bool visible) override {
+    Note(visible ? "shown" : "hidden");
+    if (!visible && failsToHide) throw Failure(ErrorNumber::Host, "the display can't be hidden");
+  }
   void StatusChanged(std::string_view text) override { Note("status ", text); }
   void LogLine(std::string_view line) override { Note("log ", line); }
   void DatabaseLogLine(std::string_view line) override { Note("database ", line); }
@@ -49,6 +52,7 @@ class NotingObserver : public HostObserver {
     Note("other " + std::to_string(code) + " ", text);
   }
 
+  bool failsToHide = false;
   std::vector<std::string> lines;
 
  private:
@@ -504,6 +508,15 @@ TEST_F(StandaloneHostTest, FirstSearchThatIsCancelledIsContinuedByTheNext) {
   EXPECT_THAT(observer_.lines, IsEmpty());
   host_->Global().CancelFlag() = true;
   EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails}) << "there is nothing left to cancel";
+}
+
+TEST_F(StandaloneHostTest, SearchFindsAlsoIfItsProgressCanNotBeHidden) {
+  const MemoryFolder folder;
+  const ArchivePtr archive = ArchiveOfManyMails(*host_, folder.Path("archive"));
+  observer_.lines.clear();
+  observer_.failsToHide = true;
+  EXPECT_EQ(archive->Search("wort").size(), std::size_t{kManyMails});
+  EXPECT_EQ(observer_.lines.back(), "closed");
 }
 
 // --- Topics
