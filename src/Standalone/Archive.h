@@ -13,7 +13,8 @@
 namespace vorlent {
 
 // A folder with "archive.sqlite", which holds the items and the full-text index, and "files", which holds
-// theirs. The Location's name is the path of the folder. One program at a time has an archive open.
+// theirs. The Location's name is the path of the folder. One program at a time has an archive open, and uses
+// it with its items from one thread.
 //
 // PasteRecord and an item's TakeFile are durable when they return. So whoever deletes a mail at its source
 // after both loses nothing by a crash, whenever that comes: an archive that was not closed puts itself in

@@ -26,7 +26,8 @@ class ArchiveFiles {
   // one stands in the item's description of the file.
   static std::string OwnName(std::string_view name);
 
-  // When a file that is moved in is safe from a crash of the machine. One that has to be copied is so at once.
+  // When a file that is moved in is safe from a crash of the machine. One that has to be copied is so at
+  // once.
   enum class Safe { AtOnce, AfterSync };
   // Brings a file in. It is whole at its place and safe before the source goes and before this returns;
   // `move` says whether the source goes. A place that is taken raises FileExists, a source that is a folder

@@ -47,8 +47,8 @@ inline constexpr const char* kSchema =
     "CREATE VIRTUAL TABLE IF NOT EXISTS bodies USING fts5 (body, content = '', columnsize = 0,"
     " tokenize = 'unicode61 remove_diacritics 2');";
 
-// The fields of a record that have a column of their own, in the order in which the next three name those. The
-// last column, `fields`, holds all others, a line for each.
+// The fields of a record that have a column of their own, in the order in which the next three name those.
+// The last column, `fields`, holds all others, a line for each.
 inline constexpr std::array<std::string_view, 7> kColumnKeys = {
     record_key::kId,   record_key::kType,  record_key::kText, record_key::kKeywords,
     record_key::kDate, record_key::kOwner, record_key::kLog};
@@ -88,7 +88,8 @@ inline constexpr std::string_view kReplaceHead =
     "REPLACE INTO search (rowid, text, keywords, data, files) VALUES (?, ?, ?, ?, ?)";
 inline constexpr std::string_view kRemoveHead = "DELETE FROM search WHERE rowid = ?";
 inline constexpr std::string_view kInsertBody = "INSERT INTO bodies (rowid, body) VALUES (?, ?)";
-// A search is the first of these, the second for each word with its number in the places of "#", and the third.
+// A search is the first of these, the second for each word with its number in the places of "#", and the
+// third.
 inline constexpr std::string_view kFind = "SELECT number FROM items WHERE true";
 inline constexpr std::string_view kFindWord =
     " AND number IN (SELECT rowid FROM search WHERE search MATCH ?#"

@@ -33,13 +33,27 @@ class StandaloneHost : public HostObjects {
   // A Location that isn't open yet.
   StandaloneLocationPtr MakeLocation();
   void SetDialogs(std::shared_ptr<HostDialogs> dialogs) { dialogs_ = std::move(dialogs); }
-  // Who hears of changes to connected items; null for nobody.
-  void SetItemListener(ItemListener* listener) { listeners_->listener = listener; }
 
  private:
+  friend class ItemListening;
+
   std::shared_ptr<StandaloneGlobal> global_;
   std::shared_ptr<ItemListenerSlot> listeners_;
   std::shared_ptr<HostDialogs> dialogs_;
+};
+
+// A listener hears of changes to connected items as long as this lives.
+class ItemListening {
+ public:
+  ItemListening(StandaloneHost& host, ItemListener& listener) : slot_(host.listeners_) {
+    slot_->listener = &listener;
+  }
+  ~ItemListening() { slot_->listener = nullptr; }
+  ItemListening(const ItemListening&) = delete;
+  ItemListening& operator=(const ItemListening&) = delete;
+
+ private:
+  std::shared_ptr<ItemListenerSlot> slot_;
 };
 
 }  // namespace vorlent

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,6 @@ class SourceEditsTest : public testing::Test {
                   SourceBytes("samples/AppData/Mozilla/Sunbird/Profiles/h7w2m4tz.default/storage.sdb"));
     platform_->SetAppData(folder_.Path());
     HostObjects::Install(host_);
-    host_->SetItemListener(&edits_);
     location_->Open("sunbird://default/Arbeit");
     location_->Load();
   }
@@ -62,6 +62,7 @@ class SourceEditsTest : public testing::Test {
   StatementNumbers log_;
   std::shared_ptr<StandaloneHost> host_ = std::make_shared<StandaloneHost>(log_);
   SourceEdits edits_;
+  std::optional<ItemListening> listening_{std::in_place, *host_, edits_};
   StandaloneLocationPtr location_ = host_->MakeLocation();
 };
 
@@ -78,6 +79,13 @@ TEST_F(SourceEditsTest, ChangedTextReachesTheRow) {
               ElementsAre("Abschied|1273408205000000"));
   EXPECT_THAT(Rows("SELECT title, last_modified FROM cal_todos WHERE cal_id=2"),
               ElementsAre("Bericht|1273408205000000"));
+}
+
+TEST_F(SourceEditsTest, NobodyHearsOfAChangeAfterTheListeningHasEnded) {
+  listening_.reset();
+  Item(1)->SetText("Abschied");
+  EXPECT_EQ(Item(1)->Text(), "Abschied");
+  EXPECT_THAT(log_.numbers, IsEmpty());
 }
 
 TEST_F(SourceEditsTest, ChangedTimesReachTheRow) {

@@ -5,6 +5,7 @@
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Common/Width.h"
+#include "Host/RecordKeys.h"
 #include "Standalone/SourceEdits.h"
 
 namespace vorlent::app {
@@ -70,16 +71,20 @@ std::string Quoted(const Item& item) {
 // Texts go into the calendar as the UTF-8 in which it keeps them.
 std::string NewRecord(const CalendarOptions& options, const std::string& calendar) {
   const std::string now = NowStamp();
-  std::string record = std::string("Type=") + (options.task ? "task" : "termin");
-  record += "|Text=" + EscapeValue(options.text.value_or(""));
+  std::string record;
+  AppendField(record, record_key::kType, options.task ? "task" : "termin");
+  AppendField(record, record_key::kText, EscapeValue(options.text.value_or("")));
   if (!options.task) {
     std::string afterwards = EpochToStamp(ToInt32(std::int64_t{Moment(*options.start)} + kDefaultSeconds));
     const std::string end = options.end.value_or(UtcToLocalText(ParseDate(StampToDisplay(afterwards))));
     CheckTimes(*options.start, end);
-    record += "|Date=" + *options.start + "|DataDateEnd=" + end;
-    record += "|DataLocation=" + EscapeValue(options.location.value_or(""));
+    AppendField(record, record_key::kDate, *options.start);
+    AppendDataField(record, data_key::kDateEnd, end);
+    AppendDataField(record, data_key::kLocation, EscapeValue(options.location.value_or("")));
   }
-  return record + "|DataCalendar=" + EscapeValue(calendar) + "|Log=" + now + "," + now + "*1";
+  AppendDataField(record, data_key::kCalendar, EscapeValue(calendar));
+  AppendField(record, record_key::kLog, now + "," + now + "*1");
+  return record;
 }
 
 ExitCode Add(Session& session, const CalendarOptions& options) {
@@ -98,8 +103,8 @@ ExitCode Add(Session& session, const CalendarOptions& options) {
 void Edit(StandaloneItem& item, const CalendarOptions& options) {
   if (options.text) item.SetText(*options.text);
   if (options.start) item.SetDate(*options.start);
-  if (options.end) item.SetData("DateEnd", *options.end, false);
-  if (options.location) item.SetData("Location", *options.location, false);
+  if (options.end) item.SetData(data_key::kDateEnd, *options.end, false);
+  if (options.location) item.SetData(data_key::kLocation, *options.location, false);
 }
 
 ExitCode Set(Session& session, const CalendarOptions& options) {
@@ -115,13 +120,15 @@ ExitCode Set(Session& session, const CalendarOptions& options) {
   }
   // What is stored may be as odd as it likes, so long as nobody asks to change it.
   if (item->Type() == "termin" && (options.start || options.end)) {
-    CheckTimes(options.start.value_or(item->Date()), options.end.value_or(item->DataText("DateEnd")));
+    CheckTimes(options.start.value_or(item->Date()),
+               options.end.value_or(item->DataText(data_key::kDateEnd)));
   }
-  const std::string oldLocation = item->DataText("Location");
+  const std::string oldLocation = item->DataText(data_key::kLocation);
   SourceEdits edits;
-  session.Host().SetItemListener(&edits);
-  Edit(*item, options);
-  session.Host().SetItemListener(nullptr);
+  {
+    const ItemListening listening(session.Host(), edits);
+    Edit(*item, options);
+  }
   const ExitCode code = Finish(session, "changed: " + Quoted(*item) + " " + Shown(item->ID()));
   const bool isAdded = code == ExitCode::Done && options.location.has_value();
   if (isAdded && !oldLocation.empty() && oldLocation != *options.location) {

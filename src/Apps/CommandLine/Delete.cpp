@@ -3,6 +3,7 @@
 #include "Apps/CommandLine/WatchedStatus.h"
 #include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/Connector.h"
+#include "Host/RecordKeys.h"
 #include "Standalone/RunTally.h"
 
 namespace vorlent::app {
@@ -59,7 +60,7 @@ ExitCode Delete(Session& session, const DeleteOptions& options) {
     session.Output().Complain("no item " + missing + " at " + options.address);
   bool isWhole = found.missing.empty();
   for (const StandaloneItemPtr& item : found.items) {
-    const std::string file = item->DataText("_SourceFile");
+    const std::string file = item->DataText(data_key::kSourceFile);
     if (connector == nullptr || file.empty())
       throw AppError(ExitCode::Usage, "items of " + options.address + " can't be deleted this way");
     const std::string what = "'" + Shown(item->Text()) + "' in " + NativeShown(file);

@@ -7,6 +7,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/FileKeys.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
@@ -84,14 +85,14 @@ std::vector<WantedFile> PlacesFor(const StandaloneItem& item, const std::vector<
 void BringOut(MailConnector& connector, const StandaloneItem& item, const WantedFile& wanted) {
   const auto brief = std::make_shared<StandaloneItem>();
   brief->SetData(wanted.key, "file" + GivenName(item, wanted.key).mark, false);
-  for (const std::string source : {"_SourceFile", "_SourceOffset"})
+  for (const std::string_view source : {data_key::kSourceFile, data_key::kSourceOffset})
     brief->SetData(source, item.DataText(source), false);
   brief->SetDate(item.Date());
   const std::string file = connector.GetFile(brief, wanted.key);
   if (!FileExists(file)) {
     throw AppError(ExitCode::Unreadable, Shown(wanted.key) + " of " + Shown(item.ID()) +
                                              " could not be brought out of " +
-                                             NativeShown(item.DataText("_SourceFile")));
+                                             NativeShown(item.DataText(data_key::kSourceFile)));
   }
   os::Copy(file, os::ToWindowsPath(wanted.target.string()));
   RemoveExactFile(file);
@@ -102,7 +103,7 @@ void BringOut(MailConnector& connector, const StandaloneItem& item, const Wanted
 void RequireAtItsPlace(const StandaloneItem& item) {
   const Standing standing = StandingOf(item);
   if (standing == Standing::AtItsPlace) return;
-  const std::string mailbox = NativeShown(item.DataText("_SourceFile"));
+  const std::string mailbox = NativeShown(item.DataText(data_key::kSourceFile));
   const std::string what =
       standing == Standing::HidesItsPlace
           ? "the header Address of " + Shown(item.ID()) + " hides its place in " + mailbox

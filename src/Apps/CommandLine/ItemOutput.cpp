@@ -11,6 +11,7 @@
 #include "Apps/CommandLine/Terminal.h"
 #include "Common/StdModul.h"
 #include "Host/FileKeys.h"
+#include "Host/RecordKeys.h"
 #include "Standalone/ItemFinder.h"
 
 namespace vorlent::app {
@@ -27,8 +28,8 @@ std::string AttachmentCount(const StandaloneItem& item) {
 
 using Cell = std::function<std::string(const StandaloneItem&)>;
 
-Cell Data(std::string key) {
-  return [key = std::move(key)](const StandaloneItem& item) { return Shown(item.DataText(key)); };
+Cell Data(std::string_view key) {
+  return [key](const StandaloneItem& item) { return Shown(item.DataText(key)); };
 }
 
 std::string TextCell(const StandaloneItem& item) {
@@ -44,7 +45,7 @@ std::string IdCell(const StandaloneItem& item) {
   return Shown(item.ID());
 }
 std::string SizeCell(const StandaloneItem& item) {
-  return ShownSize(static_cast<std::uint64_t>(std::max(0.0, ReadNumber(item.DataText("Size")))));
+  return ShownSize(static_cast<std::uint64_t>(std::max(0.0, ReadNumber(item.DataText(data_key::kSize)))));
 }
 
 struct ColumnKind {
@@ -63,25 +64,28 @@ const std::vector<TableKind>& TableKinds() {
   static const std::vector<TableKind> kinds = {
       {"mail",
        {{"Date", DateCell},
-        {"From", Data("From"), false, true},
+        {"From", Data(data_key::kFrom), false, true},
         {"Subject", TextCell, false, true},
         {"Size", SizeCell, true},
         {"Files", AttachmentCount, true},
         {"ID", IdCell}}},
-      {"location", {{"Name", TextCell}, {"Address", Data("Location")}, {"Path", Data("Path"), false, true}}},
+      {"location",
+       {{"Name", TextCell},
+        {"Address", Data(data_key::kLocation)},
+        {"Path", Data(data_key::kPath), false, true}}},
       {"url",
        {{"Date", DateCell},
         {"Title", TextCell, false, true},
         {"Folder", KeywordsCell, false, true},
-        {"Address", Data("Url"), false, true}}},
+        {"Address", Data(data_key::kUrl), false, true}}},
       {"termin",
        {{"Start", DateCell},
-        {"End", Data("DateEnd")},
+        {"End", Data(data_key::kDateEnd)},
         {"Event", TextCell, false, true},
-        {"Location", Data("Location"), false, true},
-        {"Calendar", Data("Calendar")},
+        {"Location", Data(data_key::kLocation), false, true},
+        {"Calendar", Data(data_key::kCalendar)},
         {"ID", IdCell}}},
-      {"task", {{"Task", TextCell, false, true}, {"Calendar", Data("Calendar")}, {"ID", IdCell}}},
+      {"task", {{"Task", TextCell, false, true}, {"Calendar", Data(data_key::kCalendar)}, {"ID", IdCell}}},
       {"",
        {{"Type", [](const StandaloneItem& item) { return Shown(item.Type()); }},
         {"Text", TextCell, false, true},
@@ -184,14 +188,18 @@ std::string ItemJson(const StandaloneItem& item) {
     const std::string key = item.DataKey(i);
     data[DisplayUtf8(key)] = DisplayUtf8(item.DataText(key));
   }
-  nlohmann::ordered_json object = {{"ID", DisplayUtf8(item.ID())},
-                                   {"Type", DisplayUtf8(item.Type())},
-                                   {"Text", DisplayUtf8(item.Text())},
-                                   {"Date", DisplayUtf8(item.Date())},
-                                   {"Keywords", DisplayUtf8(item.Keywords())},
-                                   {"Owner", DisplayUtf8(item.Owner())},
-                                   {"Log", DisplayUtf8(item.Log())},
-                                   {"Data", std::move(data)}};
+  nlohmann::ordered_json object;
+  const auto set = [&](std::string_view key, std::string_view value) {
+    object[std::string(key)] = DisplayUtf8(value);
+  };
+  set(record_key::kId, item.ID());
+  set(record_key::kType, item.Type());
+  set(record_key::kText, item.Text());
+  set(record_key::kDate, item.Date());
+  set(record_key::kKeywords, item.Keywords());
+  set(record_key::kOwner, item.Owner());
+  set(record_key::kLog, item.Log());
+  object[std::string(record_key::kDataPrefix)] = std::move(data);
   return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 

@@ -8,6 +8,7 @@
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
 #include "Platform/Rules.h"
@@ -93,7 +94,7 @@ std::string Session::Address(const std::string& utf8) {
       place->Open(address + "*");
       place->Load();
       for (std::int32_t i = 1; i <= place->ItemCount(); ++i) {
-        const std::string listed = place->ItemAt(i)->DataText("Location");
+        const std::string listed = place->ItemAt(i)->DataText(data_key::kLocation);
         if (DisplayUtf8(LastSegment(listed)) == segment) found = LastSegment(listed);
       }
       place->Close();

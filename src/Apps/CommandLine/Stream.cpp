@@ -11,6 +11,7 @@
 #include "Common/TextWriter.h"
 #include "Host/Connector.h"
 #include "Host/FileKeys.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
 #include "Standalone/FileDescription.h"
@@ -125,7 +126,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
     // Two attachments of one name are one file, which has moved with the first.
     const auto [name, isNew] = namesOfSources.try_emplace(source);
     if (isNew) name->second = distinct.Take(ownName);
-    names["Data" + key] = os::ToWindowsName(name->second);
+    names[std::string(record_key::kDataPrefix).append(key)] = os::ToWindowsName(name->second);
     if (!isNew) continue;
     if (FileExists(source)) {
       os::Rename(source, os::ToWindowsPath((folder / name->second).string()));

@@ -7,6 +7,7 @@
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 
 namespace vorlent::app {
@@ -17,10 +18,10 @@ constexpr std::string_view kStatusHeader = "x-mozilla-status:";
 
 }  // namespace
 
-WatchedStatus::WatchedStatus(const StandaloneItem& item) : file_(item.DataText("_SourceFile")) {
+WatchedStatus::WatchedStatus(const StandaloneItem& item) : file_(item.DataText(data_key::kSourceFile)) {
   Swallow([&] {
     LineFile file(file_, os::File::Mode::Read);
-    file.Seek(static_cast<std::uint64_t>(ParseInt32(item.DataText("_SourceOffset"))) + 1);
+    file.Seek(static_cast<std::uint64_t>(ParseInt32(item.DataText(data_key::kSourceOffset))) + 1);
     for (bool inHeader = true; inHeader && position_ == 0 && !file.AtEnd();) {
       const std::uint64_t start = file.Position();
       const std::string line(file.ReadLine());

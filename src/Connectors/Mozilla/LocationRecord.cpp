@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Common/StdModul.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -35,10 +36,14 @@ std::string NameOfDiscoveryEntry(std::string entry) {
 
 std::string LocationRecord(std::string_view entry, std::int32_t level) {
   const DiscoveryEntry parts = SplitDiscoveryEntry(std::string(entry));
-  std::string record = "ID=" + NewGuidText() + "|Type=location|Text=" + EscapeValue(parts.text);
-  record += "|DataLocation=" + EscapeValue(parts.location) + "|DataCheck=";
-  if (level >= kFirstFolderLevel && parts.location.ends_with('*')) record += kSubfolderCheck;
-  record += "|DataPath=" + EscapeValue(parts.path);
+  const bool hasSubfolders = level >= kFirstFolderLevel && parts.location.ends_with('*');
+  std::string record;
+  AppendField(record, record_key::kId, NewGuidText());
+  AppendField(record, record_key::kType, "location");
+  AppendField(record, record_key::kText, EscapeValue(parts.text));
+  AppendDataField(record, data_key::kLocation, EscapeValue(parts.location));
+  AppendDataField(record, data_key::kCheck, hasSubfolders ? kSubfolderCheck : "");
+  AppendDataField(record, data_key::kPath, EscapeValue(parts.path));
   return record;
 }
 

@@ -3,6 +3,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Profiles.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Platform.h"
 
@@ -95,9 +96,12 @@ void Location_FireFox::PasteLocations(const KeyedList<std::string>& entries, std
     std::string entry = entries.Item(ToInt16(pos));
     const std::string text = CutLine(entry);
     const std::string address = CutLine(entry);
-    PasteItem("ID=" + NewGuidText() + "|Type=location|Text=" + EscapeValue(text) +
-                  "|DataLocation=" + EscapeValue(address) + "*",
-              false);
+    std::string record;
+    AppendField(record, record_key::kId, NewGuidText());
+    AppendField(record, record_key::kType, "location");
+    AppendField(record, record_key::kText, EscapeValue(text));
+    AppendDataField(record, data_key::kLocation, EscapeValue(address) + "*");
+    PasteItem(record, false);
   }
 }
 

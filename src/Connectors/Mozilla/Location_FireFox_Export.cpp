@@ -6,6 +6,7 @@
 #include "Common/StdTime.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -72,21 +73,21 @@ void WriteID(TextWriter& file, std::string_view id) {
 void WriteBookmark(TextWriter& file, const Item& item, std::string_view indent) {
   file.Write(indent);
   file.Write("<DT><A HREF=\"");
-  file.Write(item.DataText("Url"));
+  file.Write(item.DataText(data_key::kUrl));
   file.Write("\"");
   DateAttributes dates(file);
   dates.Write("ADD_DATE", item.DateCreated());
   dates.Write("LAST_VISIT", item.DateVisited());
   dates.Write("LAST_MODIFIED", item.DateModified());
-  WriteAttribute(file, "ICON", item.DataText("Icon"));
-  WriteAttribute(file, "LAST_CHARSET", item.DataText("LastCharset"));
-  WriteAttribute(file, "SHORTCUTURL", item.DataText("ShortcutUrl"));
+  WriteAttribute(file, "ICON", item.DataText(data_key::kIcon));
+  WriteAttribute(file, "LAST_CHARSET", item.DataText(data_key::kLastCharset));
+  WriteAttribute(file, "SHORTCUTURL", item.DataText(data_key::kShortcutUrl));
   WriteID(file, item.ID());
   file.Write(">");
   file.Write(Utf8Encode(item.Text()));
   file.WriteLine("</A>");
 
-  std::string text = item.DataText("Text");
+  std::string text = item.DataText(data_key::kDescription);
   if (text.empty()) return;
   std::erase(text, '\r');
   WriteDescription(file, text);

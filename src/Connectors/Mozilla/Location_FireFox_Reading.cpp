@@ -9,6 +9,7 @@
 #include "Common/StdTime.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -139,18 +140,14 @@ std::string DisplayDate(std::string_view microseconds) {
 
 // The record of a bookmark in place of what `record` held.
 void WriteUrlRecord(std::string& record, const BookmarkRow& row, std::string_view keywords) {
-  record = "ID=";
-  record += NewGuidText();
-  record += "|Type=url|Text=";
-  record += EscapeValue(row.title.empty() ? row.url : row.title);
-  record += "|Date=";
-  record += DisplayDate(row.date);
-  record += "|DataUrl=";
-  record += EscapeValue(row.url);
-  record += "|Keywords=";
-  record += EscapeValue(keywords);
-  record += "|Owner=";
-  record += HostObjects::Current().Global().UserName();
+  record.clear();
+  AppendField(record, record_key::kId, NewGuidText());
+  AppendField(record, record_key::kType, "url");
+  AppendField(record, record_key::kText, EscapeValue(row.title.empty() ? row.url : row.title));
+  AppendField(record, record_key::kDate, DisplayDate(row.date));
+  AppendDataField(record, data_key::kUrl, EscapeValue(row.url));
+  AppendField(record, record_key::kKeywords, EscapeValue(keywords));
+  AppendField(record, record_key::kOwner, HostObjects::Current().Global().UserName());
 }
 
 // A title on its way from the database to an address.

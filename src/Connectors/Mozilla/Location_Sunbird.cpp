@@ -6,6 +6,7 @@
 #include "Common/StdTime.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -175,10 +176,16 @@ void Location_Sunbird::ReadEvents(HostDatabase& db, const std::string& name) {
     const std::string start = LocalMinute(*rows, "start");
     const std::string end = LocalMinute(*rows, "ende");
     const std::string log = LogValue(*rows);
-    PasteItem("ID=" + id + "|Type=termin|Text=" + EscapeValue(rows->Field("title")) + "|Date=" + start +
-                  "|DataDateEnd=" + end + "|DataLocation=" + EscapeValue(location) + "|DataCalendar=" + name +
-                  "|Log=" + log,
-              false);
+    std::string record;
+    AppendField(record, record_key::kId, id);
+    AppendField(record, record_key::kType, "termin");
+    AppendField(record, record_key::kText, EscapeValue(rows->Field("title")));
+    AppendField(record, record_key::kDate, start);
+    AppendDataField(record, data_key::kDateEnd, end);
+    AppendDataField(record, data_key::kLocation, EscapeValue(location));
+    AppendDataField(record, data_key::kCalendar, name);
+    AppendField(record, record_key::kLog, log);
+    PasteItem(record, false);
   }
 }
 
@@ -190,9 +197,13 @@ void Location_Sunbird::ReadTasks(HostDatabase& db, const std::string& name) {
       kQuery);
   for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
     const std::string log = LogValue(*rows);
-    PasteItem("ID=" + rows->Field("id") + "|Type=task|Text=" + EscapeValue(rows->Field("title")) +
-                  "|DataCalendar=" + name + "|Log=" + log,
-              false);
+    std::string record;
+    AppendField(record, record_key::kId, rows->Field("id"));
+    AppendField(record, record_key::kType, "task");
+    AppendField(record, record_key::kText, EscapeValue(rows->Field("title")));
+    AppendDataField(record, data_key::kCalendar, name);
+    AppendField(record, record_key::kLog, log);
+    PasteItem(record, false);
   }
 }
 

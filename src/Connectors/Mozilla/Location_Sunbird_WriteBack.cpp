@@ -6,6 +6,7 @@
 #include "Common/StdTime.h"
 #include "Connectors/Mozilla/CalendarSql.h"
 #include "Connectors/Mozilla/Location_Sunbird.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -126,7 +127,7 @@ void Location_Sunbird::InsertEvent(HostDatabase& db, vorlent::Item& item) {
   std::string end;
   std::string modified;
   Swallow([&] { start = StoredTime(item.Date()); });
-  Swallow([&] { end = StoredTime(item.DataText("DateEnd")); });
+  Swallow([&] { end = StoredTime(item.DataText(data_key::kDateEnd)); });
   Swallow([&] { modified = StoredTime(item.DateModified()); });
   ConvertCreation(item);
   Swallow([&] { ExecuteSql(db, ItemDeletion("cal_events", item)); });
@@ -136,7 +137,7 @@ void Location_Sunbird::InsertEvent(HostDatabase& db, vorlent::Item& item) {
                        {item.ID(), InsertedCalendarId(), item.Text(), start, end, modified, modified}));
   });
   Swallow([&] {
-    const std::string location = item.DataText("Location");
+    const std::string location = item.DataText(data_key::kLocation);
     if (!location.empty()) ExecuteSql(db, LocationInsertion(item, location));
   });
 }
@@ -173,18 +174,18 @@ void Location_Sunbird::DataSet(HostDatabase& db, vorlent::Item& item, std::strin
   Swallow([&] { isEvent = item.Type() == "termin"; });
   if (!isEvent) return;
   Swallow([&] {
-    if (key == "DateEnd") {
-      ExecuteSql(db, CalendarSql::Of<Form::ChangeEnd>(
-                         {StoredTime(item.DataText("DateEnd")), StoredTime(item.DateModified()), item.ID()}));
+    if (key == data_key::kDateEnd) {
+      ExecuteSql(db, CalendarSql::Of<Form::ChangeEnd>({StoredTime(item.DataText(data_key::kDateEnd)),
+                                                       StoredTime(item.DateModified()), item.ID()}));
     } else {
       ExecuteSql(db, CalendarSql::Of<Form::ChangeTime>({StoredTime(item.DateModified()), item.ID()}));
     }
   });
-  if (key != "Location") return;
+  if (key != data_key::kLocation) return;
   Swallow([&] {
-    ExecuteSql(db, CalendarSql::Of<Form::DeleteLocation>({item.ID(), item.DataText("Location")}));
+    ExecuteSql(db, CalendarSql::Of<Form::DeleteLocation>({item.ID(), item.DataText(data_key::kLocation)}));
   });
-  Swallow([&] { ExecuteSql(db, LocationInsertion(item, item.DataText("Location"))); });
+  Swallow([&] { ExecuteSql(db, LocationInsertion(item, item.DataText(data_key::kLocation))); });
 }
 
 }  // namespace vorlent

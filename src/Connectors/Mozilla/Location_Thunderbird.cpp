@@ -5,6 +5,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/RecordedMail.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -58,9 +59,9 @@ void Location_Thunderbird::SourceDelete() {
 
 bool Location_Thunderbird::Withdraw(const ItemPtr& item) {
   const auto mail = GetMailObject();
-  const std::string file = item->DataText("_SourceFile");
+  const std::string file = item->DataText(data_key::kSourceFile);
   mail->SetMailboxFile(file);
-  const std::int32_t offset = ToInt32(ReadNumber(item->DataText("_SourceOffset")));
+  const std::int32_t offset = ToInt32(ReadNumber(item->DataText(data_key::kSourceOffset)));
   const RecordedMail recorded(*item);
   // An item without a mailbox has no mail that could have gone from there, and raises.
   if (recorded.IsKnown() && !file.empty()) {
@@ -82,8 +83,8 @@ std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view k
   std::string target = HostObjects::Current().Global().TempPath() + name;
   if (getfileoption == 0) {
     const auto mail = GetMailObject();
-    const std::string offset = item.DataText("_SourceOffset");
-    const std::string file = item.DataText("_SourceFile");
+    const std::string offset = item.DataText(data_key::kSourceOffset);
+    const std::string file = item.DataText(data_key::kSourceFile);
     // The name of an attachment is "<mail>#<number>_<file name>".
     std::int16_t attachment = kWholeMail;
     if (name.find('#') != std::string::npos) {

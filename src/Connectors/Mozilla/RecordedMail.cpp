@@ -6,36 +6,45 @@
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
+#include "Host/RecordKeys.h"
 #include "Platform/Failure.h"
 
 namespace vorlent {
 
 namespace {
 
-// The fields of a record in which two mails differ, while they stay with a mail that is read again.
-constexpr std::array<std::string_view, 8> kMailFields = {"ID",     "Text",   "Date",    "DataFrom",
-                                                         "DataTo", "DataCC", "DataBCC", "DataEnvelopeTo"};
+// What two mails differ in, while it stays with a mail that is read again: as an item has it, and in the same
+// order as a record has it.
+using MailFields = std::array<std::string, RecordedMail::kFields>;
 
-std::string FieldOf(const Item& item, std::string_view field) {
-  if (field == "ID") return item.ID();
-  if (field == "Text") return item.Text();
-  if (field == "Date") return item.Date();
-  return item.DataText(field.substr(4));
+MailFields FieldsOf(const Item& item) {
+  return {item.ID(),
+          item.Text(),
+          item.Date(),
+          item.DataText(data_key::kFrom),
+          item.DataText(data_key::kTo),
+          item.DataText(data_key::kCc),
+          item.DataText(data_key::kBcc),
+          item.DataText(data_key::kEnvelopeTo)};
+}
+
+MailFields FieldsIn(std::string_view record) {
+  const auto field = [&](std::string_view key) { return GetParam(record, key); };
+  const auto data = [&](std::string_view name) {
+    return GetParam(record, std::string(record_key::kDataPrefix).append(name));
+  };
+  return {field(record_key::kId), field(record_key::kText),   field(record_key::kDate),
+          data(data_key::kFrom),  data(data_key::kTo),        data(data_key::kCc),
+          data(data_key::kBcc),   data(data_key::kEnvelopeTo)};
 }
 
 }  // namespace
 
-RecordedMail::RecordedMail(const Item& item) : size_(item.DataText("Size")) {
-  static_assert(kFields == kMailFields.size());
-  for (std::size_t i = 0; i < fields_.size(); ++i)
-    fields_[i] = FieldOf(item, kMailFields[i]);
-}
+RecordedMail::RecordedMail(const Item& item)
+    : fields_(FieldsOf(item)), size_(item.DataText(data_key::kSize)) {}
 
 bool RecordedMail::Is(StdMail& mail) const {
-  const std::string record = mail.GetData("", false);
-  for (std::size_t i = 0; i < fields_.size(); ++i) {
-    if (GetParam(record, kMailFields[i]) != fields_[i]) return false;
-  }
+  if (FieldsIn(mail.GetData("", false)) != fields_) return false;
   // The recorded size counts the separator of the next mail, if there was one; that may have gone since, or
   // another have come after an empty line.
   const double ownSize = mail.ReadCount() - mail.Ledger().nextSeparatorCount;
@@ -43,13 +52,13 @@ bool RecordedMail::Is(StdMail& mail) const {
 }
 
 Standing StandingOf(const Item& item) {
-  const std::string file = item.DataText("_SourceFile");
+  const std::string file = item.DataText(data_key::kSourceFile);
   if (!FileExists(file)) return Standing::NotThere;
   const RecordedMail recorded(item);
   StdMail mail;
   mail.SetMailboxFile(file);
   std::int32_t offset = 0;
-  if (Swallow([&] { offset = ParseInt32(item.DataText("_SourceOffset")); })) {
+  if (Swallow([&] { offset = ParseInt32(item.DataText(data_key::kSourceOffset)); })) {
     const bool isThere = ReadHeaderAt(mail, offset) && !mail.Ledger().hidesOffset && recorded.Is(mail);
     if (!mail.Ledger().IsWhole()) throw Failure(static_cast<int>(ErrorNumber::DeviceIo), mail.Ledger().loss);
     if (isThere) return Standing::AtItsPlace;

@@ -13,6 +13,8 @@ namespace vorlent {
 // Known again by what an item keeps of the mail's record.
 class RecordedMail {
  public:
+  static constexpr std::size_t kFields = 8;
+
   explicit RecordedMail(const Item& item);
 
   // Whether the item was made of a mail's record, which tells the size of each.
@@ -23,8 +25,6 @@ class RecordedMail {
   bool Is(StdMail& mail) const;
 
  private:
-  static constexpr std::size_t kFields = 8;
-
   std::array<std::string, kFields> fields_;
   std::string size_;
 };

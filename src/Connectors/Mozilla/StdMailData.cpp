@@ -11,7 +11,9 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
+#include "Host/FileKeys.h"
 #include "Host/HostObjects.h"
+#include "Host/RecordKeys.h"
 #include "Platform/Files.h"
 
 namespace vorlent {
@@ -54,8 +56,11 @@ class StdMail::RecordWriter {
   std::string Write(std::string_view kw);
 
  private:
-  void Add(std::string_view key, std::string_view value);
-  void AddIfAny(std::string_view key, std::string_view value);
+  void Add(std::string_view key, std::string_view value) { AppendField(record_, key, value); }
+  void AddData(std::string_view name, std::string_view value) { AppendDataField(record_, name, value); }
+  void AddDataIfAny(std::string_view name, std::string_view value) {
+    if (!value.empty()) AddData(name, value);
+  }
   void AddAttachments();
 
   std::string Decoded(std::string_view header) const;
@@ -82,37 +87,28 @@ std::string StdMail::RecordWriter::Write(std::string_view kw) {
   mail_.ledger_.unmoved.clear();
   date_ = ValueOf([&] { return mail_.GetDate(); });
   identity_ = ValueOf([&] { return Identity(); });
-  Add("ID", identity_);
-  Add("Type", "mail");
-  Add("Text", Decoded("subject"));
-  Add("Keywords", kw);
-  Add("DataFrom", Decoded("from"));
-  Add("DataTo", Decoded("to"));
-  AddIfAny("DataCC", Decoded("cc"));
-  AddIfAny("DataBCC", Decoded("bcc"));
-  Add("DataAttribute", ValueOf([&] { return Attributes(); }));
-  Add("DataSize", NumberText(mail_.readCount_));
-  Add("Date", date_);
-  Add("DataFile", ValueOf([&] { return DescribeMailFile("mail.eml", ".eml"); }));
-  if (mail_.hasHTML_) Add("DataFileHTML", ValueOf([&] { return DescribeMailFile("mail.html", ".html"); }));
+  Add(record_key::kId, identity_);
+  Add(record_key::kType, "mail");
+  Add(record_key::kText, Decoded("subject"));
+  Add(record_key::kKeywords, kw);
+  AddData(data_key::kFrom, Decoded("from"));
+  AddData(data_key::kTo, Decoded("to"));
+  AddDataIfAny(data_key::kCc, Decoded("cc"));
+  AddDataIfAny(data_key::kBcc, Decoded("bcc"));
+  AddData(data_key::kAttribute, ValueOf([&] { return Attributes(); }));
+  AddData(data_key::kSize, NumberText(mail_.readCount_));
+  Add(record_key::kDate, date_);
+  AddData(kMailFileKey, ValueOf([&] { return DescribeMailFile("mail.eml", ".eml"); }));
+  if (mail_.hasHTML_) AddData(kHtmlFileKey, ValueOf([&] { return DescribeMailFile("mail.html", ".html"); }));
   AddAttachments();
-  if (!mail_.GetHeader("envelope-to", true).empty()) Add("DataEnvelopeTo", Decoded("envelope-to"));
+  if (!mail_.GetHeader("envelope-to", true).empty()) AddData(data_key::kEnvelopeTo, Decoded("envelope-to"));
   if (!saved_) {
-    Add("Data_SourceFile", EscapeValue(mail_.mailboxFile_));
-    Add("Data_SourceOffset", mail_.GetHeader("Address"));
+    AddData(data_key::kSourceFile, EscapeValue(mail_.mailboxFile_));
+    AddData(data_key::kSourceOffset, mail_.GetHeader("Address"));
   }
-  Add("Owner", ValueOf([] { return HostObjects::Current().Global().UserName(); }));
-  Add("Log", ValueOf([] { return NowStamp(); }));
+  Add(record_key::kOwner, ValueOf([] { return HostObjects::Current().Global().UserName(); }));
+  Add(record_key::kLog, ValueOf([] { return NowStamp(); }));
   return std::move(record_);
-}
-
-void StdMail::RecordWriter::Add(std::string_view key, std::string_view value) {
-  if (!record_.empty()) record_ += '|';
-  record_.append(key).append("=").append(value);
-}
-
-void StdMail::RecordWriter::AddIfAny(std::string_view key, std::string_view value) {
-  if (!value.empty()) Add(key, value);
 }
 
 // Numbers the parts that have a file name, without gaps. Positions are held in 16 bits; a mail's parts beyond
@@ -124,8 +120,8 @@ void StdMail::RecordWriter::AddAttachments() {
     const std::string name = ValueOf([&] { return GetPartFileName(parts.Item(position)); });
     if (name.empty()) continue;
     ++number_;
-    Add("DataFileAttach" + std::to_string(number_),
-        ValueOf([&] { return DescribeAttachment(position, name); }));
+    AddData(std::string(kAttachmentKey).append(std::to_string(number_)),
+            ValueOf([&] { return DescribeAttachment(position, name); }));
   }
 }
 
@@ -185,7 +181,8 @@ std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const s
 // No file can be called "..", or by a name that is too long. The attachment is there all the same.
 void StdMail::RecordWriter::NoteUnmoved(const std::string& source, const std::string& name) const {
   if (FileExists(source)) {
-    mail_.ledger_.unmoved.insert_or_assign("FileAttach" + std::to_string(number_), source);
+    mail_.ledger_.unmoved.insert_or_assign(std::string(kAttachmentKey).append(std::to_string(number_)),
+                                           source);
   } else {
     mail_.ledger_.NoteLoss({.reason = "the attachment '" + name + "' could not be saved"});
   }

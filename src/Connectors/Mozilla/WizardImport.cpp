@@ -6,6 +6,7 @@
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/HostObjects.h"
+#include "Host/RecordKeys.h"
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -104,11 +105,11 @@ bool WizardImport::AddSubQueries(std::string_view qry, std::int32_t pos, std::in
   const std::int32_t count = location->ItemCount();
   for (std::int32_t i = 1; i <= count; ++i) {
     const ItemPtr item = RequireAs<Item>(location->ItemAt(i));
-    std::string address = item->DataText("Location");
+    std::string address = item->DataText(data_key::kLocation);
     const std::string query = address;
     const bool hasChildren = address.ends_with("/*");
     if (hasChildren) address.pop_back();
-    add(item->Text(), kIcon, ind, address + "\n" + item->DataText("Path"), CheckState{cb});
+    add(item->Text(), kIcon, ind, address + "\n" + item->DataText(data_key::kPath), CheckState{cb});
     if (hasChildren) add(kPlaceholder, "", ToInt16(ind + 1), query, CheckState::Clear);
   }
   location->Close();

@@ -7,6 +7,7 @@
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/WizardImport.h"
 #include "Host/HostObjects.h"
+#include "Host/RecordKeys.h"
 
 namespace vorlent {
 
@@ -34,7 +35,7 @@ std::string WizardImport::GetAllMailFolders() {
   const std::int32_t count = location->ItemCount();
   for (std::int32_t i = 1; i <= count; ++i) {
     if (i > 1) paths += '|';
-    paths += RequireAs<Item>(location->ItemAt(i))->DataText("Path");
+    paths += RequireAs<Item>(location->ItemAt(i))->DataText(data_key::kPath);
   }
   location->Close();
   return paths;
