@@ -41,6 +41,7 @@ TEST(ItemFinderTest, ItemsAreLookedThroughOnceHoweverManyAreWanted) {
   constexpr int kItems = 1000;
   int asked = 0;
   std::vector<StandaloneItemPtr> items;
+  items.reserve(kItems);
   for (int i = 0; i < kItems; ++i)
     items.push_back(std::make_shared<CountedItem>("id " + std::to_string(i), asked));
   const ItemFinder finder(items);
