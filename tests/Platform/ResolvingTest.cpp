@@ -1,3 +1,4 @@
+#include "Common/StdModul.h"
 #include "Platform/Posix/Resolving.h"
 
 #include <gmock/gmock.h>
