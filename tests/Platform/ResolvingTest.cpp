@@ -1,4 +1,3 @@
-#include "Common/StdModul.h"
 #include "Platform/Posix/Resolving.h"
 
 #include <gmock/gmock.h>
@@ -13,6 +12,7 @@
 #include <string_view>
 #include <thread>
 
+#include "Common/StdModul.h"
 #include "PathsTest.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
