@@ -35,7 +35,7 @@ class KeyIndex {
   }
 
   void Remove(std::size_t place) {
-    // Those behind close up, so that each is still found from its home on without a gap.
+    // Those after it close up, so that each is still found from its home on without a gap.
     for (std::size_t next = Next(place); cells_[next].mark != kEmpty; next = Next(next)) {
       if (Distance(Home(cells_[next].mark), next) < Distance(place, next)) continue;
       cells_[place] = cells_[next];

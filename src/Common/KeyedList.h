@@ -296,7 +296,7 @@ class KeyedList {
   std::vector<Slot> slots_;
   std::vector<std::uint32_t> liveCounts_;
   std::size_t first_ = 0;             // slots in front of it are removed
-  std::size_t holes_ = 0;             // removed slots behind first_
+  std::size_t holes_ = 0;             // removed slots after first_
   std::uint32_t removedInFront_ = 0;  // slots dropped from the vector's front so far, wrapping around
 };
 

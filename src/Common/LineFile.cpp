@@ -44,7 +44,7 @@ void LineFile::Seek(std::uint64_t position) {
 }
 
 std::string_view LineFile::ReadAnyLine() {
-  // Reads on until a byte behind the line end is there: so an LF that belongs to the CR isn't missed, and
+  // Reads on until a byte after the line end is there: so an LF that belongs to the CR isn't missed, and
   // AtEnd has no need to touch the buffer, which would cost the caller the line.
   std::size_t length = 0;
   do {
@@ -55,7 +55,7 @@ std::string_view LineFile::ReadAnyLine() {
   return line;
 }
 
-// Moves behind a line of that length and its end.
+// Moves past a line of that length and its end.
 void LineFile::TakeLineEnd(std::size_t length) {
   const std::size_t end = next_ + length;
   std::uint32_t endLength = 0;
@@ -93,7 +93,7 @@ void LineFile::WriteByte(char byte) {
   ++bufferStart_;
 }
 
-// Reads on behind what the buffer holds from next_ on. Returns whether anything came.
+// Reads on after what the buffer holds from next_ on. Returns whether anything came.
 bool LineFile::Fill() {
   if (!IsOpen()) throw Failure(ErrorNumber::BadFileNumber, "file is not open");
   if (ended_) return false;
@@ -105,8 +105,8 @@ bool LineFile::Fill() {
   return !ended_;
 }
 
-// Moves what is still to be read to the buffer's front. At least as much again fits behind it, so a line of
-// any length is copied only a few times; behind such a line the buffer shrinks again.
+// Moves what is still to be read to the buffer's front. At least as much again fits after it, so a line of
+// any length is copied only a few times; after such a line the buffer shrinks again.
 void LineFile::MakeRoom() {
   const std::size_t kept = filled_ - next_;
   const std::size_t wanted = std::max(std::clamp(capacity_ * 2, kFirstBlock, kBlock), kept * 2);

@@ -31,7 +31,7 @@ class LineFile {
   // Position of the next byte to be read or written, from 1.
   std::uint64_t Position() const { return bufferStart_ + next_ + 1; }
 
-  // Goes to a position from 1; behind the end is allowed and is the end for reading. Position 0 raises
+  // Goes to a position from 1; beyond the end is allowed and is the end for reading. Position 0 raises
   // InvalidCall.
   void Seek(std::uint64_t position);
 
@@ -49,7 +49,7 @@ class LineFile {
   // true length, 0 if the file ended without one. Outlives Close, as a line that was kept does.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
 
-  // Writes one byte at Position and moves behind it.
+  // Writes one byte at Position and moves past it.
   void WriteByte(char byte);
 
  private:
@@ -70,7 +70,7 @@ class LineFile {
   std::size_t capacity_ = 0;
   std::size_t filled_ = 0;
   std::size_t next_ = 0;
-  std::size_t behindLineFeed_ = 0;  // by the Native rule, behind the LF found last; 0 if none was looked for
+  std::size_t behindLineFeed_ = 0;  // by the Native rule, after the LF found last; 0 if none was looked for
   std::uint32_t lineEndLength_ = 0;
   bool ended_ = false;  // the last read found nothing more
 };

@@ -14,7 +14,7 @@ namespace vorlent {
 // Unsafe characters as %XX.
 std::string UrlEncode(std::string_view s);
 
-// "+" as a blank, %XX as its character. A "%" behind position 32,767 is an overflow.
+// "+" as a blank, %XX as its character. A "%" after position 32,767 is an overflow.
 std::string UrlDecode(std::string_view s);
 
 // --- Transfer encodings (StdHttpEncodings.cpp) -------------------------------------------------------------
@@ -32,7 +32,7 @@ void Base64DecodeToFile(TextWriter& file, std::string_view s);
 // Base64 text without line breaks.
 std::string Base64Encode(std::string_view bytes);
 
-// "_" as a blank, =XX as its byte. Anything but hexadecimal digits behind "=" raises TypeMismatch.
+// "_" as a blank, =XX as its byte. Anything but hexadecimal digits after "=" raises TypeMismatch.
 std::string QuotedPrintableDecode(std::string_view s);
 
 // QuotedPrintableDecode into a buffer that is reused: replaces `out`, which must not hold `s`.

@@ -66,7 +66,7 @@ std::string Utf8Decode(std::string_view s) {
     for (; mask >= 2 && (lead & mask) != 0; mask /= 2)
       ++length;
     std::uint64_t codePoint = lead & (mask - 1);
-    // Whatever follows counts as a continuation, the nothing behind the end as well.
+    // Whatever follows counts as a continuation, the nothing after the end as well.
     for (std::size_t k = i + 1; k < i + length; ++k) {
       codePoint = codePoint << 6 | (k < s.size() ? codepage::Code(s[k]) & 0x3FU : 0U);
     }

@@ -13,7 +13,7 @@ namespace vorlent {
 // to 200 raises SubscriptOutOfRange; a file that can't be read or written raises its failure.
 class StdIni {
  public:
-  // Number of sections; 201 behind a failed attempt to add one to 200.
+  // Number of sections; 201 after a failed attempt to add one to 200.
   std::int32_t Count() const { return count_; }
   // The file given to the last Load, read or not.
   const std::string& FileName() const { return fileName_; }
@@ -44,9 +44,9 @@ class StdIni {
   std::int32_t GetSectionNr(std::string_view sch) const;
   // Removes a section with its lines; nothing happens without one.
   void DeleteSection(std::string_view sch);
-  // The name at a position from 1; behind Count what the table still holds there.
+  // The name at a position from 1; beyond Count what the table still holds there.
   std::string GetSection(std::int32_t pos) const;
-  // Renames the section at a position. One behind Count makes all up to there sections of the document.
+  // Renames the section at a position. One beyond Count makes all up to there sections of the document.
   void SetSection(std::int32_t pos, std::string_view sch);
 
  private:

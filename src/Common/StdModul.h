@@ -16,7 +16,7 @@ namespace vorlent {
 
 // --- Cutting and finding (StdModulText.cpp) ----------------------------------------------------------------
 
-// The text before the first `sep`, leaving in `s` the text behind it; without `sep` all of `s`, which is
+// The text before the first `sep`, leaving in `s` the text after it; without `sep` all of `s`, which is
 // emptied.
 std::string CutToken(std::string& s, std::string_view sep);
 
@@ -77,7 +77,7 @@ std::string UnescapeValue(std::string_view value);
 void ReplaceText(std::string& s, std::string_view find, std::string_view repl, bool ignoreCase = false,
                  bool wholeWord = false);  // a macro of windows.h: never read both
 
-// Position of the first occurrence of `word` at or behind `start` that has no word character on either side.
+// Position of the first occurrence of `word` at or after `start` that has no word character on either side.
 std::int32_t FindWholeWord(std::int32_t start, std::string_view s, std::string_view word);
 
 // A to Z, a to z and "_".
@@ -174,7 +174,7 @@ class FolderEntries {
  public:
   // The first entry's name, "" if there is none or the folder can't be read.
   std::string First(std::string_view folder);
-  // The name behind it, "" behind the last.
+  // The name after it, "" after the last.
   std::string Next();
 
  private:

@@ -14,7 +14,7 @@ namespace vorlent {
 
 namespace {
 
-// The characters of a text from a position (from 1) on, "" behind its end.
+// The characters of a text from a position (from 1) on, "" beyond its end.
 std::string_view Middle(std::string_view s, std::size_t position, std::size_t length) {
   return s.substr(std::min(position - 1, s.size()), length);
 }

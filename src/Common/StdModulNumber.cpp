@@ -65,7 +65,7 @@ void TakeDigits(NumberScanner& scanner, std::string& number) {
     number += scanner.Take();
 }
 
-// The exponent behind a mantissa, "" if no digit follows its letter and sign.
+// The exponent after a mantissa, "" if no digit follows its letter and sign.
 std::string TakeExponent(NumberScanner& scanner) {
   if (scanner.Peek() != 'e' && scanner.Peek() != 'E') return {};
   std::string exponent(1, scanner.Take());

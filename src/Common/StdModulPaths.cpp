@@ -17,7 +17,7 @@ std::size_t NameStart(std::string_view p) {
   return p.find_last_of("\\/") + 1;
 }
 
-// `rel`, which isn't absolute, put behind `base`, with the steps in it left as they are.
+// `rel`, which isn't absolute, put after `base`, with the steps in it left as they are.
 std::string JoinPath(std::string_view base, std::string_view rel) {
   const std::string step = Trim(rel);
   if (!rel.starts_with('\\')) return AddPathSep(base) + step;

@@ -8,7 +8,7 @@ namespace vorlent {
 
 namespace {
 
-// A snapshot may hold bytes behind the zero that ends a name.
+// A snapshot may hold bytes after the zero that ends a name.
 std::string FileNameOf(const ProcessEntry& process) {
   return PeekToken(process.name, std::string_view("\0", 1));
 }

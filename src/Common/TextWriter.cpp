@@ -64,7 +64,7 @@ void TextWriter::RaiseClosed() {
   throw Failure(ErrorNumber::BadFileNumber, "file is not open");
 }
 
-// Writes so many bytes of the buffer; those behind them stay for later, as the system is quickest with whole
+// Writes so many bytes of the buffer; those after them stay for later, as the system is quickest with whole
 // pages.
 void TextWriter::Flush(std::size_t size) {
   const std::size_t kept = std::exchange(filled_, 0) - size;

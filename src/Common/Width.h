@@ -23,7 +23,7 @@ template <std::integral Target, std::floating_point Source>
 Target ToWidth(Source value) {
   using Limits = std::numeric_limits<Target>;
   const Source whole = std::nearbyint(value);
-  // The largest number of a wide type is no float, the power of two behind it always is.
+  // The largest number of a wide type is no float, the power of two after it always is.
   if (!(whole >= static_cast<Source>(Limits::min()) && whole < std::ldexp(Source{1}, Limits::digits))) {
     throw Failure(ErrorNumber::Overflow, "overflow");
   }

@@ -38,7 +38,7 @@ class qzelCollection {
 
   std::int32_t Count() const { return itemCount_; }
 
-  // Forgets all entries, but not where the chains of the hash index began: a key whose chain began behind the
+  // Forgets all entries, but not where the chains of the hash index began: a key whose chain began after the
   // room of a new list raises from then on.
   void Clear();
 
@@ -70,7 +70,7 @@ class qzelCollection {
     std::any value;
     std::string key;             // "" for none
     std::int32_t chainPrev = 0;  // position before it in its chain, or the negated bucket if it is the first
-    std::int32_t chainNext = 0;  // position behind it in its chain, 0 at the end
+    std::int32_t chainNext = 0;  // position after it in its chain, 0 at the end
   };
 
   static constexpr std::size_t kBuckets = 8192;

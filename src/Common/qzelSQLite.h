@@ -111,7 +111,7 @@ class qzelSQLite {
   std::string JoinColumns(std::string_view separator);
   std::string JoinRow(std::int32_t pos, std::string_view separator);
 
-  sqlite3* handle_ = nullptr;  // stays set behind closeFile
+  sqlite3* handle_ = nullptr;  // stays set after closeFile
   bool closed_ = false;
   std::string lastError_;
   std::shared_ptr<KeyedList<std::string>> columns_;  // made on first use, as rows_

@@ -10,7 +10,7 @@ struct sqlite3;
 
 namespace vorlent {
 
-// The result of one statement. Row 0 holds the column names, the rows behind it the data.
+// The result of one statement. Row 0 holds the column names, the rows after it the data.
 class SqliteTable {
  public:
   SqliteTable() = default;

@@ -59,7 +59,7 @@ WITH_WIDE_SHUFFLES std::size_t DecodeWithWideShuffles(std::string_view text, cha
   for (; done + kCharacters <= text.size(); done += kCharacters) {
     if (!DecodeBlock(text.data() + done, out + done / 4 * 3)) return done;
   }
-  // The groups behind the last block are done in one block with those before them, which come out as before.
+  // The groups after the last block are done in one block with those before them, which come out as before.
   const std::size_t groups = text.size() / 4 * 4;
   if (done == 0 || done == groups) return done;
   const std::size_t last = groups - kCharacters;

@@ -6,7 +6,7 @@
 
 namespace vorlent::os {
 
-// How many bytes behind the decoded ones DecodeBase64Blocks may overwrite.
+// How many bytes after the decoded ones DecodeBase64Blocks may overwrite.
 inline constexpr std::size_t kBase64Overhang = 8;
 
 // Decodes groups of four characters from the beginning of a text, three bytes for each: all of them if they

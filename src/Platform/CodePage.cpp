@@ -92,7 +92,7 @@ std::uint64_t LowerCaseOf(std::uint64_t word) {
     std::memcpy(&word, bytes.data(), sizeof word);
     return word;
   }
-  // The high bit of each sum tells whether the character stands at or behind "A", and behind "Z".
+  // The high bit of each sum tells whether the character stands at or after "A", and after "Z".
   const std::uint64_t fromA = word + (0x80 - 'A') * kEach;
   const std::uint64_t behindZ = word + (0x80 - 'Z' - 1) * kEach;
   return word | (fromA & ~behindZ & kHighBits) >> 2;

@@ -40,7 +40,7 @@ struct FileDialogAnswer {
 
 struct ProcessEntry {
   std::uint32_t id = 0;
-  std::string name;  // executable file name, perhaps with further characters behind a zero character
+  std::string name;  // executable file name, perhaps with further characters after a zero character
 };
 
 struct RegistryValue {

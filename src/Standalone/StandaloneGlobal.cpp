@@ -36,7 +36,7 @@ StandaloneGlobal::StandaloneGlobal(HostObserver& observer)
 
 StandaloneGlobal::~StandaloneGlobal() {
   for (const StandaloneLocationPtr& location : OpenLocations())
-    location->Close();
+    Swallow([&] { location->Close(); });
   workFolder_.reset();
 }
 

@@ -53,6 +53,16 @@ class DocumentsTest(unittest.TestCase):
             for name in helped(verb):
                 self.assertRegex(page, rf"(?m)^ +(-\w, )?{name}\b", f"{verb}: {name}")
 
+    def test_page_and_readme_tell_the_exit_codes_of_the_help(self):
+        codes = re.search(r"(?m)^Exit codes:\n((?:  \d+ .*\n)+)", output(PROGRAM, "--help")).group(1)
+        rows = [line.split(maxsplit=1) for line in codes.splitlines()]
+        self.assertEqual([row[0] for row in rows], ["0", "1", "2", "3", "130"])
+        readme = " ".join((Path(__file__).parents[2] / "README.md").read_text(encoding="utf-8").split())
+        page = " ".join(self.page("vorlent-mozilla").split())
+        for code, meaning in rows:
+            for document in (readme, page):
+                self.assertIn(f"{code} {meaning}", document)
+
     def test_page_of_the_program_lists_all_verbs_and_options(self):
         page = self.page("vorlent-mozilla")
         for name in helped():

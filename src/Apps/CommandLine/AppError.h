@@ -1,19 +1,13 @@
-// How a command ends.
+// What ends a command.
 #pragma once
 
 #include <stdexcept>
 #include <string>
 #include <utility>
 
-namespace vorlent::app {
+#include "Apps/ExitCodes.h"
 
-enum class ExitCode : int {
-  Done = 0,
-  Partly = 1,      // nothing was found, or a part failed
-  Usage = 2,       // the command line is wrong
-  Unreadable = 3,  // the Location or a file could not be read or written
-  Cancelled = 130,
-};
+namespace vorlent::app {
 
 // An error at the apps' edge: a text that says what failed, a hint what to do about it (may be empty), and
 // the code for scripts. Texts are UTF-8.

@@ -38,7 +38,7 @@ struct Command {
   std::vector<Command> commands;
 };
 
-// "TEXT:{today,windows}" names the choices behind the kind of value.
+// "TEXT:{today,windows}" names the choices after the kind of value.
 std::vector<std::string> ChoicesIn(const std::string& typeName) {
   const std::size_t begin = typeName.find(":{"), end = typeName.rfind('}');
   if (begin == std::string::npos || end == std::string::npos) return {};

@@ -44,7 +44,7 @@ struct WantedFile {
   std::filesystem::path target;
 };
 
-// The name that the field gives, up to the "_" behind an attachment's number, and what stands behind that.
+// The name that the field gives, up to the "_" after an attachment's number, and what stands after that.
 struct GivenName {
   explicit GivenName(const StandaloneItem& item, const std::string& key) {
     std::string description = item.DataText(key);

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <clocale>
 #include <cstdio>
@@ -9,7 +11,7 @@ namespace vorlent::app {
 
 namespace {
 
-constexpr const char* kFooter = R"(
+constexpr const char* kAddresses = R"(
 Addresses:
   thunderbird://                            all mails of all profiles
   thunderbird://PROFILE/ACCOUNT/FOLDER      a mail folder and what lies below it
@@ -18,10 +20,18 @@ Addresses:
   firefox://PROFILE/FOLDER/                 bookmarks below a folder
   sunbird://PROFILE/CALENDAR                events and tasks of a calendar, lightning:// alike
   ADDRESS/*                                 what can be chosen there, for `browse`
+)";
 
-Exit codes: 0 done, 1 nothing found or a part failed, 2 wrong use, 3 could not be read or written,
-130 cancelled. A signal that asks the program to end gives 128 and its number: Ctrl-C 130, SIGTERM 143,
-SIGHUP 129, SIGPIPE 141 where nobody reads on.)";
+constexpr const char* kSignalCodes = R"(
+A signal that asks the program to end gives 128 and its number: Ctrl-C 130, SIGTERM 143, SIGHUP 129,
+SIGPIPE 141 where nobody reads on.)";
+
+std::string Footer() {
+  std::string text = std::string(kAddresses) + "\nExit codes:\n";
+  for (const auto& [code, meaning] : kExitCodes)
+    text += fmt::format("  {:<3}  {}\n", static_cast<int>(code), meaning);
+  return text + kSignalCodes;
+}
 
 void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
   app.add_option("--appdata", options.appData,
@@ -96,8 +106,8 @@ int Main(int argc, char** argv) {
     command->group(std::string(verb.group));
     verb.declare(*command, action);
   }
-  // Behind the subcommands, which would take it over.
-  app.footer(kFooter);
+  // After the subcommands, which would take it over.
+  app.footer(Footer());
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

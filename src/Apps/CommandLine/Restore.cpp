@@ -8,6 +8,7 @@
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
 #include "Host/FileKeys.h"
+#include "Platform/AtEnd.h"
 #include "Platform/Files.h"
 
 namespace vorlent::app {
@@ -24,7 +25,7 @@ std::uint64_t LengthOf(const std::string& file) {
   return FileExists(file) ? os::FileLength(file) : 0;
 }
 
-// Whether a mail that is appended begins behind an empty line, without which nobody takes it for a new one.
+// Whether a mail that is appended begins after an empty line, without which nobody takes it for a new one.
 bool EndsInEmptyLine(const std::string& mailbox) {
   constexpr std::uint64_t kTwoLineEnds = 4;
   const std::uint64_t length = LengthOf(mailbox);
@@ -88,9 +89,11 @@ void PutBack(Session& session, const Target& target, const StandaloneItemPtr& it
   }
   if (target.verb == "Restore") CheckAttachments(session, *item);
   const std::uint64_t before = LengthOf(target.mailbox);
-  session.Host().Global().ChooseItem(item);
-  target.connector.ExecuteAction(target.verb + ":" + item->ID());
-  session.Host().Global().ChooseItem(nullptr);
+  {
+    const AtEnd chooseNone([&] { session.Host().Global().ChooseItem(nullptr); });
+    session.Host().Global().ChooseItem(item);
+    target.connector.ExecuteAction(target.verb + ":" + item->ID());
+  }
   if (LengthOf(target.mailbox) == before) throw AppError(ExitCode::Partly, what + "could not be appended");
   StdMail mail;
   mail.SetMailboxFile(target.mailbox);

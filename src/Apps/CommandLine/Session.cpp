@@ -9,6 +9,7 @@
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
 #include "Host/RecordKeys.h"
+#include "Platform/AtEnd.h"
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
 #include "Platform/Rules.h"
@@ -61,18 +62,11 @@ Session::Session(const GlobalOptions& options)
     os::SetAppDataFolder(options.appData);
   }
   ChooseRules(options.rules == "windows" ? Rules::Windows() : Rules::Today());
-  Platform::Install(std::make_shared<ConsolePlatform>(*console_));
   host_ = std::make_shared<StandaloneHost>(*console_);
   host_->Global().SetLogEnabled(options.verbose || options.databaseLog);
-  HostObjects::Install(host_);
+  installed_.emplace(std::make_shared<ConsolePlatform>(*console_), host_);
   signals_.emplace(host_->Global().CancelFlag());
   os::RemoveAbandonedWorkFolders();
-}
-
-Session::~Session() {
-  signals_.reset();
-  HostObjects::Install(nullptr);
-  Platform::Install(nullptr);
 }
 
 std::string Session::Address(const std::string& utf8) {
@@ -84,6 +78,7 @@ std::string Session::Address(const std::string& utf8) {
   if (IsAscii(utf8)) return utf8;
   std::string rest = utf8.substr(scheme->prefix.size());
   std::string address(scheme->prefix);
+  const AtEnd unmute([&] { console_->Mute(false); });
   console_->Mute(true);
   while (!rest.empty()) {
     const bool last = rest.find('/') == std::string::npos;
@@ -102,7 +97,6 @@ std::string Session::Address(const std::string& utf8) {
     address += found;
     if (!last) address += '/';
   }
-  console_->Mute(false);
   console_->Forget();
   return address;
 }

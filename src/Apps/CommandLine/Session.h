@@ -11,6 +11,7 @@
 #include "Apps/CommandLine/Console.h"
 #include "Apps/CommandLine/EndingSignals.h"
 #include "Standalone/Archive.h"
+#include "Standalone/InstalledHost.h"
 #include "Standalone/StandaloneHost.h"
 #include "Standalone/StandaloneLocation.h"
 
@@ -30,7 +31,6 @@ class Session {
  public:
   // Applies the options and installs the host. Raises AppError for options that can't be applied.
   explicit Session(const GlobalOptions& options);
-  ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -74,11 +74,12 @@ class Session {
   GlobalOptions options_;
   std::shared_ptr<Console> console_;
   std::shared_ptr<StandaloneHost> host_;
+  std::optional<InstalledHost> installed_;
   std::optional<EndingSignals> signals_;
   bool hasComplained_ = false;
 };
 
-// The hint behind an error: the database of a Location of bookmarks; "" for any other.
+// The hint below an error: the database of a Location of bookmarks; "" for any other.
 std::string PlaceOf(StandaloneLocation& location);
 
 // The native path as the component writes it.

@@ -20,7 +20,7 @@ std::size_t TerminalWidth(std::size_t otherwise);
 // didn't get there, and Interrupted if that is because the program was asked to end.
 void FlushResults();
 
-// Print one line, or lines with a line feed behind each, to standard output. Raise as FlushResults does once
+// Print one line, or lines with a line feed after each, to standard output. Raise as FlushResults does once
 // it takes no more, and Interrupted before the next line once the program was asked to end.
 void PrintLine(std::string_view line);
 void PrintLines(std::string_view lines);

@@ -4,7 +4,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -12,9 +11,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "Apps/Wizard/Guarded.h"
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
-#include "Platform/Failure.h"
 #include "Platform/NativePaths.h"
 
 namespace vorlent::wizard {
@@ -75,24 +74,23 @@ void FormView::FocusFirst(std::int16_t page) {
 }
 
 bool FormView::Run(const std::function<void()>& step) {
-  QString failed;
-  try {
-    step();
-  } catch (const Failure& failure) {
-    failed = ShownWithHint(failure.Why());
-  }
-  for (SheetView* sheet : sheets_)
-    sheet->Sync();
-  if (failed.isEmpty()) return true;
-  QMessageBox::critical(window(), window()->windowTitle(), failed);
+  const QString failure = FailureOf(step);
+  const bool synced = Guarded(this, [&] {
+    for (SheetView* sheet : sheets_)
+      sheet->Sync();
+  });
+  if (failure.isEmpty()) return synced;
+  TellFailure(this, failure);
   return false;
 }
 
 void FormView::resizeEvent(QResizeEvent*) {
-  wizard_.Layout(ToTwips(width(), *this), ToTwips(height(), *this));
-  // Captions have as much room as their page now gives.
-  for (const Shown& shown : shown_)
-    shown.widget->setGeometry(PlaceOf(shown));
+  Guarded(this, [&] {
+    wizard_.Layout(ToTwips(width(), *this), ToTwips(height(), *this));
+    // Captions have as much room as their page now gives.
+    for (const Shown& shown : shown_)
+      shown.widget->setGeometry(PlaceOf(shown));
+  });
 }
 
 // --- Widgets --------------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "Apps/Wizard/Guarded.h"
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
 
@@ -110,7 +111,7 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
   resize(ToPixels(kProgressWidth, *this), ToPixels(kProgressHeight, *this));
   connect(button_, &QPushButton::clicked, this, &ImportProgress::reject);
   connect(back_, &QPushButton::clicked, this, &QDialog::accept);
-  connect(yes, &QPushButton::clicked, this, &ImportProgress::Stop);
+  connect(yes, &QPushButton::clicked, this, [this] { Guarded(this, [&] { Stop(); }); });
 }
 
 // --- What the host reports ------------------------------------------------------------------------------
@@ -223,7 +224,9 @@ bool ImportProgress::ShowResult(const ArchiveImport& import, const Cause& failur
 
 void ImportProgress::reject() {
   if (!isRunning_) return QDialog::reject();
-  if (!cancelFlag_()) question_->open();
+  Guarded(this, [&] {
+    if (!cancelFlag_()) question_->open();
+  });
 }
 
 void ImportProgress::Stop() {

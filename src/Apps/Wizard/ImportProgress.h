@@ -20,7 +20,8 @@ namespace vorlent::wizard {
 
 // Title, mailbox at hand, percentage, mails by second, time left, the log, and a button to stop the run. That
 // asks first, and the run goes on meanwhile. The window stays open after the run with what became of it,
-// until the user closes it.
+// until the user closes it. All on the thread of Qt, which is the one that runs the import: it yields between
+// mails.
 class ImportProgress : public QDialog, public HostObserver {
  public:
   // The flag by which a run is told to stop; asked for only while there is one.

@@ -14,7 +14,7 @@ class QtPlatform : public SystemPlatform {
                             MessageButtons buttons) override;
   FileDialogAnswer ShowFileDialog(const FileDialogRequest& request) override;
   void SetPointer(bool busy) override;
-  // Handles what waits, but only every few milliseconds: a run yields a hundred times behind each mail.
+  // Handles what waits, but only every few milliseconds: a run yields a hundred times after each mail.
   void YieldOnce() override;
 
  private:

@@ -41,7 +41,7 @@ class SheetModel : public QAbstractItemModel {
 
   // The user ticks or clears a row.
   std::function<void(SheetRow& row, CheckState state)> OnTick;
-  // A row is to be shown open or closed; called by Sync behind the change of rows.
+  // A row is to be shown open or closed; called by Sync after the change of rows.
   std::function<void(const QModelIndex& index, bool expanded)> OnExpanded;
 
  private:

@@ -11,7 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "Apps/Wizard/Guarded.h"
 #include "Apps/Wizard/Twips.h"
+#include "Platform/AtEnd.h"
 
 namespace vorlent::wizard {
 
@@ -96,9 +98,11 @@ SheetView::~SheetView() {
 void SheetView::Sync() {
   if (!syncIsDue_) return;
   syncIsDue_ = false;
-  syncing_ = true;
-  model_->Sync();
-  syncing_ = false;
+  {
+    const AtEnd isSynced([&] { syncing_ = false; });
+    syncing_ = true;
+    model_->Sync();
+  }
   if (!currentIndex().isValid()) setCurrentIndex(model_->index(0, 0));
 }
 
@@ -136,7 +140,7 @@ void SheetView::changeEvent(QEvent* event) {
 
 void SheetView::SyncLater() {
   if (std::exchange(syncIsDue_, true)) return;
-  QTimer::singleShot(0, this, [this] { Sync(); });
+  QTimer::singleShot(0, this, [this] { Guarded(this, [&] { Sync(); }); });
 }
 
 void SheetView::ShowExpanded(const QModelIndex& index, bool expanded) {

@@ -11,12 +11,16 @@
 #include <memory>
 #include <optional>
 
+#include "Apps/ExitCodes.h"
+#include "Apps/Wizard/Guarded.h"
 #include "Apps/Wizard/ImportProgress.h"
 #include "Apps/Wizard/QtDialogs.h"
 #include "Apps/Wizard/QtPlatform.h"
 #include "Apps/Wizard/QtText.h"
+#include "Platform/AtEnd.h"
 #include "Platform/NativePaths.h"
 #include "Standalone/ArchiveImport.h"
+#include "Standalone/InstalledHost.h"
 #include "Standalone/StandaloneHost.h"
 
 namespace vorlent {
@@ -25,7 +29,7 @@ namespace {
 
 constexpr int kEndPause = 100;  // milliseconds between two looks whether the program shall end
 
-enum ExitCode { kDone = 0, kFailed = 1, kNoDisplay = 2, kUnreadable = 3, kCancelled = 130 };
+using app::ExitCode;
 
 // Qt ends the process when it can't reach a display; this has the last word.
 void SayThatThereIsNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
@@ -36,7 +40,7 @@ void SayThatThereIsNoDisplay(QtMsgType type, const QMessageLogContext&, const QS
       "  vorlent-mozilla browse 'thunderbird://*'\n"
       "  vorlent-mozilla import --target ARCHIVE ADDRESS\n",
       stderr);
-  std::_Exit(kNoDisplay);
+  std::_Exit(static_cast<int>(ExitCode::Usage));
 }
 
 // The application, unless the process has one. Qt's own texts are German while this lives.
@@ -52,9 +56,9 @@ class Application {
 
  private:
   void MakeOwn() {
-    const QtMessageHandler before = qInstallMessageHandler(SayThatThereIsNoDisplay);
+    const AtEnd putBack(
+        [before = qInstallMessageHandler(SayThatThereIsNoDisplay)] { qInstallMessageHandler(before); });
     own_.emplace(argc_, argv_);
-    qInstallMessageHandler(before);
   }
 
   int argc_ = 1;
@@ -62,21 +66,6 @@ class Application {
   char* argv_[2] = {name_, nullptr};
   std::optional<QApplication> own_;
   QTranslator german_;
-};
-
-// Puts back what was there before.
-class Installed {
- public:
-  Installed(std::shared_ptr<Platform> platform, std::shared_ptr<HostObjects> host)
-      : platform_(Platform::Install(std::move(platform))), host_(HostObjects::Install(std::move(host))) {}
-  ~Installed() {
-    HostObjects::Install(host_);
-    Platform::Install(platform_);
-  }
-
- private:
-  std::shared_ptr<Platform> platform_;
-  std::shared_ptr<HostObjects> host_;
 };
 
 // The wizard with a host of its own, which stands in for the one installed while this lives.
@@ -91,7 +80,9 @@ class WizardProgram {
                                             [this](const std::string&) { Prepare(); }));
     if (!options.isToEnd) return;
     QObject::connect(&endTimer_, &QTimer::timeout, [this, isToEnd = options.isToEnd] {
-      if (isToEnd()) End();
+      wizard::Guarded(nullptr, [&] {
+        if (isToEnd()) End();
+      });
     });
     endTimer_.start(kEndPause);
   }
@@ -100,12 +91,12 @@ class WizardProgram {
   std::string OpenTarget(const std::string& folder) { return host_->Global().OpenArchive(folder)->Name(); }
 
   // After a run that failed the user may go back to the pages, where all is still as it was chosen.
-  int Run() {
+  ExitCode Run() {
     bool failedBefore = false;
     while (true) {
       finished_ = false;
       const Cause failure = RunAction();
-      if (!finished_ && failure.IsEmpty()) return failedBefore ? kFailed : kCancelled;
+      if (!finished_ && failure.IsEmpty()) return failedBefore ? ExitCode::Partly : ExitCode::Cancelled;
       failedBefore = true;
       // The run told already that its target can't be opened.
       const bool hasNoTarget = !progress_.WasOpened() && failure.IsEmpty();
@@ -142,16 +133,18 @@ class WizardProgram {
   bool ShowResult(const Cause& failure) {
     const bool wantsBack = progress_.ShowResult(*import_, failure);
     const bool failed = !failure.IsEmpty() || !import_->Failed().empty() || !import_->Unmarked().empty();
-    exitCode_ = failed ? kFailed : host_->Global().Cancelled() ? kCancelled : kDone;
+    exitCode_ = failed                        ? ExitCode::Partly
+                : host_->Global().Cancelled() ? ExitCode::Cancelled
+                                              : ExitCode::Done;
     return wantsBack;
   }
 
   wizard::ImportProgress progress_;
   std::shared_ptr<StandaloneHost> host_;
-  Installed installed_;
+  InstalledHost installed_;
   std::optional<ArchiveImport> import_;  // the present or last one
   bool finished_ = false;                // the wizard, with a command
-  int exitCode_ = kDone;
+  ExitCode exitCode_ = ExitCode::Done;
   QTimer endTimer_;
 };
 
@@ -167,9 +160,9 @@ int RunWizardApp(const WizardAppOptions& options) {
     std::fprintf(stderr, "vorlent-mozilla: %s\n", wizard::ShownCause(failure.Why()).toUtf8().constData());
     if (const std::string_view hint = EnglishTextOf(failure.Why().hint); !hint.empty())
       std::fprintf(stderr, "%s\n", std::string(hint).c_str());
-    return kUnreadable;
+    return static_cast<int>(ExitCode::Unreadable);
   }
-  return program.Run();
+  return static_cast<int>(program.Run());
 }
 
 }  // namespace vorlent

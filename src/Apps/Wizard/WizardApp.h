@@ -19,8 +19,9 @@ struct WizardAppOptions {
 // installed until this returns; so does its platform. Settings of the process, such as where profiles lie,
 // hold here too.
 //
-// Returns 0 when done, 1 if the import or a mail of it failed, 2 if there is no display (standard error says
-// so and how to import without one), 3 if an archive can't be opened, 130 if the user cancelled.
+// Returns an exit code of Apps/ExitCodes.h: 0 when done, 1 if the import or a mail of it failed, 2 if there
+// is no display (standard error says so and how to import without one), 3 if an archive can't be opened, 130
+// if the user cancelled.
 int RunWizardApp(const WizardAppOptions& options);
 
 }  // namespace vorlent

@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
+#include "Apps/Wizard/Guarded.h"
 #include "Apps/Wizard/MoveQuestion.h"
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
@@ -118,9 +119,10 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   next_->setObjectName("Next");
   finish_->setObjectName("Finish");
   cancel_->setObjectName("Cancel");
-  connect(back_, &QPushButton::clicked, this, [this] { GoTo(static_cast<std::int16_t>(page_ - 1)); });
-  connect(next_, &QPushButton::clicked, this, [this] { GoOn(); });
-  connect(finish_, &QPushButton::clicked, this, [this] { Finish(); });
+  connect(back_, &QPushButton::clicked, this,
+          [this] { Guarded(this, [&] { GoTo(static_cast<std::int16_t>(page_ - 1)); }); });
+  connect(next_, &QPushButton::clicked, this, [this] { Guarded(this, [&] { GoOn(); }); });
+  connect(finish_, &QPushButton::clicked, this, [this] { Guarded(this, [&] { Finish(); }); });
   connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
   wizard_.SetWindow(static_cast<std::int32_t>(winId()));
   GoTo(1);

@@ -10,7 +10,7 @@
 namespace vorlent {
 
 Location_Thunderbird::~Location_Thunderbird() {
-  if (!tempFolder_.empty()) DeleteFolder(tempFolder_, true, true);
+  if (!tempFolder_.empty()) Swallow([&] { DeleteFolder(tempFolder_, true, true); });
 }
 
 ParameterSettings Location_Thunderbird::Parameters() const {

@@ -8,7 +8,7 @@
 namespace vorlent::os {
 
 // Notes every name that appears in watched folders or goes from them, whoever did it, from the call that
-// began to watch: what was done before a call of TakeChanges is told by it.
+// began to watch: what was done before a call of TakeChanges is told by it. Used from one thread.
 class FolderWatch {
  public:
   static constexpr int kNone = -1;

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The kernel cuts a process's own name off behind so many characters.
+// The kernel cuts a process's own name off after so many characters.
 constexpr std::size_t kLongestOwnName = 15;
 
 struct OwnName {

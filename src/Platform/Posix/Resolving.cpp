@@ -23,7 +23,7 @@ bool IsSeparator(char c) {
   return c == '\\' || c == '/';
 }
 
-// The names of a path, each converted, put behind `native` with single slashes; a closing separator stays.
+// The names of a path, each converted, put after `native` with single slashes; a closing separator stays.
 void AppendNames(std::string& native, std::string_view names) {
   for (std::size_t at = 0; at < names.size();) {
     if (IsSeparator(names[at])) {

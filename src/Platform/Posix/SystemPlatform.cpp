@@ -28,7 +28,7 @@ void Print(std::string_view text) {
 }
 
 // The next line of standard input without its line end, nothing at its end. Read byte by byte: what stands
-// behind the line belongs to whoever reads next.
+// after the line belongs to whoever reads next.
 std::optional<std::string> ReadAnswer() {
   std::string line;
   char c = 0;
