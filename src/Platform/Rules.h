@@ -20,6 +20,19 @@ enum class AttachmentHeaders {
            // under the name that the sender gave them.
 };
 
+// Which sections of a profiles.ini are profiles.
+enum class ProfileSections {
+  AllButFirst,  // All from the second on, in the order of the file.
+  ByName,       // Those called "Profile" and a number that have a name and a path. The profile in use comes
+                // first: the one that an "Install" section names, else the one marked as default.
+};
+
+// Whose list of profiles ends with the pseudo-profile of the local disks.
+enum class DisksProfile {
+  Everywhere,  // That of the calendars, too, where it stands for a storage.sdb of the current folder.
+  OfMail,      // That of mail only.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

@@ -7,6 +7,7 @@
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/RecordKeys.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -96,7 +97,7 @@ bool Location_Sunbird::ReadAddress(std::string path) {
 }
 
 KeyedList<std::string> Location_Sunbird::Discover(const BrowsePoint& point, std::string_view segment) {
-  if (point.level == 1) return GetMozillaProfiles(point.prefix, segment, scheme_->appFolder);
+  if (point.level == 1) return Profiles(point.prefix, segment);
   if (point.level == 2) return GetCalendars(point.prefix, segment, point.profilePath);
   return GetMailFolders(point.prefix, segment, point.folderPath);
 }
@@ -123,15 +124,24 @@ KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder
   return calendars;
 }
 
+// The disks stand last among all profiles, and alone for their own name.
+KeyedList<std::string> Location_Sunbird::Profiles(std::string_view prefix, std::string_view filter) const {
+  KeyedList<std::string> profiles = GetMozillaProfiles(prefix, filter, scheme_->appFolder);
+  if (CurrentRules().disksProfile == DisksProfile::Everywhere) return profiles;
+  const bool endsWithDisks = filter == "*" || (filter == kDisks && profiles.Item(1) == kDisks);
+  if (endsWithDisks) profiles.Remove(profiles.Count());
+  return profiles;
+}
+
 bool Location_Sunbird::ReadAllProfiles() {
-  for (const std::string& entry : GetMozillaProfiles("", "*", scheme_->appFolder)) {
+  for (const std::string& entry : Profiles("", "*")) {
     if (!ReadProfile(NameOfDiscoveryEntry(entry), "", Tree())) return false;
   }
   return true;
 }
 
 bool Location_Sunbird::ReadProfile(std::string_view profile, std::string path, TreePtr tree) {
-  const KeyedList<std::string> profiles = GetMozillaProfiles("", profile, scheme_->appFolder);
+  const KeyedList<std::string> profiles = Profiles("", profile);
   if (profiles.IsEmpty()) {
     TellMissingProfile(profile);
     return false;

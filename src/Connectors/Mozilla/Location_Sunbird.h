@@ -40,6 +40,8 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   bool ReadAddress(std::string path) override;
   KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
 
+  // What GetMozillaProfiles finds of the address's application, as far as it can have calendars.
+  KeyedList<std::string> Profiles(std::string_view prefix, std::string_view filter) const;
   bool ReadAllProfiles();
   bool ReadProfile(std::string_view profile, std::string path, TreePtr tree);
   bool ReadShownCalendar(std::string_view folder, const std::string& name, vorlent::Tree& tree);

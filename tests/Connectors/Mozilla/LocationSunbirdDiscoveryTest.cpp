@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "SunbirdTest.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -140,6 +141,19 @@ TEST_F(SunbirdDiscoveryTest, AddressWithoutProfileReadsAllCalendarsOfAllProfiles
       Tree(),
       "Calendar 'Home' [Calendar=Home]\nCalendar 'Work' [Calendar=Work]\nCalendar 'Club' [Calendar=Club]\n");
   EXPECT_THAT(Boxes(), IsEmpty());
+}
+
+TEST_F(SunbirdDiscoveryTest, DisksAreNoProfileOfCalendarsToday) {
+  WriteProfiles(kSunbirdFolder, {"p"});
+  WriteCalendars("p", {"Home"});
+  const ScopedRules today({.disksProfile = DisksProfile::OfMail});
+  EXPECT_EQ(Read("sunbird://"), LocationState::Read);
+  EXPECT_EQ(IDs(), "p-Home ");
+  EXPECT_EQ(Read("sunbird://*"), LocationState::Read);
+  EXPECT_EQ(Places(), "Profil 'p' sunbird://p/* [] \n");
+  EXPECT_EQ(Read("sunbird://."), LocationState::Unreadable);
+  EXPECT_THAT(Boxes(),
+              ElementsAre("ShowMessage(\"Profil '.' nicht gefunden!\",\"error\",Critical,Ok) -> Ok"));
 }
 
 TEST_F(SunbirdDiscoveryTest, SchemeChoosesTheApplication) {

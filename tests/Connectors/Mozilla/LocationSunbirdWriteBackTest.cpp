@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "SunbirdTest.h"
+#include "Support/ScopedRules.h"
 #include "Support/SourceTree.h"
 
 namespace vorlent {
@@ -272,6 +273,14 @@ TEST_F(SunbirdWriteBackTest, BehindAReadingOfAllProfilesThereIsNoFileToWriteTo) 
   EXPECT_EQ(HostCalls(),
             Announced("ItemInsert") +
                 NotConnected("Driver={SQLite3 ODBC Driver};Database=.\\storage.sdb;Timeout=2000"));
+}
+
+TEST_F(SunbirdWriteBackTest, ReadingOfAllProfilesEndsWithTheLastRealOneToday) {
+  WriteHome();
+  const ScopedRules today({.disksProfile = DisksProfile::OfMail});
+  ASSERT_EQ(Read("sunbird://"), LocationState::Read);
+  Redo(MakeItem("task"), kItemInsert);
+  EXPECT_THAT(Storage().Rows("SELECT cal_id FROM cal_todos"), ElementsAre("2"));
 }
 
 // --- Times
