@@ -19,14 +19,24 @@ Failure TooManyRows(std::int32_t count) {
 
 bool qzelSQLite::openFile() {
   if (file.empty()) return false;
-  sqlite_open(file, handle_);
+  snapshot_ = SnapshotIfInUse(file);
+  if (snapshot_ == nullptr) {
+    sqlite_open(file, handle_);
+  } else {
+    sqlite_open_own(snapshot_->File(), handle_);
+  }
   return handle_ != nullptr;
 }
 
 bool qzelSQLite::closeFile() {
   if (handle_ == nullptr) return false;
   if (!std::exchange(closed_, true)) sqlite_close(handle_);
+  snapshot_.reset();
   return true;
+}
+
+std::optional<DateTime> qzelSQLite::SnapshotMoment() const {
+  return snapshot_ == nullptr ? std::nullopt : std::optional(snapshot_->Moment());
 }
 
 bool qzelSQLite::execute(const std::string& sql) {

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "Common/DatabaseSnapshot.h"
 #include "Common/KeyedList.h"
 #include "Common/NumberText.h"
 #include "Common/qzelSQLiteBinding.h"
@@ -55,11 +56,14 @@ class qzelSQLite {
   std::string file;
 
   // False without a file name or a handle. A file that can't be opened or isn't a database shows only when
-  // the first statement fails.
+  // the first statement fails. By today's rules one that another program has in use is read from a snapshot.
   bool openFile();
 
   // False if never opened.
   bool closeFile();
+
+  // As of when the connection reads, in local time; nothing if it reads the file itself.
+  std::optional<DateTime> SnapshotMoment() const;
 
   // Runs a statement. False if there is no connection, which changes nothing, or if the statement failed;
   // then LastError tells why, and there are no columns and rows. More than 32,767 data rows raise the
@@ -111,7 +115,8 @@ class qzelSQLite {
   std::string JoinColumns(std::string_view separator);
   std::string JoinRow(std::int32_t pos, std::string_view separator);
 
-  sqlite3* handle_ = nullptr;  // stays set after closeFile
+  std::unique_ptr<DatabaseSnapshot> snapshot_;  // null if the file itself is read
+  sqlite3* handle_ = nullptr;                   // stays set after closeFile
   bool closed_ = false;
   std::string lastError_;
   std::shared_ptr<KeyedList<std::string>> columns_;  // made on first use, as rows_

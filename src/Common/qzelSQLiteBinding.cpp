@@ -11,6 +11,11 @@ namespace {
 
 std::int32_t rowsFromLastCall = 0;
 
+// A connection is used from one thread, so it needs no lock of its own.
+int OpenUnlocked(std::string_view file, int mode, sqlite3*& handle) {
+  return sqlite3_open_v2(os::ToNativePath(file).c_str(), &handle, mode | SQLITE_OPEN_NOMUTEX, nullptr);
+}
+
 }  // namespace
 
 void SqliteTable::Release::operator()(char** cells) const {
@@ -19,7 +24,6 @@ void SqliteTable::Release::operator()(char** cells) const {
 
 int sqlite_open(std::string_view file, sqlite3*& handle) {
   const std::string path(file);
-  // A connection is used from one thread, so it needs no lock of its own.
   // What another program left unfinished is left to that program, so the connection may finish nothing:
   // - A rollback journal would be rolled back by a connection that can write.
   const int mode = FileExists(path + "-journal") ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
@@ -31,16 +35,33 @@ int sqlite_open(std::string_view file, sqlite3*& handle) {
   //   index in memory.
   const bool indexInMemory = keepLog && !FileExists(path + "-shm");
 
-  const int result =
-      sqlite3_open_v2(os::ToNativePath(file).c_str(), &handle, mode | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int result = OpenUnlocked(file, mode, handle);
   if (result != SQLITE_OK) return result;
   if (keepLog) sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   if (indexInMemory) sqlite3_exec(handle, "PRAGMA locking_mode=EXCLUSIVE", nullptr, nullptr, nullptr);
   return result;
 }
 
+int sqlite_open_own(std::string_view file, sqlite3*& handle) {
+  return OpenUnlocked(file, SQLITE_OPEN_READWRITE, handle);
+}
+
 int sqlite_close(sqlite3* handle) {
   return sqlite3_close(handle);
+}
+
+bool sqlite_is_kept_from_reading(sqlite3* handle) {
+  switch (sqlite3_exec(handle, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr)) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
+    // A journal to be rolled back, or a log whose index may not be made.
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+      return true;
+    default:
+      return false;
+  }
 }
 
 std::string sqlite_libversion() {

@@ -45,7 +45,14 @@ class SqliteTable {
 // database.
 int sqlite_open(std::string_view file, sqlite3*& handle);
 
+// Opens a database file of this process's own, such as a copy, in which what was left unfinished is finished.
+int sqlite_open_own(std::string_view file, sqlite3*& handle);
+
 int sqlite_close(sqlite3* handle);
+
+// Whether a program that uses the database, or one that left it in the middle of a change, keeps this
+// connection from reading. What is no database, or a damaged one, isn't kept from it.
+bool sqlite_is_kept_from_reading(sqlite3* handle);
 
 // The library's version, such as "3.40.1".
 std::string sqlite_libversion();

@@ -25,6 +25,9 @@ inline constexpr std::int32_t kStatus = 33;          // the status line, "" clea
 inline constexpr std::int32_t kItemPasted = 37;      // an item was pasted; the text is its record
 inline constexpr std::int32_t kItemDeleted = 38;     // the item was deleted from its Location
 inline constexpr std::int32_t kTreeImported = 45;    // last report of an import with structure information
+// Under Rules::Today() only, out of the way of all other codes:
+inline constexpr std::int32_t kRemark =
+    1001;  // what a reader has to know of what is read, such as how old it is
 }  // namespace report
 
 // The host's main window.
@@ -55,6 +58,9 @@ class VORLENT_PUBLIC HostGlobal : public Object {
   // Reports that a Location, or a part of it, could not be read. A host that shows paths in a form of its own
   // overrides it.
   virtual void ReportUnreadable(const Cause& why) { Report(report::kUnreadable, why.Text(), nullptr); }
+
+  // Reports what a person has to know about what is read. As ReportUnreadable, for a host with paths of its own.
+  virtual void Remark(const Cause& what) { Report(report::kRemark, what.Text(), nullptr); }
 
   // A host setting, "" if there is none; such as "autotopic".
   virtual std::string GetOption(std::string_view key) = 0;

@@ -33,6 +33,12 @@ enum class DisksProfile {
   OfMail,      // That of mail only.
 };
 
+// How a database is read that another program has in use.
+enum class DatabaseInUse {
+  Locked,  // Not at all: the library's error is told.
+  Copied,  // From a copy of its state at one moment, and that moment is told.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

@@ -32,6 +32,8 @@ class HostObserver {
 
   // A Location, or a part of it, could not be read.
   virtual void LocationUnreadable(const Cause& /*why*/) {}
+  // What was read has something about it that its reader has to know.
+  virtual void Remarked(const Cause& /*what*/) {}
   // An error object was raised; the meaning of the arguments is that of HostError::Raise.
   virtual void ErrorRaised(std::int32_t /*kind*/, std::string_view /*source*/, bool /*flag*/,
                            std::string_view /*text*/) {}

@@ -113,6 +113,8 @@ void StandaloneGlobal::Report(std::int32_t code, std::string_view text, const It
       return;
     case report::kUnreadable:
       return observer_.LocationUnreadable({.reason = std::string(text)});
+    case report::kRemark:
+      return observer_.Remarked({.reason = std::string(text)});
     case report::kItemPasted:
       return observer_.ItemPasted(text, item);
     case report::kItemDeleted:

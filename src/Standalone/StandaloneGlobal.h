@@ -41,6 +41,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   KeyedList<LocationPtr> Locations() override;
   void Report(std::int32_t code, std::string_view text, const ItemPtr& item) override;
   void ReportUnreadable(const Cause& why) override { observer_.LocationUnreadable(why); }
+  void Remark(const Cause& what) override { observer_.Remarked(what); }
   std::string GetOption(std::string_view key) override;
   // A work folder of this process, made on first use.
   std::string TempPath() override;

@@ -30,6 +30,10 @@ void Console::DatabaseLogLine(std::string_view line) {
   if (databaseLog_ && !muted_) Say(Shown(line));
 }
 
+void Console::Remarked(const Cause& what) {
+  if (!muted_) Say(CauseShown(what));
+}
+
 void Console::LocationUnreadable(const Cause& why) {
   NoteError({CauseShown(why)});
 }

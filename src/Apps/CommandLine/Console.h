@@ -21,6 +21,7 @@ class Console : public HostObserver {
   void StatusChanged(std::string_view text) override;
   void LogLine(std::string_view line) override;
   void DatabaseLogLine(std::string_view line) override;
+  void Remarked(const Cause& what) override;
   void LocationUnreadable(const Cause& why) override;
   void ErrorRaised(std::int32_t kind, std::string_view source, bool flag, std::string_view text) override;
   void ErrorRaisedForDrive(std::string_view source, std::string_view text) override;

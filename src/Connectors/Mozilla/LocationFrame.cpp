@@ -44,6 +44,10 @@ void ReportUnreadable(const Cause& why) {
   HostObjects::Current().Global().ReportUnreadable(why);
 }
 
+void Remark(const Cause& what) {
+  HostObjects::Current().Global().Remark(what);
+}
+
 void ReportForeignAddress() {
   ReportUnreadable({.reason = std::string("ungültige Location!"_cp)});
 }

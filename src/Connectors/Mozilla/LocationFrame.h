@@ -39,6 +39,9 @@ void ReportDeleted(const ItemPtr& item);
 // Tells the host why a Location could not be read.
 void ReportUnreadable(const Cause& why);
 
+// Tells the host something that a person has to know about what is read.
+void Remark(const Cause& what);
+
 // Tells the host that the address of a Location isn't one of the connector's.
 void ReportForeignAddress();
 

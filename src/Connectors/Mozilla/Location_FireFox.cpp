@@ -1,6 +1,9 @@
 #include "Connectors/Mozilla/Location_FireFox.h"
 
+#include <optional>
+
 #include "Common/StdModul.h"
+#include "Common/StdTime.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Profiles.h"
 #include "Host/RecordKeys.h"
@@ -14,6 +17,13 @@ namespace {
 void ShowConnectFailure(const std::string& detail) {
   Platform::Current().ShowMessage("Cannot connect FireFox Bookmarks (please close FireFox)" + detail,
                                   "FireFox", MessageIcon::Critical, MessageButtons::Ok);
+}
+
+// A copy is never read without a word.
+void RemarkSnapshot(const qzelSQLite& database) {
+  const std::optional<DateTime> moment = database.SnapshotMoment();
+  if (!moment) return;
+  frame::Remark({database.file, "in Gebrauch; gelesen wird der Stand vom " + FormatDisplay(*moment)});
 }
 
 // Closes a connection, also when a failure rises out of its walk.
@@ -148,9 +158,10 @@ void Location_FireFox::Connect(std::string_view profileFolder, const std::functi
   database_->file = databaseFile_;
   if (!database_->openFile()) {
     ShowConnectFailure("");
-  } else if (!walk()) {
-    ShowConnectFailure("\n\n" + database_->LastError());
+    return;
   }
+  RemarkSnapshot(*database_);
+  if (!walk()) ShowConnectFailure("\n\n" + database_->LastError());
 }
 
 }  // namespace vorlent

@@ -5,6 +5,8 @@
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
 #include "Support/ForeignLock.h"
+#include "Support/ForeignProgram.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent::test {
 namespace {
@@ -359,6 +361,25 @@ TEST_F(LocationFireFoxProfilesTest, RunningFirefoxHoldsItsLogForItself) {
   firefox.Run("PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL; DELETE FROM moz_places");
   Open("firefox://x/");
   EXPECT_THAT(Boxes(), ElementsAre(ConnectBox("database is locked")));
+}
+
+TEST_F(LocationFireFoxProfilesTest, RunningFirefoxIsReadAsOfAMomentThatIsTold) {
+  Places().AddBookmark(1, "before", "http://a/");
+  Places().Commit();
+  const ForeignProgram firefox(PlacesPath());
+  firefox.Run(
+      "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL;"
+      "UPDATE moz_bookmarks SET title='committed' WHERE type=1");
+  const auto before = FolderContent(folder_.Native(ProfileFolder()));
+  const ScopedRules today({.databaseInUse = DatabaseInUse::Copied});
+  EXPECT_THAT(Texts(*Open("firefox://x/")), ElementsAre("committed"));
+  EXPECT_EQ(state_, LocationState::Read);
+  EXPECT_THAT(Boxes(), IsEmpty());
+  EXPECT_THAT(Reports(), ElementsAre("Global.Report(1001," +
+                                     Quoted(folder_.Path(PlacesName()) +
+                                            ": in Gebrauch; gelesen wird der Stand vom 09.05.2010 14:30:05") +
+                                     ",nothing)"));
+  EXPECT_EQ(FolderContent(folder_.Native(ProfileFolder())), before);
 }
 
 TEST_F(LocationFireFoxProfilesTest, WriterWithALogIsReadUpToItsLastCommit) {

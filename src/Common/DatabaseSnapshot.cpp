@@ -1,0 +1,93 @@
+#include "Common/DatabaseSnapshot.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Common/StdModul.h"
+#include "Common/qzelSQLiteBinding.h"
+#include "Platform/Failure.h"
+#include "Platform/Files.h"
+#include "Platform/Platform.h"
+#include "Platform/Rules.h"
+
+namespace vorlent {
+
+namespace {
+
+// The file itself, and what holds the transactions that it lacks or has too much of. The index of a log is
+// made anew from the log.
+constexpr std::array<std::string_view, 3> kPartSuffixes = {"", "-wal", "-journal"};
+
+// A program that is in the middle of writing is soon done.
+constexpr int kMostTries = 20;
+constexpr std::uint32_t kPause = 50;
+
+constexpr std::size_t kSnapshotBlock = 1 << 20;
+
+std::string PartOf(std::string_view file, std::string_view suffix) {
+  return std::string(file).append(suffix);
+}
+
+void CopyPart(const std::string& source, const std::string& target) {
+  if (!FileExists(source)) {
+    os::TryRemovePlainFile(target);
+    return;
+  }
+  os::File from = os::File::Open(source, os::File::Mode::Read);
+  os::File to = os::File::Open(target, os::File::Mode::Create);
+  std::vector<char> block(kSnapshotBlock);
+  while (const std::size_t count = from.Read(block.data(), block.size()))
+    to.Write(block.data(), count);
+  to.Close();
+}
+
+bool IsSamePart(const std::string& a, const std::string& b) {
+  if (FileExists(a) != FileExists(b)) return false;
+  if (!FileExists(a)) return true;
+  os::File first = os::File::Open(a, os::File::Mode::Read);
+  os::File second = os::File::Open(b, os::File::Mode::Read);
+  std::vector<char> blockOfFirst(kSnapshotBlock), blockOfSecond(kSnapshotBlock);
+  for (;;) {
+    blockOfFirst.resize(first.Read(blockOfFirst.data(), kSnapshotBlock));
+    blockOfSecond.resize(second.Read(blockOfSecond.data(), kSnapshotBlock));
+    if (blockOfFirst != blockOfSecond) return false;
+    if (blockOfFirst.empty()) return true;
+  }
+}
+
+bool IsSameDatabase(std::string_view a, std::string_view b) {
+  for (const std::string_view suffix : kPartSuffixes) {
+    if (!IsSamePart(PartOf(a, suffix), PartOf(b, suffix))) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+DatabaseSnapshot::DatabaseSnapshot(std::string_view file) : copy_(folder_.Path() + "copy.sqlite") {
+  for (int tried = 0; tried < kMostTries; ++tried) {
+    if (tried > 0) Platform::Current().Wait(kPause);
+    for (const std::string_view suffix : kPartSuffixes)
+      CopyPart(PartOf(file, suffix), PartOf(copy_, suffix));
+    // Whatever is the same before and after this moment was so at this moment.
+    moment_ = Platform::Current().Now();
+    if (IsSameDatabase(file, copy_)) return;
+  }
+  throw Failure(ErrorNumber::PermissionDenied, file, "another program writes to it without a rest",
+                Hint::CloseOther);
+}
+
+std::unique_ptr<DatabaseSnapshot> SnapshotIfInUse(std::string_view file) {
+  if (CurrentRules().databaseInUse == DatabaseInUse::Locked || !FileExists(file)) return nullptr;
+  sqlite3* probe = nullptr;
+  sqlite_open(file, probe);
+  const bool isReadable = !sqlite_is_kept_from_reading(probe);
+  sqlite_close(probe);
+  std::unique_ptr<DatabaseSnapshot> snapshot;
+  if (!isReadable) Swallow([&] { snapshot = std::make_unique<DatabaseSnapshot>(file); });
+  return snapshot;
+}
+
+}  // namespace vorlent

@@ -1,0 +1,43 @@
+// An SQLite database that another program has in use, as it stood at one moment.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Platform/Time.h"
+#include "Platform/WorkFolder.h"
+
+namespace vorlent {
+
+// A copy of a database file and of the log or journal beside it, in a temporary folder of its own and removed
+// with this object. The three stood so together at one moment: they are copied, read again and compared, and
+// copied anew if one of them moved meanwhile. So the copy holds what was committed by then, and nothing else,
+// just as if the other program had ended at that moment. Nothing is made or changed beside the source.
+//
+// No connection of this process may be open on the source: it would lose its locks.
+class DatabaseSnapshot {
+ public:
+  // Raises PermissionDenied for a database that doesn't come to rest, else the failure of the file that can't
+  // be read or written.
+  explicit DatabaseSnapshot(std::string_view file);
+
+  // The Windows path of the copy. Whoever opens it may write to it, and has to: what the journal holds must
+  // go back into the file.
+  const std::string& File() const { return copy_; }
+  // When the database stood so, in local time.
+  const DateTime& Moment() const { return moment_; }
+
+ private:
+  os::WorkFolder folder_;
+  std::string copy_;
+  DateTime moment_;
+};
+
+// What is to be read in place of a database file that another program keeps others from reading: a snapshot,
+// if the rules in force ask for one. Nothing if the file itself can be read, or has no content that a copy
+// could show; and nothing if there can be no snapshot, so that the connection to the file tells what is in
+// its way.
+std::unique_ptr<DatabaseSnapshot> SnapshotIfInUse(std::string_view file);
+
+}  // namespace vorlent
