@@ -39,6 +39,25 @@ enum class DatabaseInUse {
   Copied,  // From a copy of its state at one moment, and that moment is told.
 };
 
+// What the title of a bookmark is.
+enum class BookmarkTitles {
+  OneLine,  // It ends at a line feed; what comes after it takes the place of the address, and so on.
+  Whole,    // As the browser has it, line breaks included.
+};
+
+// How texts stand in a bookmarks.html.
+enum class BookmarkMarkup {
+  AsIs,     // Bytes as they are, markup in them too.
+  Escaped,  // UTF-8 that a browser reads as the very text.
+};
+
+// What stands in a bookmarks.html, and in which order.
+enum class BookmarkOrder {
+  OfTree,     // Of each node of the host's tree its children, then its items. Folders without a name have no
+              // heading, bookmarks without a title have their address for it, and there are no separators.
+  OfBrowser,  // Everything as the browser has it, and what has come in since then behind that.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

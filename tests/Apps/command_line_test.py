@@ -776,7 +776,7 @@ class CommandLine(ProgramCase):
         file = self.firefox("bookmarks.html")
         self.assertEqual((code, out, err), (0, f"{file}\n", ""))
         text = file.read_text()
-        self.assertIn(">Größe \"XL\", Übermaß</A>\n", text)
+        self.assertIn(">Größe &quot;XL&quot;, Übermaß</A>\n", text)
         self.assertEqual(text.count("<DT><A HREF="), 14)
         file.unlink()
         self.assertEqual(tree_bytes(self.samples), before)

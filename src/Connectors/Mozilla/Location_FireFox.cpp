@@ -9,6 +9,7 @@
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Platform.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -146,6 +147,7 @@ bool Location_FireFox::ReadBookmarks(std::string_view profile, std::string_view 
   }
   profileFolder_ = AddPathSep(folders.Item(1));
   lastAddress_.clear();
+  outline_.Reset(tree, CurrentRules().bookmarkOrder == BookmarkOrder::OfBrowser);
   Connect(profileFolder_, [&] { return ReadFolder(0, "", 0, tree, path, true); });
   return true;
 }

@@ -18,6 +18,7 @@
 #include "Common/TextWriter.h"
 #include "Common/qzelSQLite.h"
 #include "Connectors/Mozilla/AddressedLocation.h"
+#include "Connectors/Mozilla/BookmarkOutline.h"
 #include "Connectors/Mozilla/Schemes.h"
 
 namespace vorlent {
@@ -91,11 +92,15 @@ class Location_FireFox final : public AddressedLocation<BookmarkConnector> {
 
   // --- Export (Location_FireFox_Export.cpp)
 
+  // Writes the tree below a node: of each its children, then its items.
   void SaveFolder(TextWriter& file, const TreePtr& node, std::int16_t level);
+  // Writes everything in the order of the browser, and what has come into the tree since then behind that.
+  void SaveOutline(TextWriter& file);
 
   std::string profileFolder_;  // with a trailing separator; "" before the first profile was found
   std::string databaseFile_;
   std::unique_ptr<qzelSQLite> database_;  // of the latest connection
+  BookmarkOutline outline_;               // of the last read, if the rules ask for one
 };
 
 }  // namespace vorlent

@@ -7,6 +7,8 @@
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -26,12 +28,44 @@ std::string EpochText(std::string_view stamp) {
   return NumberText(StampToEpoch(stamp));
 }
 
+// The character reference for a character that would end or change the text it stands in, "" for any other.
+// A line break is one as well: some readers take the file line by line.
+std::string_view Reference(char c) {
+  switch (c) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {};
+  }
+}
+
+// A text as the file holds it, so that a browser reads the very same by today's rules: in UTF-8 all through.
+std::string Markup(std::string text) {
+  if (CurrentRules().bookmarkMarkup == BookmarkMarkup::AsIs) return text;
+  std::string markup;
+  for (const char c : DisplayUtf8(text)) {
+    const std::string_view reference = Reference(c);
+    markup += reference.empty() ? std::string_view(&c, 1) : reference;
+  }
+  return markup;
+}
+
 void WriteAttribute(TextWriter& file, std::string_view name, std::string_view value) {
   if (value.empty()) return;
   file.Write(" ");
   file.Write(name);
   file.Write("=\"");
-  file.Write(value);
+  file.Write(Markup(std::string(value)));
   file.Write("\"");
 }
 
@@ -56,24 +90,25 @@ class DateAttributes {
 
 void WriteDescription(TextWriter& file, std::string_view text) {
   file.Write("<DD>");
-  file.WriteLine(Utf8Encode(text));
+  file.WriteLine(Markup(Utf8Encode(text)));
 }
 
 void WriteID(TextWriter& file, std::string_view id) {
   file.Write(" ID=\"rdf:");
   if (id.starts_with(kEncodedID)) {
     file.Write("#$");
-    file.Write(Base64Decode(id.substr(kEncodedID.size())));
+    file.Write(Markup(Base64Decode(id.substr(kEncodedID.size()))));
   } else {
-    file.Write(id);
+    file.Write(Markup(std::string(id)));
   }
   file.Write("\"");
 }
 
-void WriteBookmark(TextWriter& file, const Item& item, std::string_view indent) {
+// `title` is UTF-8.
+void WriteBookmark(TextWriter& file, const Item& item, const std::string& title, std::string_view indent) {
   file.Write(indent);
   file.Write("<DT><A HREF=\"");
-  file.Write(item.DataText(data_key::kUrl));
+  file.Write(Markup(item.DataText(data_key::kUrl)));
   file.Write("\"");
   DateAttributes dates(file);
   dates.Write("ADD_DATE", item.DateCreated());
@@ -84,7 +119,7 @@ void WriteBookmark(TextWriter& file, const Item& item, std::string_view indent) 
   WriteAttribute(file, "SHORTCUTURL", item.DataText(data_key::kShortcutUrl));
   WriteID(file, item.ID());
   file.Write(">");
-  file.Write(Utf8Encode(item.Text()));
+  file.Write(Markup(title));
   file.WriteLine("</A>");
 
   std::string text = item.DataText(data_key::kDescription);
@@ -113,22 +148,27 @@ struct OpenList {
   std::int32_t passed = 0;
 };
 
+// The heading of a folder; gives its attributes. `title` is UTF-8.
+std::string WriteHeading(TextWriter& file, const vorlent::Tree& node, const std::string& title,
+                         std::string_view indent) {
+  std::string description = node.Description();
+  std::string attributes = CutLine(description);
+  file.Write(indent);
+  file.Write(attributes.empty() ? "<DT><H3" : "<DT><H3 ");
+  file.Write(attributes);
+  file.Write(">");
+  file.Write(Markup(title));
+  file.WriteLine("</H3>");
+  if (!description.empty()) WriteDescription(file, description);
+  return attributes;
+}
+
 // The folder's heading, unless it has no name, and the start of its list.
 OpenList BeginList(TextWriter& file, const TreePtr& node, std::int16_t level) {
   const std::string indent = Indent(level);
   std::string attributes;
   const std::string text = node->Text();
-  if (!text.empty()) {
-    std::string description = node->Description();
-    attributes = CutLine(description);
-    file.Write(indent);
-    file.Write(attributes.empty() ? "<DT><H3" : "<DT><H3 ");
-    file.Write(attributes);
-    file.Write(">");
-    file.Write(Utf8Encode(text));
-    file.WriteLine("</H3>");
-    if (!description.empty()) WriteDescription(file, description);
-  }
+  if (!text.empty()) attributes = WriteHeading(file, *node, Utf8Encode(text), indent);
   file.Write(indent);
   file.WriteLine("<DL><p>");
   return {node, level, attributes, node->Children()};
@@ -139,10 +179,115 @@ void EndList(TextWriter& file, const OpenList& list) {
   const std::string indent = Indent(list.level);
   const std::string itemIndent = Indent(list.level + 1);
   for (const ItemPtr& item : list.node->Items())
-    WriteBookmark(file, *item, itemIndent);
+    WriteBookmark(file, *item, Utf8Encode(item->Text()), itemIndent);
   file.Write(indent);
   file.WriteLine("</DL><p>");
   if (list.attributes.find(kToolbarMark) == std::string::npos) return;
+  file.Write(indent);
+  file.WriteLine("<HR>");
+}
+
+// --- In the order of the browser
+
+// The folders above this level are the tree itself and the database's own root, which are no folders to a
+// browser.
+constexpr std::int16_t kFirstShownLevel = 2;
+
+// What is to be written into a folder: one of these.
+struct Part {
+  TreePtr folder = {};  // with its place in the outline, if it has one
+  std::size_t outlined = BookmarkOutline::kNone;
+  ItemPtr bookmark = {};
+  std::string title = {};  // of both
+  // Neither: a separator.
+};
+
+struct OpenFolder {
+  std::vector<Part> parts;
+  std::size_t passed = 0;
+};
+
+// What has come into the tree since it was read stands behind what was read.
+class OutlineParts {
+ public:
+  OutlineParts(const BookmarkOutline& outline, const KeyedList<ItemPtr>& store)
+      : outline_(outline), store_(store) {}
+
+  std::vector<Part> Of(const Part& folder) const {
+    std::vector<Part> parts;
+    if (folder.outlined != BookmarkOutline::kNone) AddOutlined(parts, outline_.folders[folder.outlined]);
+    AddOthers(parts, *folder.folder);
+    return parts;
+  }
+
+ private:
+  void AddOutlined(std::vector<Part>& parts, const BookmarkOutline::Folder& folder) const {
+    for (const BookmarkOutline::Entry& entry : folder.entries) {
+      if (entry.kind == BookmarkOutline::Entry::Kind::Separator) {
+        parts.emplace_back();
+      } else if (entry.kind == BookmarkOutline::Entry::Kind::Folder) {
+        const BookmarkOutline::Folder& child = outline_.folders[entry.folder];
+        parts.push_back({.folder = child.node, .outlined = entry.folder, .title = child.title});
+      } else if (const ItemPtr* item = store_.Find(entry.id)) {
+        const bool isAsRead = (*item)->Text() == entry.textAsRead;
+        parts.push_back({.bookmark = *item, .title = isAsRead ? entry.title : Utf8Encode((*item)->Text())});
+      }
+    }
+  }
+
+  // The nodes of the outline are children in the same order.
+  void AddOthers(std::vector<Part>& parts, const vorlent::Tree& node) const {
+    const std::size_t outlined = parts.size();
+    std::size_t next = 0;
+    for (const TreePtr& child : node.Children()) {
+      while (next < outlined && parts[next].folder == nullptr)
+        ++next;
+      if (next < outlined && child->IsSame(*parts[next].folder)) {
+        ++next;
+      } else if (HoldsMore(child)) {
+        parts.push_back({.folder = child, .title = Utf8Encode(child->Text())});
+      }
+    }
+    for (const ItemPtr& item : node.Items()) {
+      if (IsMore(*item)) parts.push_back({.bookmark = item, .title = Utf8Encode(item->Text())});
+    }
+  }
+
+  bool IsMore(const Item& item) const { return !outline_.ids.contains(item.ID()); }
+
+  // A host makes nodes of keywords for what was read, too, where a title holds what parts them.
+  bool HoldsMore(const TreePtr& node) const {
+    std::vector<TreePtr> open = {node};
+    while (!open.empty()) {
+      const TreePtr next = open.back();
+      open.pop_back();
+      for (const ItemPtr& item : next->Items()) {
+        if (IsMore(*item)) return true;
+      }
+      for (const TreePtr& child : next->Children())
+        open.push_back(child);
+    }
+    return false;
+  }
+
+  const BookmarkOutline& outline_;
+  const KeyedList<ItemPtr>& store_;
+};
+
+void BeginFolder(TextWriter& file, const Part& folder, std::int16_t level) {
+  const std::string indent = Indent(level);
+  if (level >= kFirstShownLevel || !folder.title.empty())
+    WriteHeading(file, *folder.folder, folder.title, indent);
+  file.Write(indent);
+  file.WriteLine("<DL><p>");
+}
+
+void EndFolder(TextWriter& file, std::int16_t level) {
+  file.Write(Indent(level));
+  file.WriteLine("</DL><p>");
+}
+
+void WriteSeparator(TextWriter& file, std::string_view indent) {
   file.Write(indent);
   file.WriteLine("<HR>");
 }
@@ -155,8 +300,39 @@ void Location_FireFox::Save() {
     Tree()->AddItem(item);
   TextWriter file(profileFolder_ + "bookmarks.html", os::File::Mode::Create);
   WriteHeader(file);
-  SaveFolder(file, Tree(), 0);
+  if (outline_.IsKept()) {
+    SaveOutline(file);
+  } else {
+    SaveFolder(file, Tree(), 0);
+  }
   file.Close();
+}
+
+void Location_FireFox::SaveOutline(TextWriter& file) {
+  const OutlineParts parts(outline_, ItemStore());
+  std::vector<OpenFolder> folders;
+  const auto enter = [&](const Part& folder) {
+    BeginFolder(file, folder, ToInt16(folders.size()));
+    folders.push_back({parts.Of(folder)});
+  };
+  enter({.folder = Tree(), .outlined = 0});
+  while (!folders.empty()) {
+    OpenFolder& folder = folders.back();
+    if (folder.passed == folder.parts.size()) {
+      folders.pop_back();
+      EndFolder(file, ToInt16(folders.size()));
+      continue;
+    }
+    const Part part = folder.parts[folder.passed++];
+    const std::string indent = Indent(static_cast<std::int32_t>(folders.size()));
+    if (part.folder != nullptr) {
+      enter(part);
+    } else if (part.bookmark != nullptr) {
+      WriteBookmark(file, *part.bookmark, part.title, indent);
+    } else {
+      WriteSeparator(file, indent);
+    }
+  }
 }
 
 void Location_FireFox::SaveFolder(TextWriter& file, const TreePtr& node, std::int16_t level) {

@@ -10,6 +10,7 @@
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Host/RecordKeys.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -18,6 +19,7 @@ namespace {
 // The values of moz_bookmarks.type that matter.
 constexpr std::int16_t kBookmark = 1;
 constexpr std::int16_t kFolder = 2;
+constexpr std::int16_t kSeparatorRow = 3;
 
 // The runtime's number for a recursion without end.
 constexpr int kOutOfStackSpace = 28;
@@ -102,20 +104,34 @@ class FolderWalk {
   std::unordered_set<std::int32_t> ids_;
 };
 
-// What a row tells. It is kept as a text of four lines, so a line feed inside a title ends it, and moves each
-// field after it by a line.
+bool TitlesAreWhole() {
+  return CurrentRules().bookmarkTitles == BookmarkTitles::Whole;
+}
+
+// What a row tells.
 class BookmarkRow {
  public:
   void Read(const SqliteRow& row) {
     const std::string_view changed = row.Item(6);
-    text_ = row.Item(2);
-    text_ += '\n';
-    text_ += Utf8Decode(row.Item(3));
-    text_ += '\n';
-    text_ += row.Item(4);
-    text_ += '\n';
-    text_ += changed.size() > 1 ? changed : row.Item(5);
+    text_ = Utf8Decode(row.Item(3));
+    type = ToInt16(ReadNumber(row.Item(2)));
+    title = text_;
+    url = row.Item(4);
+    date = changed.size() > 1 ? changed : row.Item(5);
+    if (!TitlesAreWhole()) CutLines(row.Item(2));
+  }
 
+  std::int16_t type = 0;
+  std::string_view title, url, date;  // into text_ or the row
+
+ private:
+  // The row as a text of four lines: a line feed inside a title ends it, and moves each field behind it by a
+  // line.
+  void CutLines(std::string_view typeText) {
+    std::string lines(typeText);
+    for (const std::string_view field : {title, url, date})
+      lines.append("\n").append(field);
+    text_ = std::move(lines);
     std::string_view rest = text_;
     type = ToInt16(ReadNumber(CutLine(rest)));
     title = CutLine(rest);
@@ -123,12 +139,21 @@ class BookmarkRow {
     date = CutLine(rest);
   }
 
-  std::int16_t type = 0;
-  std::string_view title, url, date;  // into text_
-
- private:
   std::string text_;
 };
+
+// A title as a value of a record. Line breaks would become those of Windows on their way.
+std::string TitleValue(std::string_view title) {
+  if (!TitlesAreWhole()) return EscapeValue(title);
+  std::string value;
+  while (!title.empty()) {
+    const std::size_t end = std::min(title.find_first_of("\r\n"), title.size());
+    value += EscapeValue(title.substr(0, end));
+    if (end < title.size()) value += title[end] == '\n' ? "\\010" : "\\013";
+    title.remove_prefix(std::min(end + 1, title.size()));
+  }
+  return value;
+}
 
 // Display text of microseconds since 1970 as decimal text.
 std::string DisplayDate(std::string_view microseconds) {
@@ -143,10 +168,10 @@ void WriteUrlRecord(std::string& record, const BookmarkRow& row, std::string_vie
   record.clear();
   AppendField(record, record_key::kId, NewGuidText());
   AppendField(record, record_key::kType, "url");
-  AppendField(record, record_key::kText, EscapeValue(row.title.empty() ? row.url : row.title));
+  AppendField(record, record_key::kText, TitleValue(row.title.empty() ? row.url : row.title));
   AppendField(record, record_key::kDate, DisplayDate(row.date));
   AppendDataField(record, data_key::kUrl, EscapeValue(row.url));
-  AppendField(record, record_key::kKeywords, EscapeValue(keywords));
+  AppendField(record, record_key::kKeywords, TitleValue(keywords));
   AppendField(record, record_key::kOwner, HostObjects::Current().Global().UserName());
 }
 
@@ -201,42 +226,48 @@ class BookmarkReading {
     std::size_t keywordsLength;
     std::string_view token;  // the only title that is followed, "" for all
     std::string_view path;   // what comes after it
+    std::size_t outlined;    // the folder in the outline
   };
 
-  BookmarkReading(Location_FireFox& connector, std::string_view keywords)
-      : connector_(connector), keywords_(keywords) {}
+  BookmarkReading(Location_FireFox& connector, BookmarkOutline& outline, std::string_view keywords)
+      : connector_(connector), outline_(outline), keywords_(keywords) {}
 
   static std::string Statement(std::int32_t id) { return EverythingIn(id); }
 
   // The place of a folder in which all titles are followed.
   Place Top(std::int16_t level, const TreePtr& node, std::string_view path) const {
-    return {level, node, keywords_.size(), "", path};
+    return {level, node, keywords_.size(), "", path, 0};
   }
 
   // The place of a folder in which the first step of the path is followed.
-  Place OnPath(std::int16_t level, const TreePtr& node, std::string_view path) const {
+  Place OnPath(std::int16_t level, const TreePtr& node, std::string_view path, std::size_t outlined) const {
     const std::size_t end = std::min(path.find('/'), path.size());
-    return {level, node, keywords_.size(), path.substr(0, end), path.substr(std::min(end + 1, path.size()))};
+    return {level,   node, keywords_.size(), path.substr(0, end), path.substr(std::min(end + 1, path.size())),
+            outlined};
   }
 
   std::optional<Place> Visit(const Place& at, const SqliteRow& fields) {
     keywords_.resize(at.keywordsLength);
     row_.Read(fields);
-    if (row_.type == kBookmark && at.level >= 1 && at.token.empty() &&
-        !(row_.title.empty() && row_.url.empty())) {
+    const bool isWanted = at.level >= 1 && at.token.empty();
+    if (row_.type == kBookmark && isWanted && !(row_.title.empty() && row_.url.empty())) {
       WriteUrlRecord(record_, row_, keywords_);
-      connector_.PasteItem(record_, false);
+      outline_.AddBookmark(at.outlined, fields.Item(3), connector_.PasteItem(record_, false));
+    } else if (row_.type == kSeparatorRow && isWanted) {
+      outline_.AddSeparator(at.outlined);
     } else if (row_.type == kFolder && (at.token.empty() || at.token == row_.title)) {
       const TreePtr child = at.node->AddChild(row_.title, row_.title);
       if (!keywords_.empty()) keywords_ += ',';
       keywords_ += row_.title;
-      return OnPath(ToInt16(at.level + 1), child, at.path);
+      const std::size_t outlined = outline_.AddFolder(at.outlined, fields.Item(3), child);
+      return OnPath(ToInt16(at.level + 1), child, at.path, outlined);
     }
     return std::nullopt;
   }
 
  private:
   Location_FireFox& connector_;
+  BookmarkOutline& outline_;
   std::string keywords_;  // of the innermost folder
   BookmarkRow row_;
   std::string record_;
@@ -253,9 +284,9 @@ bool Location_FireFox::CollectSubFolders(std::int32_t id, KeyedList<std::string>
 
 bool Location_FireFox::ReadFolder(std::int32_t id, std::string_view keywords, std::int16_t level,
                                   const TreePtr& node, std::string_view path, bool first) {
-  BookmarkReading reading(*this, keywords);
+  BookmarkReading reading(*this, outline_, keywords);
   return FolderWalk(*database_, reading)
-      .Run(id, first ? reading.Top(level, node, path) : reading.OnPath(level, node, path));
+      .Run(id, first ? reading.Top(level, node, path) : reading.OnPath(level, node, path, 0));
 }
 
 }  // namespace vorlent

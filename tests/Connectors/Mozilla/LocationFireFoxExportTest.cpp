@@ -5,6 +5,7 @@
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
 #include "Support/AsOrdinaryUser.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent::test {
 namespace {
@@ -214,6 +215,178 @@ INSTANTIATE_TEST_SUITE_P(
                      [](RecordingItem& item) { item.Data.emplace_back("Text", "one \xE4\r\ntwo\rthree\n"); },
                      "<DT><A HREF=\"u\" ID=\"rdf:1\">t</A>\r\n<DD>one \xC3\xA4\ntwothree\n"}),
     [](const auto& each) { return each.param.name; });
+
+// --- The file by today's rules
+
+constexpr char kHardTitle[] = "a < b & \"c\" > 'd'\nsecond\r\nline &lt; \xF0\x9F\xA6\x8A \xCE\xA9";
+constexpr char kHardTitleAsMarkup[] =
+    "a &lt; b &amp; &quot;c&quot; &gt; 'd'&#10;second&#13;&#10;line &amp;lt; \xF0\x9F\xA6\x8A \xCE\xA9";
+
+class TodaysExport : public LocationFireFoxExportTest {
+  ScopedRules today_{{.bookmarkTitles = BookmarkTitles::Whole,
+                      .bookmarkMarkup = BookmarkMarkup::Escaped,
+                      .bookmarkOrder = BookmarkOrder::OfBrowser}};
+};
+
+TEST_F(LocationFireFoxExportTest, NothingIsEscaped) {
+  Places().AddBookmark(Places().AddFolder(1, "<F>"), "a < b & \"c\"", "http://a/?b&\"c\"");
+  Open("firefox://x/")->Save();
+  EXPECT_EQ(Exported(),
+            "<DL><p>\r\n"
+            "    <DL><p>\r\n"
+            "        <DT><H3><F></H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://a/?b&\"c\"\" ID=\"rdf:{}\">a < b & \"c\"</A>\r\n"
+            "        </DL><p>\r\n"
+            "    </DL><p>\r\n"
+            "</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, EmptyLocationIsAHeaderAndAnEmptyList) {
+  WriteProfiles({"x"});
+  Open("firefox://x/")->Save();
+  EXPECT_EQ(folder_.Read(ExportName()), std::string(kHeader) + "<DL><p>\r\n</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, TextsAreEscapedInUtf8) {
+  Places().AddBookmark(Places().AddFolder(1, "<F> & \"Größe\""), kHardTitle, "http://größe/?a&b=\"<c>\"");
+  Open("firefox://x/")->Save();
+  EXPECT_EQ(Exported(),
+            "<DL><p>\r\n"
+            "    <DL><p>\r\n"
+            "        <DT><H3>&lt;F&gt; &amp; &quot;Größe&quot;</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://größe/?a&amp;b=&quot;&lt;c&gt;&quot;\" ID=\"rdf:{}\">" +
+                std::string(kHardTitleAsMarkup) +
+                "</A>\r\n"
+                "        </DL><p>\r\n"
+                "    </DL><p>\r\n"
+                "</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, DescriptionsAndAttributesAreEscapedToo) {
+  const auto connector = OpenEmpty();
+  Paste(*connector, "ID=<1>|Text=t|DataUrl=u|DataIcon=\"i\"|DataText=<d>\\nsecond & last");
+  connector->Save();
+  EXPECT_EQ(Exported(),
+            "<DL><p>\r\n"
+            "    <DL><p>\r\n"
+            "        <DT><A HREF=\"u\" ICON=\"&quot;i&quot;\" ID=\"rdf:&lt;1&gt;\">t</A>\r\n"
+            "<DD>&lt;d&gt;&#10;second &amp; last\r\n"
+            "    </DL><p>\r\n"
+            "</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, BytesThatAreNoUtf8AreTakenForTheCodePage) {
+  Places().AddBookmark(1,
+                       "Gr\xF6\xDF"
+                       "e",
+                       "http://a/\xE9");
+  Open("firefox://x/")->Save();
+  EXPECT_THAT(Exported(), testing::HasSubstr("<A HREF=\"http://a/é\" ID=\"rdf:{}\">Größe</A>"));
+}
+
+TEST_F(TodaysExport, EverythingComesAsTheBrowserHasIt) {
+  Places().AddBookmark(1, "first", "http://1/");
+  Places().AddRow(3, 1, std::nullopt);
+  const std::int64_t one = Places().AddFolder(1, "Twice");
+  Places().AddBookmark(one, "", "http://2/");
+  Places().AddFolder(one, "");
+  Places().AddRow(3, one, "");
+  Places().AddRow(3, one, "");
+  const std::int64_t two = Places().AddFolder(1, "Twice");
+  Places().AddBookmark(two, std::nullopt, "http://3/");
+  Places().AddBookmark(Places().AddFolder(1, "a, b"), "http://4/", "http://4/");
+  Places().AddBookmark(1, "last", "http://5/");
+  Open("firefox://x/")->Save();
+  EXPECT_EQ(Exported(),
+            "<DL><p>\r\n"
+            "    <DL><p>\r\n"
+            "        <DT><A HREF=\"http://1/\" ID=\"rdf:{}\">first</A>\r\n"
+            "        <HR>\r\n"
+            "        <DT><H3>Twice</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://2/\" ID=\"rdf:{}\"></A>\r\n"
+            "            <DT><H3></H3>\r\n"
+            "            <DL><p>\r\n"
+            "            </DL><p>\r\n"
+            "            <HR>\r\n"
+            "            <HR>\r\n"
+            "        </DL><p>\r\n"
+            "        <DT><H3>Twice</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://3/\" ID=\"rdf:{}\"></A>\r\n"
+            "        </DL><p>\r\n"
+            "        <DT><H3>a, b</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://4/\" ID=\"rdf:{}\">http://4/</A>\r\n"
+            "        </DL><p>\r\n"
+            "        <DT><A HREF=\"http://5/\" ID=\"rdf:{}\">last</A>\r\n"
+            "    </DL><p>\r\n"
+            "</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, OnlyWhatWasReadOfAFolderIsInTheFile) {
+  Places().AddBookmark(1, "beside", "http://1/");
+  Places().AddRow(3, 1, std::nullopt);
+  Places().AddBookmark(Places().AddFolder(1, "Menu"), "below", "http://2/");
+  Open("firefox://x/Menu/")->Save();
+  EXPECT_EQ(Exported(),
+            "<DL><p>\r\n"
+            "    <DL><p>\r\n"
+            "        <DT><H3>Menu</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://2/\" ID=\"rdf:{}\">below</A>\r\n"
+            "        </DL><p>\r\n"
+            "    </DL><p>\r\n"
+            "</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, WhatTheHostHasChangedSinceIsInTheFile) {
+  const std::int64_t menu = Places().AddFolder(1, "Menu");
+  Places().AddBookmark(menu, "renamed", "http://1/");
+  Places().AddBookmark(menu, "deleted", "http://2/");
+  Places().AddBookmark(menu, "stays", "http://3/");
+  const auto connector = Open("firefox://x/");
+  connector->Item(1)->SetText("<new>");
+  connector->DeleteItem(connector->Item(2));
+  Paste(*connector, "ID=p|Text=pasted|Keywords=Menu|DataUrl=http://4/");
+  Paste(*connector, "ID=q|Text=elsewhere|Keywords=New|DataUrl=http://5/");
+  connector->Save();
+  EXPECT_EQ(Exported(),
+            "<DL><p>\r\n"
+            "    <DL><p>\r\n"
+            "        <DT><H3>Menu</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://1/\" ID=\"rdf:{}\">&lt;new&gt;</A>\r\n"
+            "            <DT><A HREF=\"http://3/\" ID=\"rdf:{}\">stays</A>\r\n"
+            "            <DT><A HREF=\"http://4/\" ID=\"rdf:p\">pasted</A>\r\n"
+            "        </DL><p>\r\n"
+            "        <DT><H3>New</H3>\r\n"
+            "        <DL><p>\r\n"
+            "            <DT><A HREF=\"http://5/\" ID=\"rdf:q\">elsewhere</A>\r\n"
+            "        </DL><p>\r\n"
+            "    </DL><p>\r\n"
+            "</DL><p>\r\n");
+}
+
+TEST_F(TodaysExport, SavingTwiceWritesTheSame) {
+  Places().AddBookmark(Places().AddFolder(1, "Menu"), "a", "http://1/");
+  const auto connector = Open("firefox://x/");
+  connector->Save();
+  const std::string first = folder_.Read(ExportName());
+  connector->Save();
+  EXPECT_EQ(folder_.Read(ExportName()), first);
+}
+
+TEST_F(TodaysExport, NestedFoldersAreWrittenAtAnyDepth) {
+  std::int64_t folder = 1;
+  for (int depth = 0; depth < 3000; ++depth)
+    folder = Places().AddFolder(folder, "");
+  Places().AddBookmark(folder, "deep", "http://a/");
+  Open("firefox://x/")->Save();
+  EXPECT_THAT(Exported(), testing::HasSubstr(std::string(4 * 3002, ' ') + "<DT><A HREF=\"http://a/\""));
+}
 
 TEST_F(LocationFireFoxExportTest, TreeIsFilledFromTheStoreBeforeTheFileIsWritten) {
   Places().AddBookmark(Places().AddFolder(1, "Menu"), "a", "http://a/");

@@ -4,6 +4,7 @@
 
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent::test {
 namespace {
@@ -168,6 +169,30 @@ INSTANTIATE_TEST_SUITE_P(
         TitleCase{"LineFeedInTheTitle", "a\nb", "http://a/", Url("a", "b", "", "01.01.1970 00:00:00")},
         TitleCase{"CarriageReturnInTheTitle", "a\rb", "http://a/", Url("ab", "http://a/", "")}),
     [](const auto& each) { return each.param.name; });
+
+TEST_F(LocationFireFoxReadingTest, LineBreaksAreOfTheTitleToday) {
+  Places().AddBookmark(Places().AddFolder(1, "two\nlines"), "a\nb\r\n|c\\", "http://a/");
+  const ScopedRules today({.bookmarkTitles = BookmarkTitles::Whole});
+  const auto connector = Open("firefox://x/");
+  EXPECT_THAT(Texts(*connector), ElementsAre("a\nb\r\n|c\\"));
+  EXPECT_EQ(connector->Item(1)->DataText("Url"), "http://a/");
+  EXPECT_EQ(connector->Item(1)->Date(), "09.05.2010 14:30:05");
+  EXPECT_EQ(TreeText(), " []\n  two\nlines [two\nlines]\n");
+  EXPECT_EQ(std::dynamic_pointer_cast<RecordingItem>(connector->Item(1))->Keywords, "two\nlines");
+}
+
+TEST_F(LocationFireFoxReadingTest, TitlesWithoutLineBreaksReadAlikeByAllRules) {
+  Places().AddBookmark(Places().AddFolder(1, "A, B | C"), "x|y\\z & <\"€\">", "http://größe/?a|b\\c");
+  Places().AddBookmark(1, std::nullopt, "http://b/");
+  Open("firefox://x/");
+  const auto records = Records();
+  const std::string tree = TreeText();
+  host_.Items.clear();
+  const ScopedRules today({.bookmarkTitles = BookmarkTitles::Whole});
+  Open("firefox://x/");
+  EXPECT_EQ(Records(), records);
+  EXPECT_EQ(TreeText(), tree);
+}
 
 struct DateCase {
   const char* name;
