@@ -59,7 +59,7 @@ class VORLENT_PUBLIC HostGlobal : public Object {
   // overrides it.
   virtual void ReportUnreadable(const Cause& why) { Report(report::kUnreadable, why.Text(), nullptr); }
 
-  // Reports what a person has to know about what is read. As ReportUnreadable, for a host with paths of its own.
+  // Reports what a person has to know about what is read; may be overridden as ReportUnreadable.
   virtual void Remark(const Cause& what) { Report(report::kRemark, what.Text(), nullptr); }
 
   // A host setting, "" if there is none; such as "autotopic".

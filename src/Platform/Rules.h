@@ -58,6 +58,24 @@ enum class BookmarkOrder {
   OfBrowser,  // Everything as the browser has it, and what has come in since then behind that.
 };
 
+// By which name a mail folder goes.
+enum class MailFolderNames {
+  OfFiles,  // That of its file.
+  Shown,    // That by which Thunderbird shows it; an address may have either.
+};
+
+// Whose subfolders are mail folders.
+enum class Subfolders {
+  OfMailboxes,  // Those of a mailbox.
+  OfAny,        // Those beside no mailbox, too.
+};
+
+// Whether an account is asked how it keeps its mails.
+enum class MailStores {
+  NotAsked,  // One without mailboxes is empty.
+  Told,      // One with a file for each mail is told as that.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

@@ -59,10 +59,14 @@ TITLES = ["Example", "Größe \"XL\"", "Tief", "5 €", "Zuletzt", "Erster", "Fi
 
 # What no bookmarks file gave Firefox, put in by its own interface: title and url, a folder's title, or a separator.
 HARD = [
-    ("two\nlines", "https://hard.example.org/lines"), ("a < b & c > d \"e\" 'f'", "https://hard.example.org/?a=1&b=<2>"),
-    ("&lt;b&gt; &amp; &#10;", "https://hard.example.org/references"), ("</A><HR></DL>", "https://hard.example.org/tags"),
-    ("👩‍👩‍👧‍👦 Ω 漢字 العربية", "https://hard.example.org/scripts"), ("e\u0301 \u00e9", "https://hard.example.org/forms"),
-    ("", "https://hard.example.org/empty"), ("https://hard.example.org/own", "https://hard.example.org/own"),
+    ("two\nlines", "https://hard.example.org/lines"),
+    ("a < b & c > d \"e\" 'f'", "https://hard.example.org/?a=1&b=<2>"),
+    ("&lt;b&gt; &amp; &#10;", "https://hard.example.org/references"),
+    ("</A><HR></DL>", "https://hard.example.org/tags"),
+    ("👩‍👩‍👧‍👦 Ω 漢字 العربية", "https://hard.example.org/scripts"),
+    ("e\u0301 \u00e9", "https://hard.example.org/forms"),
+    ("", "https://hard.example.org/empty"),
+    ("https://hard.example.org/own", "https://hard.example.org/own"),
     None, ("Gleich",), ("Gleich",), (" ",), ("<&>\n\"Ordner\", 🦊",), None,
 ]
 ADD = """
@@ -227,7 +231,8 @@ def main():
         # What was exported comes into the menu, the first profile's roots as plain folders.
         menu = next(entry[1] for entry in second.places() if entry[0] == "menu")
         expect("bookmarks of the second profile", menu, tree)
-        print(f"{len(list(flat(tree)))} bookmarks came back as they were: titles, urls, folders, separators, order, dates")
+        print(f"{len(list(flat(tree)))} bookmarks came back as they were: "
+              "titles, urls, folders, separators, order, dates")
 
 
 if __name__ == "__main__":

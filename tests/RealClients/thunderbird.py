@@ -3,7 +3,8 @@
 
 Thunderbird starts on an empty home, gets mails into Local Folders and a folder below Inbox, and deletes some
 without compacting. Then the command line reads the whole home without any option, and what it reads is compared
-with the mails that were put in: subjects, texts, attachments; the deleted ones must not come.
+with the mails that were put in: subjects, texts, attachments; the deleted ones must not come. Folders whose names the
+file system can't hold are listed as Thunderbird shows them.
 
 usage: thunderbird.py PROGRAM
 """
@@ -54,6 +55,10 @@ MAILS = [
     ("Inbox/Projekte", with_attachments(8, "Unten mit Anlagen", "Noch zwei."), False),
 ]
 
+# Some of them are called otherwise on the disk.
+FOLDERS = ["Ein sehr langer Ordnername, der länger als fünfundfünfzig Zeichen ist und das auch bleibt", "Größe: 1/2 #3",
+           "punkt.am.ende.", "a.b.c", "漢字 🦊", "Einfach"]
+
 FILL = """
 const { MailServices } = ChromeUtils.importESModule("resource:///modules/MailServices.sys.mjs");
 try { MailServices.accounts.localFoldersServer; } catch { MailServices.accounts.createLocalMailAccount(); }
@@ -79,8 +84,9 @@ for (const [folder, headers] of doomed) {
       { QueryInterface: ChromeUtils.generateQI(["nsIMsgCopyServiceListener"]), onStartCopy() {}, onProgress() {},
         setMessageKey() {}, getMessageId() { return null; }, onStopCopy: resolve }, false));
 }
-MailServices.accounts.localFoldersServer.rootFolder.descendants.forEach(folder => folder.msgDatabase?.commit(1));
-return root.filePath.path;
+for (const name of arguments[1]) root.createSubfolder(name, null);
+root.descendants.forEach(folder => folder.msgDatabase?.commit(1));
+return [root.filePath.path, root.subFolders.map(folder => [folder.filePath.leafName, folder.name])];
 """
 
 
@@ -120,6 +126,32 @@ def check_mail(program, home, item, mail, out):
             fail(f"{mail['Subject']}: the line {line!r} is missing in the text")
 
 
+def check_folders(program, home, place, shown):
+    """`shown` are pairs of file and name as Thunderbird has them."""
+    profiles = run(program, home, "browse", "thunderbird://*", "--json").decode().splitlines()
+    first = json.loads(profiles[0])["Data"]
+    if str(pathlib.Path(place)) not in first["Path"].replace("\\", "/"):
+        fail(f"the first profile is {first}, in use is that of {place}")
+    profile = first["Location"].removesuffix("*")
+    listed = {}
+    for line in run(program, home, "browse", profile + "Local Folders/*", "--json").decode().splitlines():
+        item = json.loads(line)
+        listed[item["Data"]["Location"].rstrip("*/").rpartition("/")[2]] = item["Text"]
+    expected = dict(shown)
+    if not set(FOLDERS) <= set(expected.values()):
+        fail(f"Thunderbird shows {expected}")
+    for file, name in expected.items():
+        # A program that holds texts in the code page can't tell them all.
+        if file in listed and listed[file] not in (name, name.encode("cp1252", "replace").decode("cp1252")):
+            fail(f"the folder {file} is listed as {listed[file]!r}, and Thunderbird shows {name!r}")
+    missing = [name for file, name in expected.items() if name in FOLDERS and file not in listed]
+    if missing:
+        fail(f"folders that are not listed: {missing}, only {listed}")
+    hashed = next(file for file, name in expected.items() if name == FOLDERS[0])
+    if hashed == FOLDERS[0]:
+        fail("no folder is called otherwise on the disk")
+
+
 def main():
     program = str(pathlib.Path(sys.argv[1]).resolve())
     with tempfile.TemporaryDirectory() as folder:
@@ -128,10 +160,11 @@ def main():
         application = Application(["thunderbird"], home, pathlib.Path(folder, "log"))
         try:
             given = [[path, mail.as_bytes().decode("latin-1"), deleted] for path, mail, deleted in MAILS]
-            place = application.run(FILL, given)
+            place, shown = application.run(FILL, given, FOLDERS)
         finally:
             application.quit()
         print("Thunderbird wrote", place)
+        check_folders(program, home, place, shown)
 
         lines = run(program, home, "read", "thunderbird://", "--json").decode().splitlines()
         read = {item["ID"].partition("-")[2]: item for item in map(json.loads, lines) if item["Type"] == "mail"}

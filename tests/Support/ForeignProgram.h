@@ -8,8 +8,8 @@
 
 namespace vorlent {
 
-// Another process with a connection of its own to a database file, until the destructor kills it in the middle
-// of whatever it is in.
+// Another process with a connection of its own to a database file, until the destructor kills it in the
+// middle of whatever it is in.
 class ForeignProgram {
  public:
   explicit ForeignProgram(const std::filesystem::path& native);

@@ -70,6 +70,7 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   std::string CutScheme(std::string& address) override;
   bool ReadAddress(std::string path) override;
   KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
+  static KeyedList<std::string> DiscoverAccounts(const BrowsePoint& point, std::string_view segment);
   bool ReadAllProfiles(Visit visit);
   bool ReadProfile(const std::string& name, std::string rest, bool subfolders, Visit visit);
   void ReadAccount(const MozillaProfile& profile, const std::string& account, std::string rest,

@@ -25,6 +25,14 @@ bool IsMailbox(const std::string& path) {
   return FileExists(path + std::string(kSummary));
 }
 
+// Told, not skipped in silence: its mails are there, and none of them is read.
+bool PassesOverMaildir(std::string_view account) {
+  if (!IsMaildir(account)) return false;
+  frame::ReportUnreadable({.reason = "Account '" + std::string(account) +
+                                     "': Maildir, jede Mail in eigener Datei; wird nicht gelesen!"});
+  return true;
+}
+
 std::string WithoutSubfolderSuffix(std::string_view name) {
   if (name.ends_with(kSubfolders)) name.remove_suffix(kSubfolders.size());
   return std::string(name);
@@ -61,8 +69,25 @@ bool Location_Thunderbird::ReadAddress(std::string path) {
 
 KeyedList<std::string> Location_Thunderbird::Discover(const BrowsePoint& point, std::string_view segment) {
   if (point.level == 1) return GetMozillaProfiles(point.prefix, segment, kThunderbirdScheme.appFolder);
-  if (point.level == 2) return GetAccounts(point.prefix, segment, point.profilePath);
+  if (point.level == 2) return DiscoverAccounts(point, segment);
   return GetMailFolders(point.prefix, segment, point.folderPath);
+}
+
+// An account that can't be read is listed as what it is.
+KeyedList<std::string> Location_Thunderbird::DiscoverAccounts(const BrowsePoint& point,
+                                                              std::string_view segment) {
+  const KeyedList<std::string> found = GetAccounts(point.prefix, segment, point.profilePath);
+  if (segment != "*") {
+    PassesOverMaildir(segment);
+    return found;
+  }
+  KeyedList<std::string> named;
+  for (const std::string& entry : found) {
+    DiscoveryEntry account = SplitDiscoveryEntry(entry);
+    if (IsMaildir(account.text)) account.text += " (Maildir)";
+    named.Add(JoinDiscoveryEntry(account));
+  }
+  return named;
 }
 
 bool Location_Thunderbird::ReadAllProfiles(Visit visit) {
@@ -102,6 +127,7 @@ void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std:
     TellMissingAccount(profile.name, account);
     return;
   }
+  if (PassesOverMaildir(account)) return;
   Place place = {paths.Item(1), std::string(kScheme) + profile.name + "/" + account + "/", ""};
   if (profile.name == kDisks) {
     ReadDrivePlace(std::move(place), std::move(rest), subfolders, tree, visit);
@@ -114,19 +140,20 @@ void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std:
 void Location_Thunderbird::ReadMailPlace(Place place, std::string rest, bool subfolders, const TreePtr& tree,
                                          Visit visit) {
   while (!rest.empty()) {
-    const std::string segment = CutToken(rest, "/");
+    const std::string segment = FolderNameOnDisk(place.dir, CutToken(rest, "/"));
+    place.keywords += "," + ShownFolderName(place.dir, segment);
     place.dir += segment;
     if (!rest.empty()) place.dir.append(kSubfolders) += '\\';
     place.location += segment + "/";
-    place.keywords += "," + segment;
   }
   if (place.dir.ends_with('\\')) {
     ReadMailFolder(place, tree, visit);
     return;
   }
-  ReadMailbox(place, visit);
+  if (!HasSubfoldersOnly(place.dir)) ReadMailbox(place, visit);
   if (!subfolders) return;
-  const std::string name = GetFileName(place.dir);
+  const std::string mailbox = GetFileName(place.dir);
+  const std::string name = ShownFolderName(place.dir.substr(0, place.dir.size() - mailbox.size()), mailbox);
   const TreePtr child = tree->AddChild(name, name);
   place.dir.append(kSubfolders) += '\\';
   ReadMailFolder(place, child, visit);
@@ -157,15 +184,20 @@ void Location_Thunderbird::ReadDrivePlace(Place place, std::string rest, bool su
 void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit) {
   const FolderTrail::Step step(trail_, folder.dir);
   if (step.LeadsBack()) return;
+  const auto readSubfolders = [&](const std::string& name, const std::string& shown) {
+    const TreePtr child = tree->AddChild(shown, shown);
+    ReadMailFolder(
+        {folder.dir + name + std::string(kSubfolderStep), name + "/", folder.keywords + "," + shown}, child,
+        visit);
+  };
   for (const std::string& name : os::ListNames(folder.dir, "*.*", 0)) {
     const std::string path = folder.dir + name;
-    const std::string keywords = folder.keywords + "," + name;
-    if (IsMailbox(path)) ReadMailbox({path, folder.location + name, keywords}, visit);
-    if (FolderExists(path + std::string(kSubfolders))) {
-      const TreePtr child = tree->AddChild(name, name);
-      ReadMailFolder({path + std::string(kSubfolderStep), name + "/", keywords}, child, visit);
-    }
+    const std::string shown = ShownFolderName(folder.dir, name);
+    if (IsMailbox(path)) ReadMailbox({path, folder.location + name, folder.keywords + "," + shown}, visit);
+    if (FolderExists(path + std::string(kSubfolders))) readSubfolders(name, shown);
   }
+  for (const std::string& name : NamesOfSubfoldersOnly(folder.dir))
+    readSubfolders(name, ShownFolderName(folder.dir, name));
 }
 
 // Every subfolder gets a node, whether it holds mail or not, and the address keeps the whole path.

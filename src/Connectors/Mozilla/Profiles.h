@@ -13,8 +13,8 @@ struct MozillaProfile {
 };
 
 // The profiles of the application whose data lie in `appFolder` below the application-data folder, in the
-// order of the file; two may have one name. Which sections of it are profiles, and whether the one in use goes
-// before all others, is a matter of the rules. None without a file, a file that can't be read raises.
+// order of the file; two may have one name. Which sections of it are profiles, and whether the one in use
+// goes before all others, is a matter of the rules. None without a file, a file that can't be read raises.
 std::vector<MozillaProfile> ReadMozillaProfiles(std::string_view appFolder);
 
 }  // namespace vorlent

@@ -4,11 +4,13 @@
 
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/FolderNames.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Profiles.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/Platform.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -21,6 +23,7 @@ constexpr std::string_view kDisksMark = "://./";
 // One profile's preferences are in memory at a time.
 KeyedList<std::string> prefNames;
 KeyedList<std::string> prefValues;
+FolderNames folderNames;
 
 std::string Joined(std::string_view a, std::string_view b, std::string_view c = {}) {
   std::string text;
@@ -36,6 +39,20 @@ std::string AccountFolders(std::string_view prefix, std::string_view profilePath
   }
   DropRight(folders, 1);
   return folders;
+}
+
+// The names of a mailbox and the folders that it lies in below `folder`, joined by commas.
+std::string ShownPath(std::string folder, std::string_view below) {
+  std::string names;
+  for (;;) {
+    const std::size_t end = below.find(kSubfolderStep);
+    const std::string name(below.substr(0, end));
+    names += ShownFolderName(folder, name);
+    if (end == std::string_view::npos) return names;
+    names += ',';
+    folder.append(name).append(kSubfolderStep);
+    below.remove_prefix(end + kSubfolderStep.size());
+  }
 }
 
 // The text up to a quote, which is cut with it; all of the text without one.
@@ -82,12 +99,13 @@ KeyedList<std::string> GetDrives(std::string_view prefix, std::string_view filte
   return drives;
 }
 
-// The entry of a folder `name`; its address ends in "*" if there is something below it.
-std::string FolderEntry(std::string_view prefix, const std::string& name, std::string_view folder,
-                        bool hasEntries) {
+// The entry of a folder `name` that is shown as `text`; its address ends in "*" if there is something below
+// it.
+std::string FolderEntry(std::string_view prefix, const std::string& text, const std::string& name,
+                        std::string_view folder, bool hasEntries) {
   std::string location = Joined(prefix, name, "/");
   if (hasEntries) location += '*';
-  return JoinDiscoveryEntry({name, location, Joined(folder, name)});
+  return JoinDiscoveryEntry({text, location, Joined(folder, name)});
 }
 
 // The mailboxes of a folder, told by the summary files beside them.
@@ -101,9 +119,18 @@ void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::st
     const std::string file = Joined(folder, name);
     if (isListed ? !summaries.StandBeside(name) : !FileExists(Joined(file, kSummary))) continue;
     const bool mayHaveEntries = !isListed || subfolders.StandBeside(name);
-    list.Add(
-        FolderEntry(prefix, name, folder, mayHaveEntries && FolderHasEntries(Joined(file, kSubfolders))));
+    list.Add(FolderEntry(prefix, ShownFolderName(folder, name), name, folder,
+                         mayHaveEntries && FolderHasEntries(Joined(file, kSubfolders))));
   }
+}
+
+// The server of an account; "" for an account without one.
+std::string ServerOf(const std::string& account) {
+  return GetPref("mail.account." + account + ".server");
+}
+
+std::string ServerPref(const std::string& server, std::string_view name) {
+  return GetPref(Joined("mail.server." + server, ".", name));
 }
 
 }  // namespace
@@ -130,6 +157,7 @@ KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_v
 
 KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view filter,
                                    std::string_view profilePath) {
+  folderNames.TurnTo(profilePath == kDisks ? "" : profilePath);
   if (profilePath == kDisks) return GetDrives(prefix, filter);
   prefNames.Clear();
   prefValues.Clear();
@@ -139,10 +167,10 @@ KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view fil
   KeyedList<std::string> list;
   std::string accounts = GetPref("mail.accountmanager.accounts");
   while (!accounts.empty()) {
-    const std::string server = GetPref("mail.account." + CutToken(accounts, ",") + ".server");
+    const std::string server = ServerOf(CutToken(accounts, ","));
     if (server.empty()) continue;
-    const std::string name = GetPref("mail.server." + server + ".name");
-    std::string folder = GetPref("mail.server." + server + ".directory");
+    const std::string name = ServerPref(server, "name");
+    std::string folder = ServerPref(server, "directory");
     ReplaceText(folder, "\\\\", "\\");
     folder = AddPathSep(folder);
     if (filter == kAll) {
@@ -166,16 +194,67 @@ KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view 
   if (filter == kAll) {
     if (onDisks) {
       for (const std::string& name : folders) {
-        list.Add(FolderEntry(prefix, name, folder, FolderHasEntries(Joined(folder, name))));
+        list.Add(FolderEntry(prefix, name, name, folder, FolderHasEntries(Joined(folder, name))));
       }
     }
     AddMailboxes(list, prefix, folder, files, folders);
+    if (onDisks) return list;
+    for (const std::string& name : NamesOfSubfoldersOnly(folder)) {
+      list.Add(FolderEntry(prefix, ShownFolderName(folder, name), name, folder,
+                           FolderHasEntries(Joined(folder, name, kSubfolders))));
+    }
+  } else if (onDisks) {
+    for (const std::string& name : folders) {
+      if (filter == name) list.Add(Joined(folder, name, "\\"));
+    }
   } else {
-    for (const std::string& name : onDisks ? folders : files) {
-      if (filter == name) list.Add(Joined(folder, name, onDisks ? "\\" : kSubfolderStep));
+    const std::string wanted = FolderNameOnDisk(folder, std::string(filter));
+    for (const auto& names : {files, NamesOfSubfoldersOnly(folder)}) {
+      for (const std::string& name : names) {
+        if (wanted == name) list.Add(Joined(folder, name, kSubfolderStep));
+      }
     }
   }
   return list;
+}
+
+std::string ShownFolderName(std::string_view folder, const std::string& name) {
+  return folderNames.Shown(folder, name);
+}
+
+std::string FolderNameOnDisk(std::string_view folder, const std::string& name) {
+  return folderNames.OnDisk(folder, name);
+}
+
+bool HasSubfoldersOnly(const std::string& path) {
+  return CurrentRules().subfolders == Subfolders::OfAny && !FileExists(path) &&
+         FolderExists(Joined(path, kSubfolders));
+}
+
+KeyedList<std::string> NamesOfSubfoldersOnly(std::string_view folder) {
+  KeyedList<std::string> names;
+  if (CurrentRules().subfolders == Subfolders::OfMailboxes) return names;
+  KeyedList<std::string> files;
+  KeyedList<std::string> folders;
+  ListFolder(folder, &files, &folders, "*.*");
+  const SiblingNames mailboxes(files, "");
+  for (std::string name : folders) {
+    if (!HasEnding(name, kSubfolders)) continue;
+    name.resize(name.size() - kSubfolders.size());
+    if (!mailboxes.StandBeside(name)) names.Add(name);
+  }
+  return names;
+}
+
+bool IsMaildir(std::string_view account) {
+  if (CurrentRules().mailStores == MailStores::NotAsked) return false;
+  std::string accounts = GetPref("mail.accountmanager.accounts");
+  while (!accounts.empty()) {
+    const std::string server = ServerOf(CutToken(accounts, ","));
+    if (server.empty() || ServerPref(server, "name") != account) continue;
+    return ServerPref(server, "storeContractID").find("maildir") != std::string::npos;
+  }
+  return false;
 }
 
 std::string GetPref(std::string_view key) {
@@ -193,8 +272,7 @@ std::string GetKeywordsOfFile(std::string_view file) {
       const DiscoveryEntry account = SplitDiscoveryEntry(entry);
       const std::string folder = AddPathSep(account.path);
       if (!EqualNoCase(file.substr(0, folder.size()), folder)) continue;
-      std::string folders(file.substr(folder.size()));
-      ReplaceText(folders, kSubfolderStep, ",");
+      const std::string folders = ShownPath(folder, file.substr(folder.size()));
       return "Account=" + account.text + (folders.empty() ? "" : ",") + folders;
     }
   }

@@ -29,11 +29,27 @@ KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view fil
                                    std::string_view profilePath);
 
 // The mail folders in a folder given with its closing separator. A mailbox is listed if its ".msf" lies
-// beside it, yet found by name without. The path found is that of its ".sbd" folder, whether it exists or
-// not. A prefix that holds "://./" is on the disks: there the subfolders come first, and only they are found
-// by name.
+// beside it, yet found by name without. It may be shown by another name than that of its address, and is
+// found by either. The path found is that of its ".sbd" folder, whether it exists or not. A prefix that holds
+// "://./" is on the disks: there the subfolders come first, and only they are found by name.
 KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view filter,
                                       std::string_view folder);
+
+// The name to show for a mailbox of the profile read last, and the mailbox that is called or shown so there;
+// `folder` ends in a separator. By the rules of old both are the name as it is given.
+std::string ShownFolderName(std::string_view folder, const std::string& name);
+std::string FolderNameOnDisk(std::string_view folder, const std::string& name);
+
+// Whether the walk below a path, given without an ending, finds subfolders only. By the rules of old there is
+// a mailbox wherever there are subfolders.
+bool HasSubfoldersOnly(const std::string& path);
+
+// The names in a folder that have subfolders beside no mailbox, as where only a server holds the mails.
+KeyedList<std::string> NamesOfSubfoldersOnly(std::string_view folder);
+
+// Whether an account of the profile read last keeps each mail in a file of its own, which no mailbox reader
+// finds. By the rules of old this isn't asked.
+bool IsMaildir(std::string_view account);
 
 // A preference of the profile read last, "" if it has none of that name; letter case doesn't count.
 std::string GetPref(std::string_view key);

@@ -4,7 +4,9 @@
 
 #include "Common/NumberText.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
+#include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Platform/NativePaths.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -349,6 +351,114 @@ TEST_F(LocationThunderbirdWalkTest, EinlesenLeavesTheMailboxesOfInitLocation) {
   connector->Einlesen();
   EXPECT_EQ(connector->Count(), 2);
   EXPECT_EQ(Stream().size(), 1U);
+}
+
+// --- Folders by today's rules
+
+TEST_F(LocationThunderbirdWalkTest, FoldersGoByTheNamesThatThunderbirdShowsToday) {
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "9e7872c0", MailOf("1"));
+  const std::string sub = tree.AddMailbox("p", "a", "9e7872c0.sbd/77aa", MailOf("2"));
+  tree.AddMailbox("p", "a", "Inbox", MailOf("3"));
+  tree.WriteShownNames("p", "a", {{"9e7872c0", "Long name"}, {"9e7872c0.sbd/77aa", "2026/01"}});
+  const ScopedRules today({.folderNames = MailFolderNames::Shown});
+
+  const auto all = {"Account=a,Long name S", "Account=a,Long name,2026/01 S", "Account=a,Inbox S"};
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), testing::ElementsAreArray(all));
+  EXPECT_EQ(Nodes(),
+            "Account 'a' [Account=a]\n"
+            "  Long name [Long name]\n");
+  for (const char* address : {"thunderbird://p/a/Long name", "thunderbird://p/a/9e7872c0"}) {
+    EXPECT_EQ(Read(address), LocationState::Read);
+    EXPECT_THAT(Mails(), ElementsAre("Account=a,Long name S", "Account=a,Long name,2026/01 S")) << address;
+  }
+  EXPECT_EQ(Read("thunderbird://p/a/Long name/77aa/-"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Long name,2026/01 S"));
+  EXPECT_EQ(GetKeywordsOfFile(sub), "Account=a,Long name,2026/01");
+
+  EXPECT_EQ(Read("thunderbird://p/a/*"), LocationState::Read);
+  EXPECT_THAT(Places(),
+              ElementsAre("Long name thunderbird://p/a/9e7872c0/* [inkl. Unterverzeichnis;;-;1] " +
+                              tree.AccountFolder("p", "a") + "9e7872c0",
+                          "Inbox thunderbird://p/a/Inbox/ [] " + tree.AccountFolder("p", "a") + "Inbox"));
+  EXPECT_EQ(Read("thunderbird://p/a/Long name/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre(StartsWith("2026/01 thunderbird://p/a/Long name/77aa/ []")));
+
+  const ScopedRules windows(Rules::Windows());
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,9e7872c0 S", "Account=a,9e7872c0,77aa S", "Account=a,Inbox S"));
+  EXPECT_EQ(GetKeywordsOfFile(sub), "Account=a,9e7872c0,77aa");
+}
+
+TEST_F(LocationThunderbirdWalkTest, ShownNamesAreThoseOfTheProfileThatIsRead) {
+  tree.AddProfile("p", {"a"});
+  tree.AddProfile("q", {"a"});
+  tree.AddMailbox("p", "a", "x", MailOf("1"));
+  tree.AddMailbox("q", "a", "x", MailOf("2"));
+  tree.WriteShownNames("p", "a", {{"x", "of p"}});
+  platform->drives.clear();
+  const ScopedRules today({.folderNames = MailFolderNames::Shown});
+  Read("thunderbird://");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,of p S", "Account=a,x S"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, SubfoldersBesideNoMailboxAreReadToday) {
+  tree.AddProfile("p", {"imap"});
+  tree.AddMailbox("p", "imap", "INBOX", MailOf("1"));
+  tree.AddFile("p", "imap", "[Gmail].msf");
+  tree.AddMailbox("p", "imap", "[Gmail].sbd/All Mail", MailOf("2"));
+  const auto kept = {"Account=imap,INBOX S", "Account=imap,[Gmail],All Mail S"};
+
+  EXPECT_EQ(Read("thunderbird://p/imap"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=imap,INBOX S"));
+
+  const ScopedRules today({.subfolders = Subfolders::OfAny});
+  EXPECT_EQ(Read("thunderbird://p/imap"), LocationState::Read);
+  EXPECT_THAT(Mails(), testing::ElementsAreArray(kept));
+  EXPECT_EQ(Nodes(),
+            "Account 'imap' [Account=imap]\n"
+            "  [Gmail] [[Gmail]]\n");
+  EXPECT_EQ(Noted("thunderbird://p/imap").size(), 2u);
+  EXPECT_EQ(Read("thunderbird://p/imap/*"), LocationState::Read);
+  EXPECT_THAT(
+      Places(),
+      ElementsAre(StartsWith("INBOX thunderbird://p/imap/INBOX/ []"),
+                  StartsWith("[Gmail] thunderbird://p/imap/[Gmail]/* [inkl. Unterverzeichnis;;-;1]")));
+  EXPECT_EQ(Read("thunderbird://p/imap/[Gmail]/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre(StartsWith("All Mail thunderbird://p/imap/[Gmail]/All Mail/ []")));
+  EXPECT_EQ(Read("thunderbird://p/imap/[Gmail]"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=imap,[Gmail],All Mail S"));
+  Connect("thunderbird://p/imap/[Gmail]");
+  connector->InitLocation("thunderbird://p/imap/[Gmail]");
+  EXPECT_EQ(connector->MailFiles().Count(), 1);
+}
+
+TEST_F(LocationThunderbirdWalkTest, MaildirIsToldToday) {
+  tree.AddProfile("p", {"files", "box"});
+  tree.AddFile("p", "files", "Inbox.msf");
+  tree.AddFile("p", "files", "Inbox/cur/1.eml", MailOf("1"));
+  tree.AddMailbox("p", "box", "Inbox", MailOf("2"));
+  tree.AddPref("p", "mail.server.server1.storeContractID", "@mozilla.org/msgstore/maildirstore;1");
+  tree.AddPref("p", "mail.server.server2.storeContractID", "@mozilla.org/msgstore/berkeleystore;1");
+  const std::string told =
+      Report(27, "Account 'files': Maildir, jede Mail in eigener Datei; wird nicht gelesen!");
+
+  Read("thunderbird://p");
+  EXPECT_THAT(Mails(), ElementsAre("Account=box,Inbox S"));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), IsEmpty());
+
+  const ScopedRules today({.mailStores = MailStores::Told});
+  Read("thunderbird://p");
+  EXPECT_THAT(Mails(), ElementsAre("Account=box,Inbox S"));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), ElementsAre(told));
+  host.Log.Clear();
+  Read("thunderbird://p/*");
+  EXPECT_THAT(Places(), ElementsAre(StartsWith("files (Maildir) thunderbird://p/files/* []"),
+                                    StartsWith("box thunderbird://p/box/* []")));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), IsEmpty());
+  Read("thunderbird://p/files/*");
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), ElementsAre(told));
 }
 
 TEST_F(LocationThunderbirdWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Support/TemporaryFolder.h"
@@ -46,6 +47,23 @@ class ThunderbirdTree {
                          const std::string& bytes = {}) const {
     folder_.Write(AccountIn(profile, account) + "/" + name + ".msf", "");
     return AddFile(profile, account, name, bytes);
+  }
+
+  // Adds a preference to those of a profile.
+  void AddPref(const std::string& profile, const std::string& name, const std::string& value) const {
+    const std::string file = "Thunderbird/Profiles/" + profile + "/prefs.js";
+    folder_.Write(file, folder_.Read(file) + "user_pref(\"" + name + "\", \"" + value + "\");\r\n");
+  }
+
+  // Writes the names under which Thunderbird shows mailboxes of an account: pairs of both names.
+  void WriteShownNames(const std::string& profile, const std::string& account,
+                       const std::vector<std::pair<std::string, std::string>>& names) const {
+    std::string json;
+    for (const auto& [mailbox, shown] : names) {
+      json += (json.empty() ? "{\"" : ",\"") + folder_.Native(AccountIn(profile, account)).string() + "/" +
+              mailbox + ".msf\":{\"folderName\":\"" + shown + "\"}";
+    }
+    folder_.Write("Thunderbird/Profiles/" + profile + "/folderCache.json", json + "}");
   }
 
   // Writes a file without a summary.
