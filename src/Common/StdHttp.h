@@ -43,10 +43,11 @@ std::string QuotedPrintableEncode(std::string_view s);
 
 // --- Characters and headers (StdHttpHeaders.cpp) -----------------------------------------------------------
 
-// UTF-8 bytes as code page, lenient; characters that the page doesn't hold become "?".
+// UTF-8 bytes as text is held. As code page lenient; characters that the page doesn't hold become "?".
 std::string Utf8Decode(std::string_view s);
 
-// Code page as UTF-8 bytes: only the euro sign is mapped, other characters are taken for their code.
+// Text as UTF-8 bytes. Of the code page only the euro sign is mapped, other characters are taken for their
+// code.
 std::string Utf8Encode(std::string_view s);
 
 // A header value with its encoded words (RFC 2047) decoded and its line ends removed.

@@ -7,6 +7,7 @@
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Platform/Charsets.h"
 #include "Platform/CodePage.h"
 
 namespace vorlent {
@@ -27,6 +28,11 @@ std::optional<std::string> DecodeWordData(std::string_view encoding, std::string
   return std::nullopt;
 }
 
+// RFC 2231: charset*language
+std::string_view WithoutLanguage(std::string_view charset) {
+  return charset.substr(0, charset.find('*'));
+}
+
 // Cuts the encoded word that follows "=?" and returns what it stands for. RFC 2047: charset?encoding?data?=
 std::string CutEncodedWord(std::string_view& rest) {
   const std::string_view charset = CutToken(rest, "?");
@@ -35,7 +41,7 @@ std::string CutEncodedWord(std::string_view& rest) {
   std::optional<std::string> text = DecodeWordData(encoding, data);
   if (!text)
     text = std::string("=?").append(charset).append("?").append(encoding).append("?").append(data) + "?=";
-  return EqualNoCase(charset, "UTF-8") ? Utf8Decode(*text) : *text;
+  return EqualNoCase(charset, "UTF-8") ? Utf8Decode(*text) : FromCharset(*text, WithoutLanguage(charset));
 }
 
 // Calls `handle(key, value)` for each header of a block: the key in lower case, the value unfolded.
@@ -53,6 +59,7 @@ void ForEachHeader(std::string_view block, Handler&& handle) {
 }  // namespace
 
 std::string Utf8Decode(std::string_view s) {
+  if (HoldsUtf8()) return Utf8ToCodePage(s);
   std::string out;
   out.reserve(s.size());
   for (std::size_t i = 0; i < s.size();) {
@@ -77,6 +84,7 @@ std::string Utf8Decode(std::string_view s) {
 }
 
 std::string Utf8Encode(std::string_view s) {
+  if (HoldsUtf8()) return CodePageToUtf8(s);
   constexpr char euro = '\x80';
   std::string out;
   out.reserve(s.size() + s.size() / 8);
@@ -97,16 +105,18 @@ std::string DecodeEncodedWords(std::string_view s) {
   const auto holds = [&s](std::string_view mark) { return s.find(mark) != std::string_view::npos; };
   std::string out;
   while (holds("?=") && holds("=?")) {
-    out += CutToken(s, "=?");
+    out += FromCharset(CutToken(s, "=?"), "");
     out += CutEncodedWord(s);
   }
-  out += s;
+  out += FromCharset(s, "");
   std::erase_if(out, [](char c) { return c == '\r' || c == '\n'; });
   return out;
 }
 
 std::string GetHeaderParam(std::string_view value, std::string_view name) {
   std::string result;
+  std::string extended;
+  std::string charset;
   CutToken(value, ";");
   while (!value.empty()) {
     std::string_view text = CutToken(value, ";");
@@ -114,14 +124,18 @@ std::string GetHeaderParam(std::string_view value, std::string_view name) {
     if (key == name) {
       std::string words = TrimBlank(text);
       result = DecodeEncodedWords(CutWord(words));
+      extended.clear();
     } else if (key.starts_with(std::string(name) + "*")) {
       // RFC 2231: charset'language'text, and continuations name*0, name*1 in the order in which they come.
       const std::size_t language = text.find("''");
-      if (language != std::string_view::npos) text.remove_prefix(language + 2);
-      result += TrimBlank(UrlDecode(text));
+      if (language != std::string_view::npos) {
+        charset = TrimBlank(text.substr(0, language));
+        text.remove_prefix(language + 2);
+      }
+      extended += TrimBlank(UrlDecode(text));
     }
   }
-  return result;
+  return result + FromCharset(extended, charset);
 }
 
 std::string GetPartFileName(std::string_view headerBlock) {

@@ -270,22 +270,31 @@ bool IsWordChar(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
 }
 
+namespace {
+
+// Whether a character is shown in names of files as it is: printable ASCII, of the code page the German
+// letters, and all that only Unicode has a place for.
+bool IsReadable(std::string_view character) {
+  if (character.size() > 1) return true;
+  const unsigned char code = codepage::Code(character.front());
+  return code < 128 ? code >= 32 : !HoldsUtf8() && "äöüÄÖÜß"_cp.find(character) != std::string_view::npos;
+}
+
+}  // namespace
+
 std::string EncodeFileName(std::string_view s, std::string_view extra) {
   constexpr std::string_view forbidden = "%\\/:*?\"<>|";
-  // German names are to stay readable.
-  constexpr std::string_view readable = "äöüÄÖÜß"_cp;
   ToInt16(s.size());
   std::string out;
   out.reserve(s.size());
-  for (const char c : s) {
-    const bool outsideAscii = codepage::Code(c) >= 128 && readable.find(c) == std::string_view::npos;
-    if (codepage::Code(c) < 32 || outsideAscii || forbidden.find(c) != std::string_view::npos ||
-        extra.find(c) != std::string_view::npos) {
-      out += '%';
-      out += HexPad(codepage::Code(c), 2);
-    } else {
-      out += c;
-    }
+  while (!s.empty()) {
+    const std::string_view character = s.substr(0, std::max<std::size_t>(CharacterLength(s), 1));
+    s.remove_prefix(character.size());
+    const bool stays = IsReadable(character) && forbidden.find(character) == std::string_view::npos &&
+                       extra.find(character) == std::string_view::npos;
+    if (stays) out += character;
+    for (const char c : stays ? std::string_view() : character)
+      out.append("%").append(HexPad(codepage::Code(c), 2));
   }
   return out;
 }

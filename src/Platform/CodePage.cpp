@@ -4,54 +4,21 @@
 #include <array>
 #include <cstring>
 
+#include "Platform/Characters.h"
 #include "Platform/Guid.h"
+#include "Platform/Utf8.h"
 
 namespace vorlent {
 
 namespace {
 
-struct Decoded {
-  char32_t codePoint = 0;
-  std::size_t length = 0;  // 0: no well-formed character stands here
-};
-
-// RFC 3629: no overlong forms, no surrogates, nothing above 10FFFF.
-Decoded DecodeUtf8(std::string_view text, std::size_t at) {
-  const auto lead = static_cast<unsigned char>(text[at]);
-  if (lead < 0x80) return {lead, 1};
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() - at < length) return {};
-  char32_t codePoint = lead & (0x7F >> length);
-  for (std::size_t k = 1; k < length; ++k) {
-    const auto next = static_cast<unsigned char>(text[at + k]);
-    if ((next & 0xC0) != 0x80) return {};
-    codePoint = codePoint << 6 | (next & 0x3F);
-  }
-  const bool overlong = (length == 3 && codePoint < 0x800) || (length == 4 && codePoint < 0x10000);
-  if (overlong || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint < 0xE000)) return {};
-  return {codePoint, length};
-}
-
-void AppendUtf8(std::string& out, char32_t codePoint) {
-  if (codePoint < 0x80) {
-    out += static_cast<char>(codePoint);
-  } else if (codePoint < 0x800) {
-    out += static_cast<char>(0xC0 | codePoint >> 6);
-    out += static_cast<char>(0x80 | (codePoint & 0x3F));
-  } else {
-    out += static_cast<char>(0xE0 | codePoint >> 12);
-    out += static_cast<char>(0x80 | (codePoint >> 6 & 0x3F));
-    out += static_cast<char>(0x80 | (codePoint & 0x3F));
-  }
-}
-
 // Converts, and tells by `exact` whether every character was held by the page.
-std::string ToCodePage(std::string_view text, bool& exact) {
+std::string ToPage(std::string_view text, bool& exact) {
   std::string out;
   out.reserve(text.size());
   exact = true;
   for (std::size_t i = 0; i < text.size();) {
-    const Decoded decoded = DecodeUtf8(text, i);
+    const utf8::Decoded decoded = utf8::Decode(text, i);
     const auto byte = decoded.length == 0 ? std::nullopt : codepage::FromCodePoint(decoded.codePoint);
     if (!byte) exact = false;
     out += byte ? static_cast<char>(*byte) : '?';
@@ -80,6 +47,97 @@ std::uint64_t MultiplyAndFold(std::uint64_t a, std::uint64_t b) {
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
+// Upper-case forms of the page's characters.
+constexpr std::array<char, 256> kPageUpperCase = [] {
+  std::array<char, 256> upper{};
+  for (std::size_t c = 0; c < upper.size(); ++c)
+    upper[c] = static_cast<char>(c);
+  for (std::size_t c = 0; c < upper.size(); ++c) {
+    const unsigned char lower = codepage::ToLower(static_cast<unsigned char>(c));
+    if (lower != c) upper[lower] = static_cast<char>(c);
+  }
+  return upper;
+}();
+
+// The characters of two bytes, in which most languages with two cases are written, are looked up; the system
+// is asked for the others.
+constexpr char32_t kFirstOfThreeBytes = 0x800;
+using CaseTable = std::array<char16_t, kFirstOfThreeBytes>;
+
+template <class CaseOf>
+CaseTable MakeCaseTable(CaseOf caseOf) {
+  CaseTable table{};
+  for (char32_t c = 0; c < table.size(); ++c)
+    table[c] = static_cast<char16_t>(caseOf(c));
+  return table;
+}
+
+char32_t OfSameLength(char32_t other, char32_t codePoint) {
+  return utf8::LengthOf(other) == utf8::LengthOf(codePoint) ? other : codePoint;
+}
+
+// The small sigma at a word's end is the same letter.
+char32_t LowerByTheSystem(char32_t codePoint) {
+  constexpr char32_t kFinalSigma = 0x3C2;
+  constexpr char32_t kSigma = 0x3C3;
+  return codePoint == kFinalSigma ? kSigma : OfSameLength(os::LowerCaseOf(codePoint), codePoint);
+}
+
+// Back from the lower case, so that two texts of one lower case have one upper case.
+char32_t UpperByTheSystem(char32_t codePoint) {
+  const char32_t lower = LowerByTheSystem(codePoint);
+  const char32_t upper = os::UpperCaseOf(lower);
+  return LowerByTheSystem(upper) == lower ? upper : lower;
+}
+
+char32_t LowerOf(char32_t codePoint) {
+  static const CaseTable table = MakeCaseTable(LowerByTheSystem);
+  return codePoint < table.size() ? table[codePoint] : LowerByTheSystem(codePoint);
+}
+
+char32_t UpperOf(char32_t codePoint) {
+  static const CaseTable table = MakeCaseTable(UpperByTheSystem);
+  return codePoint < table.size() ? table[codePoint] : UpperByTheSystem(codePoint);
+}
+
+// Bytes that are no UTF-8 stay.
+template <class CaseOf>
+std::string InCase(std::string_view text, CaseOf caseOf) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size();) {
+    const utf8::Decoded decoded = utf8::Decode(text, i);
+    if (decoded.length == 0) {
+      out += text[i++];
+      continue;
+    }
+    utf8::Append(out, caseOf(decoded.codePoint));
+    i += decoded.length;
+  }
+  return out;
+}
+
+// Whether each byte has its own case: text in the code page, and what UTF-8 writes alike.
+bool IsOfSingleBytes(std::string_view text) {
+  return !HoldsUtf8() || IsAscii(text);
+}
+
+// UTF-8 with the bytes that are none taken for Windows-1252.
+std::string WellFormed(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t length = utf8::Decode(text, i).length;
+    if (length == 0) {
+      utf8::Append(out, codepage::ToCodePoint(static_cast<unsigned char>(text[i++])));
+    } else {
+      out += text.substr(i, length);
+      i += length;
+    }
+  }
+  return out;
+}
+
 // Eight characters at a time.
 std::uint64_t LowerCaseOf(std::uint64_t word) {
   constexpr std::uint64_t kEach = 0x0101010101010101;
@@ -98,29 +156,67 @@ std::uint64_t LowerCaseOf(std::uint64_t word) {
   return word | (fromA & ~behindZ & kHighBits) >> 2;
 }
 
+// What text is held in.
+std::string HeldFromUtf8(std::string_view text, bool& exact) {
+  if (!HoldsUtf8()) return ToPage(text, exact);
+  std::string held = WellFormed(text);
+  exact = held.size() == text.size();
+  return held;
+}
+
+template <class Prepare>
+std::size_t HashOf(std::string_view text, Prepare prepared) {
+  static const HashSeed seed;
+  std::uint64_t hash = seed.start ^ text.size();
+  while (!text.empty()) {
+    std::uint64_t word = 0;
+    const std::size_t size = std::min(text.size(), sizeof word);
+    std::memcpy(&word, text.data(), size);
+    hash = MultiplyAndFold(hash ^ prepared(word), seed.factor);
+    text.remove_prefix(size);
+  }
+  return hash;
+}
+
 }  // namespace
 
-std::string CodePageToUtf8(std::string_view text) {
+std::string codepage::ToUtf8(std::string_view page) {
   std::string out;
-  out.reserve(text.size());
+  out.reserve(page.size());
   const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-  for (auto next = text.begin(); next != text.end();) {
-    const auto stop = std::find_if_not(next, text.end(), isAscii);
+  for (auto next = page.begin(); next != page.end();) {
+    const auto stop = std::find_if_not(next, page.end(), isAscii);
     out.append(next, stop);
     next = stop;
-    if (next != text.end()) AppendUtf8(out, codepage::ToCodePoint(static_cast<unsigned char>(*next++)));
+    if (next != page.end()) utf8::Append(out, codepage::ToCodePoint(static_cast<unsigned char>(*next++)));
   }
   return out;
 }
 
+std::string codepage::FromUtf8(std::string_view utf8) {
+  bool exact = false;
+  return ToPage(utf8, exact);
+}
+
+std::optional<std::string> codepage::ExactFromUtf8(std::string_view utf8) {
+  bool exact = false;
+  std::string out = ToPage(utf8, exact);
+  if (!exact) return std::nullopt;
+  return out;
+}
+
+std::string CodePageToUtf8(std::string_view text) {
+  return HoldsUtf8() ? WellFormed(text) : codepage::ToUtf8(text);
+}
+
 std::string Utf8ToCodePage(std::string_view text) {
   bool exact = false;
-  return ToCodePage(text, exact);
+  return HeldFromUtf8(text, exact);
 }
 
 std::optional<std::string> ExactUtf8ToCodePage(std::string_view text) {
   bool exact = false;
-  std::string out = ToCodePage(text, exact);
+  std::string out = HeldFromUtf8(text, exact);
   if (!exact) return std::nullopt;
   return out;
 }
@@ -136,7 +232,7 @@ bool IsAscii(std::string_view text) {
 bool IsMultiByteUtf8(std::string_view text) {
   bool multiByte = false;
   for (std::size_t i = 0; i < text.size();) {
-    const std::size_t length = DecodeUtf8(text, i).length;
+    const std::size_t length = utf8::Decode(text, i).length;
     if (length == 0) return false;
     if (length > 1) multiByte = true;
     i += length;
@@ -148,31 +244,51 @@ std::string DisplayUtf8(std::string_view text) {
   return IsAscii(text) || IsMultiByteUtf8(text) ? std::string(text) : CodePageToUtf8(text);
 }
 
+std::string ToPageText(std::string_view text) {
+  if (!HoldsUtf8() || IsAscii(text)) return std::string(text);
+  std::optional<std::string> page = codepage::ExactFromUtf8(text);
+  // "Ã¼" in the code page has the bytes of "ü" in UTF-8, and would be taken for that on the way back.
+  return page && !IsMultiByteUtf8(*page) ? *std::move(page) : std::string(text);
+}
+
+std::string FromPageText(std::string_view pageText) {
+  const bool isHeld = !HoldsUtf8() || IsAscii(pageText) || IsMultiByteUtf8(pageText);
+  return isHeld ? std::string(pageText) : codepage::ToUtf8(pageText);
+}
+
+std::size_t CharacterLength(std::string_view text) {
+  return HoldsUtf8() ? utf8::Decode(text, 0).length : 1;
+}
+
 std::string LowerCase(std::string_view text) {
+  if (!IsOfSingleBytes(text)) return InCase(text, LowerOf);
   std::string out(text);
   for (char& c : out)
     c = static_cast<char>(codepage::ToLower(static_cast<unsigned char>(c)));
   return out;
 }
 
+std::string UpperCase(std::string_view text) {
+  if (!IsOfSingleBytes(text)) return InCase(text, UpperOf);
+  std::string out(text);
+  for (char& c : out)
+    c = kPageUpperCase[static_cast<unsigned char>(c)];
+  return out;
+}
+
 bool EqualNoCase(std::string_view a, std::string_view b) {
-  return a == b || std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-           return codepage::ToLower(static_cast<unsigned char>(x)) ==
-                  codepage::ToLower(static_cast<unsigned char>(y));
-         });
+  if (a.size() != b.size()) return false;
+  if (a == b) return true;
+  if (HoldsUtf8() && !(IsAscii(a) && IsAscii(b))) return LowerCase(a) == LowerCase(b);
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return codepage::ToLower(static_cast<unsigned char>(x)) ==
+           codepage::ToLower(static_cast<unsigned char>(y));
+  });
 }
 
 std::size_t HashNoCase(std::string_view text) {
-  static const HashSeed seed;
-  std::uint64_t hash = seed.start ^ text.size();
-  while (!text.empty()) {
-    std::uint64_t word = 0;
-    const std::size_t size = std::min(text.size(), sizeof word);
-    std::memcpy(&word, text.data(), size);
-    hash = MultiplyAndFold(hash ^ LowerCaseOf(word), seed.factor);
-    text.remove_prefix(size);
-  }
-  return hash;
+  if (IsOfSingleBytes(text)) return HashOf(text, LowerCaseOf);
+  return HashOf(LowerCase(text), [](std::uint64_t word) { return word; });
 }
 
 }  // namespace vorlent

@@ -1,7 +1,9 @@
-// The system code page, Windows-1252: one byte per character.
+// The encoding that text inside the system is held in: the system code page, Windows-1252, or UTF-8, as the
+// rules in force say. What asks for characters goes through these functions, which know both; all else treats
+// text as bytes.
 //
-// Text inside the system is held in it. The five bytes that the page leaves open (81, 8D, 8F, 90, 9D) stand
-// for the control characters of the same number, as the operating system maps them.
+// The five bytes that the page leaves open (81, 8D, 8F, 90, 9D) stand for the control characters of the same
+// number, as the operating system maps them.
 #pragma once
 
 #include <algorithm>
@@ -12,6 +14,7 @@
 #include <string_view>
 
 #include "Platform/Public.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -48,12 +51,25 @@ constexpr unsigned char ToLower(unsigned char c) {
   return c == 0x9F ? 0xFF : c;
 }
 
+// Bytes of the page as UTF-8, whichever the rules; and back, where characters that the page doesn't hold, and
+// bytes that are no UTF-8, become '?', or make it nothing.
+std::string ToUtf8(std::string_view page);
+std::string FromUtf8(std::string_view utf8);
+std::optional<std::string> ExactFromUtf8(std::string_view utf8);
+
 }  // namespace codepage
 
-// A string literal whose UTF-8 source text is turned into code-page bytes at compile time.
+// Whether text is held in UTF-8.
+inline bool HoldsUtf8() {
+  return CurrentRules().text == TextEncoding::Utf8;
+}
+
+// A string literal in both encodings: its UTF-8 source text, and the code-page bytes that it is turned into
+// at compile time.
 template <std::size_t Size>
 struct CodePageLiteral {
-  consteval CodePageLiteral(const char (&utf8)[Size]) {
+  consteval CodePageLiteral(const char (&source)[Size]) {
+    std::copy(source, source + Size, utf8.begin());
     for (std::size_t i = 0; i + 1 < Size;) {
       const auto lead = static_cast<unsigned char>(utf8[i]);
       const std::size_t count = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : 3;
@@ -67,22 +83,39 @@ struct CodePageLiteral {
     }
   }
 
+  std::array<char, Size> utf8{};
   std::array<char, Size> bytes{};
   std::size_t length = 0;
 };
 
+// A literal in a table that is made before rules are chosen: it is as text is held when it is read.
+struct TextLiteral {
+  std::string_view page, utf8;
+
+  operator std::string_view() const { return HoldsUtf8() ? utf8 : page; }
+};
+
 template <CodePageLiteral Literal>
-constexpr std::string_view operator""_cp() {
-  return std::string_view(Literal.bytes.data(), Literal.length);
+constexpr TextLiteral operator""_table() {
+  return {.page = {Literal.bytes.data(), Literal.length},
+          .utf8 = {Literal.utf8.data(), Literal.utf8.size() - 1}};
 }
 
-// The text as UTF-8.
+// The literal as text is held.
+template <CodePageLiteral Literal>
+std::string_view operator""_cp() {
+  return operator""_table<Literal>();
+}
+
+// The text as UTF-8, always well-formed. Where text is held in UTF-8, bytes that are none are taken for
+// Windows-1252, one by one.
 VORLENT_PUBLIC std::string CodePageToUtf8(std::string_view text);
 
-// The text as code page; characters that the page doesn't hold, and bytes that are no UTF-8, become '?'.
+// UTF-8 as text is held. Where that is the code page, characters that it doesn't hold, and bytes that are no
+// UTF-8, become '?'; else such bytes are taken for Windows-1252.
 VORLENT_PUBLIC std::string Utf8ToCodePage(std::string_view text);
 
-// As above, but nothing if a character is lost.
+// As above, but nothing if a character is lost, or a byte isn't UTF-8.
 VORLENT_PUBLIC std::optional<std::string> ExactUtf8ToCodePage(std::string_view text);
 
 // Whether all bytes are ASCII, which the page and UTF-8 write alike.
@@ -91,11 +124,21 @@ VORLENT_PUBLIC bool IsAscii(std::string_view text);
 // Whether the bytes are well-formed UTF-8 that holds at least one multi-byte character.
 VORLENT_PUBLIC bool IsMultiByteUtf8(std::string_view text);
 
-// What a person should read: text that is multi-byte UTF-8 already stays, all else is taken as code page.
+// What a person should read: text that is multi-byte UTF-8 already stays, all else is taken as the text that
+// is held inside.
 VORLENT_PUBLIC std::string DisplayUtf8(std::string_view text);
 
-// A copy in lower case.
+// Text in the one form that is the same by all rules, and back: code page, or UTF-8 where the page doesn't
+// hold a character. An archive and what is compared with it keep to it.
+std::string ToPageText(std::string_view text);
+std::string FromPageText(std::string_view pageText);
+
+// How many bytes the first character of a text takes that isn't empty; 0 if what stands there is none.
+std::size_t CharacterLength(std::string_view text);
+
+// A copy in lower or upper case, of as many bytes: letters whose two cases differ in that stay.
 VORLENT_PUBLIC std::string LowerCase(std::string_view text);
+std::string UpperCase(std::string_view text);
 
 // Whether the two are equal without regard to letter case.
 VORLENT_PUBLIC bool EqualNoCase(std::string_view a, std::string_view b);

@@ -12,6 +12,12 @@ enum class LineRule {
   Native,   // LF, CR LF or CR. Counts take a line end for what it is.
 };
 
+// What text inside the system is held in.
+enum class TextEncoding {
+  Windows1252,  // One byte per character. What the page doesn't hold becomes "?" or passes as its bytes.
+  Utf8,         // All of Unicode. Charsets are converted, and bytes that fit none are taken for Windows-1252.
+};
+
 // What the part of an attachment says in its header.
 enum class AttachmentHeaders {
   Plain,   // An archive is told no content type, and every attachment goes back as "application/octet-stream"

@@ -97,14 +97,16 @@ void ArchiveIndex::Step(std::int64_t number) {
 
 void ArchiveIndex::Insert(const StoredItem& item) {
   WriteHead(insertHead_, item.number, item.record);
+  const auto pathOf = [&](std::string_view key) {
+    const auto file = std::ranges::find(item.files, key, &StoredFile::key);
+    return file == item.files.end() ? std::string() : files_.PathOf(item.number, file->name);
+  };
+  const std::string mail = pathOf(kMailFileKey);
+  const std::string html = pathOf(kHtmlFileKey);
   std::string body;
   // The HTML text comes undone of its encoding, so it goes first.
-  for (const StoredFile& file : item.files) {
-    if (file.key == kHtmlFileKey) body += TextOfHtmlFile(files_.PathOf(item.number, file.name));
-  }
-  for (const StoredFile& file : item.files) {
-    if (file.key == kMailFileKey) body += TextOfMailFile(files_.PathOf(item.number, file.name));
-  }
+  if (!html.empty()) body += TextOfHtmlFile(html, mail);
+  if (!mail.empty()) body += TextOfMailFile(mail);
   body.resize(std::min(body.size(), kIndexedBytes));
   if (!body.empty()) insertBody_.Bind(1, item.number).Bind(2, body).Run();
 }

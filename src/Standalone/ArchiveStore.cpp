@@ -42,12 +42,13 @@ SqliteDatabase OpenedToLook(std::string_view path) {
   return database;
 }
 
-// Both are exact inverses, whatever bytes the text holds.
+// An archive is the same by all rules, so that one of either can be read by the other: text stands in it as
+// page text, each byte of that as the character of the page.
 std::string ToStored(std::string_view text) {
-  return IsAscii(text) ? std::string(text) : CodePageToUtf8(text);
+  return IsAscii(text) ? std::string(text) : codepage::ToUtf8(ToPageText(text));
 }
 std::string FromStored(std::string_view text) {
-  return IsAscii(text) ? std::string(text) : Utf8ToCodePage(text);
+  return IsAscii(text) ? std::string(text) : FromPageText(codepage::FromUtf8(text));
 }
 
 // A name that damage has put a separator into leads to no other folder.
@@ -76,9 +77,17 @@ std::string SharedColumn(const ItemRecord& record, const std::vector<StoredFile>
     if (HasColumn(key)) continue;
     std::string value = record.FieldValue(i);
     if (describesFile(key)) CutLine(value);
-    AppendFieldLine(lines, key, value);
+    AppendFieldLine(lines, ToPageText(key), ToPageText(value));
   }
   return lines;
+}
+
+// Each field is page text for itself, since one may be code page where another isn't.
+void AddSharedColumn(ItemRecord& record, std::string_view stored) {
+  ItemRecord fields;
+  AddFieldLines(fields, codepage::FromUtf8(stored));
+  for (std::size_t i = 0; i < fields.FieldCount(); ++i)
+    record.Add(FromPageText(fields.FieldKey(i)), FromPageText(fields.FieldValue(i)));
 }
 
 // The values of the columns, held while a statement needs them.
@@ -87,7 +96,7 @@ class ColumnValues {
   ColumnValues(const ItemRecord& record, const std::vector<StoredFile>& files) {
     for (std::size_t i = 0; i < sql::kColumnKeys.size(); ++i)
       values_[i] = ToStored(record.Value(sql::kColumnKeys[i]));
-    values_.back() = ToStored(SharedColumn(record, files));
+    values_.back() = codepage::ToUtf8(SharedColumn(record, files));
   }
 
   // Gives the parameter after the last.
@@ -182,7 +191,7 @@ bool ArchiveStore::ReadFields(std::int64_t number, ItemRecord& record) {
     const std::string value = FromStored(row.Text(column++));
     if (!value.empty()) record.Add(key, value);
   }
-  AddFieldLines(record, FromStored(row.Text(column)));
+  AddSharedColumn(record, row.Text(column));
   return true;
 }
 

@@ -6,6 +6,7 @@
 #include "Common/TextHash.h"
 #include "Host/FileKeys.h"
 #include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
 
 namespace vorlent {
 
@@ -18,7 +19,8 @@ std::int64_t FingerprintOf(const ItemRecord& record) {
     const bool isData = key.starts_with(record_key::kDataPrefix);
     if (isData && DescribesFile(key.substr(record_key::kDataPrefix.size()))) CutLine(value);
     fingerprint.Add(key);
-    fingerprint.Add(value);
+    // A mail is known again whichever rules it is read by.
+    fingerprint.Add(ToPageText(value));
   }
   return static_cast<std::int64_t>(fingerprint.Value());
 }

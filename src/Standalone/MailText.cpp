@@ -5,6 +5,7 @@
 #include <cctype>
 
 #include "Common/StdModul.h"
+#include "Platform/Charsets.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
@@ -94,6 +95,16 @@ std::size_t FindNoCase(std::string_view text, std::string_view word, std::size_t
   return found == text.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
 }
 
+// The first charset that a header or a page tells, "" if there is none.
+std::string CharsetIn(std::string_view text) {
+  constexpr std::string_view kMark = "charset=";
+  const std::size_t mark = FindNoCase(text, kMark, 0);
+  if (mark == std::string_view::npos) return {};
+  text.remove_prefix(mark + kMark.size());
+  text.remove_prefix(std::min(text.find_first_not_of("\"' "), text.size()));
+  return std::string(text.substr(0, text.find_first_of("\"' ;>/\t\r\n")));
+}
+
 struct Entity {
   std::string_view name;
   std::string_view text;
@@ -125,10 +136,10 @@ std::string TextOfMail(std::string_view mail) {
   // In the header, or in that of a part.
   mail.remove_suffix(rest.size());
   const bool isQuotedPrintable = LowerCase(mail).find("quoted-printable") != std::string::npos;
-  return DisplayUtf8(isQuotedPrintable ? UndoQuotedPrintable(body) : body);
+  return DisplayUtf8(FromCharset(isQuotedPrintable ? UndoQuotedPrintable(body) : body, CharsetIn(mail)));
 }
 
-std::string TextOfHtml(std::string_view html) {
+std::string TextOfHtml(std::string_view html, std::string_view charsetOfMail) {
   std::string text;
   for (std::size_t at = 0; at < html.size() && text.size() < kTextBytes;) {
     const std::size_t tag = std::min(html.find('<', at), html.size());
@@ -142,7 +153,8 @@ std::string TextOfHtml(std::string_view html) {
     }
     at = end == std::string_view::npos ? html.size() : end + 1;
   }
-  text = DisplayUtf8(text);
+  const std::string charset = CharsetIn(html);
+  text = DisplayUtf8(FromCharset(text, charset.empty() ? charsetOfMail : charset));
   ResolveEntities(text);
   return text;
 }
@@ -151,8 +163,8 @@ std::string TextOfMailFile(std::string_view path) {
   return TextOfMail(ReadBeginning(path));
 }
 
-std::string TextOfHtmlFile(std::string_view path) {
-  return TextOfHtml(ReadBeginning(path));
+std::string TextOfHtmlFile(std::string_view path, std::string_view mailPath) {
+  return TextOfHtml(ReadBeginning(path), mailPath.empty() ? "" : CharsetIn(ReadBeginning(mailPath)));
 }
 
 }  // namespace vorlent

@@ -719,12 +719,14 @@ class CommandLine(ProgramCase):
 
     def test_a_shortcut_links_to_the_archived_mail(self):
         self.import_inbox()
-        before = (self.samples / INBOX).with_name("Sent").read_bytes()
-        self.assertEqual(self.run_program("shortcut", LOCAL + "/Sent/-", "1", "--archive", "archive")[0], 0)
-        after = (self.samples / INBOX).with_name("Sent").read_bytes()
-        self.assertTrue(after.startswith(before))
-        self.assertIn(b'Content-Type: text/html\r\n\r\n<A HREF="sendarium:', after)
-        self.assertTrue(after.endswith("\">Mail aus Archiv öffnen</A>\r\n\r\n".encode("cp1252")))
+        for rules, charset, encoding in (("today", b"; charset=UTF-8", "utf-8"), ("windows", b"", "cp1252")):
+            before = self.sent().read_bytes()
+            self.assertEqual(self.restore("1", "--rules", rules, verb="shortcut")[0], 0)
+            after = self.sent().read_bytes()
+            self.assertTrue(after.startswith(before))
+            added = after[len(before):]
+            self.assertIn(b"Content-Type: text/html" + charset + b'\r\n\r\n<A HREF="sendarium:', added)
+            self.assertTrue(added.endswith("\">Mail aus Archiv öffnen</A>\r\n\r\n".encode(encoding)))
 
     def test_restore_of_an_unknown_mail_writes_nothing(self):
         self.import_inbox()

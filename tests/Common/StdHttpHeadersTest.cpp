@@ -5,6 +5,7 @@
 #include "Common/StdHttp.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -250,6 +251,43 @@ TEST(GetPartBoundary, IsTheBoundaryAsWritten) {
   EXPECT_EQ(GetPartBoundary("Content-Type: multipart/mixed;\r\n\tboundary=AbC\r\n"), "AbC");
   EXPECT_EQ(GetPartBoundary("Content-Type: text/plain\r\n"), "");
   EXPECT_EQ(GetPartBoundary("Content-Disposition: x; boundary=b\r\n"), "");
+}
+
+// --- Where text is held in UTF-8 ---
+
+class UnicodeHeaders : public testing::Test {
+ private:
+  ScopedRules rules_{Rules::Today()};
+};
+
+TEST_F(UnicodeHeaders, EncodedWordsOfEveryCharsetAreRead) {
+  EXPECT_EQ(DecodeEncodedWords("=?utf-8?B?8J+YgCDQlg==?="), "😀 Ж");
+  EXPECT_EQ(DecodeEncodedWords("=?koi8-r?Q?=F0=D2=C9=D7=C5=D4?= a"), "Привет a");
+  EXPECT_EQ(DecodeEncodedWords("=?ISO-2022-JP?B?GyRCJDMkcxsoQg==?="), "こん");
+  EXPECT_EQ(DecodeEncodedWords("=?GB2312*zh?B?xOO6ww==?="), "你好") << "a language behind the charset";
+  EXPECT_EQ(DecodeEncodedWords("=?windows-1256?Q?=E3=D1=CD=C8=C7?="), "مرحبا");
+  EXPECT_EQ(DecodeEncodedWords("=?iso-8859-1?Q?Gr=FC=DFe_5_=80?="), "Grüße 5 €");
+}
+
+TEST_F(UnicodeHeaders, BytesWithoutACharsetAreUtf8OrWindows1252) {
+  EXPECT_EQ(DecodeEncodedWords("Grüße 😀"), "Grüße 😀");
+  EXPECT_EQ(DecodeEncodedWords("Gr\xFC\xDF\x65 =?utf-8?Q?=D0=96?= \x80"), "Grüße Ж €");
+}
+
+TEST_F(UnicodeHeaders, WhatFitsNoCharsetIsShown) {
+  EXPECT_EQ(DecodeEncodedWords("=?x-none?Q?Gr=FC=DFe?="), "Grüße");
+  EXPECT_EQ(DecodeEncodedWords("=?utf-8?Q?a=E2=82?="), "aâ‚") << "a sequence without its end";
+  EXPECT_EQ(DecodeEncodedWords("=?utf-8?Q?=C0=AF?="), "À¯") << "an overlong form";
+  EXPECT_EQ(DecodeEncodedWords("=?utf-8?Q?=ED=A0=80?="), "í\u00A0€") << "a surrogate";
+}
+
+TEST_F(UnicodeHeaders, ParametersHaveTheirOwnCharset) {
+  EXPECT_EQ(GetHeaderParam("a; filename*=UTF-8''%F0%9F%98%80.txt", "filename"), "😀.txt");
+  EXPECT_EQ(GetHeaderParam("a; filename*=koi8-r''%F0%D2%C9.txt", "filename"), "При.txt");
+  EXPECT_EQ(GetHeaderParam("a; filename*0*=UTF-8''%D0; filename*1*=%96.txt", "filename"), "Ж.txt")
+      << "a character may begin in one section and end in the next";
+  EXPECT_EQ(GetHeaderParam("a; name=\"=?koi8-r?B?8NLJ?=.txt\"", "name"), "При.txt");
+  EXPECT_EQ(GetPartFileName("Content-Type: a; name=\"=?utf-8?B?8J+YgA==?=:1\""), "😀%3A1");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Support/RecordingPlatform.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -363,6 +364,14 @@ TEST(EncodeFileName, EncodesForbiddenCharacters) {
   EXPECT_EQ(EncodeFileName("2a2", "2"), "%32a%32") << "inserted text is not looked at again";
   EXPECT_EQ(EncodeFileName(std::string(1, '\0')), "%00");
   EXPECT_EQ(EncodeFileName(""), "");
+}
+
+TEST(EncodeFileName, KeepsEveryCharacterOfUnicode) {
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(EncodeFileName("Größe é € Ж 你好 😀 e\u0301"), "Größe é € Ж 你好 😀 e\u0301");
+  EXPECT_EQ(EncodeFileName("Ж/你:😀%\t"), "Ж%2F你%3A😀%25%09");
+  EXPECT_EQ(EncodeFileName("a\xE4\xE2\x82z"), "a%E4%E2%82z") << "bytes that are no UTF-8";
+  EXPECT_EQ(EncodeFileName("äЖ", "Ж"), "ä%D0%96");
 }
 
 TEST(EncodeFileName, OverflowsOnALongName) {

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
@@ -18,6 +20,7 @@
 #include "Support/ErrorNumbers.h"
 #include "Support/PrintDateTime.h"
 #include "Support/ScopedEnvironment.h"
+#include "Support/ScopedRules.h"
 #include "Support/ScopedSizeLimit.h"
 #include "Support/TemporaryFolder.h"
 
@@ -475,6 +478,19 @@ TEST_F(FilesTest, NamesCrossAsCodePageOrAsUtf8) {
   folder_.Write("Entwürfe", "");
   folder_.Write("Черновики", "");
   EXPECT_THAT(os::ListNames(folder_.Path(), "*", 0), ElementsAre(std::string("Entwürfe"_cp), "Черновики"));
+}
+
+TEST_F(FilesTest, NamesOfEveryScriptStayAsTheyAreOnTheDisk) {
+  const ScopedRules today(Rules::Today());
+  const std::vector<std::string> names = {"Entwürfe", "Черновики",  "Πρόχειρα",        "مسودات",
+                                          "草稿 😀",   "é composed", "e\u0301 composed"};
+  for (const std::string& name : names)
+    folder_.Write(name, name);
+  EXPECT_THAT(os::ListNames(folder_.Path(), "*", 0), testing::UnorderedElementsAreArray(names));
+  for (const std::string& name : names)
+    EXPECT_EQ(os::FileLength(folder_.Path(name)), name.size()) << name;
+  EXPECT_EQ(os::FileLength(folder_.Path("ЧЕРНОВИКИ")), std::string("Черновики").size());
+  EXPECT_EQ(os::FileLength(folder_.Path("E\u0301 COMPOSED")), std::string("e\u0301 composed").size());
 }
 
 // --- Making and removing ---------------------------------------------------------------------------------

@@ -6,10 +6,12 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -76,6 +78,14 @@ TEST(NameMatchesTest, StarsAndQuestionMarks) {
   EXPECT_TRUE(os::NameMatches("Entwürfe"_cp, "ENTWÜRFE*"_cp));
 }
 
+TEST(NameMatchesTest, OfUnicodeWholeCharactersMatchInEitherCase) {
+  const ScopedRules today(Rules::Today());
+  EXPECT_TRUE(os::NameMatches("Черновики", "чер?ОВИКИ"));
+  EXPECT_TRUE(os::NameMatches("😀.txt", "?.TXT"));
+  EXPECT_FALSE(os::NameMatches("😀.txt", "??.txt"));
+  EXPECT_TRUE(os::NameMatches("Entw\xFCrfe", "ENTWÜRFE*")) << "a name that isn't UTF-8";
+}
+
 TEST(NameMatchesTest, ManyStarsTakeNoTime) {
   const std::string name(2000, 'a');
   std::string pattern;
@@ -93,6 +103,31 @@ TEST(NameKeyTest, OrderIsThatOfUpperCaseCharacters) {
             [](const auto& a, const auto& b) { return os::NameKey(a) < os::NameKey(b); });
   EXPECT_THAT(names, ElementsAre("1", "A", "a1", "b", "B2", "z", "_x", std::string("ä"_cp), "Ж",
                                  std::string("€"_cp)));
+}
+
+TEST(NameKeyTest, OrderIsTheSameByAllRules) {
+  // In the code page, and in UTF-8.
+  std::vector<std::pair<std::string, std::string>> names;
+  for (int code = 1; code < 256; ++code) {
+    const std::string page = "n" + std::string(1, static_cast<char>(code));
+    names.emplace_back(page, codepage::ToUtf8(page));
+  }
+  const auto byKey = [](auto member) {
+    return [=](const auto& a, const auto& b) { return os::NameKey(a.*member) < os::NameKey(b.*member); };
+  };
+  std::stable_sort(names.begin(), names.end(), byKey(&std::pair<std::string, std::string>::first));
+  const auto sorted = names;
+  const ScopedRules today(Rules::Today());
+  std::stable_sort(names.begin(), names.end(), byKey(&std::pair<std::string, std::string>::second));
+  EXPECT_EQ(names, sorted);
+}
+
+TEST(NameKeyTest, NamesOfUnicodeThatDifferInCaseHaveOneKey) {
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(os::NameKey("Черновики ŠÿΏ"), os::NameKey("ЧЕРНОВИКИ šŸώ"));
+  EXPECT_NE(os::NameKey("К"), os::NameKey("Њ"));
+  EXPECT_NE(os::NameKey("é"), os::NameKey("e\u0301")) << "two names on the disk";
+  EXPECT_EQ(os::NameKey("R\xFC\x63k"), os::NameKey("RÜCK")) << "a name that isn't UTF-8";
 }
 
 TEST(NameKeyTest, NamesThatDifferInCaseHaveOneKey) {

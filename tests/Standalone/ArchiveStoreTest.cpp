@@ -9,14 +9,17 @@
 #include <vector>
 
 #include "Platform/Failure.h"
+#include "Standalone/Fingerprint.h"
 #include "Standalone/MemoryFolder.h"
 #include "Support/DiskOperations.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAreArray;
 
 ItemRecord RecordOf(std::string_view text) {
   ItemRecord record;
@@ -156,6 +159,50 @@ TEST_F(ArchiveStoreTest, SettingsAndStatesComeBackAndAreEmptyBefore) {
   ArchiveStore store(path_);
   EXPECT_EQ(store.Setting("K\xE4se"), "Br\xF6t\n\\");
   EXPECT_EQ(store.State("open"), 1'000'000'000'000);
+}
+
+// The values of an item's fields after it was written by one set of rules and read by another.
+std::vector<std::string> TakenAcross(const std::string& path, const Rules& writing, const Rules& reading,
+                                     std::string_view record) {
+  std::int64_t number = 0;
+  {
+    const ScopedRules rules(writing);
+    number = ArchiveStore(path).Insert(RecordOf(record), 7, {{"File", "mail.eml", false}});
+  }
+  const ScopedRules rules(reading);
+  StoredItem item;
+  ArchiveStore(path).Read(number, item);
+  std::vector<std::string> values;
+  for (std::size_t i = 0; i < item.record.FieldCount(); ++i)
+    values.push_back(std::string(item.record.FieldKey(i)) + "=" + item.record.FieldValue(i));
+  return values;
+}
+
+TEST_F(ArchiveStoreTest, TextOfEveryScriptComesBackAsItWas) {
+  const std::vector<std::string> fields = {"ID=Ж-1",
+                                           "Text=😀 你好 مرحبا",
+                                           "Keywords=Größe,e\u0301,é",
+                                           "DataFrom=Ελένη 5 €",
+                                           "DataTo=Ã¼ as it is",
+                                           "DataЯ=Grüße"};
+  std::string record;
+  for (const std::string& field : fields)
+    record += (record.empty() ? "" : "|") + field;
+  EXPECT_THAT(TakenAcross(path_, Rules::Today(), Rules::Today(), record), UnorderedElementsAreArray(fields));
+}
+
+TEST_F(ArchiveStoreTest, ArchivesOfOneSetOfRulesAreReadByTheOther) {
+  EXPECT_THAT(TakenAcross(path_, Rules::Windows(), Rules::Today(),
+                          "ID=1|Text=Gr\xFC\xDF\x65 5 \x80|Keywords=\xD0\x96|DataFrom=\xFC|DataTo=\xD0\x96"),
+              ElementsAre("ID=1", "Text=Grüße 5 €", "Keywords=Ж", "DataFrom=ü", "DataTo=Ж"));
+  EXPECT_THAT(TakenAcross(path_, Rules::Today(), Rules::Windows(), "ID=2|Text=Grüße 5 €|Keywords=Ж 😀"),
+              ElementsAre("ID=2", "Text=Gr\xFC\xDF\x65 5 \x80", "Keywords=Ж 😀"));
+}
+
+TEST_F(ArchiveStoreTest, AMailIsKnownAgainWhicheverRulesItIsReadBy) {
+  const std::int64_t windows = FingerprintOf(RecordOf("ID=1|Text=Gr\xFC\xDF\x65 5 \x80|DataTo=a"));
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(FingerprintOf(RecordOf("ID=1|Text=Grüße 5 €|DataTo=a")), windows);
 }
 
 TEST_F(ArchiveStoreTest, ADamagedNameOfAFileLeadsToNoOtherFolder) {

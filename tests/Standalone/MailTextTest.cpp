@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -26,6 +27,29 @@ TEST(MailTextTest, CodePageAndUtf8BecomeUtf8) {
                        "e"),
             "Grüße\n");
   EXPECT_EQ(TextOfMail("\r\n\r\nGrüße"), "Grüße\n");
+}
+
+TEST(MailTextTest, TextOfOtherCharsetsIsReadAsItIsMeant) {
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(TextOfMail("Content-Type: text/plain; charset=\"koi8-r\"\r\n\r\n\xF0\xD2\xC9\xD7\xC5\xD4"),
+            "Привет\n");
+  EXPECT_EQ(TextOfMail("content-type: text/plain; Charset=GB2312; format=flowed\n\n\xC4\xE3\xBA\xC3\n"),
+            "你好\n");
+  EXPECT_EQ(TextOfMail("Content-Type: text/plain; charset=windows-1251\n"
+                       "Content-Transfer-Encoding: quoted-printable\n\n=CF=F0=E8=E2=E5=F2\n"),
+            "Привет\n");
+  EXPECT_EQ(TextOfMail("Content-Type: text/plain; charset=x-none\n\nGr\xFC\xDF\x65 ж\n"), "Grüße ж\n");
+  EXPECT_EQ(TextOfHtml("<meta charset=\"iso-8859-7\">\xE3\xE5\xE9\xDC", "koi8-r"), " γειά ");
+  EXPECT_EQ(TextOfHtml("<b>\xF0\xD2\xC9\xD7\xC5\xD4</b>", "koi8-r"), " Привет ");
+}
+
+TEST(MailTextTest, APageHasTheCharsetOfItsMail) {
+  const ScopedRules today(Rules::Today());
+  const TemporaryFolder folder;
+  const std::string html = folder.Write("mail.html", "<b>\xF0\xD2\xC9\xD7\xC5\xD4</b>");
+  const std::string mail = folder.Write("mail.eml", "Content-Type: text/html; charset=koi8-r\n\n");
+  EXPECT_EQ(TextOfHtmlFile(html, mail), " Привет ");
+  EXPECT_EQ(TextOfHtmlFile(html), " ðÒÉ×ÅÔ ");
 }
 
 TEST(MailTextTest, QuotedPrintableIsUndone) {

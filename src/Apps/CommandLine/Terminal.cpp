@@ -12,6 +12,7 @@
 
 #include "Apps/CommandLine/AppError.h"
 #include "Apps/CommandLine/EndingSignals.h"
+#include "Platform/Characters.h"
 #include "Platform/CodePage.h"
 
 namespace vorlent::app {
@@ -22,23 +23,9 @@ constexpr std::string_view kGap = "  ";
 constexpr std::string_view kEllipsis = "\u2026";
 constexpr std::size_t kNarrowest = 8;  // a column is never cut below this
 
-bool IsContinuation(char c) {
-  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
-}
-
-// Columns that a UTF-8 text takes, one for each character.
-std::size_t Width(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
-}
-
 std::string Cut(std::string_view text, std::size_t width) {
-  if (Width(text) <= width) return std::string(text);
-  std::size_t end = 0;
-  for (std::size_t kept = 0; end < text.size() && (kept + 1 < width || IsContinuation(text[end])); ++end) {
-    if (end + 1 == text.size() || !IsContinuation(text[end + 1])) ++kept;
-  }
-  return std::string(text.substr(0, end)) + std::string(kEllipsis);
+  if (TerminalColumns(text) <= width) return std::string(text);
+  return std::string(FittingColumns(text, width - 1)).append(kEllipsis);
 }
 
 bool Holds(const std::vector<std::size_t>& columns, std::size_t column) {
@@ -137,7 +124,7 @@ std::string Columns::Text(std::size_t width) const {
   std::vector<std::size_t> widths(rows_.front().size());
   for (const auto& row : rows_) {
     for (std::size_t i = 0; i < row.size(); ++i)
-      widths[i] = std::max(widths[i], Width(row[i]));
+      widths[i] = std::max(widths[i], TerminalColumns(row[i]));
   }
   if (width > 0) Narrow(widths, cut_, width);
   std::string out;
@@ -145,7 +132,7 @@ std::string Columns::Text(std::size_t width) const {
     std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
       const std::string cell = Holds(cut_, i) ? Cut(row[i], widths[i]) : row[i];
-      const std::string padding(widths[i] - std::min(widths[i], Width(cell)), ' ');
+      const std::string padding(widths[i] - std::min(widths[i], TerminalColumns(cell)), ' ');
       if (i > 0) line += kGap;
       line += Holds(right_, i) ? padding + cell : cell + padding;
     }

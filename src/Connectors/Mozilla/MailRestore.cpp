@@ -152,9 +152,18 @@ void MailRestorer::TakeHeaderLine(std::string_view line) {
   if (mail_ != nullptr) mail_->AddHeader(line);
 }
 
+namespace {
+
+// What a content type says of the text that is written with it. That of the code page is left to the reader.
+std::string CharsetOfText() {
+  return HoldsUtf8() ? "; charset=UTF-8" : "";
+}
+
+}  // namespace
+
 void MailRestorer::EndHeader() {
   if (shortcut_) {
-    Write("Content-Type: text/html");
+    Write("Content-Type: text/html" + CharsetOfText());
     Write("");
     Try([&] {
       out_.WriteLine("<A HREF=\"sendarium:" + UrlEncode(itm_.Address()) + "\">" +

@@ -37,12 +37,7 @@ class SiblingNames {
 
  private:
   struct Hash {
-    std::size_t operator()(std::string_view name) const {
-      std::size_t hash = 0;
-      for (const char c : name)
-        hash = hash * 31 + codepage::ToLower(static_cast<unsigned char>(c));
-      return hash;
-    }
+    std::size_t operator()(std::string_view name) const { return HashNoCase(name); }
   };
   struct Equal {
     bool operator()(std::string_view a, std::string_view b) const { return EqualNoCase(a, b); }

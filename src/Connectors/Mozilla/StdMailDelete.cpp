@@ -27,7 +27,7 @@ bool SettleThunderbird() {
   if (noThunderbirdCheck) return true;
   const std::uint32_t process = FindProcessId("thunderbird.exe");
   if (process == 0) return true;
-  constexpr std::string_view kQuestion =
+  const std::string_view kQuestion =
       "Mozilla Thunderbird ist derzeit aktiv.\n"
       "Damit Mails gelöscht werden können, muss Thunderbird geschlossen werden!\n"
       "Thunderbird jetzt schließen?"_cp;

@@ -74,13 +74,13 @@ const std::vector<ControlSpec>& WizardControlTable() {
       {"Option4",     Kind::OptionButton, 3, {0, 2400, 3735, 255},
        "die Mails in diese Ziel-Location kopieren", true},
       {"Check3",      Kind::CheckBox,     3, {0, 3240, 4695, 255},
-       "Struktur-Information zu \"Meine Struktur\" hinzufügen"_cp, true},
+       "Struktur-Information zu \"Meine Struktur\" hinzufügen", true},
 
       {"Picture4",    Kind::Page,         4, kPageBounds, ""},
-      {"Label5",      Kind::Label,        4, {0, 0, 1155, 195}, "Schlüsselwörter:"_cp},
+      {"Label5",      Kind::Label,        4, {0, 0, 1155, 195}, "Schlüsselwörter:"},
       {"Check2",      Kind::CheckBox,     4, {0, 240, 3375, 255},
-       "Unterverzeichnisse als Schlüsselwörter"_cp, true},
-      {"Label6",      Kind::Label,        4, {0, 720, 2565, 195}, "zusätzliche Themen für alle Dateien:"_cp},
+       "Unterverzeichnisse als Schlüsselwörter", true},
+      {"Label6",      Kind::Label,        4, {0, 720, 2565, 195}, "zusätzliche Themen für alle Dateien:"},
       {"T_Keywords",  Kind::TextBox,      4, {0, 960, 5895, 1845}, "", true},
   };
   // clang-format on
@@ -93,7 +93,7 @@ WizardForm::WizardForm() {
     auto control = Make(spec);
     control->Identify(spec.name, spec.kind, spec.page);
     control->Move(spec.bounds);
-    control->SetCaption(spec.caption);
+    control->SetCaption(Utf8ToCodePage(spec.caption));
     control->SetVisible(spec.kind != Kind::Page);
     controls_.push_back(std::move(control));
   }

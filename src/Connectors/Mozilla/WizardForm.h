@@ -18,8 +18,8 @@ struct ControlSpec {
   ControlKind kind;
   std::int16_t page;
   Box bounds;
-  std::string_view caption;
-  bool set = false;  // an option button set, a check box ticked, a text box of several lines
+  std::string_view caption;  // UTF-8
+  bool set = false;          // an option button set, a check box ticked, a text box of several lines
 };
 
 // The whole form, page by page, each page in front of its controls; inside a page in the order of the tab

@@ -1,7 +1,6 @@
 #include "Platform/Posix/Names.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <utility>
 
@@ -12,25 +11,14 @@ namespace vorlent::os {
 
 namespace {
 
-// Upper-case forms of the page's characters.
-constexpr std::array<char, 256> kUpperCase = [] {
-  std::array<char, 256> upper{};
-  for (std::size_t c = 0; c < upper.size(); ++c)
-    upper[c] = static_cast<char>(c);
-  for (std::size_t c = 0; c < upper.size(); ++c) {
-    const unsigned char lower = codepage::ToLower(static_cast<unsigned char>(c));
-    if (lower != c) upper[lower] = static_cast<char>(c);
-  }
-  return upper;
-}();
-
-// In upper case; of a name that is UTF-8 only the ASCII letters, as a byte of it is no character.
+// In upper case; of a name that is UTF-8 where text is code page only the ASCII letters, as a byte of it is
+// no character.
 std::string UpperCaseName(std::string_view name) {
-  const bool isUtf8 = !IsAscii(name) && IsMultiByteUtf8(name);
+  if (HoldsUtf8()) return UpperCase(CodePageToUtf8(name));
+  if (IsAscii(name) || !IsMultiByteUtf8(name)) return UpperCase(name);
   std::string upper(name);
   for (char& c : upper) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80 || !isUtf8) c = kUpperCase[byte];
+    if (static_cast<unsigned char>(c) < 0x80) c = UpperCase(std::string_view(&c, 1)).front();
   }
   return upper;
 }
@@ -81,7 +69,10 @@ bool NameMatches(std::string_view name, std::string_view pattern) {
     if (next < wanted.size() && wanted[next] == '*') {
       star = next++;
       starAt = at;
-    } else if (next < wanted.size() && (wanted[next] == '?' || wanted[next] == text[at])) {
+    } else if (next < wanted.size() && wanted[next] == '?') {
+      ++next;
+      at += CharacterLength(std::string_view(text).substr(at));
+    } else if (next < wanted.size() && wanted[next] == text[at]) {
       ++next;
       ++at;
     } else if (star != std::string::npos) {

@@ -163,7 +163,7 @@ TEST_F(FormViewTest, CaptionsAreSeenWhole) {
       QString shown;
       if (const auto* label = dynamic_cast<const QLabel*>(&widget)) shown = label->text();
       if (const auto* button = dynamic_cast<const QAbstractButton*>(&widget)) shown = button->text();
-      EXPECT_EQ(shown.remove('&'), QString::fromStdString(CodePageToUtf8(spec.caption)));
+      EXPECT_EQ(shown.remove('&'), QString::fromStdString(std::string(spec.caption)));
       EXPECT_GE(widget.width(), widget.sizeHint().width() * (spec.kind == ControlKind::Button ? 0 : 1))
           << spec.name;
       EXPECT_GE(widget.width(), widget.fontMetrics().horizontalAdvance(shown)) << spec.name;

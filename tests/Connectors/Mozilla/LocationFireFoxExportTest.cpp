@@ -72,6 +72,14 @@ TEST_F(LocationFireFoxExportTest, OneBookmarkInOneFolder) {
             "</DL><p>\r\n");
 }
 
+TEST_F(LocationFireFoxExportTest, TextOfEveryScriptIsWritten) {
+  const ScopedRules today(Rules::Today());
+  Places().AddBookmark(Places().AddFolder(1, "Ж 😀"), "你好 – 5 €", "http://a/");
+  Open("firefox://x/")->Save();
+  EXPECT_THAT(Exported(), testing::HasSubstr("<DT><H3>Ж 😀</H3>\r\n"));
+  EXPECT_THAT(Exported(), testing::HasSubstr("ID=\"rdf:{}\">你好 – 5 €</A>\r\n"));
+}
+
 TEST_F(LocationFireFoxExportTest, FoldersComeBeforeTheBookmarksBesideThem) {
   Places().AddBookmark(1, "a", "http://a/");
   const std::int64_t menu = Places().AddFolder(1, "Menu");

@@ -194,6 +194,17 @@ TEST_F(LocationFireFoxReadingTest, TitlesWithoutLineBreaksReadAlikeByAllRules) {
   EXPECT_EQ(TreeText(), tree);
 }
 
+TEST_F(LocationFireFoxReadingTest, TitlesOfEveryScriptAreReadAndFound) {
+  const ScopedRules today(Rules::Today());
+  const std::int64_t folder = Places().AddFolder(1, "Ελλάδα 👩‍👩‍👧");
+  Places().AddBookmark(folder, "Ω 😀 你好 مرحبا é e\u0301", "http://größe/€");
+  Open("firefox://x/");
+  EXPECT_THAT(Records(), ElementsAre(Url("Ω 😀 你好 مرحبا é e\u0301", "http://größe/€",
+                                         "Ελλάδα 👩‍👩‍👧")));
+  EXPECT_THAT(Texts(*Open("firefox://x/Ελλάδα 👩‍👩‍👧/")),
+              ElementsAre("Ω 😀 你好 مرحبا é e\u0301"));
+}
+
 struct DateCase {
   const char* name;
   const char* dateAdded;     // SQL

@@ -6,6 +6,7 @@
 #include "Common/StdModul.h"
 #include "SunbirdTest.h"
 #include "Support/ErrorNumbers.h"
+#include "Support/ScopedRules.h"
 #include "Support/SourceTree.h"
 
 namespace vorlent {
@@ -65,6 +66,16 @@ TEST_F(SunbirdReadingTest, EventBecomesATermin) {
             "DataLocation=Room 5|DataCalendar=Home|Log=20100501070000,20100510080001*1\n");
   EXPECT_EQ(Stored(1).DataText("Calendar"), "Home");
   EXPECT_TRUE(Stored(1).Connected);
+}
+
+TEST_F(SunbirdReadingTest, TextsOfEveryScriptAreRead) {
+  const ScopedRules today(Rules::Today());
+  WriteHome();
+  AddEvent("e1", "Встреча 😀 你好");
+  AddLocation("e1", "Αθήνα, مكتب");
+  EXPECT_EQ(Read("sunbird://p/Home"), LocationState::Read);
+  EXPECT_EQ(Stored(1).DisplayText, "Встреча 😀 你好");
+  EXPECT_EQ(Stored(1).DataText("Location"), "Αθήνα, مكتب");
 }
 
 TEST_F(SunbirdReadingTest, TaskBecomesATask) {
