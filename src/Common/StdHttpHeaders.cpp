@@ -59,7 +59,7 @@ void ForEachHeader(std::string_view block, Handler&& handle) {
 }  // namespace
 
 std::string Utf8Decode(std::string_view s) {
-  if (HoldsUtf8()) return Utf8ToCodePage(s);
+  if (HoldsUtf8()) return TextFromUtf8(s);
   std::string out;
   out.reserve(s.size());
   for (std::size_t i = 0; i < s.size();) {
@@ -84,7 +84,7 @@ std::string Utf8Decode(std::string_view s) {
 }
 
 std::string Utf8Encode(std::string_view s) {
-  if (HoldsUtf8()) return CodePageToUtf8(s);
+  if (HoldsUtf8()) return TextToUtf8(s);
   constexpr char euro = '\x80';
   std::string out;
   out.reserve(s.size() + s.size() / 8);

@@ -41,9 +41,9 @@ std::string NameForConverter(std::string_view charset) {
 
 std::string FromCharset(std::string_view bytes, std::string_view charset) {
   if (!HoldsUtf8()) return std::string(bytes);
-  if (charset.empty() || EqualNoCase(charset, "utf-8")) return CodePageToUtf8(bytes);
+  if (charset.empty() || EqualNoCase(charset, "utf-8")) return TextToUtf8(bytes);
   if (Holds(kPageNames, charset)) return codepage::ToUtf8(bytes);
-  return os::CharsetToUtf8(bytes, NameForConverter(charset)).value_or(CodePageToUtf8(bytes));
+  return os::CharsetToUtf8(bytes, NameForConverter(charset)).value_or(TextToUtf8(bytes));
 }
 
 }  // namespace vorlent

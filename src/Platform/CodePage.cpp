@@ -205,16 +205,16 @@ std::optional<std::string> codepage::ExactFromUtf8(std::string_view utf8) {
   return out;
 }
 
-std::string CodePageToUtf8(std::string_view text) {
+std::string TextToUtf8(std::string_view text) {
   return HoldsUtf8() ? WellFormed(text) : codepage::ToUtf8(text);
 }
 
-std::string Utf8ToCodePage(std::string_view text) {
+std::string TextFromUtf8(std::string_view text) {
   bool exact = false;
   return HeldFromUtf8(text, exact);
 }
 
-std::optional<std::string> ExactUtf8ToCodePage(std::string_view text) {
+std::optional<std::string> ExactTextFromUtf8(std::string_view text) {
   bool exact = false;
   std::string out = HeldFromUtf8(text, exact);
   if (!exact) return std::nullopt;
@@ -241,7 +241,7 @@ bool IsMultiByteUtf8(std::string_view text) {
 }
 
 std::string DisplayUtf8(std::string_view text) {
-  return IsAscii(text) || IsMultiByteUtf8(text) ? std::string(text) : CodePageToUtf8(text);
+  return IsAscii(text) || IsMultiByteUtf8(text) ? std::string(text) : TextToUtf8(text);
 }
 
 std::string ToPageText(std::string_view text) {

@@ -109,14 +109,14 @@ std::string_view operator""_cp() {
 
 // The text as UTF-8, always well-formed. Where text is held in UTF-8, bytes that are none are taken for
 // Windows-1252, one by one.
-VORLENT_PUBLIC std::string CodePageToUtf8(std::string_view text);
+VORLENT_PUBLIC std::string TextToUtf8(std::string_view text);
 
 // UTF-8 as text is held. Where that is the code page, characters that it doesn't hold, and bytes that are no
 // UTF-8, become '?'; else such bytes are taken for Windows-1252.
-VORLENT_PUBLIC std::string Utf8ToCodePage(std::string_view text);
+VORLENT_PUBLIC std::string TextFromUtf8(std::string_view text);
 
 // As above, but nothing if a character is lost, or a byte isn't UTF-8.
-VORLENT_PUBLIC std::optional<std::string> ExactUtf8ToCodePage(std::string_view text);
+VORLENT_PUBLIC std::optional<std::string> ExactTextFromUtf8(std::string_view text);
 
 // Whether all bytes are ASCII, which the page and UTF-8 write alike.
 VORLENT_PUBLIC bool IsAscii(std::string_view text);

@@ -97,7 +97,7 @@ std::string FittingAsciiName(std::string_view name, std::size_t longest) {
 }
 
 bool DistinctNames::Reserve(std::string_view name) {
-  return used_.insert(LowerCase(ExactUtf8ToCodePage(name).value_or(std::string(name)))).second;
+  return used_.insert(LowerCase(ExactTextFromUtf8(name).value_or(std::string(name)))).second;
 }
 
 std::string DistinctNames::Take(std::string_view name) {

@@ -51,31 +51,31 @@ TEST(CodePage, LiteralsAreCodePageBytes) {
   static_assert(CodePageLiteral("ü").length == 1);
 }
 
-TEST(CodePageToUtf8, EncodesEveryByte) {
-  EXPECT_EQ(CodePageToUtf8("Größe €"_cp), "Größe €");
-  EXPECT_EQ(CodePageToUtf8("\x81"), "\xC2\x81");
-  EXPECT_EQ(CodePageToUtf8(std::string("a\0b", 3)), std::string("a\0b", 3));
-  EXPECT_EQ(CodePageToUtf8(""), "");
-  EXPECT_EQ(Utf8ToCodePage(CodePageToUtf8(AllBytes())), AllBytes());
-  EXPECT_EQ(ExactUtf8ToCodePage(CodePageToUtf8(AllBytes())), AllBytes());
+TEST(TextToUtf8, EncodesEveryByte) {
+  EXPECT_EQ(TextToUtf8("Größe €"_cp), "Größe €");
+  EXPECT_EQ(TextToUtf8("\x81"), "\xC2\x81");
+  EXPECT_EQ(TextToUtf8(std::string("a\0b", 3)), std::string("a\0b", 3));
+  EXPECT_EQ(TextToUtf8(""), "");
+  EXPECT_EQ(TextFromUtf8(TextToUtf8(AllBytes())), AllBytes());
+  EXPECT_EQ(ExactTextFromUtf8(TextToUtf8(AllBytes())), AllBytes());
 }
 
-TEST(Utf8ToCodePage, PutsQuestionMarksForWhatIsLost) {
-  EXPECT_EQ(Utf8ToCodePage("Größe €"), "Größe €"_cp);
-  EXPECT_EQ(Utf8ToCodePage("aαz"), "a?z");
-  EXPECT_EQ(Utf8ToCodePage("😀!"), "?!");
-  EXPECT_EQ(Utf8ToCodePage("a\xE4z"), "a?z") << "a byte that is no UTF-8";
-  EXPECT_EQ(Utf8ToCodePage("\xE2\x82"), "??") << "each byte of a torn character by itself";
-  EXPECT_EQ(Utf8ToCodePage("?"), "?");
+TEST(TextFromUtf8, PutsQuestionMarksForWhatIsLost) {
+  EXPECT_EQ(TextFromUtf8("Größe €"), "Größe €"_cp);
+  EXPECT_EQ(TextFromUtf8("aαz"), "a?z");
+  EXPECT_EQ(TextFromUtf8("😀!"), "?!");
+  EXPECT_EQ(TextFromUtf8("a\xE4z"), "a?z") << "a byte that is no UTF-8";
+  EXPECT_EQ(TextFromUtf8("\xE2\x82"), "??") << "each byte of a torn character by itself";
+  EXPECT_EQ(TextFromUtf8("?"), "?");
 }
 
-TEST(ExactUtf8ToCodePage, GivesNothingWhenACharacterIsLost) {
-  EXPECT_EQ(ExactUtf8ToCodePage("Größe €"), "Größe €"_cp);
-  EXPECT_EQ(ExactUtf8ToCodePage("really?"), "really?") << "a question mark of the text itself is no loss";
-  EXPECT_EQ(ExactUtf8ToCodePage(""), "");
-  EXPECT_EQ(ExactUtf8ToCodePage("aαz"), std::nullopt);
-  EXPECT_EQ(ExactUtf8ToCodePage("a\xE4z"), std::nullopt);
-  EXPECT_EQ(ExactUtf8ToCodePage("\xC2\x80"), std::nullopt) << "the control character 80 has no place";
+TEST(ExactTextFromUtf8, GivesNothingWhenACharacterIsLost) {
+  EXPECT_EQ(ExactTextFromUtf8("Größe €"), "Größe €"_cp);
+  EXPECT_EQ(ExactTextFromUtf8("really?"), "really?") << "a question mark of the text itself is no loss";
+  EXPECT_EQ(ExactTextFromUtf8(""), "");
+  EXPECT_EQ(ExactTextFromUtf8("aαz"), std::nullopt);
+  EXPECT_EQ(ExactTextFromUtf8("a\xE4z"), std::nullopt);
+  EXPECT_EQ(ExactTextFromUtf8("\xC2\x80"), std::nullopt) << "the control character 80 has no place";
 }
 
 TEST(IsMultiByteUtf8, TellsWellFormedTextWithAMultiByteCharacter) {

@@ -36,16 +36,16 @@ TEST(TextEncodings, ALiteralOfATableIsHeldInEitherToo) {
 }
 
 TEST(TextEncodings, TheCodePageLosesWhatUtf8Holds) {
-  EXPECT_EQ(Utf8ToCodePage("Ж 😀"), "? ?");
+  EXPECT_EQ(TextFromUtf8("Ж 😀"), "? ?");
   const ScopedRules today(Rules::Today());
-  EXPECT_EQ(Utf8ToCodePage("Ж 😀"), "Ж 😀");
+  EXPECT_EQ(TextFromUtf8("Ж 😀"), "Ж 😀");
 }
 
 TEST_F(UnicodeText, ComesInAndGoesOutAsItIs) {
-  EXPECT_EQ(Utf8ToCodePage(kWorld), kWorld);
-  EXPECT_EQ(CodePageToUtf8(kWorld), kWorld);
+  EXPECT_EQ(TextFromUtf8(kWorld), kWorld);
+  EXPECT_EQ(TextToUtf8(kWorld), kWorld);
   EXPECT_EQ(DisplayUtf8(kWorld), kWorld);
-  EXPECT_EQ(ExactUtf8ToCodePage(kWorld), kWorld);
+  EXPECT_EQ(ExactTextFromUtf8(kWorld), kWorld);
 }
 
 TEST_F(UnicodeText, BytesThatAreNoUtf8AreShownAsWindows1252) {
@@ -60,9 +60,9 @@ TEST_F(UnicodeText, BytesThatAreNoUtf8AreShownAsWindows1252) {
                                             {"\xF4\x90\x80\x80", "ô\u0090€€"},
                                             {"\x80\x81", "€\u0081"}}) {
     EXPECT_EQ(DisplayUtf8(each.bytes), each.shown);
-    EXPECT_EQ(CodePageToUtf8(each.bytes), each.shown);
-    EXPECT_EQ(Utf8ToCodePage(each.bytes), each.shown);
-    EXPECT_EQ(ExactUtf8ToCodePage(each.bytes), std::nullopt);
+    EXPECT_EQ(TextToUtf8(each.bytes), each.shown);
+    EXPECT_EQ(TextFromUtf8(each.bytes), each.shown);
+    EXPECT_EQ(ExactTextFromUtf8(each.bytes), std::nullopt);
   }
   EXPECT_TRUE(IsMultiByteUtf8(DisplayUtf8(AllBytes())));
 }

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 // UTF-8.
 fs::path NativeName(std::string_view windowsName) {
   std::string name(windowsName);
-  if (!IsMultiByteUtf8(name)) name = CodePageToUtf8(name);
+  if (!IsMultiByteUtf8(name)) name = TextToUtf8(name);
   std::replace(name.begin(), name.end(), '\\', '/');
   return name;
 }

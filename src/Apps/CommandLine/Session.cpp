@@ -214,7 +214,7 @@ AppError ErrorOf(const Failure& failure, std::string hint) {
 }
 
 std::string ComponentText(const std::string& utf8) {
-  return ExactUtf8ToCodePage(utf8).value_or(utf8);
+  return ExactTextFromUtf8(utf8).value_or(utf8);
 }
 
 }  // namespace vorlent::app

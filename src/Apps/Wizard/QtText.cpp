@@ -77,7 +77,7 @@ QString ShownWithHint(const Cause& why) {
 std::string FromQt(const QString& text) {
   QString lines = text;
   const std::string utf8 = lines.replace("\n", "\r\n").toStdString();
-  return ExactUtf8ToCodePage(utf8).value_or(utf8);
+  return ExactTextFromUtf8(utf8).value_or(utf8);
 }
 
 }  // namespace vorlent::wizard

@@ -93,7 +93,7 @@ WizardForm::WizardForm() {
     auto control = Make(spec);
     control->Identify(spec.name, spec.kind, spec.page);
     control->Move(spec.bounds);
-    control->SetCaption(Utf8ToCodePage(spec.caption));
+    control->SetCaption(TextFromUtf8(spec.caption));
     control->SetVisible(spec.kind != Kind::Page);
     controls_.push_back(std::move(control));
   }

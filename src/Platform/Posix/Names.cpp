@@ -14,7 +14,7 @@ namespace {
 // In upper case; of a name that is UTF-8 where text is code page only the ASCII letters, as a byte of it is
 // no character.
 std::string UpperCaseName(std::string_view name) {
-  if (HoldsUtf8()) return UpperCase(CodePageToUtf8(name));
+  if (HoldsUtf8()) return UpperCase(TextToUtf8(name));
   if (IsAscii(name) || !IsMultiByteUtf8(name)) return UpperCase(name);
   std::string upper(name);
   for (char& c : upper) {
@@ -31,7 +31,7 @@ std::string ToNativeName(std::string_view name) {
 
 std::string ToWindowsName(std::string_view nativeName) {
   if (IsAscii(nativeName)) return std::string(nativeName);
-  auto name = ExactUtf8ToCodePage(nativeName);
+  auto name = ExactTextFromUtf8(nativeName);
   // "Ã¼" in the code page has the bytes of "ü" in UTF-8, and would be taken for that on the way back.
   if (!name || IsMultiByteUtf8(*name)) return std::string(nativeName);
   return *std::move(name);
@@ -53,7 +53,7 @@ std::string ToWindowsNames(std::string_view native) {
 }
 
 std::string NameKey(std::string_view name) {
-  return IsAscii(name) || IsMultiByteUtf8(name) ? UpperCaseName(name) : CodePageToUtf8(UpperCaseName(name));
+  return IsAscii(name) || IsMultiByteUtf8(name) ? UpperCaseName(name) : TextToUtf8(UpperCaseName(name));
 }
 
 bool NameMatches(std::string_view name, std::string_view pattern) {

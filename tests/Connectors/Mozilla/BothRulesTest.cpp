@@ -114,7 +114,7 @@ class BothRules : public ThunderbirdFixture {
     for (std::string record; connector->SourceGetNext(record);) {
       // The folder of the temporary files has another name each time.
       static const std::regex kFolder(R"(\{[0-9A-F-]{36}\})");
-      read.push_back(std::regex_replace(CodePageToUtf8(record), kFolder, "{}"));
+      read.push_back(std::regex_replace(TextToUtf8(record), kFolder, "{}"));
       for (const char* key : {"DataFile", "DataFileHTML", "DataFileAttach1", "DataFileAttach2"}) {
         std::string description = GetParam(record, key);
         if (const std::string path = CutLine(description); !path.empty()) read.push_back(ReadBytes(path));
@@ -128,8 +128,8 @@ class BothRules : public ThunderbirdFixture {
     Read("thunderbird://p");
     std::vector<std::string> listed;
     for (std::int32_t i = 1; i <= connector->Count(); ++i)
-      listed.push_back(CodePageToUtf8(connector->Item(i)->DataText("_SourceFile")) + " " +
-                       CodePageToUtf8(connector->Item(i)->Text()));
+      listed.push_back(TextToUtf8(connector->Item(i)->DataText("_SourceFile")) + " " +
+                       TextToUtf8(connector->Item(i)->Text()));
     return listed;
   }
 };

@@ -18,7 +18,7 @@ std::string Show(const Control& control) {
                      std::string(kKinds[static_cast<int>(control.Kind())]) + " " + std::to_string(box.left) +
                      "," + std::to_string(box.top) + "," + std::to_string(box.width) + "," +
                      std::to_string(box.height);
-  if (!control.Caption().empty()) line += " '" + CodePageToUtf8(control.Caption()) + "'";
+  if (!control.Caption().empty()) line += " '" + TextToUtf8(control.Caption()) + "'";
   if (const auto* option = dynamic_cast<const OptionButton*>(&control); option && option->IsSet())
     line += " set";
   if (const auto* check = dynamic_cast<const CheckBox*>(&control); check && check->IsTicked())
