@@ -34,7 +34,7 @@ int mailboxes = 20'000;
 bool isQuick = false;
 bool allFluid = true;
 
-// What the user waits for: the step, and all that is drawn behind it. The slowest of the runs counts, by its
+// What the user waits for: the step, and all that is drawn after it. The slowest of the runs counts, by its
 // processor time, which holds the system's calls too but nothing that other programs do meanwhile; beside it
 // the time on the clock. Between two runs everything is put back by `undo`.
 void Measure(
@@ -81,6 +81,10 @@ void Press(QWidget& widget, Qt::Key key) {
   QApplication::sendEvent(&widget, &press);
 }
 
+void Tick(QTreeView& view, const QModelIndex& index, Qt::CheckState state) {
+  view.model()->setData(index, state, Qt::CheckStateRole);
+}
+
 // The first row of the tree with that text, opened row by row on the way there.
 QModelIndex OpenedWay(QTreeView& tree, const std::vector<const char*>& texts) {
   QModelIndex at;
@@ -114,20 +118,75 @@ void RunOnAProfile() {
     frame.show();
     auto& tree = *frame.findChild<QTreeView*>("qzelSheet1");
     const QModelIndex account = OpenedWay(tree, {"thunderbird://", "Profil 'default'", "Local Folders"});
-    const auto tick = [&](Qt::CheckState state) {
-      tree.model()->setData(account, state, Qt::CheckStateRole);
-    };
     Measure(
         "  the same in a profile on the disk", [&] { tree.expand(account); },
         [&] {
-          tick(Qt::Checked);
-          tick(Qt::Unchecked);
+          Tick(tree, account, Qt::Checked);
+          Tick(tree, account, Qt::Unchecked);
         });
     tree.expand(account);
     if (tree.model()->rowCount(account) < folders) std::puts("the tree isn't complete"), allFluid = false;
   }
   HostObjects::Install(before);
   os::ResetSettings();
+}
+
+// The row above all folders.
+QModelIndex ProfileIn(const QTreeView& tree) {
+  return tree.model()->index(0, 0, tree.model()->index(0, 0));
+}
+
+// The steps on page 1. No row is ticked in the end.
+void MeasureTree(wizard::WizardFrame& frame, QTreeView& tree) {
+  const auto profile = [&] { return ProfileIn(tree); };
+  const auto lastFolder = [&] { return tree.model()->index(folders - 1, 0, profile()); };
+  const auto reopen = [&] {
+    Tick(tree, profile(), Qt::Unchecked);
+    tree.expand(profile());
+  };
+  std::printf("%d folders in the tree\n", folders);
+  tree.expand(tree.model()->index(0, 0));
+  Measure(
+      "  open the row above them, for the first time", [&] { tree.expand(profile()); },
+      [&] {
+        Tick(tree, profile(), Qt::Checked);
+        Tick(tree, profile(), Qt::Unchecked);
+      });
+  RunOnAProfile();
+  tree.expand(profile());
+  Measure(
+      "  close it", [&] { tree.collapse(profile()); }, [&] { tree.expand(profile()); });
+  Measure(
+      "  open it again", [&] { tree.expand(profile()); }, [&] { tree.collapse(profile()); });
+  tree.expand(profile());
+  Measure(
+      "  go to the last row", [&] { Press(tree, Qt::Key_End); }, [&] { Press(tree, Qt::Key_Home); });
+  Measure(
+      "  tick the last folder", [&] { Tick(tree, lastFolder(), Qt::Checked); },
+      [&] { Tick(tree, lastFolder(), Qt::Unchecked); });
+  Measure(
+      "  tick the row above them, which takes them away", [&] { Tick(tree, profile(), Qt::Checked); },
+      reopen);
+  Measure("  change the size of the window", [&] { frame.resize(frame.width() + 10, frame.height() + 10); });
+}
+
+// The steps from page 1, all folders ticked, to the command.
+void MeasureList(wizard::WizardFrame& frame, WizardImport& wizard, QTreeView& list) {
+  auto& next = *frame.findChild<QPushButton*>("Next");
+  auto& back = *frame.findChild<QPushButton*>("Back");
+  const auto middle = [&] { return list.model()->index(mailboxes / 2, 0); };
+  std::printf("%d mailboxes in the list\n", mailboxes);
+  Measure(
+      "  go to page 2", [&] { next.click(); }, [&] { back.click(); });
+  next.click();
+  Measure(
+      "  go to the last row", [&] { Press(list, Qt::Key_End); }, [&] { Press(list, Qt::Key_Home); });
+  Measure(
+      "  clear a row", [&] { Tick(list, middle(), Qt::Unchecked); },
+      [&] { Tick(list, middle(), Qt::Checked); });
+  Measure(
+      "  go to page 3", [&] { next.click(); }, [&] { back.click(); });
+  Measure("  write the command", [&] { wizard.Parameter(); });
 }
 
 int Run(bool quick) {
@@ -145,57 +204,11 @@ int Run(bool quick) {
   frame.show();
   auto& tree = *frame.findChild<QTreeView*>("qzelSheet1");
   auto& list = *frame.findChild<QTreeView*>("qzelSheet2");
-  auto& next = *frame.findChild<QPushButton*>("Next");
-  auto& back = *frame.findChild<QPushButton*>("Back");
-  const auto profile = [&] { return tree.model()->index(0, 0, tree.model()->index(0, 0)); };
-  const auto tick = [](QTreeView& view, const QModelIndex& index, Qt::CheckState state) {
-    view.model()->setData(index, state, Qt::CheckStateRole);
-  };
-  const auto reopen = [&] {
-    tick(tree, profile(), Qt::Unchecked);
-    tree.expand(profile());
-  };
 
   std::printf("%-55s %11s %11s\n", "", "processor", "clock");
-  std::printf("%d folders in the tree\n", folders);
-  tree.expand(tree.model()->index(0, 0));
-  Measure(
-      "  open the row above them, for the first time", [&] { tree.expand(profile()); },
-      [&] {
-        tick(tree, profile(), Qt::Checked);
-        tick(tree, profile(), Qt::Unchecked);
-      });
-  RunOnAProfile();
-  tree.expand(profile());
-  Measure(
-      "  close it", [&] { tree.collapse(profile()); }, [&] { tree.expand(profile()); });
-  Measure(
-      "  open it again", [&] { tree.expand(profile()); }, [&] { tree.collapse(profile()); });
-  tree.expand(profile());
-  Measure(
-      "  go to the last row", [&] { Press(tree, Qt::Key_End); }, [&] { Press(tree, Qt::Key_Home); });
-  Measure(
-      "  tick the last folder",
-      [&] { tick(tree, tree.model()->index(folders - 1, 0, profile()), Qt::Checked); },
-      [&] { tick(tree, tree.model()->index(folders - 1, 0, profile()), Qt::Unchecked); });
-  Measure(
-      "  tick the row above them, which takes them away", [&] { tick(tree, profile(), Qt::Checked); },
-      reopen);
-  Measure("  change the size of the window", [&] { frame.resize(frame.width() + 10, frame.height() + 10); });
-
-  std::printf("%d mailboxes in the list\n", mailboxes);
-  tick(tree, profile(), Qt::Checked);
-  Measure(
-      "  go to page 2", [&] { next.click(); }, [&] { back.click(); });
-  next.click();
-  Measure(
-      "  go to the last row", [&] { Press(list, Qt::Key_End); }, [&] { Press(list, Qt::Key_Home); });
-  Measure(
-      "  clear a row", [&] { tick(list, list.model()->index(mailboxes / 2, 0), Qt::Unchecked); },
-      [&] { tick(list, list.model()->index(mailboxes / 2, 0), Qt::Checked); });
-  Measure(
-      "  go to page 3", [&] { next.click(); }, [&] { back.click(); });
-  Measure("  write the command", [&] { wizard.Parameter(); });
+  MeasureTree(frame, tree);
+  Tick(tree, ProfileIn(tree), Qt::Checked);
+  MeasureList(frame, wizard, list);
   if (list.model()->rowCount() != mailboxes) {
     std::puts("the list isn't complete");
     return 1;

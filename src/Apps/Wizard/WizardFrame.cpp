@@ -77,8 +77,15 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
       cancel_(new QPushButton("&Abbrechen", this)) {
   setWindowTitle(ToQt(title));
   setSizeGripEnabled(true);
+  LayOutHeading();
+  LayOutFrame();
+  ConnectButtons();
+  wizard_.SetWindow(static_cast<std::int32_t>(winId()));
+  GoTo(1);
+}
 
-  // The heading lies in the band that the form leaves empty above its pages.
+// The heading lies in the band that the form leaves empty above its pages.
+void WizardFrame::LayOutHeading() {
   heading_->setObjectName("Heading");
   heading_->setAutoFillBackground(true);
   heading_->setBackgroundRole(QPalette::Base);
@@ -86,14 +93,16 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   bold.setBold(true);
   title_->setFont(bold);
   step_->setObjectName("Step");
-  auto* headingLayout = new QVBoxLayout(heading_);
-  headingLayout->setContentsMargins(kMargin, 0, kMargin, 0);
-  headingLayout->setSpacing(2);
-  headingLayout->addStretch();
-  headingLayout->addWidget(title_);
-  headingLayout->addWidget(step_);
-  headingLayout->addStretch();
+  auto* layout = new QVBoxLayout(heading_);
+  layout->setContentsMargins(kMargin, 0, kMargin, 0);
+  layout->setSpacing(2);
+  layout->addStretch();
+  layout->addWidget(title_);
+  layout->addWidget(step_);
+  layout->addStretch();
+}
 
+void WizardFrame::LayOutFrame() {
   auto* line = new QFrame(this);
   line->setFrameShape(QFrame::HLine);
   line->setFrameShadow(QFrame::Sunken);
@@ -114,7 +123,9 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   layout->addLayout(buttons);
   form_->setMinimumSize(form_->DesignSize());
   resize(ToPixels(kFrameWidth, *this), ToPixels(kFrameHeight, *this));
+}
 
+void WizardFrame::ConnectButtons() {
   back_->setObjectName("Back");
   next_->setObjectName("Next");
   finish_->setObjectName("Finish");
@@ -124,8 +135,6 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
   connect(next_, &QPushButton::clicked, this, [this] { Guarded(this, [&] { GoOn(); }); });
   connect(finish_, &QPushButton::clicked, this, [this] { Guarded(this, [&] { Finish(); }); });
   connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
-  wizard_.SetWindow(static_cast<std::int32_t>(winId()));
-  GoTo(1);
 }
 
 // The list of mailboxes is made on the way to page 2, so that only there it is seen to be empty.

@@ -22,6 +22,9 @@ class WizardFrame : public QDialog {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void LayOutHeading();
+  void LayOutFrame();
+  void ConnectButtons();
   bool GoTo(std::int16_t page);
   void GoOn();
   void Finish();
