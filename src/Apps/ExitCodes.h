@@ -18,7 +18,8 @@ inline constexpr std::array kExitCodes = {
     ExitCodeRow{ExitCode::Done, "done"},
     ExitCodeRow{ExitCode::Partly, "nothing found or a part failed"},
     ExitCodeRow{ExitCode::Usage, "wrong use"},
-    ExitCodeRow{ExitCode::Unreadable, "a Location or file could not be read or written"},
+    ExitCodeRow{ExitCode::Unreadable,
+                "a Location or file could not be read or written, or was there already"},
     ExitCodeRow{ExitCode::Cancelled, "cancelled"},
 };
 

@@ -1,4 +1,5 @@
-// The text codecs of mail: URL, base64, quoted-printable, UTF-8, encoded words, header parameters, dates.
+// The text codecs of mail, in spite of the name: URL, base64, quoted-printable, UTF-8, encoded words, header
+// parameters, dates.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Reading a value of the registry as text.
+// Reading a value of the registry as text, and the application-data folder that stands there.
 #pragma once
 
 #include <cstdint>

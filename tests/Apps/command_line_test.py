@@ -17,7 +17,7 @@ import unittest
 import unittest.mock
 import urllib.parse
 
-from program_case import INBOX, LOCAL, ProgramCase, file_size_limit, mail, tree_bytes
+from program_case import INBOX, LOCAL, ROOT, ProgramCase, file_size_limit, mail, tree_bytes
 
 
 def mail_of_files(subject, *files):
@@ -56,8 +56,13 @@ class CommandLine(ProgramCase):
     def test_help_names_every_command_and_ends_with_0(self):
         code, out, _ = self.run_program("--help", sample=False)
         self.assertEqual(code, 0)
-        for verb in ("browse", "read", "get", "Exit codes"):
-            self.assertIn(verb, out)
+        table = (ROOT / "src/Apps/CommandLine/Verbs.def").read_text(encoding="utf-8")
+        verbs = re.findall(r'^VERB\("(\w+)", "(.+?)", "(.*?)", \w+\)$', table, re.M)
+        self.assertEqual(len(verbs), table.count("\nVERB("))
+        for name, summary, group in verbs:
+            line = rf"(?m)^  {name} +{re.escape(summary)}$"
+            (self.assertRegex if group else self.assertNotRegex)(out, line)
+        self.assertIn("Exit codes", out)
 
     def test_an_unknown_command_is_named(self):
         for arguments, name in ((["foo"], "foo"), (["foo", "--bar", "x"], "foo"),

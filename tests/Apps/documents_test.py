@@ -86,6 +86,9 @@ class DocumentsTest(unittest.TestCase):
         self.assertEqual(self.complete("im"), {"import"})
         self.assertEqual(self.complete("import", "--mo"), {"--move"})
         self.assertEqual(self.complete("calendar", "s"), {"set"})
+        for verb in self.verbs:
+            below = {name for name in helped(verb) if not name.startswith("--")}
+            self.assertEqual(self.complete(verb, "") & below, below, verb)
         self.assertEqual(self.complete("calendar", "set", "--te"), {"--text"})
         inside = self.folder / "inside"
         (inside / "archive").mkdir(parents=True)

@@ -161,7 +161,9 @@ void ForEachCommand(const Command& command, const std::string& path, const Visit
 std::string BashCompletion(const Command& program) {
   std::string words, values;
   ForEachCommand(program, "", [&](const Command& command, const std::string& path) {
-    words += fmt::format("    {}) words={} ;;\n", Quoted(path), Quoted(Words(command)));
+    // A command below this one comes next, and no file.
+    const std::string_view next = command.commands.empty() ? "" : " next=command";
+    words += fmt::format("    {}) words={}{} ;;\n", Quoted(path), Quoted(Words(command)), next);
     for (const Argument& argument : command.arguments) {
       if (argument.flags.empty() || argument.value.empty()) continue;
       const std::string action =
@@ -177,7 +179,7 @@ std::string BashCompletion(const Command& program) {
   return fmt::format(
       R"(# Completion of {0} for bash.
 _{1}() {{
-  local word=${{COMP_WORDS[COMP_CWORD]}} before=${{COMP_WORDS[COMP_CWORD-1]}} path='' words='' i
+  local word=${{COMP_WORDS[COMP_CWORD]}} before=${{COMP_WORDS[COMP_CWORD-1]}} path='' words='' next='' i
   for ((i = 1; i < COMP_CWORD; i++)); do
     case "${{path:+$path }}${{COMP_WORDS[i]}}" in
 {2}    esac
@@ -186,7 +188,7 @@ _{1}() {{
 {3}  esac
   case "$path" in
 {4}  esac
-  if [[ $word == -* || -z $path || $path == calendar ]]; then
+  if [[ $word == -* || $next == command ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
   else
     mapfile -t COMPREPLY < <(compgen -f -- "$word")

@@ -6,8 +6,8 @@
 namespace vorlent::app {
 
 // While it stands, SIGINT, SIGTERM, SIGHUP and SIGPIPE are noted and don't end the process, so that it can do
-// so in order. The second Ctrl-C ends it at once. Made, asked and ended on the main thread; the signals may
-// come on any thread, and only set atomic flags.
+// so in order. The first Ctrl-C leaves the second one to the system, which ends the process at once. Made,
+// asked and ended on the main thread; the signals may come on any thread, and set atomic flags there.
 class EndingSignals {
  public:
   // `cancelled` becomes true with the first of the signals.

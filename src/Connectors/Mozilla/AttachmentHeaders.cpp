@@ -13,6 +13,10 @@ namespace {
 
 constexpr std::string_view kUnknownType = "application/octet-stream";
 
+bool AreHeadersKept() {
+  return CurrentRules().attachmentHeaders == AttachmentHeaders::AsSent;
+}
+
 // RFC 2045: token := 1*<any (US-ASCII) CHAR except SPACE, CTLs, or tspecials>
 bool IsToken(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
@@ -119,7 +123,7 @@ PartNaming NamingAsSent(std::string_view description) {
 
 std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
   std::vector<std::string> lines;
-  if (CurrentRules().attachmentHeaders == AttachmentHeaders::Plain) return lines;
+  if (!AreHeadersKept()) return lines;
   for (const std::string& header : parts) {
     std::string name;
     std::string type;
@@ -132,7 +136,7 @@ std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
 }
 
 PartNaming NamingOf(std::string_view description) {
-  if (CurrentRules().attachmentHeaders == AttachmentHeaders::AsSent) return NamingAsSent(description);
+  if (AreHeadersKept()) return NamingAsSent(description);
   const std::string name = GetFileName(GetLineValue(description, "file"));
   return {std::string(kUnknownType) + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
 }

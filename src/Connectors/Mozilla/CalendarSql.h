@@ -31,6 +31,7 @@ class CalendarSql {
   // The values in the order of their places, as many as there are.
   template <Form kForm, std::size_t kCount>
   static CalendarSql Of(const std::string (&values)[kCount]) {
+    static_assert(!TextOf(kForm).empty(), "every form has a row");
     static_assert(kCount == PlacesOf(TextOf(kForm)), "every place of the form takes one value");
     static_assert(IsTextQuoted(TextOf(kForm)), "a text stands in quotes");
     return {TextOf(kForm), values};
@@ -46,27 +47,39 @@ class CalendarSql {
   static constexpr char kNumber = '#';
   static constexpr char kTable = '@';
 
-  // By their enumerators.
-  static constexpr std::array<std::string_view, 11> kForms = {
-      "SELECT value FROM cal_properties WHERE item_id='?' AND key='LOCATION'",
-      "UPDATE @ SET title='?', last_modified=# WHERE id='?';",
-      "UPDATE cal_events SET event_start=#, last_modified=# WHERE id='?';",
-      "UPDATE cal_events SET event_end=#, last_modified=# WHERE id='?';",
-      "UPDATE cal_events SET last_modified=# WHERE id='?';",
-      "DELETE FROM @ WHERE id='?';",
-      "DELETE FROM cal_properties WHERE item_id='?';",
-      "DELETE FROM cal_properties WHERE item_id='?' AND key='LOCATION' AND value='?';",
-      "INSERT INTO cal_properties (item_id,key,value) VALUES ('?','LOCATION','?');",
-      // The time zone is the same for every event, whatever the machine's.
-      "INSERT INTO cal_events (id, cal_id, title, event_start, event_end, last_modified, time_created, "
-      "flags, event_start_tz, event_end_tz) VALUES ('?', #, '?', #, #, #, #, 4, "
-      "'/mozilla.org/20050126_1/Europe/Berlin', '/mozilla.org/20050126_1/Europe/Berlin');",
-      "INSERT INTO cal_todos (id, cal_id, title, last_modified, time_created, flags) VALUES ('?', #, '?', #, "
-      "#, 4);",
+  struct Row {
+    Form form;
+    std::string_view text;
   };
 
+  static constexpr std::array<Row, 11> kRows = {{
+      {Form::ReadLocation, "SELECT value FROM cal_properties WHERE item_id='?' AND key='LOCATION'"},
+      {Form::ChangeTitle, "UPDATE @ SET title='?', last_modified=# WHERE id='?';"},
+      {Form::ChangeStart, "UPDATE cal_events SET event_start=#, last_modified=# WHERE id='?';"},
+      {Form::ChangeEnd, "UPDATE cal_events SET event_end=#, last_modified=# WHERE id='?';"},
+      {Form::ChangeTime, "UPDATE cal_events SET last_modified=# WHERE id='?';"},
+      {Form::DeleteItem, "DELETE FROM @ WHERE id='?';"},
+      {Form::DeleteProperties, "DELETE FROM cal_properties WHERE item_id='?';"},
+      {Form::DeleteLocation,
+       "DELETE FROM cal_properties WHERE item_id='?' AND key='LOCATION' AND value='?';"},
+      {Form::InsertLocation, "INSERT INTO cal_properties (item_id,key,value) VALUES ('?','LOCATION','?');"},
+      // The time zone is the same for every event, whatever the machine's.
+      {Form::InsertEvent,
+       "INSERT INTO cal_events (id, cal_id, title, event_start, event_end, last_modified, time_created, "
+       "flags, event_start_tz, event_end_tz) VALUES ('?', #, '?', #, #, #, #, 4, "
+       "'/mozilla.org/20050126_1/Europe/Berlin', '/mozilla.org/20050126_1/Europe/Berlin');"},
+      {Form::InsertTask,
+       "INSERT INTO cal_todos (id, cal_id, title, last_modified, time_created, flags) VALUES "
+       "('?', #, '?', #, #, 4);"},
+  }};
+
   static constexpr bool IsPlace(char c) { return c == kText || c == kNumber || c == kTable; }
-  static constexpr std::string_view TextOf(Form form) { return kForms[static_cast<std::size_t>(form)]; }
+  static constexpr std::string_view TextOf(Form form) {
+    for (const Row& row : kRows) {
+      if (row.form == form) return row.text;
+    }
+    return {};
+  }
   static constexpr std::size_t PlacesOf(std::string_view form) {
     std::size_t places = 0;
     for (const char c : form)

@@ -19,8 +19,8 @@ class MailRunTeller {
 
   void ImportBegins(const LocationPtr& target, bool moves) const { Observer().ImportBegins(target, moves); }
 
-  // Reads the next mail and runs what delivers it; false at the end of the mailbox, or if it can't
-  // be read on. Any other failure rises.
+  // Reads the next mail and runs what delivers it; false at the end of the mailbox, or if it can't be read
+  // on. Any other failure rises.
   template <class Deliver>
   bool DeliverNext(StdMail& mail, bool saveattachments, Deliver&& deliver) const {
     const std::int32_t& expunged = mail.Ledger().expungedCount;

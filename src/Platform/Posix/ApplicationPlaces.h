@@ -1,8 +1,9 @@
 // Where applications keep their data.
 //
 // The user's own application-data folder is no real one: "AppData" in the home stands for the home itself,
-// and the names "Thunderbird", "Mozilla\FireFox" and "Mozilla\Sunbird" below it for the first of the places
-// where these applications keep their data on this system.
+// and the names "Thunderbird", "Mozilla\FireFox" and "Mozilla\Sunbird" below it for one of the places where
+// these applications keep their data on this system: the first that has a "profiles.ini", else the first that
+// exists.
 #pragma once
 
 #include <string>

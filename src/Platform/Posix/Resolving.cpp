@@ -19,19 +19,19 @@ namespace vorlent::os {
 
 namespace {
 
-bool IsSeparator(char c) {
+bool IsPathSeparator(char c) {
   return c == '\\' || c == '/';
 }
 
 // The names of a path, each converted, put after `native` with single slashes; a closing separator stays.
 void AppendNames(std::string& native, std::string_view names) {
   for (std::size_t at = 0; at < names.size();) {
-    if (IsSeparator(names[at])) {
+    if (IsPathSeparator(names[at])) {
       if (native.empty() || native.back() != '/') native += '/';
       ++at;
       continue;
     }
-    const auto found = std::find_if(names.begin() + at, names.end(), IsSeparator);
+    const auto found = std::find_if(names.begin() + at, names.end(), IsPathSeparator);
     const std::size_t end = static_cast<std::size_t>(found - names.begin());
     const std::string_view name = names.substr(at, end - at);
     if (IsAscii(name)) {
