@@ -5,6 +5,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/RecordedMail.h"
+#include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/RecordKeys.h"
 
 namespace vorlent {
