@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -43,6 +44,12 @@ class LineFile {
   std::string_view ReadLine() {
     std::string_view line;
     return rule_ == LineRule::Windows && TakeBufferedLine(line) ? line : ReadAnyLine();
+  }
+
+  // As ReadLine, but nothing at the end of the file.
+  std::optional<std::string_view> NextLine() {
+    if (AtEnd()) return std::nullopt;
+    return ReadLine();
   }
 
   // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its

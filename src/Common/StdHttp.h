@@ -60,6 +60,12 @@ std::string GetHeaderParam(std::string_view value, std::string_view name);
 // Attachment file name of a part, safe for a file system; "" means that the part is no attachment.
 std::string GetPartFileName(std::string_view headerBlock);
 
+// The name in a part's content type, safe for a file system.
+std::string GetPartTypeName(std::string_view headerBlock);
+
+// The content disposition as written, up to the first ";".
+std::string GetPartDisposition(std::string_view headerBlock);
+
 // The content type as written, up to the first ";".
 std::string GetPartContentType(std::string_view headerBlock);
 

@@ -157,14 +157,27 @@ std::string GetContentTypeParam(std::string_view headerBlock, std::string_view n
   return param;
 }
 
+// The value of a header up to the first ";".
+std::string GetMainValue(std::string_view headerBlock, std::string_view name) {
+  std::string main;
+  ForEachHeader(headerBlock, [&](std::string_view key, std::string& value) {
+    if (key == name) main = CutTrimmedToken(value, ";");
+  });
+  return main;
+}
+
 }  // namespace
 
 std::string GetPartContentType(std::string_view headerBlock) {
-  std::string type;
-  ForEachHeader(headerBlock, [&](std::string_view key, std::string& value) {
-    if (key == "content-type") type = CutTrimmedToken(value, ";");
-  });
-  return type;
+  return GetMainValue(headerBlock, "content-type");
+}
+
+std::string GetPartDisposition(std::string_view headerBlock) {
+  return GetMainValue(headerBlock, "content-disposition");
+}
+
+std::string GetPartTypeName(std::string_view headerBlock) {
+  return EncodeFileName(GetContentTypeParam(headerBlock, "name"));
 }
 
 std::string GetPartBoundary(std::string_view headerBlock) {

@@ -20,6 +20,7 @@ enum class Marking {
   HiddenPlace,  // its own header Address hides its place in the mailbox
   KeptByUser,   // Thunderbird is running, and the user wants it to stay so
   Unreadable,   // the mailbox could be opened, but not be read or written there
+  ReadOnly,     // the mailbox may not be written, or is none
 };
 
 // A mail by its mailbox and its zero-based offset there.

@@ -82,6 +82,84 @@ enum class MailStores {
   Told,      // One with a file for each mail is told as that.
 };
 
+// What a mail's own header Address is, whose name is also that of the mail's place in the mailbox.
+enum class OwnAddress {
+  TakesPlace,  // It stands for the place, so that what goes by the place goes elsewhere.
+  IsText,      // It is a header that isn't found by its name, and the place stays known.
+};
+
+// What divides the mails of a mailbox.
+enum class Separators {
+  Dashed,     // A line "From - " or ">From - ", whatever follows.
+  Envelopes,  // A line "From " with a date or a sender, or neither, before a field or the header's end.
+};
+
+// Which of several headers X-Mozilla-Status tells that a mail is expunged.
+enum class StatusHeaders {
+  Any,
+  First,
+};
+
+// What becomes of the continuation of a header whose name the mail has already, and which is left out.
+enum class RepeatedHeaders {
+  TakeAlong,  // They are joined to the header stored last, and that one is left out as well.
+  LeaveOut,
+};
+
+// What was read ahead of the mail that is to be brought out.
+enum class ReadAhead {
+  Loses,  // The empty line after a header without a status, and the last line of the mailbox, are lost.
+  Keeps,
+};
+
+// Which lines divide the parts of a mail.
+enum class Boundaries {
+  Exact,    // Those of the mail's boundary and of the nested one seen last, to the letter.
+  Rfc2046,  // Those of all boundaries that parts are nested in; blanks may follow.
+};
+
+// What the encodings of parts do with what isn't foreseen.
+enum class TransferEncodings {
+  LineByLine,  // Each base64 line for itself; "_" is a blank in quoted-printable text, bad codes lose it.
+  Rfc2045,     // Base64 across lines; "_" and bad codes stay.
+};
+
+// How the lines of a part that isn't base64 end in its file.
+enum class PartLineEnds {
+  CrLf,  // In CR LF, also the last one, whose end belongs to the boundary.
+  AsWritten,
+};
+
+// Parts that are no text and have no file name.
+enum class NamelessParts {
+  Inline,    // They stay in the mail's text as they stand.
+  Attached,  // They are attachments of made names.
+};
+
+// Attachments of one name in a mail.
+enum class SameNames {
+  OneFile,  // The last one takes the place of the others.
+  Numbered,
+};
+
+// How a mailbox is opened to be read.
+enum class MailboxOpening {
+  ForWriting,  // It is made if it is missing; one that may not be written can't be read.
+  ForReading,
+};
+
+// What a mail that can't be read does to the run.
+enum class BrokenMails {
+  EndTheRun,
+  AreNamed,  // They are told with their place, and the next one comes; so with closed mailboxes.
+};
+
+// Mails of one ID that are read into a Location.
+enum class EqualIds {
+  Replace,   // The later one takes the place of the earlier one.
+  Numbered,  // Each is an item; the ID of a second one ends in "~2".
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

@@ -20,6 +20,8 @@ std::string_view ReasonOf(Marking why) {
       return "Thunderbird is running";
     case Marking::Unreadable:
       return "the mailbox could not be read or written there";
+    case Marking::ReadOnly:
+      return "the mailbox may not be written";
   }
   return {};
 }

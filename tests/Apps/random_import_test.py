@@ -24,7 +24,7 @@ import unittest
 
 from program_case import ProgramCase
 
-SEPARATOR = re.compile(rb"(?:\A|(?<=\r\n\r\n))>?From - ")
+SEPARATOR = re.compile(rb"(?:\A|(?<=\r\n\r\n))From - ")
 STATUS = re.compile(rb"^X-Mozilla-Status:[^\r]*(.)\r\n", re.M | re.I)
 CHANGING = re.compile(rb"^(X-Mozilla-(?:Status2?|Keys):)[^\r]*", re.M | re.I)
 SUBJECT = re.compile(rb"^Subject: mail (\d+)-(\d+)\r\n", re.M)
@@ -52,8 +52,8 @@ def make_mail(seed, number):
     kept = f"{head}--b\r\nContent-Type: text/plain\r\n\r\n{text}".encode()
     end = b"--b--\r\n"
     if kind == "html":
-        page = f"<p>{chance.random()}</p>\r\n".encode()
-        kept += b"--b\r\nContent-Type: text/html\r\n\r\n" + page
+        page = f"<p>{chance.random()}</p>".encode()
+        kept += b"--b\r\nContent-Type: text/html\r\n\r\n" + page + b"\r\n"
         return kept + end + b"\r\n", [kept + end, page]
     attachment = chance.randbytes(chance.randrange(1, 8000))
     data = base64.encodebytes(attachment).replace(b"\n", b"\r\n")
@@ -93,7 +93,7 @@ def is_expunged(mail):
 
 def comparable(file):
     """The bytes of a mail without the values that Thunderbird changes in place."""
-    if not file.startswith((b"From - ", b">From - ")):
+    if not file.startswith(b"From - "):
         return file
     block = header_block(file)
     text = CHANGING.sub(rb"\1", block) + file[len(block):]

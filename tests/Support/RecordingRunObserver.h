@@ -12,8 +12,8 @@
 namespace vorlent::test {
 
 inline std::string_view NameOf(Marking marking) {
-  static constexpr std::array<std::string_view, 7> kNames = {
-      "Marked", "NoStatus", "BadStatus", "OtherMail", "HiddenPlace", "KeptByUser", "Unreadable"};
+  static constexpr std::array<std::string_view, 8> kNames = {
+      "Marked", "NoStatus", "BadStatus", "OtherMail", "HiddenPlace", "KeptByUser", "Unreadable", "ReadOnly"};
   return kNames.at(static_cast<std::size_t>(marking));
 }
 

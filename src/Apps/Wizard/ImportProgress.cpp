@@ -55,6 +55,8 @@ QString GermanReasonOf(Marking why) {
       return "Thunderbird läuft";
     case Marking::Unreadable:
       return "die Mailbox konnte dort nicht gelesen oder geschrieben werden";
+    case Marking::ReadOnly:
+      return "die Mailbox darf nicht geschrieben werden";
   }
   return {};
 }

@@ -4,6 +4,7 @@
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/StdMailPart.h"
 #include "Platform/CodePage.h"
 #include "Platform/Rules.h"
 
@@ -124,10 +125,11 @@ PartNaming NamingAsSent(std::string_view description) {
 std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
   std::vector<std::string> lines;
   if (!AreHeadersKept()) return lines;
+  std::int32_t position = 0;
   for (const std::string& header : parts) {
     std::string name;
     std::string type;
-    Swallow([&] { name = GetPartFileName(header); });
+    Swallow([&] { name = AttachmentName(header, ++position); });
     if (name.empty()) continue;
     Swallow([&] { type = ContentTypeIn(header); });
     lines.push_back(type.empty() ? "" : "\r\ntype=" + type);

@@ -76,7 +76,7 @@ void ImportRun::ImportMailbox(std::int32_t position) {
   startTime_ = SecondsSinceMidnight();
   host_.Report(report::kStatus, file, nullptr);
   mail_.SetMailboxFile(file);
-  mail_.InitStream(0);
+  teller_.Open(mail_);
   fileKeywords_ = KeywordsOf(file);
   if (command_.tree) RequireAs<Tree>(tree_)->AddKeywordPath(fileKeywords_);
   deleteList_.clear();

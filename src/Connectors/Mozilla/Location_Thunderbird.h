@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/AddressedLocation.h"
@@ -80,6 +81,7 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   void ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit);
   void ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit);
   void ReadMailbox(const Place& mailbox, Visit visit);
+  std::string WithIdOfItsOwn(std::string record);
 
   // A new reader; all of one connector share its temporary folder.
   std::unique_ptr<StdMail> GetMailObject();
@@ -90,8 +92,9 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   // The way back (Location_Thunderbird_Restore.cpp).
   void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);
 
-  std::string tempFolder_;  // "" until first needed
-  FolderTrail trail_;       // of the present walk
+  std::string tempFolder_;                                   // "" until first needed
+  FolderTrail trail_;                                        // of the present walk
+  std::unordered_map<std::string, std::int32_t> mailsOfId_;  // how many were read, by the ID in lower case
   // The mailboxes found by InitLocation, and the address of each.
   KeyedList<std::string> mailFiles_;
   KeyedList<std::string> mailAddresses_;

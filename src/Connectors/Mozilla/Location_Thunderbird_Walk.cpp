@@ -4,8 +4,12 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
+#include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -38,6 +42,34 @@ std::string WithoutSubfolderSuffix(std::string_view name) {
   return std::string(name);
 }
 
+void ReportUnread(const StdMail& mail, std::int32_t offset, const Cause& why) {
+  frame::ReportUnreadable(
+      {mail.MailboxFile(), "Mail an Stelle " + NumberText(offset) + ": " + why.reason, why.hint});
+}
+
+void TellBroken(const StdMail& mail) {
+  for (const auto& [offset, why] : mail.Ledger().broken)
+    ReportUnread(mail, offset, why);
+}
+
+// Of a mailbox that can't be read to its end, by the rules of today.
+void TellUnreadRest(const StdMail& mail) {
+  if (CurrentRules().brokenMails == BrokenMails::EndTheRun || mail.Ledger().IsWhole()) return;
+  ReportUnread(mail, mail.Ledger().offset, mail.Ledger().loss);
+}
+
+// False for a mailbox that can't be opened, which is told then.
+bool OpenToRead(StdMail& mail) {
+  try {
+    mail.InitStream(0);
+    return true;
+  } catch (const Failure& failure) {
+    if (CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+    frame::ReportUnreadable(failure.Why());
+    return false;
+  }
+}
+
 }  // namespace
 
 bool Location_Thunderbird::PrepareAddress(std::string_view file) {
@@ -62,6 +94,7 @@ std::string Location_Thunderbird::CutScheme(std::string& address) {
 }
 
 bool Location_Thunderbird::ReadAddress(std::string path) {
+  mailsOfId_.clear();
   const bool subfolders = CutSubfolderMark(path);
   const std::string profile = CutToken(path, "/");
   return profile.empty() ? ReadAllProfiles(Visit::Read) : ReadProfile(profile, path, subfolders, Visit::Read);
@@ -231,13 +264,29 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   if (!FileExists(mailbox.dir) || FolderExists(mailbox.dir)) return;
   HostGlobal& host = HostObjects::Current().Global();
   mail->SetMailboxFile(mailbox.dir);
-  mail->InitStream(0);
+  if (!OpenToRead(*mail)) return;
   host.Report(report::kProgress, "0/100:Thunderbird " + mailbox.dir, nullptr);
   while (mail->ReadHeader(false, true)) {
-    PasteItem(mail->GetData(mailbox.keywords, false), false);
+    TellBroken(*mail);
+    PasteItem(WithIdOfItsOwn(mail->GetData(mailbox.keywords, false)), false);
     host.Report(report::kProgress, NumberText(mail->Percent() * 100), nullptr);
   }
+  TellBroken(*mail);
+  TellUnreadRest(*mail);
   host.Report(report::kProgress, "", nullptr);
+}
+
+// The record with an ID that no item of the Location has. The ID is the record's first field.
+std::string Location_Thunderbird::WithIdOfItsOwn(std::string record) {
+  if (CurrentRules().equalIds == EqualIds::Replace) return record;
+  const std::size_t begin = record_key::kId.size() + 1;
+  const std::string id = record.substr(begin, record.find('|') - begin);
+  std::int32_t& number = mailsOfId_[LowerCase(id)];
+  std::string own;
+  do {
+    own = NumberedId(id, ++number);
+  } while (HasID(own));
+  return record.replace(begin, id.size(), own);
 }
 
 }  // namespace vorlent

@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Platform/Failure.h"
 
@@ -36,6 +37,13 @@ struct MailLedger {
   // The attachments of its record that stayed where they were, as no file could be made of their names: where
   // each lies, by its data field.
   std::map<std::string, std::string, std::less<>> unmoved;
+
+  // Mails before it that ReadHeader could not read and passed over.
+  struct BrokenMail {
+    std::int32_t offset;
+    Cause why;
+  };
+  std::vector<BrokenMail> broken;
 
   // --- The mailbox, since it was opened
 

@@ -59,6 +59,20 @@ std::string_view MailLines::Hold() {
   return line_;
 }
 
+std::optional<std::string_view> MailLines::Peek() {
+  const std::string_view line = Hold();
+  if (AtEnd()) return std::nullopt;
+  const std::uint64_t position = position_;
+  const std::uint32_t lineEndLength = lineEndLength_;
+  Read();
+  first_.Add(line_, position_, lineEndLength_);
+  LetComeAgain();
+  line_ = line;
+  position_ = position;
+  lineEndLength_ = lineEndLength;
+  return again_.At(next_);
+}
+
 void MailLines::PutBack() {
   Hold();
   first_.Add(line_, position_, lineEndLength_);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,9 @@ class MailLines {
 
   // How many bytes the end of the line read last counts for, as LineFile tells.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
+
+  // The line after the one read last, which it stays, held; nothing at the end.
+  std::optional<std::string_view> Peek();
 
   // Lets the line read last come again, as it was.
   void PutBack();

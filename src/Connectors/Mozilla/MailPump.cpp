@@ -111,7 +111,7 @@ void MailPump::OpenMailbox() {
     Report(report::kStatus, Title() + ": " + file);
   });
   Reader().SetMailboxFile(file);
-  mail_->InitStream(0);
+  source_.teller.Open(*mail_);
   keywords_ = GetKeywordsOfFile(file);
   if (HasObject(tree_)) tree_->AddKeywordPath(keywords_);
   noted_.clear();

@@ -5,6 +5,7 @@
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
+#include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
@@ -117,6 +118,7 @@ void MailRestorer::Try(Step&& step) {
 }
 
 bool MailRestorer::Restore(LineFile& source) {
+  Try([&] { WriteMissingSeparator(source); });
   Try([&] {
     while (stage_ != Stage::Done && !source.AtEnd()) {
       TakeLine(source.ReadLine());
@@ -131,11 +133,16 @@ bool MailRestorer::Restore(LineFile& source) {
   return isWhole_;
 }
 
+// Begins the mail, unless it brings a separator of its own. A quoted one is none for a mail that is written.
+void MailRestorer::WriteMissingSeparator(LineFile& source) {
+  if (source.AtEnd()) return;
+  const std::string first(source.ReadLine());
+  const bool isSeparator = !first.starts_with('>') && IsSeparator(first, [&] { return source.NextLine(); });
+  source.Seek(1);
+  if (!isSeparator) Write(kSeparator);
+}
+
 void MailRestorer::TakeLine(std::string_view line) {
-  if (stage_ == Stage::FirstLine) {
-    if (!line.starts_with(kSeparator)) Write(kSeparator);
-    stage_ = Stage::Header;
-  }
   if (stage_ == Stage::Body) {
     TakeBodyLine(line);
   } else if (line.empty()) {

@@ -44,10 +44,11 @@ class MailRestorer {
   bool Restore(LineFile& source);
 
  private:
-  enum class Stage { FirstLine, Header, Body, Done };
+  enum class Stage { Header, Body, Done };
 
   template <class Step>
   void Try(Step&& step);
+  void WriteMissingSeparator(LineFile& source);
   void TakeLine(std::string_view line);
   void TakeHeaderLine(std::string_view line);
   void EndHeader();
@@ -63,7 +64,7 @@ class MailRestorer {
   bool isWhole_ = true;
   bool hasAttachments_ = false;
   bool attachmentsWritten_ = false;
-  Stage stage_ = Stage::FirstLine;
+  Stage stage_ = Stage::Header;
   std::string header_;  // name of the header at hand, in lower case
   std::string startLine_;
   std::string closeLine_;  // "" unless the mail has parts that take attachments

@@ -8,6 +8,7 @@
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/MailRunObserver.h"
 #include "Platform/Failure.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -18,6 +19,17 @@ class MailRunTeller {
   void SetObserver(MailRunObserver* observer) { observer_ = observer; }
 
   void ImportBegins(const LocationPtr& target, bool moves) const { Observer().ImportBegins(target, moves); }
+
+  // Opens the reader's mailbox for a run. By the rules of today one that can't be opened counts as a mail
+  // that failed, and reads as empty.
+  void Open(StdMail& mail) const {
+    try {
+      mail.InitStream(0);
+    } catch (const Failure& failure) {
+      if (CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+      Observer().MailFailed({mail.MailboxFile(), 0}, failure.Why());
+    }
+  }
 
   // Reads the next mail and runs what delivers it; false at the end of the mailbox, or if it can't be read
   // on. Any other failure rises.
@@ -33,9 +45,11 @@ class MailRunTeller {
     try {
       found = mail.ReadHeader(saveattachments, true);
       tellExpunged();
+      TellBroken(mail);
       if (found) std::forward<Deliver>(deliver)();
     } catch (const Failure& failure) {
       tellExpunged();
+      if (!found) TellBroken(mail);
       Observer().MailFailed(PlaceOf(mail), failure.Why());
       throw;
     }
@@ -74,6 +88,10 @@ class MailRunTeller {
       Observer().AttachmentUnmoved(key, path);
     if (mail.Ledger().IsWhole()) Observer().MailDelivered(PlaceOf(mail), mail.Ledger().hidesOffset);
     TellLoss(mail);
+  }
+  void TellBroken(const StdMail& mail) const {
+    for (const auto& [offset, why] : mail.Ledger().broken)
+      Observer().MailFailed({mail.MailboxFile(), offset}, why);
   }
   void TellLoss(const StdMail& mail) const {
     if (!mail.Ledger().IsWhole()) Observer().MailFailed(PlaceOf(mail), mail.Ledger().loss);

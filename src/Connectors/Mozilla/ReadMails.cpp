@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 
 namespace vorlent {
@@ -78,8 +79,7 @@ bool ReadMails::HasGrown(const LastMail& mail, LineFile& mailbox) {
   bool isAfterEmptyLine = mail.endsWithEmptyLine;
   while (!mailbox.AtEnd()) {
     const std::string_view line = mailbox.ReadLine();
-    if (isAfterEmptyLine && IsSeparator(line)) return false;
-    if (!line.empty()) return true;
+    if (!line.empty()) return !isAfterEmptyLine || !IsSeparator(line, [&] { return mailbox.NextLine(); });
     isAfterEmptyLine = true;
   }
   return false;

@@ -13,6 +13,8 @@ namespace vorlent {
 
 namespace {
 
+constexpr char kNumberMark = '~';
+
 // What two mails differ in, while it stays with a mail that is read again: as an item has it, and in the same
 // order as a record has it.
 using MailFields = std::array<std::string, RecordedMail::kFields>;
@@ -38,13 +40,27 @@ MailFields FieldsIn(std::string_view record) {
           data(data_key::kBcc),   data(data_key::kEnvelopeTo)};
 }
 
+// Whether an ID is that of a later mail of one ID.
+bool IsNumbered(std::string_view numbered, std::string_view id) {
+  if (!numbered.starts_with(id)) return false;
+  numbered.remove_prefix(id.size());
+  return numbered.size() > 1 && numbered.front() == kNumberMark &&
+         numbered.find_first_not_of("0123456789", 1) == std::string_view::npos;
+}
+
 }  // namespace
+
+std::string NumberedId(const std::string& id, std::int32_t number) {
+  return number == 1 ? id : id + kNumberMark + std::to_string(number);
+}
 
 RecordedMail::RecordedMail(const Item& item)
     : fields_(FieldsOf(item)), size_(item.DataText(data_key::kSize)) {}
 
 bool RecordedMail::Is(StdMail& mail) const {
-  if (FieldsIn(mail.GetData("", false)) != fields_) return false;
+  MailFields fields = FieldsIn(mail.GetData("", false));
+  if (IsNumbered(fields_.front(), fields.front())) fields.front() = fields_.front();
+  if (fields != fields_) return false;
   // The recorded size counts the separator of the next mail, if there was one; that may have gone since, or
   // another have come after an empty line.
   const double ownSize = mail.ReadCount() - mail.Ledger().nextSeparatorCount;

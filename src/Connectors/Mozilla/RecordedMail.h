@@ -3,12 +3,16 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Item.h"
 
 namespace vorlent {
+
+// The ID of the mail of a number, from 1, among those of one ID: the first one has the ID itself.
+std::string NumberedId(const std::string& id, std::int32_t number);
 
 // Known again by what an item keeps of the mail's record.
 class RecordedMail {

@@ -11,6 +11,11 @@
 
 namespace vorlent {
 
+os::File::Mode ReadingMode() {
+  return CurrentRules().mailboxOpening == MailboxOpening::ForWriting ? os::File::Mode::ReadWrite
+                                                                     : os::File::Mode::Read;
+}
+
 // --- Stream
 
 void StdMail::SetMailboxFile(std::string_view path) {
@@ -21,7 +26,7 @@ void StdMail::SetMailboxFile(std::string_view path) {
 
 void StdMail::InitStream(std::int16_t saveflag) {
   saveFlag_ = saveflag;
-  OpenStream(os::File::Mode::ReadWrite);
+  OpenStream(ReadingMode());
 }
 
 void StdMail::OpenStream(os::File::Mode mode) {
@@ -53,11 +58,26 @@ void StdMail::ResetMailScan() {
   atStreamStart_ = true;
 }
 
+// Whether the line read last goes with the end of the stream.
+bool StdMail::IsLastLineLost() {
+  return CurrentRules().readAhead == ReadAhead::Loses && IsStreamDone();
+}
+
+// A next line that can't be read ends the mailbox here; whoever reads on meets the failure.
+bool StdMail::Separates(std::string_view& line) {
+  line = lines_.Hold();
+  return IsSeparator(line, [&] {
+    std::optional<std::string_view> next;
+    Swallow([&] { next = lines_.Peek(); });
+    return next;
+  });
+}
+
 // Whether the present mail ended before this line, which must be judged before it is processed. At the
 // stream's start expunged mails are passed over, and `line` becomes the separator of the first one that
 // isn't.
 bool StdMail::AtMailEnd(std::string_view& line) {
-  if (IsStreamDone()) return true;
+  if (IsLastLineLost()) return true;
   if (IsFromLine(line)) {
     if (!atStreamStart_) {
       lines_.PutBackAsText();
@@ -76,34 +96,44 @@ bool StdMail::FindLivingMail(std::string_view& line) {
   while (true) {
     line = lines_.Hold();
     const std::int32_t status = LookForStatus();
-    if (IsStreamDone()) return false;
+    if (IsLastLineLost()) return false;
     if ((status & kExpunged) == 0) {
       lines_.PutBackKept();
       return true;
     }
     lines_.DropKept();
-    while (true) {
-      line = ReadStreamLine();
-      if (IsStreamDone()) return false;
-      if (IsFromLine(line)) break;
-      lastLineEmpty_ = line.empty();
-    }
+    if (!FindNextSeparator(line)) return false;
   }
 }
 
+bool StdMail::FindNextSeparator(std::string_view& line) {
+  while (!IsStreamDone()) {
+    line = ReadStreamLine();
+    if (IsLastLineLost()) return false;
+    if (IsFromLine(line)) return true;
+    lastLineEmpty_ = line.empty();
+  }
+  return false;
+}
+
 // Reads header lines up to the status line, which are kept, and returns the status; or up to an empty line,
-// which is lost, and returns 0.
+// and returns 0.
 std::int32_t StdMail::LookForStatus() {
   constexpr std::string_view kStatus = "x-mozilla-status:";
-  while (true) {
+  const bool keepsEnd = CurrentRules().readAhead == ReadAhead::Keeps;
+  while (!IsStreamDone()) {
     const std::string_view line = ReadStreamLine();
-    if (line.empty() || IsStreamDone()) return 0;
+    const bool isEnd = line.empty();
+    if (isEnd && !keepsEnd) return 0;
+    if (IsLastLineLost()) return 0;
     lines_.Keep();
+    if (isEnd) return 0;
     if (BeginsNoCase(line, kStatus)) {
       const std::size_t digits = std::min(line.size(), kStatus.size() + 1);
       return ReadHexNumber(line.substr(digits));
     }
   }
+  return 0;
 }
 
 // --- Headers
@@ -148,9 +178,11 @@ void StdMail::AddHeader(std::string_view a) {
   if (headers_ == nullptr) return;
   std::string line;
   if (IsContinuation(a)) {
+    if (lastHeaderLeftOut_) return;
     if (!headers_->IsEmpty()) line = TakeLastHeader(*headers_).append(kLineEnd);
   } else {
     lastHeaderKey_ = LowerCase(SplitHeaderLine(a).name);
+    lastHeaderLeftOut_ = IsLeftOut(*headers_, lastHeaderKey_);
   }
   line += a;
   StoreHeader(*headers_, std::move(line), lastHeaderKey_);

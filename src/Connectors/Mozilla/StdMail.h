@@ -14,6 +14,7 @@
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/MailLedger.h"
 #include "Connectors/Mozilla/MailLines.h"
+#include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/ReadMails.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/MailRunObserver.h"
@@ -26,9 +27,9 @@ namespace vorlent {
 // for as long as the component is loaded.
 bool& NoThunderbirdCheck();
 
-// Bound to one mailbox file, which it reads as a forward stream of mails. A mail begins with a line that
-// starts with "From - " or ">From - ", at the beginning of the stream or after an empty line. Mails whose
-// X-Mozilla-Status has the bit of value 8 are skipped.
+// Bound to one mailbox file, which it reads as a forward stream of mails. A mail begins with a separator
+// (MailSeparator.h) at the beginning of the stream or after an empty line. Mails whose X-Mozilla-Status has
+// the bit of value 8 are skipped.
 //
 // Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). Mailboxes above 2
 // GB can't be read: a position beyond that raises Overflow.
@@ -78,7 +79,8 @@ class StdMail : public Object {
   // All body lines, each followed by CR LF. As long as the lines were when ReadStream collected them.
   std::string Body() const;
 
-  // Opens the mailbox, which is created empty if it is missing. A mailbox that is locked or read-only raises.
+  // Opens the mailbox. By the rules of old it is created empty if it is missing, and raises if it is locked
+  // or read-only; by those of today it is only read.
   // `saveflag` tells ReadStream what to write: -1 collects body lines, -2 the mail without the contents of
   // its attachments, 0 the text outside all parts, n the decoded content of part n.
   void InitStream(std::int16_t saveflag = 0);
@@ -88,8 +90,8 @@ class StdMail : public Object {
   // numbers are positions in Attachments. With `waitforfrom` false the mail begins on the next line, whatever
   // that is, and the stream is closed after it. False at the end of the mailbox.
   //
-  // Up to the end of the header block a failure to write or read rises; in the body the failing step is
-  // skipped.
+  // Up to the end of the header block a failure to write or read rises, or, by the rules of today, the mail
+  // is passed over; in the body the failing step is skipped.
   bool ReadHeader(bool saveattachments, bool waitforfrom = true);
 
   // Reads the next mail and writes to `bodyfile`, or collects, what `saveflag` says. False if there was none.
@@ -121,7 +123,8 @@ class StdMail : public Object {
   // if given, is asked after the user, with the mail at the offset read without its files, be it marked
   // already; where there is none, or on false, none is marked.
   //
-  // A mailbox that can't be opened raises; later failures to read and write are swallowed.
+  // A mailbox that can't be opened raises, or, by the rules of today, tells that it is read-only; later
+  // failures to read and write are swallowed.
   Marking DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted = nullptr);
 
   // The item record of the mail read last. `kw` is the text of its keywords, in record form;
@@ -160,10 +163,16 @@ class StdMail : public Object {
   bool IsStreamDone();
   std::string_view ReadStreamLine();
   void ResetMailScan();
-  // Whether a mail begins on this line. Asked for every line of a mailbox.
-  bool IsFromLine(std::string_view line) const { return lastLineEmpty_ && IsSeparator(line); }
+  // Whether a mail begins on the line read last, which may lie elsewhere then. Asked for every line of a
+  // mailbox.
+  bool IsFromLine(std::string_view& line) {
+    return lastLineEmpty_ && MayBeSeparator(line) && Separates(line);
+  }
+  bool Separates(std::string_view& line);
   bool AtMailEnd(std::string_view& line);
   bool FindLivingMail(std::string_view& line);
+  bool FindNextSeparator(std::string_view& line);
+  bool IsLastLineLost();
   // A step that reads. If it fails, the text ends there, and what would have come is noted as lost.
   template <class Step>
   bool ReadStep(Step&& step) {
@@ -202,6 +211,7 @@ class StdMail : public Object {
   };
   mutable std::optional<Date> lastDate_;
   std::string lastHeaderKey_;
+  bool lastHeaderLeftOut_ = false;
 };
 
 // Opens the reader's mailbox, which must exist, reads the mail at a zero-based offset without its files, and

@@ -15,6 +15,7 @@
 #include "Host/HostObjects.h"
 #include "Host/RecordKeys.h"
 #include "Platform/Files.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -69,6 +70,7 @@ class StdMail::RecordWriter {
   std::string DescribeMailFile(std::string_view savedName, std::string_view extension) const;
   std::string DescribeAttachment(std::int32_t position, const std::string& name) const;
   std::string MoveAttachment(std::int32_t position, const std::string& name) const;
+  std::string PathFor(const std::string& name, const std::string& source) const;
   void NoteUnmoved(const std::string& source, const std::string& name) const;
 
   StdMail& mail_;
@@ -117,7 +119,7 @@ void StdMail::RecordWriter::AddAttachments() {
   const TextList& parts = *mail_.attachments_;
   const std::int32_t last = std::min<std::int32_t>(parts.Count(), std::numeric_limits<std::int16_t>::max());
   for (std::int32_t position = 1; position <= last; ++position) {
-    const std::string name = ValueOf([&] { return GetPartFileName(parts.Item(position)); });
+    const std::string name = ValueOf([&] { return AttachmentName(parts.Item(position), position); });
     if (name.empty()) continue;
     ++number_;
     AddData(std::string(kAttachmentKey).append(std::to_string(number_)),
@@ -161,13 +163,25 @@ std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, con
   return EscapeValue(file + "\ndate=" + date_ + original);
 }
 
+// Where the attachment in the file `source` goes. By the rules of old two files of one name are one file, so
+// that the earlier one's content goes.
+std::string StdMail::RecordWriter::PathFor(const std::string& name, const std::string& source) const {
+  const std::string path = mail_.mailtmppfad_ + name;
+  if (CurrentRules().sameNames == SameNames::OneFile) return path;
+  const std::size_t dot = std::min(path.rfind('.'), path.size());
+  const std::size_t end = dot > mail_.mailtmppfad_.size() ? dot : path.size();
+  std::string free = path;
+  for (int number = 2; FileExists(free) && !EqualNoCase(free, source); ++number)
+    free = path.substr(0, end) + " (" + std::to_string(number) + ")" + path.substr(end);
+  return free;
+}
+
 // Gives a temporary file the attachment's own name, and describes it. The name was made safe once already and
 // is so again: the "%" of the first time becomes "%25".
 std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const std::string& name) const {
-  const std::string path = mail_.mailtmppfad_ + EncodeFileName(GetFileName(name));
   const std::string source = mail_.mailtmppfad_ + "att" + std::to_string(position);
+  const std::string path = PathFor(EncodeFileName(GetFileName(name)), source);
   if (!EqualNoCase(path, source)) {
-    // Two files of one name are one file, so the earlier one's content goes.
     if (FileExists(path))
       mail_.ledger_.NoteLoss({.reason = "one of two files called '" + name + "' is lost"});
     MoveFile(path, source);

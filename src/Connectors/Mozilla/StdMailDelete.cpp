@@ -12,6 +12,7 @@
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Platform/CodePage.h"
 #include "Platform/Platform.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -50,6 +51,11 @@ char MarkExpunged(char digit) {
   return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
 }
 
+// Without a value it is the name of the header that would be changed.
+bool MayBeMarked(std::string_view status) {
+  return CurrentRules().statusHeaders == StatusHeaders::Any || status.back() != ':';
+}
+
 // Changes the status digit of the mail that begins at the present position.
 Marking MarkMail(LineFile& mailbox) {
   constexpr std::string_view kStatus = "x-mozilla-status:";
@@ -58,6 +64,7 @@ Marking MarkMail(LineFile& mailbox) {
     const std::string_view line = mailbox.ReadLine();
     if (line.empty()) return Marking::NoStatus;
     if (BeginsNoCase(line, kStatus)) {
+      if (!MayBeMarked(line)) return Marking::NoStatus;
       const char digit = MarkExpunged(line.back());
       mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1);
       mailbox.WriteByte(digit);
@@ -71,6 +78,11 @@ Marking MarkMail(LineFile& mailbox) {
 
 bool IsGone(const Failure& failure) {
   return failure.Is(ErrorNumber::FileNotFound) || failure.Is(ErrorNumber::PathNotFound);
+}
+
+// Whether the mailbox may not be written, and that is told as a reason.
+bool IsReadOnly(const Failure& failure) {
+  return CurrentRules().mailboxOpening == MailboxOpening::ForReading && failure.Is(ErrorNumber::PathAccess);
 }
 
 }  // namespace
@@ -87,6 +99,7 @@ Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& is
     if (isWanted != nullptr) result = LookForWanted(offset, isWanted);
     if (result == Marking::Marked) result = MarkAt(offset);
   } catch (const Failure& failure) {
+    if (IsReadOnly(failure)) return Marking::ReadOnly;
     if (!isKnown || !IsGone(failure)) throw;
     result = Marking::OtherMail;
   }

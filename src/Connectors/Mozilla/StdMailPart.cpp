@@ -7,8 +7,16 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
+
+std::string_view WithoutTrailingBlanks(std::string_view line) {
+  while (line.ends_with(' ') || line.ends_with('\t'))
+    line.remove_suffix(1);
+  return line;
+}
 
 HeaderLine SplitHeaderLine(std::string_view line) {
   const std::size_t colon = line.find(':');
@@ -26,8 +34,22 @@ std::string TakeLastHeader(KeyedList<std::string>& headers) {
   return last;
 }
 
+namespace {
+
+// Whether a header of this name is stored each time, and then isn't found by its name.
+bool StandsWithoutKey(std::string_view name) {
+  if (EqualNoCase(name, "address")) return CurrentRules().ownAddress == OwnAddress::IsText;
+  return EqualNoCase(name, "received") || EqualNoCase(name, "return-path");
+}
+
+}  // namespace
+
+bool IsLeftOut(const KeyedList<std::string>& headers, std::string_view key) {
+  return CurrentRules().repeatedHeaders == RepeatedHeaders::LeaveOut && headers.HasKey(key);
+}
+
 void StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_view key) {
-  if (EqualNoCase(key, "received") || EqualNoCase(key, "return-path")) {
+  if (StandsWithoutKey(key)) {
     headers.Add(std::move(text));
   } else if (!headers.HasKey(key)) {
     headers.Add(std::move(text), key);
@@ -49,36 +71,57 @@ std::uint64_t MailPosition(std::int32_t offset) {
   return static_cast<std::uint64_t>(position);
 }
 
-void ReadPartEncoding(std::string_view line, PartEncoding& encoding) {
-  const HeaderLine header = SplitHeaderLine(line);
-  if (!EqualNoCase(header.name, "content-transfer-encoding")) return;
-  encoding = EqualNoCase(header.value, "base64")             ? PartEncoding::Base64
-             : EqualNoCase(header.value, "quoted-printable") ? PartEncoding::QuotedPrintable
-                                                             : PartEncoding::None;
+std::string BoundaryIn(std::string_view contentType) {
+  if (CurrentRules().boundaries == Boundaries::Exact) return GetHeaderParam(contentType, "boundary");
+  std::string boundary;
+  Swallow([&] { boundary = GetHeaderParam(contentType, "boundary"); });
+  return boundary;
 }
 
-void PartContent::WriteLine(TextWriter& file, std::string_view line, PartEncoding encoding) {
-  switch (encoding) {
-    case PartEncoding::Base64:
-      Base64DecodeToFile(file, line);
-      break;
-    case PartEncoding::QuotedPrintable:
-      // RFC 2045: a "=" at the end is a soft line break, which is no part of the content.
-      if (line.ends_with('=')) {
-        QuotedPrintableDecodeInto(line.substr(0, line.size() - 1), decoded_);
-        file.Write(decoded_);
-      } else {
-        QuotedPrintableDecodeInto(line, decoded_);
-        file.WriteLine(decoded_);
-      }
-      break;
-    case PartEncoding::None:
-      file.WriteLine(line);
-      break;
-  }
-}
-
+// RFC 2046: a boundary line may end in blanks.
 BoundaryPair::BoundaryPair(std::string_view boundary)
-    : opening_("--" + std::string(boundary)), closing_(opening_ + "--") {}
+    : endsInBlanks_(CurrentRules().boundaries == Boundaries::Rfc2046) {
+  if (endsInBlanks_) boundary = WithoutTrailingBlanks(boundary);
+  if (endsInBlanks_ && boundary.empty()) return;
+  opening_ = "--" + std::string(boundary);
+  closing_ = opening_ + "--";
+}
+
+std::string_view BoundaryPair::Comparable(std::string_view line) const {
+  return endsInBlanks_ ? WithoutTrailingBlanks(line) : line;
+}
+
+namespace {
+
+// RFC 2183: what isn't meant to be shown with the mail is an attachment; so is what can't be.
+bool IsAttachment(const std::string& partHeader) {
+  const std::string type = LowerCase(GetPartContentType(partHeader));
+  if (type.starts_with("multipart/")) return false;
+  if (EqualNoCase(GetPartDisposition(partHeader), "attachment") || type == "message/rfc822") return true;
+  return !type.empty() && !type.starts_with("text/") && !type.starts_with("message/");
+}
+
+// Programs know a file by its ending, which mostly is the name of the type's second half.
+std::string EndingFor(const std::string& partHeader) {
+  const std::string type = LowerCase(GetPartContentType(partHeader));
+  if (type == "message/rfc822") return ".eml";
+  if (type.empty() || type == "text/plain") return ".txt";
+  constexpr std::size_t kLongest = 5;
+  const std::string ending = type.substr(type.find('/') + 1);
+  const bool isPlain = std::ranges::all_of(ending, [](char c) { return c >= 'a' && c <= 'z'; });
+  return isPlain && ending.size() <= kLongest ? "." + ending : "";
+}
+
+}  // namespace
+
+std::string AttachmentName(const std::string& partHeader, std::int32_t position) {
+  if (CurrentRules().namelessParts == NamelessParts::Inline) return GetPartFileName(partHeader);
+  std::string name;
+  Swallow([&] { name = GetPartFileName(partHeader); });
+  if (name.empty()) Swallow([&] { name = GetPartTypeName(partHeader); });
+  if (name.empty() && IsAttachment(partHeader))
+    name = "part" + std::to_string(position) + EndingFor(partHeader);
+  return name;
+}
 
 }  // namespace vorlent

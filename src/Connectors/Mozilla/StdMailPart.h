@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "Common/KeyedList.h"
-#include "Common/TextWriter.h"
+#include "Platform/Files.h"
 
 namespace vorlent {
 
@@ -17,10 +17,8 @@ struct HeaderLine {
 };
 HeaderLine SplitHeaderLine(std::string_view line);
 
-// Whether a mail begins on a line, if that is the first one or comes after an empty one.
-inline bool IsSeparator(std::string_view line) {
-  return line.starts_with("From - ") || line.starts_with(">From - ");
-}
+// Without the blanks and tabs at its end.
+std::string_view WithoutTrailingBlanks(std::string_view line);
 
 inline bool IsContinuation(std::string_view line) {
   return line.starts_with(' ') || line.starts_with('\t');
@@ -32,8 +30,11 @@ bool BeginsNoCase(std::string_view line, std::string_view prefix);
 // Takes the last item out of a header store that isn't empty, for a continuation line to be joined to.
 std::string TakeLastHeader(KeyedList<std::string>& headers);
 
-// Stores a header under its key, but "received" and "return-path" without one. A key that is there already
-// keeps its first header.
+// Whether a header of this name goes with all of its lines, as the store has one already.
+bool IsLeftOut(const KeyedList<std::string>& headers, std::string_view key);
+
+// Stores a header under its key, but "received" and "return-path" without one; and "address", where that is
+// to be the mail's place. A key that is there already keeps its first header.
 void StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_view key);
 
 // The number of a status header's digits has the bit of value 8: the mail counts as deleted.
@@ -45,41 +46,41 @@ std::int32_t ReadHexNumber(std::string_view digits);
 // The status that a header line X-Mozilla-Status tells, as the reader of mailboxes takes it.
 std::int32_t ReadStatus(std::string_view headerLine);
 
+// How a mailbox is opened to be read.
+os::File::Mode ReadingMode();
+
 // The position from 1 of a mail's zero-based offset. Raises Overflow at the end of 32 bits, InvalidCall
 // before the beginning of a file.
 std::uint64_t MailPosition(std::int32_t offset);
 
-enum class PartEncoding { None, Base64, QuotedPrintable };
+// The boundary that a header of a content type tells, "" if there is none. Raises, by the rules of old, for
+// one that can't be decoded.
+std::string BoundaryIn(std::string_view contentType);
 
-// Takes over the encoding that a line of a part's header tells, if it is the one that does.
-void ReadPartEncoding(std::string_view line, PartEncoding& encoding);
-
-// Writes lines of a part's content, decoded. A base64 line is decoded by itself.
-class PartContent {
- public:
-  // Raises for a line that can't be decoded, and then writes nothing of it.
-  void WriteLine(TextWriter& file, std::string_view line, PartEncoding encoding);
-
- private:
-  std::string decoded_;  // kept from line to line for its memory
-};
+// The file name of a part that is an attachment, "" for others; by the rules of today it may be made from the
+// part's position.
+std::string AttachmentName(const std::string& partHeader, std::int32_t position);
 
 // The two lines that separate the parts of a multipart. Those of a pair that was never set match no line.
 class BoundaryPair {
  public:
   BoundaryPair() = default;
+  // By the rules of today that of no boundary matches no line either.
   explicit BoundaryPair(std::string_view boundary);
 
   // Every boundary line begins so; a test for it spares nearly all lines the comparisons.
   static bool MayMatch(std::string_view line) { return line.starts_with("--"); }
 
-  bool IsOpening(std::string_view line) const { return line == opening_; }
-  bool IsClosing(std::string_view line) const { return line == closing_; }
+  bool IsOpening(std::string_view line) const { return Comparable(line) == opening_; }
+  bool IsClosing(std::string_view line) const { return Comparable(line) == closing_; }
   const std::string& Opening() const { return opening_; }
 
  private:
+  std::string_view Comparable(std::string_view line) const;
+
   std::string opening_;
   std::string closing_;
+  bool endsInBlanks_ = false;  // blanks may follow a boundary
 };
 
 }  // namespace vorlent

@@ -4,14 +4,17 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Platform/CodePage.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -37,16 +40,20 @@ class StdMail::HeaderReader {
   // Raises Overflow where the mailbox is too large.
   void RequirePlaceInRange() const { ToInt32(lines_.Position()); }
   void TakeHeaderLine(std::string_view line);
+  void BeginHeader(std::string_view line);
+  bool StatusCounts() const;
   void DropExpungedMail();
 
   void ReadBody();
   bool NextBodyLine(std::string_view& line);
   bool TakeBodyLine(std::string_view line);
+  bool EndsPart(std::string_view line, bool (BoundaryPair::*is)(std::string_view) const);
   void TakeOpeningBoundary(std::string_view line);
   void TakeClosingBoundary(std::string_view line);
   void TakePartHeaderLine(std::string_view line);
   void EndPartHeader();
   void BeginAttachment();
+  void AwaitPair(std::string_view boundary);
   void BeginInlinePart(const std::string& header);
   void TakeContentLine(std::string_view line);
 
@@ -64,6 +71,7 @@ class StdMail::HeaderReader {
   void WriteToMailFile(std::string_view line);
   void FlushPartHeader();
   void CloseFile(TextWriter& file);
+  void EndPartWithMail();
   void ClosePartFiles();
 
   StdMail& mail_;
@@ -79,10 +87,12 @@ class StdMail::HeaderReader {
   std::string_view line_;      // the line at hand while a mail is searched
   std::int32_t start_ = 0;     // its position, from 1
   bool expunged_ = false;
-  std::string key_;
+  std::string key_;          // of the header at hand
+  bool isRepeated_ = false;  // the mail has one of its name already
+  bool isLeftOut_ = false;   // it goes with all of its lines
   std::string boundary_;
   BoundaryPair mailPair_;
-  BoundaryPair subPair_;  // of the nested multipart seen last
+  std::vector<BoundaryPair> subPairs_;  // of the nested multiparts, or of the one seen last alone
   bool inPartHeader_ = false;
   PartEncoding encoding_ = PartEncoding::None;
   PartContent content_;
@@ -90,7 +100,17 @@ class StdMail::HeaderReader {
 };
 
 bool StdMail::ReadHeader(bool saveattachments, bool waitforfrom) {
-  return HeaderReader(*this, saveattachments, waitforfrom).Read();
+  ledger_.broken.clear();
+  while (true) {
+    const std::uint64_t start = lines_.Position();
+    try {
+      return HeaderReader(*this, saveattachments, waitforfrom).Read();
+    } catch (const Failure& failure) {
+      const bool isStuck = lines_.Position() == start;
+      if (isStuck || CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+      ledger_.broken.push_back({ledger_.offset, failure.Why()});
+    }
+  }
 }
 
 bool ReadHeaderAt(StdMail& mail, std::int32_t offset) {
@@ -184,6 +204,7 @@ void StdMail::HeaderReader::BeginHeaderBlock() {
   mail_.headers_->Add(std::string(line_));
   expunged_ = false;
   key_.clear();
+  isRepeated_ = isLeftOut_ = false;
 }
 
 void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
@@ -191,16 +212,28 @@ void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
   TextList& headers = *mail_.headers_;
   std::string text;
   if (IsContinuation(line)) {
+    if (isLeftOut_) return;
     if (!headers.IsEmpty()) text = TakeLastHeader(headers);
   } else {
-    key_ = LowerCase(SplitHeaderLine(line).name);
+    BeginHeader(line);
   }
   text += line;
-  if (key_ == kStatus && passesOverExpunged_) {
+  if (key_ == kStatus && passesOverExpunged_ && StatusCounts()) {
     expunged_ = (ReadStatus(text) & kExpunged) != 0;
     if (expunged_) return;
   }
   StoreHeader(headers, std::move(text), key_);
+}
+
+void StdMail::HeaderReader::BeginHeader(std::string_view line) {
+  key_ = LowerCase(SplitHeaderLine(line).name);
+  isRepeated_ = mail_.headers_->HasKey(key_);
+  isLeftOut_ = IsLeftOut(*mail_.headers_, key_);
+}
+
+// Whether the status at hand tells about the mail.
+bool StdMail::HeaderReader::StatusCounts() const {
+  return !isRepeated_ || CurrentRules().statusHeaders == StatusHeaders::Any;
 }
 
 void StdMail::HeaderReader::DropExpungedMail() {
@@ -214,9 +247,9 @@ void StdMail::HeaderReader::DropExpungedMail() {
 // --- Body
 
 void StdMail::HeaderReader::ReadBody() {
-  boundary_ = GetHeaderParam(mail_.GetHeader("content-type"), "boundary");
+  boundary_ = BoundaryIn(mail_.GetHeader("content-type"));
   mailPair_ = BoundaryPair(boundary_);
-  subPair_ = BoundaryPair();
+  subPairs_.clear();
   inPartHeader_ = false;
   const std::uint64_t start = lines_.Position();
   std::string_view line;
@@ -248,9 +281,9 @@ bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
 bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
   if (boundary_.empty()) {
     WriteToMailFile(line);
-  } else if (BoundaryPair::MayMatch(line) && (mailPair_.IsOpening(line) || subPair_.IsOpening(line))) {
+  } else if (BoundaryPair::MayMatch(line) && EndsPart(line, &BoundaryPair::IsOpening)) {
     TakeOpeningBoundary(line);
-  } else if (BoundaryPair::MayMatch(line) && (mailPair_.IsClosing(line) || subPair_.IsClosing(line))) {
+  } else if (BoundaryPair::MayMatch(line) && EndsPart(line, &BoundaryPair::IsClosing)) {
     TakeClosingBoundary(line);
     return !mailPair_.IsClosing(line);
   } else if (inPartHeader_) {
@@ -261,8 +294,21 @@ bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
   return true;
 }
 
+// Whether the line is such one of the mail's pair, or of a nested one; of those within it nothing is awaited
+// then.
+bool StdMail::HeaderReader::EndsPart(std::string_view line,
+                                     bool (BoundaryPair::*is)(std::string_view) const) {
+  std::size_t level = subPairs_.size();
+  while (level > 0 && !(subPairs_[level - 1].*is)(line))
+    --level;
+  if (level == 0 && !(mailPair_.*is)(line)) return false;
+  if (CurrentRules().boundaries == Boundaries::Rfc2046) subPairs_.resize(level);
+  return true;
+}
+
 void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
   ClosePartFiles();
+  content_.Begin(encoding_);
   if (save_) {
     FlushPartHeader();
     partHeader_.append(line).append(kLineEnd);
@@ -296,7 +342,7 @@ void StdMail::HeaderReader::EndPartHeader() {
   inPartHeader_ = false;
   if (!save_) return;
   std::string name;
-  Swallow([&] { name = GetPartFileName(LastPart()); });
+  Swallow([&] { name = AttachmentName(LastPart(), Parts().Count()); });
   if (name.empty()) {
     BeginInlinePart(LastPart());
   } else {
@@ -312,10 +358,15 @@ void StdMail::HeaderReader::BeginAttachment() {
   partHeader_.clear();
 }
 
+void StdMail::HeaderReader::AwaitPair(std::string_view boundary) {
+  if (CurrentRules().boundaries == Boundaries::Exact) subPairs_.clear();
+  subPairs_.emplace_back(boundary);
+}
+
 void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
   std::string boundary;
   Swallow([&] { boundary = GetPartBoundary(header); });
-  if (!boundary.empty()) subPair_ = BoundaryPair(boundary);
+  if (!boundary.empty()) AwaitPair(boundary);
   FlushPartHeader();
   if (GetPartContentType(header) != "text/html") return;
   WriteStep([&] { htmlFile_ = TextWriter(TempPath("mail.html"), os::File::Mode::Create); });
@@ -326,11 +377,12 @@ void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
 void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
   if (!save_) return;
   if (attachmentFile_.IsOpen()) {
-    WriteStep([&] { content_.WriteLine(attachmentFile_, line, encoding_); });
+    WriteStep([&] { content_.WriteLine(attachmentFile_, line, lines_.LineEndLength(), encoding_); });
   } else {
     WriteToMailFile(line);
   }
-  if (htmlFile_.IsOpen()) WriteStep([&] { content_.WriteLine(htmlFile_, line, encoding_); });
+  if (htmlFile_.IsOpen())
+    WriteStep([&] { content_.WriteLine(htmlFile_, line, lines_.LineEndLength(), encoding_); });
 }
 
 // --- End
@@ -343,7 +395,7 @@ void StdMail::HeaderReader::FinishMail() {
     const std::uint64_t length = lines_.Length();
     if (length > 0) mail_.percent_ = static_cast<double>(start_) / static_cast<double>(length);
   });
-  ClosePartFiles();
+  EndPartWithMail();
   CloseFile(mailFile_);
   Swallow([&] { CloseStreamAfterMail(); });
 }
@@ -392,6 +444,13 @@ void StdMail::HeaderReader::WriteToMailFile(std::string_view line) {
 void StdMail::HeaderReader::FlushPartHeader() {
   if (!partHeader_.empty()) WriteStep([&] { mailFile_.Write(partHeader_); });
   partHeader_.clear();
+}
+
+void StdMail::HeaderReader::EndPartWithMail() {
+  for (TextWriter* const file : {&htmlFile_, &attachmentFile_}) {
+    if (file->IsOpen()) WriteStep([&] { content_.EndWithMail(*file); });
+  }
+  ClosePartFiles();
 }
 
 void StdMail::HeaderReader::ClosePartFiles() {

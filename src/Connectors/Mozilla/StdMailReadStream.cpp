@@ -7,6 +7,7 @@
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 
@@ -71,7 +72,7 @@ bool StdMail::ReadStream(std::string_view bodyfile) {
 }
 
 bool StdMail::StreamReader::Read() {
-  while (true) {
+  while (!mail_.IsStreamDone()) {
     std::string_view line = mail_.ReadStreamLine();
     if (mail_.AtMailEnd(line)) break;
     if (inHeader_) {
@@ -81,6 +82,7 @@ bool StdMail::StreamReader::Read() {
     }
   }
   FinishHeader();
+  if (file_.IsOpen()) content_.EndWithMail(file_);
   file_.Close();
   return !Headers().IsEmpty();
 }
@@ -105,7 +107,7 @@ void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
 void StdMail::StreamReader::FinishHeader() {
   if (!std::exchange(headerOpen_, false)) return;
   const std::string& header = Headers().Item(Headers().Count());
-  if (BeginsNoCase(header, "content-type:")) pair_ = BoundaryPair(GetHeaderParam(header, "boundary"));
+  if (BeginsNoCase(header, "content-type:")) pair_ = BoundaryPair(BoundaryIn(header));
 }
 
 void StdMail::StreamReader::TakeBodyLine(std::string_view line) {
@@ -125,7 +127,7 @@ void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
   } else if (file_.IsOpen() && mail_.saveFlag_ == partIndex_) {
-    content_.WriteLine(file_, line, encoding_);
+    content_.WriteLine(file_, line, mail_.lines_.LineEndLength(), encoding_);
   }
 }
 
@@ -133,11 +135,13 @@ void StdMail::StreamReader::TakeOpeningBoundary() {
   inPartHeader_ = true;
   partIndex_ = ToInt16(partIndex_ + 1);
   partIsInline_ = false;
+  encoding_ = content_.Begin(encoding_);
   Parts().Add({});
 }
 
 void StdMail::StreamReader::TakeClosingBoundary() {
   partIsInline_ = true;
+  encoding_ = content_.Begin(encoding_);
   inPartHeader_ = false;
   partIndex_ = 0;
 }
@@ -153,7 +157,7 @@ void StdMail::StreamReader::TakePartHeaderLine(std::string_view line) {
 
 void StdMail::StreamReader::EndPartHeader() {
   inPartHeader_ = false;
-  partIsInline_ = GetPartFileName(LastPart()).empty();
+  partIsInline_ = AttachmentName(LastPart(), Parts().Count()).empty();
   if (!WritesWholeMail()) return;
   file_.WriteLine(pair_.Opening());
   file_.Write(LastPart());
@@ -181,7 +185,7 @@ void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
 void StdMail::SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
                                  std::string_view dat) {
   RemoveExactFile(file);
-  lines_.Open(mailboxFile_, os::File::Mode::ReadWrite);
+  lines_.Open(mailboxFile_, ReadingMode());
   lines_.Seek(MailPosition(offset));
   saveFlag_ = attach;
   ReadStream(file);

@@ -15,6 +15,7 @@
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/RecordingRunObserver.h"
+#include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -487,6 +488,27 @@ TEST_F(ImportRunTest, MailThatHidesItsPlaceStaysAndSoDoesTheOneItNames) {
               ElementsAre("moving to Archiv", "failed Inbox at 0: one of two files called 'f' is lost",
                           "delivered Inbox at " + second, "not marked Inbox at " + third + ": HiddenPlace",
                           "delivered Inbox at " + third + ", hidden", "marking in Inbox"));
+}
+
+TEST_F(ImportRunTest, MailWithAnOwnAddressThatIsTextIsMoved) {
+  const ScopedRules rules({.ownAddress = OwnAddress::IsText});
+  std::string naming = Mail("two");
+  naming.insert(naming.find("Subject"), "Address: 0\r\n");
+  const std::string bytes = Mail("one", 250, "0008") + naming + Mail("three");
+  EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
+  EXPECT_THAT(Pasted(), ElementsAre("two", "three"));
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "two", '9'), "three", '9'));
+}
+
+TEST_F(ImportRunTest, MailboxThatCannotBeOpenedIsNamedAndTheNextOneComes) {
+  const ScopedRules rules({.brokenMails = BrokenMails::AreNamed});
+  const std::string closed = Box("Closed", Mail("one"));
+  os::WriteAttributes(closed, os::kReadOnly);
+  EXPECT_EQ(Run({"import " + closed, "import " + Box("Inbox", Mail("two"))}), 0);
+  EXPECT_THAT(Pasted(), ElementsAre("two"));
+  ASSERT_EQ(observer.events.size(), 3U);
+  EXPECT_THAT(observer.events[1], testing::StartsWith("failed Closed at 0: "));
+  EXPECT_EQ(observer.events[2], "delivered Inbox at 0");
 }
 
 TEST_F(ImportRunTest, MailThatIsNotWrittenWholeCountsAsFailedAndStays) {

@@ -3,8 +3,10 @@
 #include <filesystem>
 
 #include "Common/NumberText.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
+#include "Platform/Files.h"
 #include "Platform/NativePaths.h"
 #include "Support/ScopedRules.h"
 
@@ -763,6 +765,35 @@ TEST_F(ReadMailboxTest, MailOfTheSameIdentityIsReplaced) {
   tree.AddMailbox("p", "a", "Inbox", MailOf("1", "old") + MailOf("2", "two") + MailOf("1", "new"));
   Read("thunderbird://p/a");
   EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox two", "Account=a,Inbox new"));
+}
+
+TEST_F(ReadMailboxTest, MailsOfOneIdAreItemsOfTheirOwn) {
+  const ScopedRules rules(Rules::Today());
+  const std::string file = tree.AddMailbox(
+      "p", "a", "Inbox", MailOf("1", "old") + MailOf("2", "two") + MailOf("1", "new") + MailOf("1", "x"));
+  for (int times = 0; times < 2; ++times) {
+    Read("thunderbird://p/a");
+    EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox old", "Account=a,Inbox two", "Account=a,Inbox new",
+                                     "Account=a,Inbox x"));
+    const std::string id = connector->Item(1)->ID();
+    EXPECT_EQ(connector->Item(3)->ID(), id + "~2");
+    EXPECT_EQ(connector->Item(4)->ID(), id + "~3");
+  }
+  EXPECT_EQ(StandingOf(*connector->Item(3)), Standing::AtItsPlace);
+  const std::size_t third = ReadBytes(file).rfind("From - ", ReadBytes(file).find("Subject: new"));
+  ASSERT_TRUE(connector->DeleteItem(connector->Item(3)));
+  EXPECT_EQ(StatusOf(ReadBytes(file), third), '9');
+  EXPECT_EQ(StatusOf(ReadBytes(file), 0), '1');
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox old", "Account=a,Inbox two", "Account=a,Inbox x"));
+}
+
+TEST_F(ReadMailboxTest, MailboxThatCannotBeOpenedIsToldAndTheNextOneIsRead) {
+  const ScopedRules rules({.brokenMails = BrokenMails::AreNamed});
+  os::WriteAttributes(tree.AddMailbox("p", "a", "A", MailOf("1")), os::kReadOnly);
+  tree.AddMailbox("p", "a", "B", MailOf("2", "two"));
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,B two"));
+  EXPECT_THAT(host.Log.Lines(), testing::Contains(StartsWith("Global.Report(27,")));
 }
 
 TEST_F(ReadMailboxTest, FailedReportRisesAndTheItemsReadSoFarStay) {

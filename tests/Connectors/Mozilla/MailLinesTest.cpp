@@ -48,6 +48,20 @@ TEST_F(MailLinesTest, LinesComeInOrderEachFromItsPosition) {
   EXPECT_EQ(lines_.Position(), 16U);
 }
 
+TEST_F(MailLinesTest, LineAheadIsSeenAndStillComes) {
+  Open("a\r\nb\rc");
+  EXPECT_EQ(lines_.Read(), "a");
+  EXPECT_EQ(lines_.Peek(), "b");
+  EXPECT_EQ(lines_.Peek(), "b");
+  EXPECT_EQ(lines_.Hold(), "a");
+  EXPECT_EQ(lines_.Position(), 4U);
+  lines_.PutBack();
+  EXPECT_EQ(lines_.Position(), 1U);
+  EXPECT_THAT(Rest(), ElementsAre("a", "b", "c"));
+  EXPECT_EQ(lines_.Peek(), std::nullopt);
+  EXPECT_EQ(lines_.Hold(), "c");
+}
+
 TEST_F(MailLinesTest, AtTheEndAndWithoutAFileThereIsNoLine) {
   EXPECT_TRUE(lines_.AtEnd());
   EXPECT_TRUE(lines_.AtFileEnd());

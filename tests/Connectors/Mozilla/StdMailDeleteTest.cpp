@@ -158,6 +158,47 @@ TEST_F(StdMailDeleteTest, MailThatLivesIsReadAtItsPlace) {
   EXPECT_EQ(NumberOf([&] { ReadHeaderAt(mail_, -2); }), static_cast<int>(ErrorNumber::InvalidCall));
 }
 
+TEST_F(StdMailDeleteTest, FirstStatusOfAMailIsMarked) {
+  ChooseRules(Rules::Today());
+  const std::string mail = "From - x\nX-Mozilla-Status: 0001\nX-Mozilla-Status: 0001\nA: b\n\nend\n";
+  Open(mail);
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked);
+  std::string marked = mail;
+  marked[mail.find('1')] = '9';
+  EXPECT_EQ(Mailbox(), marked);
+  mail_.InitStream();
+  EXPECT_FALSE(mail_.ReadHeader(false));
+}
+
+TEST_F(StdMailDeleteTest, StatusWithoutAValueStaysToday) {
+  ChooseRules(Rules::Today());
+  const std::string mail = "From - x\nX-Mozilla-Status:\nA: b\n\nend\n";
+  Open(mail);
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::NoStatus);
+  EXPECT_EQ(Mailbox(), mail);
+}
+
+TEST_F(StdMailDeleteTest, ReadOnlyMailboxIsReadAndSaysThatItIs) {
+  ChooseRules({.mailboxOpening = MailboxOpening::ForReading});
+  const std::string mail = Crlf("From - x\nX-Mozilla-Status: 0001\n\ntext\nend\n\n");
+  os::WriteAttributes(folder_.Write("Inbox", mail), os::kReadOnly);
+  folder_.Write("Inbox.msf", "index");
+  mail_.InitStream();
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  mail_.CloseStream();
+  mail_.SaveAttachmentFile(folder_.Path("out"), 0, -2, "09.05.2010 14:30:05");
+  EXPECT_THAT(folder_.Read("out"), testing::HasSubstr("text"));
+  EXPECT_EQ(mail_.DeleteMail(0), Marking::ReadOnly);
+  EXPECT_EQ(mail_.DeleteMail(0, [] { return true; }), Marking::ReadOnly);
+  EXPECT_EQ(Mailbox(), mail);
+  EXPECT_TRUE(folder_.Exists("Inbox.msf"));
+  mail_.SetMailboxFile(folder_.Path("Missing"));
+  EXPECT_EQ(NumberOf([&] { mail_.InitStream(); }), static_cast<int>(ErrorNumber::FileNotFound));
+  EXPECT_FALSE(folder_.Exists("Missing"));
+}
+
 TEST_F(StdMailDeleteTest, MailWithoutStatusStaysButTheSummaryGoes) {
   const std::string text = "From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n";
   EXPECT_EQ(Delete(text), text);

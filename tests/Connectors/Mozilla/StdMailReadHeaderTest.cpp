@@ -67,6 +67,27 @@ TEST_F(StdMailReadHeaderTest, TextBeforeTheFirstSeparatorCountsAsLinesOnly) {
   EXPECT_EQ(mail_.GetHeader("address"), "11");
 }
 
+constexpr std::string_view kMailThatForgesItsStatus =
+    "From - x\nX-Mozilla-Status: 0001\nSubject: a\nX-Mozilla-Status: 0009\nTo: b\n\nend\n";
+
+TEST_F(StdMailReadHeaderTest, AnyStatusOfAMailHidesIt) {
+  OpenLines(kMailThatForgesItsStatus);
+  EXPECT_FALSE(mail_.ReadHeader(false));
+}
+
+TEST_F(StdMailReadHeaderTest, OnlyTheFirstStatusOfAMailCounts) {
+  ChooseRules({.statusHeaders = StatusHeaders::First});
+  OpenLines(kMailThatForgesItsStatus);
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.GetHeader("to"), "b");
+  EXPECT_EQ(mail_.GetHeader("x-mozilla-status"), "0001");
+  // Nor does one that seems to go on with another header.
+  OpenLines("From - x\nX-Mozilla-Status: 0001\nSubject: a\nX-Mozilla-Status: 0\n 009\n\nend\n");
+  EXPECT_TRUE(mail_.ReadHeader(false));
+  OpenLines("From - x\nX-Mozilla-Status: 0009\nX-Mozilla-Status: 0001\n\nend\n");
+  EXPECT_FALSE(mail_.ReadHeader(false));
+}
+
 TEST_F(StdMailReadHeaderTest, ExpungedMailIsPassedOver) {
   OpenLines(
       "From - x\nX-Mozilla-Status: 0009\nSubject: gone\n\nbody\n\n"
@@ -558,6 +579,29 @@ TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
   // The stream stands after the separator; the next call goes on from there.
   ASSERT_TRUE(mail_.ReadHeader(false));
   EXPECT_EQ(mail_.GetHeader("subject"), "2");
+}
+
+TEST_F(StdMailReadHeaderTest, BrokenMailIsNamedAndTheNextOneComes) {
+  ChooseRules({.brokenMails = BrokenMails::AreNamed});
+  const std::string broken = "From - x\nContent-Type: a; boundary==?x?Q?=ZZ?=\n\nbody\n\n";
+  const std::string whole = "From - y\nSubject: 2\n\nend\n\n";
+  OpenLines(broken + broken + whole + broken);
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.GetHeader("subject"), "2");
+  const auto size = static_cast<std::int32_t>(Crlf(broken).size());
+  ASSERT_EQ(mail_.Ledger().broken.size(), 2U);
+  EXPECT_EQ(mail_.Ledger().broken[0].offset, 0);
+  EXPECT_EQ(mail_.Ledger().broken[1].offset, size);
+  EXPECT_FALSE(mail_.Ledger().broken[1].why.IsEmpty());
+  EXPECT_FALSE(mail_.ReadHeader(true));
+  ASSERT_EQ(mail_.Ledger().broken.size(), 1U);
+  EXPECT_EQ(mail_.Ledger().broken[0].offset, 2 * size + static_cast<std::int32_t>(Crlf(whole).size()));
+  // So it is where no mail can be written.
+  mail_.DeleteLastTempfiles();
+  folder_.MakeFolder("tmp\\mail.eml");
+  OpenLines(whole + whole);
+  EXPECT_FALSE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.Ledger().broken.size(), 2U);
 }
 
 TEST_F(StdMailReadHeaderTest, BoundaryThatCannotBeDecodedRaises) {

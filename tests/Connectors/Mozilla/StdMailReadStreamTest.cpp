@@ -129,6 +129,28 @@ TEST_F(StdMailReadStreamTest, MailWithoutStatusLosesTheEmptyLineBehindItsHeaders
   EXPECT_EQ(mail_.Body(), "three\r\n");
 }
 
+TEST_F(StdMailReadStreamTest, ReadingAheadKeepsTheEmptyLineAndTheLastOne) {
+  ChooseRules({.readAhead = ReadAhead::Keeps});
+  OpenLines("From - x\nSubject: a\n\none\ntwo\n\nthree\nend\n", -1);
+  ASSERT_TRUE(mail_.ReadStream());
+  EXPECT_THAT(Stored(), ElementsAre("From - x", "Subject: a"));
+  EXPECT_EQ(mail_.Body(), Crlf("one\ntwo\n\nthree\nend\n"));
+  EXPECT_FALSE(mail_.ReadStream());
+  // Mails that consist of their header only.
+  for (const std::string mail :
+       {"From - x\n", "From - x\nX-Mozilla-Status: 0001\n", "From - x\nSubject: a\n\n"}) {
+    OpenLines(mail, -1);
+    EXPECT_TRUE(mail_.ReadStream()) << mail;
+    EXPECT_FALSE(mail_.ReadStream()) << mail;
+    OpenLines("From - y\nX-Mozilla-Status: 0009\n\nend\n\n" + mail, -1);
+    EXPECT_TRUE(mail_.ReadStream()) << mail;
+    EXPECT_EQ(Stored().front(), "From - x");
+    EXPECT_FALSE(mail_.ReadStream()) << mail;
+  }
+  OpenLines("From - y\nX-Mozilla-Status: 0009\n\nend\n", -1);
+  EXPECT_FALSE(mail_.ReadStream());
+}
+
 TEST_F(StdMailReadStreamTest, StatusIsFoundInAnyLetterCaseBehindOtherHeaders) {
   OpenLines(
       "From - x\nSubject: gone\nx-MOZILLA-status: 000F\n\none\n\nFrom - y\nX-Mozilla-Status: 0000\n\n1\n2\n");

@@ -124,6 +124,73 @@ INSTANTIATE_TEST_SUITE_P(
                     SeparatorRow{"From - x\nFrom - y\n\nbody\n", {"From - x"}}, SeparatorRow{"", {}},
                     SeparatorRow{"\n\n\n", {}}));
 
+class EnvelopeSeparatorTest : public StdMailTest {
+ protected:
+  EnvelopeSeparatorTest() { ChooseRules(Rules::Today()); }
+
+  // Of the mails found.
+  std::vector<std::string> SeparatorsIn(std::string_view mailbox) {
+    Open(mailbox);
+    std::vector<std::string> separators;
+    while (mail_.ReadHeader(false))
+      separators.push_back(mail_.Headers()->Item(1));
+    return separators;
+  }
+};
+
+TEST_F(EnvelopeSeparatorTest, ALineOfAnEnvelopeBeforeAHeaderBeginsAMail) {
+  for (const std::string separator :
+       {"From - Sat Nov 21 14:59:15 2026", "From alice@example.org Mon Jan  5 10:00:00 1998", "From ",
+        "From -", "From - ", "From alice@example.org", "From - alice",
+        "From alice Mon, 5 Jan 1998 10:00:00 +0200", "From joe at example.org  Mon Jan  5 10:00 MET 1998",
+        "From Mon Jan  5 9:00:00 1998"}) {
+    for (const std::string next : {"Subject: a\n\ntext\n", "X-A : b\n\ntext\n", "\ntext\n", ""}) {
+      EXPECT_THAT(SeparatorsIn(separator + "\n" + next), ElementsAre(separator)) << next;
+      EXPECT_THAT(SeparatorsIn("From - \nA: b\n\ntext\n\n" + separator + "\n" + next),
+                  ElementsAre("From - ", separator))
+          << next;
+    }
+    for (const std::string next : {"no field\n", " A: b\n", "two words: c\n", ": x\n", "\xC3\xA4: x\n"}) {
+      EXPECT_THAT(SeparatorsIn("From - \nA: b\n\ntext\n\n" + separator + "\n" + next), ElementsAre("From - "))
+          << next;
+    }
+    EXPECT_THAT(SeparatorsIn("From - \nA: b\n\ntext\n" + separator + "\nA: b\n"), ElementsAre("From - "));
+    EXPECT_THAT(SeparatorsIn("From - \nA: b\n\ntext\n\n>" + separator + "\nA: b\n"), ElementsAre("From - "));
+  }
+}
+
+TEST_F(EnvelopeSeparatorTest, ALineThatOnlyBeginsLikeOneIsText) {
+  for (const std::string line : {"From now on", "From Monday", "From - him: what he said",
+                                 "From alice@example.org and others", "from - ", "From Jan 5 to Feb 6 2010",
+                                 "From", "From:", " From - ", ">From - Sat Nov 21 14:59:15 2026"}) {
+    EXPECT_THAT(SeparatorsIn("From - \nA: b\n\n" + line + "\nNote: c\n"), ElementsAre("From - ")) << line;
+  }
+}
+
+TEST_F(EnvelopeSeparatorTest, ReadingAheadLosesNoLine) {
+  Open(
+      "From - \nX-Mozilla-Status: 0001\n\nFrom - \nno field\n\nFrom - \nX-Mozilla-Status: 0001\nA: 1\n\nx\n");
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(TempFile("mail.eml"), Crlf("From - \nX-Mozilla-Status: 0001\n\nFrom - \nno field\n\n"));
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(TempFile("mail.eml"), Crlf("From - \nX-Mozilla-Status: 0001\nA: 1\n\nx\n"));
+  EXPECT_EQ(mail_.GetHeader("address"), "50");
+  mail_.SaveAttachmentFile(folder_.Path("out"), 0, -2, "09.05.2010 14:30:05");
+  EXPECT_EQ(folder_.Read("out"), Crlf("From - \nX-Mozilla-Status: 0001\n\nFrom - \nno field\n\n"));
+}
+
+TEST_F(EnvelopeSeparatorTest, LastMailHasNotGrownByAnEnvelopeButByText) {
+  const std::string mail = "From - \nX-Mozilla-Status: 0001\n\ntext\n\n";
+  for (const std::string later : {"From bob@x Mon Jan  5 10:00:00 1998\nA: b\n", "From bob@x\nno field\n"}) {
+    Open(mail);
+    while (mail_.ReadHeader(false)) {
+    }
+    folder_.Write("Inbox", mail + later);
+    EXPECT_EQ(mail_.DeleteMail(0),
+              later.find("field") == std::string::npos ? Marking::Marked : Marking::OtherMail);
+  }
+}
+
 // --- Header store
 
 TEST_F(StdMailStreamTest, SeparatorStandsFirstWithoutKeyAndTheOffsetLast) {
@@ -184,6 +251,19 @@ TEST_F(StdMailStreamTest, AddressHeaderOfTheMailItselfKeepsThePlaceOfTheOffset) 
   ReadMailWith("Address: Main Street 1\n");
   EXPECT_EQ(mail_.GetHeader("address"), "Main Street 1");
   EXPECT_EQ(mail_.Headers()->Count(), 2);
+}
+
+TEST_F(StdMailStreamTest, OwnAddressThatIsTextLeavesThePlaceKnown) {
+  ChooseRules({.ownAddress = OwnAddress::IsText});
+  MailboxBuilder box;
+  box.Mail(kPlainHeaders).Mail("Address: 0\nSubject: b\nADDRESS: Main Street\n 1\n");
+  Open(box.Text());
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.GetHeader("address"), std::to_string(box.Offset(1)));
+  EXPECT_FALSE(mail_.Ledger().hidesOffset);
+  EXPECT_THAT(Stored(), ElementsAre(std::string(kSeparator), "Address: 0", "Subject: b",
+                                    "ADDRESS: Main Street 1", ":" + std::to_string(box.Offset(1))));
 }
 
 TEST_F(StdMailStreamTest, AddressIsTheOffsetOfTheSeparator) {
@@ -265,6 +345,16 @@ TEST_F(StdMailStreamTest, AddedHeadersFollowTheRulesOfTheStore) {
   EXPECT_THAT(Stored(), ElementsAre("Date: 1", "Received: 2", "Received: 3"));
   EXPECT_EQ(mail_.GetHeader("date"), "1");
   EXPECT_EQ(mail_.GetHeader("received"), "");
+}
+
+TEST_F(StdMailStreamTest, ContinuationOfADroppedHeaderIsLeftOutWithIt) {
+  ChooseRules({.repeatedHeaders = RepeatedHeaders::LeaveOut});
+  ReadMailWith("X-Sign: 1\n a\nSubject: s\nX-Sign: 2\n b\n c\nTo: t\n d\n");
+  EXPECT_THAT(Stored(), ElementsAre("From - x", "X-Sign: 1 a", "Subject: s", "To: t d", ":0"));
+  for (const std::string_view line : {"Content-Type: a/b;", " c=d", "X-Sign: 3", "x-sign: 4", "\te", "Cc: f"})
+    mail_.AddHeader(line);
+  EXPECT_EQ(mail_.GetHeader("content-type", true), "Content-Type: a/b;\r\n c=d");
+  EXPECT_EQ(mail_.GetHeader("x-sign"), "1 a");
 }
 
 TEST_F(StdMailStreamTest, AddedContinuationKeepsItsLineBreak) {

@@ -1,0 +1,35 @@
+// What divides the mails of a mailbox.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Rules.h"
+
+namespace vorlent {
+
+// Whether a line could separate by either set of rules. Spares nearly all lines all further tests.
+inline bool MayBeSeparator(std::string_view line) {
+  return line.starts_with("From ") || line.starts_with(">From - ");
+}
+
+// "From - " or ">From - ", whatever follows.
+bool IsDashedSeparator(std::string_view line);
+// "From ", and after it a date, the sender of the envelope, "-", or nothing.
+bool IsEnvelopeSeparator(std::string_view line);
+// Whether a mail's header can go on with a line: a field, or the end of the header. Nothing is the end of the
+// mailbox.
+bool ContinuesHeader(const std::optional<std::string_view>& line);
+
+// Whether a mail begins on a line, if that is the first one or comes after an empty one. `next` gives the
+// line after it, or nothing at the end; it is asked for few lines only, and last, so that it may take the
+// place of `line` in memory.
+template <class Next>
+bool IsSeparator(std::string_view line, Next&& next) {
+  if (!MayBeSeparator(line)) return false;
+  if (CurrentRules().separators == Separators::Dashed) return IsDashedSeparator(line);
+  return IsEnvelopeSeparator(line) && ContinuesHeader(std::forward<Next>(next)());
+}
+
+}  // namespace vorlent

@@ -1,0 +1,48 @@
+// The content of a mail's part on its way to a file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Common/TextWriter.h"
+#include "Platform/Rules.h"
+
+namespace vorlent {
+
+enum class PartEncoding { None, Base64, QuotedPrintable };
+
+// Takes over the encoding that a line of a part's header tells, if it is the one that does.
+void ReadPartEncoding(std::string_view line, PartEncoding& encoding);
+
+// Writes lines of a part's content, decoded, one part after the other.
+class PartContent {
+ public:
+  // Nothing is left then of the part before. Gives the encoding that holds until one is told, where `before`
+  // held till then.
+  PartEncoding Begin(PartEncoding before);
+
+  // `lineEndLength` is that of the line in the mailbox. Raises for a line that can't be decoded, and then
+  // writes nothing of it.
+  void WriteLine(TextWriter& file, std::string_view line, std::uint32_t lineEndLength, PartEncoding encoding);
+
+  // The part ended with its mail and not at a boundary, to which the end of the last line would belong.
+  void EndWithMail(TextWriter& file);
+
+ private:
+  void Clear();
+  void WriteText(TextWriter& file, std::string_view line, std::string_view lineEnd);
+  std::string_view DecodeQuotedPrintable(std::string_view line);
+  void DecodeBase64(TextWriter& file, std::string_view text);
+  void TakeBase64(char c);
+
+  const TransferEncodings encodings_ = CurrentRules().transferEncodings;
+  const PartLineEnds lineEnds_ = CurrentRules().partLineEnds;
+  std::string decoded_;              // kept from line to line for its memory
+  std::string_view pendingLineEnd_;  // of the line written last, until another one follows
+  bool isAfterEmptyLine_ = false;
+  std::uint32_t base64Bits_ = 0;  // that no byte has been made of yet
+  int base64BitCount_ = 0;
+};
+
+}  // namespace vorlent

@@ -1,0 +1,210 @@
+// What is kept of a mail's parts by the rules of today, in both readers.
+#include <gmock/gmock.h>
+
+#include "Connectors/Mozilla/StdMailTest.h"
+
+namespace vorlent {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class KeptWholeTest : public StdMailTest {
+ protected:
+  KeptWholeTest() { ChooseRules(Rules::Today()); }
+
+  // Reads a multipart mail of boundary B with this body, in which a line ends as it stands.
+  void Read(const std::string& body) {
+    ASSERT_TRUE(Open("From - \nX-Mozilla-Status: 0001\nContent-Type: multipart/mixed; boundary=B\n\n" + body)
+                    .ReadHeader(true));
+  }
+
+  // A part of it brought out by its number.
+  std::string BroughtOut(std::int16_t part) {
+    mail_.SaveAttachmentFile(folder_.Path("out"), 0, part, "09.05.2010 14:30:05");
+    return folder_.Read("out");
+  }
+
+  static std::string Part(const std::string& headers, const std::string& content) {
+    return "--B\n" + headers + "\n" + content + "\n";
+  }
+  static std::string File(const std::string& name, const std::string& encoding, const std::string& content) {
+    return Part("Content-Disposition: attachment; filename=" + name +
+                    "\nContent-Transfer-Encoding: " + encoding + "\n",
+                content);
+  }
+};
+
+// --- Boundaries
+
+TEST_F(KeptWholeTest, BoundaryMayEndInBlanks) {
+  Read(
+      "--B \nContent-Disposition: a; filename=f\n\none\n--B\t\nContent-Disposition: a; "
+      "filename=g\n\ntwo\n--B-- \nend\n");
+  EXPECT_EQ(TempFile("att1"), "one");
+  EXPECT_EQ(TempFile("att2"), "two");
+  EXPECT_EQ(BroughtOut(2), "two");
+}
+
+TEST_F(KeptWholeTest, PartAfterAnInnerMultipartIsFound) {
+  Read(
+      "--B\nContent-Type: multipart/related; boundary=R\n\n"
+      "--R\nContent-Type: multipart/alternative; boundary=A\n\n"
+      "--A\nContent-Type: text/plain\n\ntext\n--A\nContent-Type: text/html\n\n<p>\n--A--\n\n"
+      "--R\nContent-Type: image/png; name=i.png\n\npicture\n--R--\n\n" +
+      File("f", "7bit", "file") + "--B--\n");
+  EXPECT_EQ(mail_.Attachments()->Count(), 6);
+  EXPECT_EQ(TempFile("att5"), "picture");
+  EXPECT_EQ(TempFile("att6"), "file");
+  EXPECT_EQ(TempFile("mail.html"), "<p>");
+}
+
+TEST_F(KeptWholeTest, BoundaryOfAnInnerMultipartThatHasEndedIsText) {
+  Read("--B\nContent-Type: multipart/related; boundary=R\n\n--R\n\ntext\n" +
+       File("f", "7bit", "--R\nA: b\n\n--R--") + "--B--\n");
+  EXPECT_EQ(TempFile("att3"), "--R\nA: b\n\n--R--");
+}
+
+TEST_F(KeptWholeTest, BoundaryThatCannotBeDecodedIsNone) {
+  for (const bool wasBefore : {true, false}) {
+    ChooseRules(Rules::Today());
+    ChooseRules(
+        {.lines = LineRule::Native, .boundaries = wasBefore ? Boundaries::Exact : Boundaries::Rfc2046});
+    Open(
+        "From - \nX-Mozilla-Status: 0001\nContent-Type: multipart/mixed; boundary==?x?Q?=ZZ?=\n\ntext\n\n"
+        "From - \nX-Mozilla-Status: 0001\nSubject: next\n\ntext\n");
+    if (wasBefore) {
+      EXPECT_NE(NumberOf([&] { mail_.ReadHeader(true); }), 0);
+      continue;
+    }
+    EXPECT_TRUE(mail_.ReadHeader(true));
+    EXPECT_THAT(TempFile("mail.eml"), HasSubstr("\r\ntext\r\n"));
+    EXPECT_TRUE(mail_.ReadHeader(true));
+    EXPECT_EQ(mail_.GetHeader("subject"), "next");
+    EXPECT_THAT(BroughtOut(-2), HasSubstr("\r\ntext\r\n"));
+  }
+}
+
+TEST_F(KeptWholeTest, SignatureMarkIsNoBoundary) {
+  Open("From - \nX-Mozilla-Status: 0001\n\ntext\n-- \nAnna\n--\nBerlin\n----\nend\n");
+  EXPECT_THAT(BroughtOut(-2), HasSubstr(Crlf("\ntext\n-- \nAnna\n--\nBerlin\n----\nend\n")));
+}
+
+// --- Encodings
+
+TEST_F(KeptWholeTest, Base64GoesOnAcrossLinesOfAnyLength) {
+  std::string bytes;
+  for (int i = 0; i < 100'000; ++i)
+    bytes += static_cast<char>(i * 7 % 251);
+  const std::string text = Base64Encode(bytes);
+  for (const std::size_t width : {1u, 3u, 31u, 33u, 75u, 76u, 77u, 1000u, 32'769u, 200'000u}) {
+    std::string lines;
+    for (std::size_t at = 0; at < text.size(); at += width)
+      lines += (at == 0 ? "" : "\n") + text.substr(at, width);
+    Read(File("f", "base64", lines) + "--B--\n");
+    EXPECT_EQ(TempFile("att1"), bytes) << width;
+    EXPECT_EQ(BroughtOut(1), bytes) << width;
+    EXPECT_TRUE(mail_.Ledger().IsWhole());
+  }
+}
+
+TEST_F(KeptWholeTest, Base64PassesOverWhatIsNotOfItsAlphabet) {
+  const std::string text(90, 'x');
+  std::string base64 = Base64Encode(text);
+  for (const std::size_t at : {100u, 64u, 33u, 5u, 0u})
+    base64.insert(at, "\xE4 -");
+  Read(File("f", "base64", base64) + File("g", "base64", "YQ") + File("h", "base64", "YQ==\nYg==") +
+       "--B--\n");
+  EXPECT_EQ(TempFile("att1"), text);
+  EXPECT_EQ(TempFile("att2"), "a");
+  EXPECT_EQ(TempFile("att3"), "ab");
+}
+
+TEST_F(KeptWholeTest, QuotedPrintableKeepsUnderscoresAndBadCodes) {
+  const std::string text = "a_b=3D=c3=A4=\n  c= \t\nd=G1 e=\t\n=4\n100% = x  \nend=";
+  Read(File("f", "quoted-printable", text) + "--B--\n");
+  EXPECT_EQ(TempFile("att1"), "a_b=\xC3\xA4  cd=G1 e=4\n100% = x\nend");
+  EXPECT_EQ(BroughtOut(1), TempFile("att1"));
+  EXPECT_TRUE(mail_.Ledger().IsWhole());
+}
+
+TEST_F(KeptWholeTest, EncodingEndsWithItsPart) {
+  Read(File("f", "base64", "YWJj") + Part("Content-Disposition: a; filename=g\n", "plain") +
+       "--B--\nplain too\n");
+  EXPECT_EQ(BroughtOut(1), "abc");
+  EXPECT_EQ(BroughtOut(2), "plain");
+  EXPECT_EQ(BroughtOut(0), "plain too\n");
+}
+
+// --- Line ends
+
+TEST_F(KeptWholeTest, LinesOfAPartEndAsInTheMailbox) {
+  Read(File("f", "7bit", "a\n\nb\r\nc") + File("g", "quoted-printable", "a\r\nb=\r\nc\n") +
+       File("h", "8bit", "") + "--B--\n");
+  EXPECT_EQ(TempFile("att1"), "a\n\nb\r\nc");
+  EXPECT_EQ(TempFile("att2"), "a\r\nbc\n");
+  EXPECT_EQ(TempFile("att3"), "");
+  for (const std::int16_t part : {std::int16_t{1}, std::int16_t{2}, std::int16_t{3}})
+    EXPECT_EQ(BroughtOut(part), TempFile("att" + std::to_string(part)));
+}
+
+TEST_F(KeptWholeTest, PartThatEndsWithItsMailIsWhole) {
+  const std::string next = "From - \nX-Mozilla-Status: 0001\n\nnext\n";
+  for (const std::string& after : {std::string("\n") + next, std::string("\n"), std::string()}) {
+    Read(File("f", "7bit", "a\n\nb") + after);
+    EXPECT_EQ(TempFile("att1"), "a\n\nb\n") << after;
+    EXPECT_EQ(BroughtOut(1), "a\n\nb\n") << after;
+    Read(File("f", "base64", "YWJj\nZGVm") + after);
+    EXPECT_EQ(TempFile("att1"), "abcdef") << after;
+    EXPECT_EQ(BroughtOut(1), "abcdef") << after;
+  }
+}
+
+// --- Names
+
+TEST_F(KeptWholeTest, AttachmentWithoutANameGetsOne) {
+  Read(Part("Content-Type: text/plain\n", "text") + Part("Content-Disposition: attachment\n", "one") +
+       Part("Content-Type: image/png\nContent-Transfer-Encoding: base64\n", "YQ==") +
+       Part("Content-Type: message/rfc822\n", "Subject: inner\n\ninner text") +
+       Part("Content-Type: application/x-some-thing\n", "four") +
+       Part("Content-Type: image/gif; name=\"i.gif\"\nContent-Disposition: inline\n", "five") +
+       Part("Content-Type: message/delivery-status\n", "six") + "--B--\n");
+  const std::string record = mail_.GetData("", true);
+  for (const std::string name : {"part2.txt", "part3.png", "part4.eml", "part5", "i.gif"}) {
+    EXPECT_THAT(record, HasSubstr("\\nfile=" + name + "\\n")) << record;
+    EXPECT_TRUE(HasTempFile(name));
+  }
+  EXPECT_THAT(record, Not(HasSubstr("DataFileAttach6")));
+  EXPECT_EQ(TempFile("part3.png"), "a");
+  EXPECT_EQ(TempFile("part4.eml"), "Subject: inner\n\ninner text");
+  EXPECT_EQ(BroughtOut(4), "Subject: inner\n\ninner text");
+}
+
+TEST_F(KeptWholeTest, PartWithoutANameIsInlineByTheRulesOfOld) {
+  ChooseRules({.lines = LineRule::Native});
+  Read(Part("Content-Type: image/png\nContent-Transfer-Encoding: base64\n", "YQ==") + "--B--\n");
+  EXPECT_THAT(mail_.GetData("", true), Not(HasSubstr("DataFileAttach")));
+  EXPECT_THAT(TempFile("mail.eml"), HasSubstr("YQ=="));
+}
+
+TEST_F(KeptWholeTest, AttachmentsOfOneNameAreAllKept) {
+  Read(File("a.b.txt", "7bit", "one") + File("a.b.txt", "7bit", "two") + File("A.B.TXT", "7bit", "three") +
+       File("mail.eml", "7bit", "four") + File("att6", "7bit", "five") + File("att6", "7bit", "six") +
+       "--B--\n");
+  const std::string record = mail_.GetData("", true);
+  EXPECT_TRUE(mail_.Ledger().IsWhole());
+  EXPECT_EQ(TempFile("a.b.txt"), "one");
+  EXPECT_EQ(TempFile("a.b (2).txt"), "two");
+  EXPECT_EQ(TempFile("A.B (3).TXT"), "three");
+  EXPECT_EQ(TempFile("mail (2).eml"), "four");
+  EXPECT_THAT(TempFile("mail.eml"), HasSubstr("Content-Type: multipart/mixed"));
+  EXPECT_EQ(TempFile("att6 (2)"), "five");
+  EXPECT_EQ(TempFile("att6"), "six");
+  EXPECT_THAT(record, HasSubstr("a.b (2).txt\\nfile=a.b.txt\\n"));
+  mail_.DeleteLastTempfiles();
+  EXPECT_FALSE(HasTempFile("a.b (2).txt"));
+}
+
+}  // namespace
+}  // namespace vorlent
