@@ -71,7 +71,9 @@ void Accounts(const std::string& profile, std::string_view prefs) {
     if (std::count(entry.begin(), entry.end(), '\n') != 2 || entry.find('\r') != std::string::npos) return;
     const DiscoveryEntry account = SplitDiscoveryEntry(entry);
     Require(account.location == "x://" + account.text + "/*");
-    Require(account.path.empty() || account.path.ends_with('\\'));
+    // What holds "://" is closed as an address is.
+    const bool isAddress = account.path.find("://") != std::string::npos;
+    Require(account.path.empty() || account.path.ends_with(isAddress ? '/' : '\\'));
     if (account.text == "*" || names.HasKey(account.text)) continue;
     Swallow([&] { names.Add(account.text, account.text); });
     const KeyedList<std::string> found = GetAccounts("", account.text, profile);
