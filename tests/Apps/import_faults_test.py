@@ -248,10 +248,18 @@ class ImportFaults(ProgramCase):
 
     # --- Other programs at the same files
 
-    def test_read_only_mailbox_is_not_moved(self):
+    def test_read_only_mailbox_is_imported_and_keeps_its_mails(self):
         self.fill(3)
         self.inbox.chmod(0o444)
         code, _, err = self.run_program(*self.importing())
+        self.assertEqual((code, self.account(err)), (1, (3, 3, 0, 0)), err)
+        self.assertEqual(err.count("not marked as deleted: the mailbox may not be written"), 3)
+        self.assertEqual((self.marked(), len(self.archived())), ([], 3))
+
+    def test_read_only_mailbox_is_not_moved_by_the_rules_of_old(self):
+        self.fill(3)
+        self.inbox.chmod(0o444)
+        code, _, err = self.run_program(*self.importing(), "--rules", "windows")
         self.assertEqual((code, self.account(err)), (3, (0, 0, 0, 0)), err)
         self.assertRegex(err, r"Inbox: .*read-only")
         self.assertEqual((self.marked(), self.archived()), ([], []))
@@ -262,7 +270,7 @@ class ImportFaults(ProgramCase):
         process.send_signal(signal.SIGCONT)
         code, _, err = self.finish(process)
         self.assertEqual((code, self.account(err)), (1, (len(self.mails), len(self.mails), 0, 0)), err)
-        self.assertRegex(err, r"Inbox: .*read-only")
+        self.assertIn("not marked as deleted: the mailbox may not be written", err)
         self.assertEqual(self.marked(), [])
         self.inbox.chmod(0o644)
         self.expect_next_import_completes_it()
