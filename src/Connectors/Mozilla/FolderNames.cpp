@@ -23,7 +23,7 @@ bool FoldersHaveShownNames() {
 }
 
 bool IsPathOfWindows(std::string_view path) {
-  return path.substr(1, 2) == ":\\" || path.starts_with("\\\\");
+  return (path.size() > 2 && path.substr(1, 2) == ":\\") || path.starts_with("\\\\");
 }
 
 // A name of several lines, or with other characters that aren't to be seen, is none to show.

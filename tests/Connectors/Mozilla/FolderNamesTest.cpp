@@ -98,6 +98,13 @@ TEST_F(FolderNamesTest, NameThatCanNotBeShownLeavesThatOfTheFile) {
   }
 }
 
+TEST_F(FolderNamesTest, SummaryWithoutAPathNamesNoFolder) {
+  for (const std::string key : {".msf", "C.msf", "C:.msf", "f.msf"}) {
+    WriteCache("{\"" + key + "\":{\"folderName\":\"wrong\"}}");
+    EXPECT_EQ(ShownAnew("f"), "f") << key;
+  }
+}
+
 TEST_F(FolderNamesTest, LastOfSeveralCounts) {
   WriteCache("{\"" + In("f.msf") + "\":{\"folderName\":\"A\",\"folderName\":\"B\"},\"" + In("g.msf") +
              "\":{\"folderName\":\"C\"},\"" + In("g.msf") + "\":{\"folderName\":\"D\"}}");
