@@ -15,7 +15,7 @@ namespace vorlent {
 
 // Reads every mail of the command's mailboxes, makes an item of the target Location of each and moves its
 // files into it; with "action move" the imported mails of a mailbox are deleted after its last one. Reports
-// progress and speed, and yields to the host between mails, which is when a wish to stop is seen.
+// progress and speed, and after each mail yields to the platform and asks the host whether it was cancelled.
 //
 // Runs on the host's thread; what the host does in the yields must not begin another run on the same objects.
 //

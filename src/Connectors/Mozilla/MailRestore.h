@@ -20,8 +20,8 @@ inline constexpr std::int16_t kQuotedPrintableFile = 2;
 // file of exactly 54 bytes comes out as one empty line.
 void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode);
 
-// Writes each attachment of the item as a part after a boundary line, named by the rules in
-// force (AttachmentHeaders.h). A failed call of the item rises.
+// Writes each attachment of the item as a part after a boundary line, named by the rules in force
+// (AttachmentHeaders.h). A failed call of the item rises.
 void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundaryLine);
 
 // Whether the item has attachments; a failed call of the item rises.

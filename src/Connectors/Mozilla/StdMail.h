@@ -31,8 +31,8 @@ bool& NoThunderbirdCheck();
 // (MailSeparator.h) at the beginning of the stream or after an empty line. Mails whose X-Mozilla-Status has
 // the bit of value 8 are skipped.
 //
-// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). Mailboxes above 2
-// GB can't be read: a position beyond that raises Overflow.
+// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). Mailboxes above
+// 2 GB can't be read: a position beyond that raises Overflow.
 class StdMail : public Object {
  public:
   using TextList = KeyedList<std::string>;

@@ -23,7 +23,7 @@ namespace {
 
 // Bits of the status.
 constexpr std::int32_t kRead = 1;
-constexpr std::int32_t kReplied = 4;
+constexpr std::int32_t kFlagged = 4;
 
 // The value that a step makes, "" if the step fails.
 template <class Step>
@@ -142,7 +142,7 @@ std::string StdMail::RecordWriter::Attributes() const {
   const std::int32_t status = ReadHexNumber(mail_.GetHeader("x-mozilla-status"));
   std::string attributes;
   if ((status & kRead) != 0) attributes += 'R';
-  if ((status & kReplied) != 0) attributes += 'P';
+  if ((status & kFlagged) != 0) attributes += 'P';
   return attributes;
 }
 
