@@ -386,8 +386,9 @@ class CommandLine(ProgramCase):
 
     def test_mailbox_of_other_programs_is_read_mail_by_mail(self):
         box = self.samples / INBOX
-        text = (b"From a@b.c Mon Jan  5 10:00:00 1998\nSubject: one\nMessage-ID: <1>\nDKIM: 1\nTo: x@y.z\nDKIM: 2\n 3\n\nDear X,\n\n"
-                b"From now on\n>From - me\n\n>From - \nA: b\n\nFrom \nSubject: two\nMessage-ID: <2>\n\nlast line")
+        text = (b"From a@b.c Mon Jan  5 10:00:00 1998\nSubject: one\nMessage-ID: <1>\nDKIM: 1\nTo: x@y.z\n"
+                b"DKIM: 2\n 3\n\nDear X,\n\nFrom now on\n>From - me\n\n>From - \nA: b\n\n"
+                b"From \nSubject: two\nMessage-ID: <2>\n\nlast line")
         box.write_bytes(text)
         self.assertEqual([item["Text"] for item in self.read(LOCAL + "/Inbox/-")], ["one", "two"])
         self.assertEqual(self.read(LOCAL + "/Inbox/-")[0]["Data"]["To"], "x@y.z")
