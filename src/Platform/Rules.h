@@ -118,6 +118,12 @@ enum class Boundaries {
   Rfc2046,  // Those of all boundaries that parts are nested in; blanks may follow.
 };
 
+// Text after the boundary that closes the mail.
+enum class Epilogues {
+  Dropped,  // It belongs to no mail.
+  Kept,     // It is text of the mail, unless there are empty lines only.
+};
+
 // What the encodings of parts do with what isn't foreseen.
 enum class TransferEncodings {
   LineByLine,  // Each base64 line for itself; "_" is a blank in quoted-printable text, bad codes lose it.
@@ -146,6 +152,12 @@ enum class SameNames {
 enum class MailboxOpening {
   ForWriting,  // It is made if it is missing; one that may not be written can't be read.
   ForReading,
+};
+
+// The mailbox's summary file, after a mail was to be marked.
+enum class Summaries {
+  AlwaysRemoved,
+  RemovedWithAMark,  // It stays where nothing was changed.
 };
 
 // What a mail that can't be read does to the run.

@@ -41,9 +41,10 @@ bool IsTime(std::string_view word) {
          std::ranges::all_of(word, [](char c) { return IsDigit(c) || c == ':'; });
 }
 
-// A month, a time and a year, as in "Sat Nov 21 14:59:15 2026", in whatever order and with whatever zone.
+// A month, a time and a year, as in "Sat Nov 21 14:59:15 2026", in whatever order and with whatever zone. The
+// mail client's dash tells enough to let the month be of any language.
 bool HasDate(std::string_view text) {
-  bool hasMonth = false, hasTime = false, hasYear = false;
+  bool hasMonth = text.starts_with("- "), hasTime = false, hasYear = false;
   while (!text.empty()) {
     const std::string_view word = CutWordView(text);
     hasMonth = hasMonth || IsMonth(word);

@@ -118,6 +118,8 @@ std::string StdMail::RecordWriter::Write(std::string_view kw) {
 void StdMail::RecordWriter::AddAttachments() {
   const TextList& parts = *mail_.attachments_;
   const std::int32_t last = std::min<std::int32_t>(parts.Count(), std::numeric_limits<std::int16_t>::max());
+  if (saved_ && parts.Count() > last)
+    mail_.ledger_.NoteLoss({.reason = "it has more parts than can be told"});
   for (std::int32_t position = 1; position <= last; ++position) {
     const std::string name = ValueOf([&] { return AttachmentName(parts.Item(position), position); });
     if (name.empty()) continue;

@@ -85,6 +85,12 @@ bool IsReadOnly(const Failure& failure) {
   return CurrentRules().mailboxOpening == MailboxOpening::ForReading && failure.Is(ErrorNumber::PathAccess);
 }
 
+// Whether the summary tells of a mailbox that isn't so any more.
+bool MustSummaryGo(Marking result) {
+  return CurrentRules().summaries == Summaries::AlwaysRemoved || result == Marking::Marked ||
+         result == Marking::BadStatus;
+}
+
 }  // namespace
 
 bool& NoThunderbirdCheck() {
@@ -103,7 +109,7 @@ Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& is
     if (!isKnown || !IsGone(failure)) throw;
     result = Marking::OtherMail;
   }
-  RemoveExactFile(mailboxFile_ + std::string(kSummary));
+  if (MustSummaryGo(result)) RemoveExactFile(mailboxFile_ + std::string(kSummary));
   return result;
 }
 

@@ -93,12 +93,19 @@ std::string_view BoundaryPair::Comparable(std::string_view line) const {
 
 namespace {
 
+// Whether another part shows this one, which then stays with it in the mail.
+bool IsReferredTo(const std::string& partHeader) {
+  const std::string header = LowerCase(partHeader);
+  return header.starts_with("content-id:") || header.find("\ncontent-id:") != std::string::npos;
+}
+
 // RFC 2183: what isn't meant to be shown with the mail is an attachment; so is what can't be.
 bool IsAttachment(const std::string& partHeader) {
   const std::string type = LowerCase(GetPartContentType(partHeader));
   if (type.starts_with("multipart/")) return false;
   if (EqualNoCase(GetPartDisposition(partHeader), "attachment") || type == "message/rfc822") return true;
-  return !type.empty() && !type.starts_with("text/") && !type.starts_with("message/");
+  return !IsReferredTo(partHeader) && !type.empty() && !type.starts_with("text/") &&
+         !type.starts_with("message/");
 }
 
 // Programs know a file by its ending, which mostly is the name of the type's second half.

@@ -49,6 +49,8 @@ class StdMail::HeaderReader {
   bool TakeBodyLine(std::string_view line);
   bool EndsPart(std::string_view line, bool (BoundaryPair::*is)(std::string_view) const);
   void TakeOpeningBoundary(std::string_view line);
+  bool BeginEpilogue();
+  bool HasEpilogue();
   void TakeClosingBoundary(std::string_view line);
   void TakePartHeaderLine(std::string_view line);
   void EndPartHeader();
@@ -285,7 +287,7 @@ bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
     TakeOpeningBoundary(line);
   } else if (BoundaryPair::MayMatch(line) && EndsPart(line, &BoundaryPair::IsClosing)) {
     TakeClosingBoundary(line);
-    return !mailPair_.IsClosing(line);
+    return !mailPair_.IsClosing(line) || BeginEpilogue();
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
   } else {
@@ -324,6 +326,31 @@ void StdMail::HeaderReader::TakeClosingBoundary(std::string_view line) {
     FlushPartHeader();
     WriteToMailFile(line);
   }
+  if (CurrentRules().boundaries == Boundaries::Rfc2046) inPartHeader_ = false;
+}
+
+// Whether the mail goes on after its closing boundary, as text in which nothing is a boundary any more.
+bool StdMail::HeaderReader::BeginEpilogue() {
+  if (CurrentRules().epilogues == Epilogues::Dropped || !waitForFrom_ || !HasEpilogue()) return false;
+  boundary_.clear();
+  return true;
+}
+
+// Whether text comes before the next mail. All lines that are looked at come again.
+bool StdMail::HeaderReader::HasEpilogue() {
+  bool hasText = false;
+  mail_.ReadStep([&] {
+    mail_.lastLineEmpty_ = true;
+    while (!hasText && !lines_.AtEnd()) {
+      std::string_view line = lines_.Read();
+      const bool begins = mail_.IsFromLine(line);
+      lines_.Keep();
+      if (begins) break;
+      hasText = !line.empty();
+    }
+  });
+  lines_.PutBackKept();
+  return hasText;
 }
 
 void StdMail::HeaderReader::TakePartHeaderLine(std::string_view line) {
@@ -359,8 +386,10 @@ void StdMail::HeaderReader::BeginAttachment() {
 }
 
 void StdMail::HeaderReader::AwaitPair(std::string_view boundary) {
+  // Nobody nests deeper, and each line that begins as a boundary is compared to all.
+  constexpr std::size_t kDeepest = 100;
   if (CurrentRules().boundaries == Boundaries::Exact) subPairs_.clear();
-  subPairs_.emplace_back(boundary);
+  if (subPairs_.size() < kDeepest) subPairs_.emplace_back(boundary);
 }
 
 void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
@@ -451,6 +480,8 @@ void StdMail::HeaderReader::EndPartWithMail() {
     if (file->IsOpen()) WriteStep([&] { content_.EndWithMail(*file); });
   }
   ClosePartFiles();
+  // A part header that no empty line has ended is no attachment's.
+  if (CurrentRules().boundaries == Boundaries::Rfc2046) FlushPartHeader();
 }
 
 void StdMail::HeaderReader::ClosePartFiles() {

@@ -38,6 +38,51 @@ class KeptWholeTest : public StdMailTest {
 
 // --- Boundaries
 
+constexpr char kNext[] = "From - \nX-Mozilla-Status: 0001\nSubject: next\n\ntext\n";
+
+TEST_F(KeptWholeTest, TextAfterTheClosingBoundaryIsOfTheMail) {
+  for (const std::string before : {"", "\n", "\n\n"}) {
+    Read(Part("", "text") + "--B--\n" + before + "footer\n--B\nmore\n\n" + kNext);
+    EXPECT_TRUE(mail_.Ledger().IsWhole());
+    EXPECT_THAT(TempFile("mail.eml"),
+                testing::EndsWith("--B--\r\n" + Crlf(before) + "footer\r\n--B\r\nmore\r\n\r\n"));
+    EXPECT_EQ(mail_.Attachments()->Count(), 1);
+    ASSERT_TRUE(mail_.ReadHeader(true));
+    EXPECT_EQ(mail_.GetHeader("subject"), "next");
+    EXPECT_FALSE(mail_.ReadHeader(true));
+  }
+}
+
+TEST_F(KeptWholeTest, EmptyLinesAfterTheClosingBoundaryAreNoText) {
+  for (const std::string after : {"", "\n", "\n\n"}) {
+    Read(Part("", "text") + "--B--\n" + after + kNext);
+    EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--B--\r\n")) << after.size();
+    const double size = mail_.ReadCount();
+    ASSERT_TRUE(mail_.ReadHeader(true));
+    EXPECT_EQ(mail_.GetHeader("subject"), "next");
+    EXPECT_FALSE(mail_.ReadHeader(true));
+    Read(Part("", "text") + "--B--\n" + after);
+    EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--B--\r\n"));
+    EXPECT_EQ(mail_.ReadCount(), size);
+    EXPECT_FALSE(mail_.ReadHeader(true));
+  }
+}
+
+TEST_F(KeptWholeTest, TextAfterTheClosingBoundaryIsLostByTheRulesOfOld) {
+  ChooseRules({.lines = LineRule::Native});
+  Read(Part("", "text") + "--B--\n\nfooter\n\n" + kNext);
+  EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--B--\r\n"));
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.GetHeader("subject"), "next");
+}
+
+TEST_F(KeptWholeTest, PartHeaderThatDoesNotEndIsText) {
+  Read(Part("", "text") + "--B\nHello, my text");
+  EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--B\r\nHello, my text\r\n"));
+  Read("--B\nContent-Type: multipart/x; boundary=R\n\n--R\nA: b\n--R--\ntext\n\n--B--\n");
+  EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--R\r\nA: b\r\n--R--\r\ntext\r\n\r\n--B--\r\n"));
+}
+
 TEST_F(KeptWholeTest, BoundaryMayEndInBlanks) {
   Read(
       "--B \nContent-Disposition: a; filename=f\n\none\n--B\t\nContent-Disposition: a; "
@@ -186,6 +231,13 @@ TEST_F(KeptWholeTest, PartWithoutANameIsInlineByTheRulesOfOld) {
   Read(Part("Content-Type: image/png\nContent-Transfer-Encoding: base64\n", "YQ==") + "--B--\n");
   EXPECT_THAT(mail_.GetData("", true), Not(HasSubstr("DataFileAttach")));
   EXPECT_THAT(TempFile("mail.eml"), HasSubstr("YQ=="));
+}
+
+TEST_F(KeptWholeTest, PictureThatTheTextShowsStaysWithIt) {
+  Read(Part("Content-Type: text/html\n", "<img src=\"cid:x\">") +
+       Part("Content-Type: image/png\nContent-ID: <x>\n", "picture") + "--B--\n");
+  EXPECT_THAT(mail_.GetData("", true), Not(HasSubstr("DataFileAttach")));
+  EXPECT_THAT(TempFile("mail.eml"), HasSubstr("Content-ID: <x>\r\n\r\npicture\r\n"));
 }
 
 TEST_F(KeptWholeTest, AttachmentsOfOneNameAreAllKept) {

@@ -199,6 +199,15 @@ TEST_F(StdMailDeleteTest, ReadOnlyMailboxIsReadAndSaysThatItIs) {
   EXPECT_FALSE(folder_.Exists("Missing"));
 }
 
+TEST_F(StdMailDeleteTest, SummaryStaysWhereNothingWasMarked) {
+  ChooseRules({.summaries = Summaries::RemovedWithAMark});
+  const std::string noStatus = "From - x\r\nSubject: a\r\n\r\n";
+  EXPECT_EQ(Delete(noStatus), noStatus);
+  EXPECT_TRUE(folder_.Exists("Inbox.msf"));
+  Delete("From - x\r\nX-Mozilla-Status: 0001\r\n\r\n");
+  EXPECT_FALSE(folder_.Exists("Inbox.msf"));
+}
+
 TEST_F(StdMailDeleteTest, MailWithoutStatusStaysButTheSummaryGoes) {
   const std::string text = "From - x\r\nSubject: a\r\n\r\nX-Mozilla-Status: 0001\r\n";
   EXPECT_EQ(Delete(text), text);

@@ -143,7 +143,7 @@ TEST_F(EnvelopeSeparatorTest, ALineOfAnEnvelopeBeforeAHeaderBeginsAMail) {
        {"From - Sat Nov 21 14:59:15 2026", "From alice@example.org Mon Jan  5 10:00:00 1998", "From ",
         "From -", "From - ", "From alice@example.org", "From - alice",
         "From alice Mon, 5 Jan 1998 10:00:00 +0200", "From joe at example.org  Mon Jan  5 10:00 MET 1998",
-        "From Mon Jan  5 9:00:00 1998"}) {
+        "From Mon Jan  5 9:00:00 1998", "From - Mo Okt 12 14:59:15 2026"}) {
     for (const std::string next : {"Subject: a\n\ntext\n", "X-A : b\n\ntext\n", "\ntext\n", ""}) {
       EXPECT_THAT(SeparatorsIn(separator + "\n" + next), ElementsAre(separator)) << next;
       EXPECT_THAT(SeparatorsIn("From - \nA: b\n\ntext\n\n" + separator + "\n" + next),
@@ -160,9 +160,10 @@ TEST_F(EnvelopeSeparatorTest, ALineOfAnEnvelopeBeforeAHeaderBeginsAMail) {
 }
 
 TEST_F(EnvelopeSeparatorTest, ALineThatOnlyBeginsLikeOneIsText) {
-  for (const std::string line : {"From now on", "From Monday", "From - him: what he said",
-                                 "From alice@example.org and others", "from - ", "From Jan 5 to Feb 6 2010",
-                                 "From", "From:", " From - ", ">From - Sat Nov 21 14:59:15 2026"}) {
+  for (const std::string line :
+       {"From now on", "From Monday", "From - him: what he said", "From alice@example.org and others",
+        "from - ", "From Jan 5 to Feb 6 2010", "From Mo Okt 12 14:59:15 2026", "From", "From:", " From - ",
+        ">From - Sat Nov 21 14:59:15 2026"}) {
     EXPECT_THAT(SeparatorsIn("From - \nA: b\n\n" + line + "\nNote: c\n"), ElementsAre("From - ")) << line;
   }
 }
