@@ -338,6 +338,9 @@ bool StdMail::HeaderReader::BeginEpilogue() {
 
 // Whether text comes before the next mail. All lines that are looked at come again.
 bool StdMail::HeaderReader::HasEpilogue() {
+  // So many empty lines are text themselves: what is looked at is held in memory.
+  constexpr int kMostEmptyLines = 1000;
+  int emptyLines = 0;
   bool hasText = false;
   mail_.ReadStep([&] {
     mail_.lastLineEmpty_ = true;
@@ -346,7 +349,7 @@ bool StdMail::HeaderReader::HasEpilogue() {
       const bool begins = mail_.IsFromLine(line);
       lines_.Keep();
       if (begins) break;
-      hasText = !line.empty();
+      hasText = !line.empty() || ++emptyLines > kMostEmptyLines;
     }
   });
   lines_.PutBackKept();

@@ -68,6 +68,25 @@ TEST_F(KeptWholeTest, EmptyLinesAfterTheClosingBoundaryAreNoText) {
   }
 }
 
+TEST_F(KeptWholeTest, ManyEmptyLinesAfterTheClosingBoundaryAreText) {
+  const std::string many(3000, '\n');
+  Read(Part("", "text") + "--B--\n" + many + kNext);
+  EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--B--\r\n" + Crlf(many)));
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.GetHeader("subject"), "next");
+}
+
+TEST_F(KeptWholeTest, PartsThatCanNotBeToldAreNotedAsLost) {
+  for (const int parts : {32767, 32768}) {
+    std::string body;
+    for (int i = 0; i < parts; ++i)
+      body += "--B\n\n";
+    Read(body + "--B--\n");
+    mail_.GetData("", true);
+    EXPECT_EQ(mail_.Ledger().IsWhole(), parts == 32767);
+  }
+}
+
 TEST_F(KeptWholeTest, TextAfterTheClosingBoundaryIsLostByTheRulesOfOld) {
   ChooseRules({.lines = LineRule::Native});
   Read(Part("", "text") + "--B--\n\nfooter\n\n" + kNext);
