@@ -172,6 +172,12 @@ enum class EqualIds {
   Numbered,  // Each is an item; the ID of a second one ends in "~2".
 };
 
+// How lists and logs show paths.
+enum class ShownPaths {
+  OfComponent,  // As the component holds them: by drives.
+  Native,       // As the system has them. Such a path is also taken for the address of what lies there.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

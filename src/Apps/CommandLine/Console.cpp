@@ -3,11 +3,12 @@
 #include <cstdio>
 
 #include "Apps/CommandLine/Session.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::app {
 
 void Console::ProgressOpened(std::string_view title) {
-  if (!muted_) bar_.Open(Shown(title));
+  if (!muted_) bar_.Open(Shown(WithShownPaths(title)));
 }
 
 void Console::ProgressMoved(double percent) {
@@ -19,15 +20,15 @@ void Console::ProgressClosed() {
 }
 
 void Console::StatusChanged(std::string_view text) {
-  if (!muted_ && !text.empty()) bar_.Title(Shown(text));
+  if (!muted_ && !text.empty()) bar_.Title(Shown(WithShownPaths(text)));
 }
 
 void Console::LogLine(std::string_view line) {
-  if (verbose_ && !muted_) Say(Shown(line));
+  if (verbose_ && !muted_) Say(Shown(WithShownPaths(line)));
 }
 
 void Console::DatabaseLogLine(std::string_view line) {
-  if (databaseLog_ && !muted_) Say(Shown(line));
+  if (databaseLog_ && !muted_) Say(Shown(WithShownPaths(line)));
 }
 
 void Console::Remarked(const Cause& what) {
@@ -40,15 +41,15 @@ void Console::LocationUnreadable(const Cause& why) {
 
 void Console::ErrorRaised(std::int32_t kind, std::string_view, bool flag, std::string_view text) {
   if (kind == HostError::kMissing) {
-    NoteError({Shown(text)});
+    NoteError({Shown(WithShownPaths(text))});
   } else if (!flag) {
     // All other kinds tell of calls of the calendar database, whose log has those that went well.
-    NoteError({"the database refused: " + Shown(text)});
+    NoteError({"the database refused: " + Shown(WithShownPaths(text))});
   }
 }
 
 void Console::ErrorRaisedForDrive(std::string_view, std::string_view text) {
-  NoteError({Shown(text), true});
+  NoteError({Shown(WithShownPaths(text)), true});
 }
 
 void Console::ItemPasted(std::string_view, const ItemPtr&) {
@@ -67,9 +68,9 @@ void Console::Complain(std::string_view utf8) {
 
 void Console::BoxShown(std::string_view text, std::string_view title, bool isError) {
   if (isError) {
-    NoteError({Shown(text)});
+    NoteError({Shown(WithShownPaths(text))});
   } else if (!muted_) {
-    Complain(Shown(title) + ": " + Shown(text));
+    Complain(Shown(WithShownPaths(title)) + ": " + Shown(WithShownPaths(text)));
   }
 }
 
@@ -86,7 +87,7 @@ MessageAnswer ConsolePlatform::ShowMessage(std::string_view text, std::string_vi
     return MessageAnswer::Ok;
   }
   console_.Say("");
-  return SystemPlatform::ShowMessage(text, title, icon, buttons);
+  return SystemPlatform::ShowMessage(WithShownPaths(text), WithShownPaths(title), icon, buttons);
 }
 
 }  // namespace vorlent::app

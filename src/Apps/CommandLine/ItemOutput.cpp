@@ -12,7 +12,9 @@
 #include "Common/StdModul.h"
 #include "Host/FileKeys.h"
 #include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
 #include "Standalone/ItemFinder.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::app {
 
@@ -24,6 +26,23 @@ std::string AttachmentCount(const StandaloneItem& item) {
     if (DescribesAttachment(item.DataKey(i))) ++count;
   }
   return count == 0 ? std::string() : std::to_string(count);
+}
+
+// The type of items that are places to browse.
+constexpr std::string_view kPlaceType = "location";
+
+// The text of an item, UTF-8. A drive is called by its path.
+std::string ShownText(const StandaloneItem& item) {
+  return item.Type() == kPlaceType ? WithShownPaths(item.Text()) : DisplayUtf8(item.Text());
+}
+
+// A data field, UTF-8, with the paths that the component put into it; what else stands in a mail is its own.
+std::string ShownData(const StandaloneItem& item, const std::string_view key) {
+  std::string rest = item.DataText(key);
+  if (key == data_key::kSourceFile || key == data_key::kPath) return WithShownPaths(rest);
+  if (!DescribesFile(key)) return DisplayUtf8(rest);
+  const std::string path = rest.substr(0, rest.find_first_of("\r\n"));
+  return WithShownPaths(path) + DisplayUtf8(std::string_view(rest).substr(path.size()));
 }
 
 using Cell = std::function<std::string(const StandaloneItem&)>;
@@ -69,10 +88,11 @@ const std::vector<TableKind>& TableKinds() {
         {"Size", SizeCell, true},
         {"Files", AttachmentCount, true},
         {"ID", IdCell}}},
-      {"location",
-       {{"Name", TextCell},
+      {kPlaceType,
+       {{"Name", [](const StandaloneItem& item) { return Shown(ShownText(item)); }},
         {"Address", Data(data_key::kLocation)},
-        {"Path", Data(data_key::kPath), false, true}}},
+        {"Path", [](const StandaloneItem& item) { return Shown(ShownData(item, data_key::kPath)); }, false,
+         true}}},
       {"url",
        {{"Date", DateCell},
         {"Title", TextCell, false, true},
@@ -186,7 +206,7 @@ std::string ItemJson(const StandaloneItem& item) {
   nlohmann::ordered_json data = nlohmann::ordered_json::object();
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
-    data[DisplayUtf8(key)] = DisplayUtf8(item.DataText(key));
+    data[DisplayUtf8(key)] = ShownData(item, key);
   }
   nlohmann::ordered_json object;
   const auto set = [&](std::string_view key, std::string_view value) {
@@ -194,7 +214,7 @@ std::string ItemJson(const StandaloneItem& item) {
   };
   set(record_key::kId, item.ID());
   set(record_key::kType, item.Type());
-  set(record_key::kText, item.Text());
+  set(record_key::kText, ShownText(item));
   set(record_key::kDate, item.Date());
   set(record_key::kKeywords, item.Keywords());
   set(record_key::kOwner, item.Owner());

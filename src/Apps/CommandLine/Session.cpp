@@ -15,6 +15,7 @@
 #include "Platform/Rules.h"
 #include "Platform/Settings.h"
 #include "Platform/WorkFolder.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::app {
 
@@ -41,6 +42,22 @@ void ApplyDrives(const std::vector<std::string>& drives) {
     }
     os::SetDrive(drive[0], folder);
   }
+}
+
+// The address of what lies at a path of this system; "" if the text isn't taken for one.
+std::string AddressOfPath(const std::string& text) {
+  std::string_view place = text;
+  for (const std::string_view mark : {"/-", "/*"}) {
+    if (place.ends_with(mark)) place.remove_suffix(mark.size());
+  }
+  std::error_code ignored;
+  const bool isPath = text.starts_with('/') || std::filesystem::exists(place, ignored);
+  if (!isPath || !TakesPathsAsAddresses()) return {};
+  std::string path = ComponentPath(std::filesystem::absolute(text).lexically_normal().string());
+  if (path.substr(1, 2) != ":\\") return {};
+  path.erase(1, 1);
+  ReplaceText(path, "\\", "/");
+  return std::string(kThunderbirdScheme.prefix) + "./" + path;
 }
 
 // The last segment of a browsed address, without its closing mark.
@@ -72,6 +89,7 @@ Session::Session(const GlobalOptions& options)
 std::string Session::Address(const std::string& utf8) {
   const Scheme* const scheme = SchemeOf(utf8);
   if (scheme == nullptr) {
+    if (std::string address = AddressOfPath(utf8); !address.empty()) return address;
     throw AppError(ExitCode::Usage, "'" + utf8 + "' is no address",
                    "An address begins with " + SchemeList() + ".");
   }

@@ -39,7 +39,8 @@ class Session {
   StandaloneHost& Host() { return *host_; }
 
   // The address as the component writes it: text becomes code page, and a name that profiles or accounts hold
-  // in UTF-8 is found by how it reads. Raises AppError for an address without one of the schemes.
+  // in UTF-8 is found by how it reads. By today's rules a path of this system is the address of the
+  // mail folder there. Raises AppError for an address without one of the schemes.
   std::string Address(const std::string& utf8);
 
   // Opens a Location on an address and lets the connector prepare it, without reading items.

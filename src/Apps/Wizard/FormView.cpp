@@ -134,7 +134,7 @@ QWidget* FormView::MakeWidget(Control& control, QWidget* page, std::function<voi
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   update = [label, &control] {
-    const QString caption = WithNativePaths(control.Caption());
+    const QString caption = QtWithNativePaths(control.Caption());
     if (label->buddy() == nullptr) label->setText(caption);
     label->setToolTip(caption.contains('\n') ? caption : QString());
   };
@@ -173,7 +173,7 @@ QWidget* FormView::MakeLine(TextBox& box, QWidget* page, std::function<void()>& 
   });
   update = [line, &box] {
     if (FromQt(line->text()) == box.Text()) return;
-    const QString shown = WithNativePaths(box.Text());
+    const QString shown = QtWithNativePaths(box.Text());
     if (line->text() != shown) line->setText(shown);
   };
   return line;
@@ -206,7 +206,7 @@ QWidget* FormView::MakeDropDown(DropDown& list, QWidget* page, std::function<voi
           [this, &list](int index) { Run([&] { list.UserSelects(index + 1); }); });
   update = [combo, &list] {
     for (std::size_t i = static_cast<std::size_t>(combo->count()); i < list.Entries().size(); ++i) {
-      combo->addItem(WithNativePaths(list.Entries()[i]));
+      combo->addItem(QtWithNativePaths(list.Entries()[i]));
     }
     combo->setCurrentIndex(list.Selected() - 1);
   };

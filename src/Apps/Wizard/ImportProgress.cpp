@@ -8,6 +8,7 @@
 #include "Apps/Wizard/Guarded.h"
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::wizard {
 
@@ -63,7 +64,7 @@ QString GermanReasonOf(Marking why) {
 
 QString LineOf(const MailPlace& mail, const QString& outcome) {
   return QString("%1, Mail an Stelle %2: %3")
-      .arg(NativePaths().Of(mail.mailbox))
+      .arg(ToQt(NativePaths().Of(mail.mailbox)))
       .arg(mail.offset)
       .arg(outcome);
 }
@@ -120,7 +121,7 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
 
 void ImportProgress::ProgressOpened(std::string_view title) {
   opened_ = isRunning_ = true;
-  setWindowTitle(WithNativePaths(title));
+  setWindowTitle(QtWithNativePaths(title));
   bar_->setValue(0);
   rate_->clear();
   log_->clear();
@@ -156,12 +157,12 @@ void ImportProgress::End() {
 }
 
 void ImportProgress::StatusChanged(std::string_view text) {
-  status_->setText(WithNativePaths(text));
+  status_->setText(QtWithNativePaths(text));
   status_->setToolTip(status_->text());
 }
 
 void ImportProgress::LogLine(std::string_view line) {
-  log_->appendPlainText(WithNativePaths(line));
+  log_->appendPlainText(QtWithNativePaths(line));
 }
 
 void ImportProgress::LocationUnreadable(const Cause& why) {
@@ -169,7 +170,7 @@ void ImportProgress::LocationUnreadable(const Cause& why) {
 }
 
 void ImportProgress::ErrorRaised(std::int32_t, std::string_view, bool, std::string_view text) {
-  Tell(WithNativePaths(text));
+  Tell(QtWithNativePaths(text));
 }
 
 void ImportProgress::Tell(const QString& error) {

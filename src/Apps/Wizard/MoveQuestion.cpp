@@ -10,6 +10,7 @@
 
 #include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/Twips.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::wizard {
 
@@ -32,7 +33,7 @@ QString QuestionFor(const ImportCommand& command) {
   return QString(
              "Die Mails %1 kommen in das Archiv\n%2\n"
              "und werden dann in ihrem Postfach als gelöscht markiert. Sollen sie verschoben werden?")
-      .arg(mailboxes, WithNativePaths(command.target));
+      .arg(mailboxes, QtWithNativePaths(command.target));
 }
 
 QString NamesOf(const std::vector<std::string>& mailboxes) {
@@ -40,7 +41,7 @@ QString NamesOf(const std::vector<std::string>& mailboxes) {
   NativePaths paths;
   QStringList names;
   for (std::size_t i = 0; i < named; ++i)
-    names += paths.Of(mailboxes[i]);
+    names += ToQt(paths.Of(mailboxes[i]));
   if (named < mailboxes.size())
     names += Counted(mailboxes.size() - named, "und ein weiteres", "und %1 weitere");
   return names.join('\n');

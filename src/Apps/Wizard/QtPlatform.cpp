@@ -72,7 +72,7 @@ FileDialogAnswer Chosen(const QString& native, std::int32_t room) {
 
 MessageAnswer QtPlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
                                       MessageButtons buttons) {
-  QMessageBox box(IconOf(icon), WithNativePaths(title), WithNativePaths(text), QMessageBox::NoButton,
+  QMessageBox box(IconOf(icon), QtWithNativePaths(title), QtWithNativePaths(text), QMessageBox::NoButton,
                   QApplication::activeWindow());
   box.setTextFormat(Qt::PlainText);
   if (buttons == MessageButtons::Ok) {

@@ -13,18 +13,7 @@ namespace vorlent::wizard {
 QString ToQt(std::string_view text);
 
 // The same for a text that may hold paths: each that begins with a drive is written as this system has it.
-QString WithNativePaths(std::string_view text);
-
-// Texts that are paths, most of them of one folder like the one before, as this system writes them.
-class NativePaths {
- public:
-  // A text that isn't a path below a drive stays.
-  QString Of(std::string_view path);
-
- private:
-  std::string folder_;
-  std::string native_;
-};
+QString QtWithNativePaths(std::string_view text);
 
 // Why something failed, with the path as this system has it.
 QString ShownCause(const Cause& why);

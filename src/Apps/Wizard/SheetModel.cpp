@@ -3,6 +3,8 @@
 #include <iterator>
 #include <utility>
 
+#include "Apps/Wizard/QtText.h"
+
 namespace vorlent::wizard {
 
 struct SheetModel::Node {
@@ -152,7 +154,7 @@ std::unique_ptr<SheetModel::Node> SheetModel::NewNode(Node& parent, std::int32_t
   node->parent = &parent;
   node->row = &row;
   node->serial = row.Serial();
-  node->text = paths_.Of(row.Text());
+  node->text = ToQt(paths_.Of(row.Text()));
   node->hasIcon = !row.Icon().empty();
   node->state = row.State();
   const std::vector<std::int32_t> below = DirectRows(position + 1, end);

@@ -8,8 +8,8 @@
 #include <memory>
 #include <vector>
 
-#include "Apps/Wizard/QtText.h"
 #include "Connectors/Mozilla/WizardSheet.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::wizard {
 

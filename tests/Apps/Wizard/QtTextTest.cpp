@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Settings.h"
+#include "Standalone/ShownPaths.h"
 
 namespace vorlent::wizard {
 namespace {
@@ -15,7 +16,7 @@ class NativePathsTest : public testing::Test {
   }
   ~NativePathsTest() override { os::ResetSettings(); }
 
-  static std::string Shown(std::string_view text) { return WithNativePaths(text).toStdString(); }
+  static std::string Shown(std::string_view text) { return QtWithNativePaths(text).toStdString(); }
 };
 
 TEST_F(NativePathsTest, PathsAreWrittenAsThisSystemHasThem) {

@@ -1,0 +1,73 @@
+#include "Standalone/ShownPaths.h"
+
+#include <algorithm>
+
+#include "Platform/CodePage.h"
+#include "Platform/NativePaths.h"
+#include "Platform/Rules.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kLineEnds = "\r\n";
+
+bool IsLetter(char c) {
+  const char lower = static_cast<char>(c | 0x20);
+  return lower >= 'a' && lower <= 'z';
+}
+
+bool BeginsWithDrive(std::string_view text) {
+  return text.size() > 2 && IsLetter(text[0]) && text.substr(1, 2) == ":\\";
+}
+
+// Where the next path of a text begins, its end if there is none.
+std::size_t FindPath(std::string_view text, std::size_t from) {
+  for (std::size_t at = from; at < text.size(); ++at) {
+    if (BeginsWithDrive(text.substr(at)) && (at == 0 || !IsLetter(text[at - 1]))) return at;
+  }
+  return text.size();
+}
+
+std::size_t PathLength(std::string_view text) {
+  return std::min(text.find_first_of(kLineEnds), FindPath(text, 1));
+}
+
+bool AreShownNative() {
+  return CurrentRules().shownPaths == ShownPaths::Native;
+}
+
+}  // namespace
+
+std::string WithNativePaths(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const std::size_t start = FindPath(text, 0);
+    shown += DisplayUtf8(text.substr(0, start));
+    text.remove_prefix(start);
+    const std::size_t length = PathLength(text);
+    shown += NativePaths().Of(text.substr(0, length));
+    text.remove_prefix(std::min(length, text.size()));
+  }
+  return shown;
+}
+
+std::string WithShownPaths(std::string_view text) {
+  return AreShownNative() ? WithNativePaths(text) : DisplayUtf8(text);
+}
+
+bool TakesPathsAsAddresses() {
+  return AreShownNative();
+}
+
+std::string NativePaths::Of(std::string_view path) {
+  if (!BeginsWithDrive(path)) return DisplayUtf8(path);
+  const std::size_t name = path.rfind('\\') + 1;
+  if (path.substr(0, name) != folder_) {
+    folder_ = path.substr(0, name);
+    native_ = os::ToNativePath(folder_);
+  }
+  return native_.empty() ? DisplayUtf8(path) : native_ + DisplayUtf8(path.substr(name));
+}
+
+}  // namespace vorlent
