@@ -42,10 +42,6 @@ enum class Hint {
   CompactMailbox,
 };
 
-// The hint in words, one line; "" for None. The German one is code page.
-VORLENT_PUBLIC std::string_view EnglishTextOf(Hint hint);
-VORLENT_PUBLIC std::string_view GermanTextOf(Hint hint);
-
 // What a person can do about what the system refused.
 VORLENT_PUBLIC Hint HintFor(const std::error_code& error);
 

@@ -178,6 +178,12 @@ enum class ShownPaths {
   Native,       // As the system has them. Such a path is also taken for the address of what lies there.
 };
 
+// In which language programs show the texts of the component.
+enum class ToldTexts {
+  AsTold,           // As they come: those of the component and of its form in German.
+  InUsersLanguage,  // In that of the user, German or English.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

@@ -53,6 +53,10 @@ class SystemPlatform : public Platform {
   // Far shorter than a program needs from its start to its first file.
   static constexpr std::chrono::milliseconds kSnapshotTime{20};
 
+ protected:
+  // What stands after a question; the answers are taken in English and in German, in words and first letters.
+  virtual std::string ChoiceOfAnswers() const;
+
  private:
   std::optional<std::vector<ProcessEntry>> snapshot_;
   std::chrono::steady_clock::time_point snapshotEnd_;

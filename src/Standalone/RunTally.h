@@ -2,15 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "Host/MailRunObserver.h"
 
 namespace vorlent {
-
-// Why a mail isn't marked as deleted, in English.
-std::string_view ReasonOf(Marking why);
 
 // Every mail found is delivered whole, passed over as expunged, or failed.
 class RunTally : public MailRunObserver {

@@ -183,12 +183,12 @@ class CommandLine(ProgramCase):
     def test_a_missing_profile_cannot_be_read(self):
         code, out, err = self.run_program("read", "thunderbird://nosuch")
         self.assertEqual((code, out), (3, ""))
-        self.assertIn("Profil 'nosuch' nicht gefunden!", err)
+        self.assertIn("Profile 'nosuch' not found", err)
 
     def test_a_missing_account_cannot_be_read(self):
         code, _, err = self.run_program("read", "thunderbird://default/nosuch")
         self.assertEqual(code, 3)
-        self.assertIn("Account 'nosuch' nicht gefunden!", err)
+        self.assertIn("Account 'nosuch' not found", err)
 
     def test_a_missing_folder_cannot_be_read_and_is_named(self):
         code, _, err = self.run_program("read", LOCAL + "/NoSuch")
@@ -216,7 +216,7 @@ class CommandLine(ProgramCase):
     def test_a_browse_segment_that_does_not_resolve_is_told(self):
         code, _, err = self.run_program("browse", "thunderbird://nosuch/*")
         self.assertEqual(code, 3)
-        self.assertIn("thunderbird://nosuch nicht gefunden!", err)
+        self.assertIn("thunderbird://nosuch not found", err)
 
     def test_browse_lists_profiles_and_the_drives(self):
         code, out, _ = self.run_program("browse", "thunderbird://*", "--json")
@@ -233,7 +233,7 @@ class CommandLine(ProgramCase):
     def test_an_empty_home_cannot_be_read(self):
         code, _, err = self.run_program("read", "thunderbird://default", sample=False)
         self.assertEqual(code, 3)
-        self.assertIn("Profil 'default' nicht gefunden!", err)
+        self.assertIn("Profile 'default' not found", err)
 
     def test_reading_changes_no_file_of_the_profile(self):
         before = tree_bytes(self.samples)
@@ -657,7 +657,7 @@ class CommandLine(ProgramCase):
         lines = err.splitlines()
         self.assertRegex(lines[0], r"^Import Thunderbird .*archive$")
         self.assertRegex(lines[1], r"^ \d\d:\d\d:\d\d: /.*/AppData/Thunderbird/.*/Inbox$")
-        self.assertRegex(lines[2], r"^  8 Items in \d+ Sekunden")
+        self.assertRegex(lines[2], r"^  8 items in \d+ seconds")
         self.assertRegex(lines[3], r"^ \d\d:\d\d:\d\d finished \(8 Items\)$")
 
     def test_import_of_a_mailbox_file(self):

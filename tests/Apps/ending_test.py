@@ -275,7 +275,7 @@ class OddProfiles(ProgramCase):
             for command in ("read", "stream"):
                 code, out, err = self.run_program(command, f"{self.LOCAL}/{name}/-")
                 self.assertEqual((code, out), (3, ""), err)
-                self.assertIn(f"{path}: keine Datei", err)
+                self.assertIn(f"{path}: no file, but a", err)
             code, _, err = self.run_program("import", path, "--target", "archive")
             self.assertEqual((code, err), (3, f"vorlent-mozilla: {path}: is no file\n"))
         self.assertFalse((self.work / "archive").exists())

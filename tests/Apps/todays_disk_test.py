@@ -142,7 +142,7 @@ class TodaysDiskTest(ProgramCase):
             end = datetime.datetime.now()
             self.assertEqual(code, 0)
             self.assertIn("just renamed", [json.loads(line)["Text"] for line in out.splitlines()])
-            told = err.strip().split(f"{self.places()}: in Gebrauch; gelesen wird der Stand vom ")
+            told = err.strip().split(f"{self.places()}: in use; read as of ")
             self.assertEqual(len(told), 2, err)
             zone = self.local_offset()
             moment = datetime.datetime.strptime(told[1], "%d.%m.%Y %H:%M:%S") - zone
@@ -151,7 +151,7 @@ class TodaysDiskTest(ProgramCase):
 
             code, _, err = self.run_program("bookmarks", "firefox://default", "--output", str(self.work / "copy.html"))
             self.assertEqual(code, 0)
-            self.assertIn("gelesen wird der Stand vom", err)
+            self.assertIn("in use; read as of", err)
             self.assertIn(">just renamed</A>", (self.work / "copy.html").read_text(encoding="utf-8"))
             (self.samples / PROFILE / "bookmarks.html").unlink()
 
@@ -231,7 +231,7 @@ class TodaysDiskTest(ProgramCase):
         self.assertIn("anna@example.org (Maildir)", out)
         code, out, err = self.run_program("read", "thunderbird://default/anna@example.org")
         self.assertEqual((code, out), (3, ""))
-        self.assertIn("Account 'anna@example.org': Maildir, jede Mail in eigener Datei", err)
+        self.assertIn("Account 'anna@example.org': maildir, each mail in a file of its own", err)
 
 
 if __name__ == "__main__":

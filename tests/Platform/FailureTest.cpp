@@ -1,6 +1,5 @@
 #include "Platform/Failure.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -45,18 +44,6 @@ TEST(FailureTest, ACauseWithoutAReasonIsEmpty) {
   EXPECT_TRUE(Cause().IsEmpty());
   EXPECT_EQ(Cause().Text(), "");
   EXPECT_FALSE(Cause{.reason = "torn"}.IsEmpty());
-}
-
-TEST(FailureTest, EveryHintHasATextInBothLanguages) {
-  EXPECT_EQ(EnglishTextOf(Hint::None), "");
-  EXPECT_EQ(GermanTextOf(Hint::None), "");
-  for (const Hint hint : {Hint::AllowAccess, Hint::MakeWritable, Hint::MakeRoom, Hint::MakeFolder,
-                          Hint::CloseOther, Hint::CompactMailbox}) {
-    EXPECT_THAT(std::string(EnglishTextOf(hint)), testing::EndsWith("."));
-    EXPECT_THAT(std::string(GermanTextOf(hint)), testing::EndsWith("."));
-  }
-  EXPECT_EQ(GermanTextOf(Hint::MakeWritable),
-            "Bitte den Schreibschutz aufheben oder einen anderen Ort w\xE4hlen.");
 }
 
 TEST(FailureTest, TheSystemsRefusalsTellWhatToDo) {

@@ -50,6 +50,19 @@ TEST_F(LocaleTest, DecimalSignIsThatOfTheUsersLocale) {
   EXPECT_EQ(os::DecimalSign(), '.');
 }
 
+TEST_F(LocaleTest, MessagesHaveALocaleOfTheirOwn) {
+  const ScopedEnvironment messages("LC_MESSAGES", nullptr);
+  EXPECT_EQ(os::MessageLocale(), "C");
+  const ScopedEnvironment lang("LANG", "xx_YY");
+  EXPECT_EQ(os::MessageLocale(), "xx_YY");
+  const ScopedEnvironment numeric("LC_NUMERIC", "de_DE");
+  EXPECT_EQ(os::MessageLocale(), "xx_YY");
+  const ScopedEnvironment german("LC_MESSAGES", "de_DE");
+  EXPECT_EQ(os::MessageLocale(), "de_DE");
+  const ScopedEnvironment all("LC_ALL", "en_US");
+  EXPECT_EQ(os::MessageLocale(), "en_US");
+}
+
 TEST_F(LocaleTest, UnknownLocaleHasAPoint) {
   const ScopedEnvironment all("LC_ALL", "xx_YY.no-such");
   EXPECT_EQ(os::DecimalSign(), '.');

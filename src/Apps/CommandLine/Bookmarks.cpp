@@ -8,6 +8,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Platform/NativePaths.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -25,43 +26,44 @@ void CheckPlace(const std::string& file) {
     if (!isThere) std::filesystem::remove(file);
     return;
   }
-  throw AppError(ExitCode::Unreadable, file + " could not be written: " + std::strerror(errno));
+  throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {file, ToldShown(std::strerror(errno))}));
 }
 
 void CopyExport(const std::string& from, const std::string& to) {
   std::error_code error;
   std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
-  if (error) throw AppError(ExitCode::Unreadable, to + " could not be written: " + error.message());
+  if (error)
+    throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {to, ToldShown(error.message())}));
 }
 
 ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const std::string address = session.Address(options.address);
   if (!address.starts_with(Location_FireFox::kScheme) || address.ends_with("/*")) {
-    throw AppError(ExitCode::Usage, options.address + " is no place of bookmarks",
-                   "Export those of a profile with: vorlent-mozilla bookmarks firefox://PROFILE/");
+    throw AppError(ExitCode::Usage, InWords(Phrase::NoPlaceOfBookmarks, {options.address}),
+                   InWords(Phrase::ExportBookmarks));
   }
   const StandaloneLocationPtr location = session.Read(address);
   // A part of the bookmarks must not take the place of an earlier export.
   if (session.Output().HasErrors()) {
     throw AppError(ExitCode::Unreadable, session.Output().Errors().front().text,
-                   PlaceOf(*location) + "\nNothing was written.");
+                   PlaceOf(*location) + "\n" + InWords(Phrase::NothingWritten));
   }
   if (location->ItemCount() == 0) {
-    throw AppError(ExitCode::Partly, "no bookmarks at " + options.address, "Nothing was written.");
+    throw AppError(ExitCode::Partly, InWords(Phrase::NoBookmarks, {options.address}),
+                   InWords(Phrase::NothingWritten));
   }
   if (!options.output.empty()) CheckPlace(options.output);
   const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location->Connector());
   const std::string file = connector->ProfileFolder() + "bookmarks.html";
   const std::string shown = NativeShown(file);
-  if (FileExists(file) && !session.Confirm(shown + " is there already. Replace it?"))
-    return ExitCode::Cancelled;
+  if (FileExists(file) && !session.Confirm(InWords(Phrase::ReplaceFile, {shown}))) return ExitCode::Cancelled;
   connector->Save();
   if (options.output.empty()) {
     std::puts(shown.c_str());
     return ExitCode::Done;
   }
   CopyExport(os::ToNativePath(file), options.output);
-  session.Output().Say("written into the profile: " + shown);
+  session.Output().Say(InWords(Phrase::WrittenIntoProfile, {shown}));
   std::puts(options.output.c_str());
   return ExitCode::Done;
 }

@@ -1,5 +1,6 @@
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -17,7 +18,7 @@ ExitCode Browse(Session& session, const BrowseOptions& options) {
   const StandaloneLocationPtr location = session.Read(address);
   const std::vector<StandaloneItemPtr> items = ItemsOf(*location);
   if (items.empty()) {
-    session.Output().Complain("nothing lies below " + options.address);
+    session.Output().Complain(InWords(Phrase::NothingBelow, {options.address}));
     return ExitCode::Partly;
   }
   if (options.json) {

@@ -6,6 +6,7 @@
 #include "Common/StdTime.h"
 #include "Common/Width.h"
 #include "Host/RecordKeys.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/SourceEdits.h"
 
 namespace vorlent::app {
@@ -34,7 +35,7 @@ StandaloneLocationPtr ReadCalendar(Session& session, const std::string& given) {
   const std::string calendar = CutToken(rest, "/");
   if ((scheme != "sunbird" && scheme != "lightning") || profile.empty() || calendar.empty() ||
       calendar == "*") {
-    Refuse("'" + given + "' names no calendar", "Use an address such as sunbird://PROFILE/CALENDAR.");
+    Refuse(InWords(Phrase::NoCalendar, {given}), InWords(Phrase::CalendarForm));
   }
   return session.Read(address);
 }
@@ -43,15 +44,15 @@ StandaloneLocationPtr ReadCalendar(Session& session, const std::string& given) {
 std::int32_t Moment(const std::string& date) {
   std::int32_t moment = 0;
   const std::string utc = LocalToUtcText(date);
-  if (utc.empty()) Refuse("'" + date + "' is no date and time", "Write it as \"09.05.2010 14:30\".");
+  if (utc.empty()) Refuse(InWords(Phrase::NoDate, {date}), InWords(Phrase::DateForm));
   if (!Swallow([&] { moment = StampToEpoch(DisplayToStamp(utc)); })) {
-    Refuse("'" + date + "' is no time that the calendar can keep", "It ends on 19 January 2038.");
+    Refuse(InWords(Phrase::NoTimeOfCalendars, {date}), InWords(Phrase::CalendarEnds));
   }
   return moment;
 }
 
 void CheckTimes(const std::string& start, const std::string& end) {
-  if (Moment(end) < Moment(start)) Refuse("the end '" + end + "' lies before the start '" + start + "'");
+  if (Moment(end) < Moment(start)) Refuse(InWords(Phrase::EndBeforeStart, {end, start}));
 }
 
 // Tells what the database refused, and ends the command accordingly.
@@ -60,12 +61,8 @@ ExitCode Finish(Session& session, const std::string& done) {
     std::puts(done.c_str());
     return ExitCode::Done;
   }
-  session.Output().Say("A ' in a text ends it for the database; --log shows each statement.");
+  session.Output().Say(InWords(Phrase::QuoteEndsText));
   return ExitCode::Partly;
-}
-
-std::string Quoted(const Item& item) {
-  return "'" + Shown(item.Text()) + "'";
 }
 
 // Texts go into the calendar as the UTF-8 in which it keeps them.
@@ -89,15 +86,15 @@ std::string NewRecord(const CalendarOptions& options, const std::string& calenda
 
 ExitCode Add(Session& session, const CalendarOptions& options) {
   if (options.task && (options.start || options.end || options.location)) {
-    Refuse("a task has no start, end or location");
+    Refuse(InWords(Phrase::TaskHasNoTimes));
   }
-  if (!options.task && !options.start) Refuse("an event needs a --start", "Or make it a --task.");
+  if (!options.task && !options.start) Refuse(InWords(Phrase::EventNeedsStart), InWords(Phrase::OrTask));
   const StandaloneLocationPtr location = ReadCalendar(session, options.address);
   std::string path = location->Name();
   CutToken(path, "://");
   CutToken(path, "/");
   const ItemPtr item = location->PasteRecord(NewRecord(options, CutToken(path, "/")));
-  return Finish(session, "added: " + Quoted(*item) + " " + Shown(item->ID()));
+  return Finish(session, InWords(Phrase::Added, {Shown(item->Text()), Shown(item->ID())}));
 }
 
 void Edit(StandaloneItem& item, const CalendarOptions& options) {
@@ -108,15 +105,16 @@ void Edit(StandaloneItem& item, const CalendarOptions& options) {
 }
 
 ExitCode Set(Session& session, const CalendarOptions& options) {
-  if (!options.text && !options.start && !options.end && !options.location) Refuse("nothing to set");
+  if (!options.text && !options.start && !options.end && !options.location)
+    Refuse(InWords(Phrase::NothingToSet));
   const StandaloneLocationPtr location = ReadCalendar(session, options.address);
   const StandaloneItemPtr item = FindItem(*location, options.items.front());
   if (item == nullptr) {
-    session.Output().Complain("no item " + options.items.front() + " at " + options.address);
+    session.Output().Complain(InWords(Phrase::NoItem, {options.items.front(), options.address}));
     return ExitCode::Partly;
   }
   if (item->Type() == "task" && (options.start || options.end || options.location)) {
-    Refuse("a task has no start, end or location");
+    Refuse(InWords(Phrase::TaskHasNoTimes));
   }
   // What is stored may be as odd as it likes, so long as nobody asks to change it.
   if (item->Type() == "termin" && (options.start || options.end)) {
@@ -129,11 +127,10 @@ ExitCode Set(Session& session, const CalendarOptions& options) {
     const ItemListening listening(session.Host(), edits);
     Edit(*item, options);
   }
-  const ExitCode code = Finish(session, "changed: " + Quoted(*item) + " " + Shown(item->ID()));
+  const ExitCode code = Finish(session, InWords(Phrase::Changed, {Shown(item->Text()), Shown(item->ID())}));
   const bool isAdded = code == ExitCode::Done && options.location.has_value();
   if (isAdded && !oldLocation.empty() && oldLocation != *options.location) {
-    session.Output().Say("The calendar keeps the location '" + Shown(oldLocation) +
-                         "' in front of the new one, and reading takes the first.");
+    session.Output().Say(InWords(Phrase::OldLocationStays, {Shown(oldLocation)}));
   }
   return code;
 }
@@ -144,13 +141,15 @@ ExitCode Remove(Session& session, const CalendarOptions& options) {
   // Numbers mean places in the list before anything is removed.
   const FoundItems found = FindItems(*location, options.items);
   for (const std::string& missing : found.missing)
-    session.Output().Complain("no item " + missing + " at " + options.address);
+    session.Output().Complain(InWords(Phrase::NoItem, {missing, options.address}));
   ExitCode code = found.missing.empty() ? ExitCode::Done : ExitCode::Partly;
   for (const StandaloneItemPtr& item : found.items) {
-    if (!session.Confirm("Remove " + Quoted(*item) + " from the calendar?")) return ExitCode::Cancelled;
+    if (!session.Confirm(InWords(Phrase::RemoveFromCalendar, {Shown(item->Text())})))
+      return ExitCode::Cancelled;
     session.Output().Forget();
     connector->DeleteItem(item);
-    if (Finish(session, "removed: " + Quoted(*item)) != ExitCode::Done) code = ExitCode::Partly;
+    if (Finish(session, InWords(Phrase::Removed, {Shown(item->Text())})) != ExitCode::Done)
+      code = ExitCode::Partly;
   }
   return code;
 }

@@ -3,12 +3,13 @@
 #include <cstdio>
 
 #include "Apps/CommandLine/Session.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/ShownPaths.h"
 
 namespace vorlent::app {
 
 void Console::ProgressOpened(std::string_view title) {
-  if (!muted_) bar_.Open(Shown(WithShownPaths(title)));
+  if (!muted_) bar_.Open(ToldShown(title));
 }
 
 void Console::ProgressMoved(double percent) {
@@ -20,15 +21,15 @@ void Console::ProgressClosed() {
 }
 
 void Console::StatusChanged(std::string_view text) {
-  if (!muted_ && !text.empty()) bar_.Title(Shown(WithShownPaths(text)));
+  if (!muted_ && !text.empty()) bar_.Title(ToldShown(text));
 }
 
 void Console::LogLine(std::string_view line) {
-  if (verbose_ && !muted_) Say(Shown(WithShownPaths(line)));
+  if (verbose_ && !muted_) Say(ToldShown(line));
 }
 
 void Console::DatabaseLogLine(std::string_view line) {
-  if (databaseLog_ && !muted_) Say(Shown(WithShownPaths(line)));
+  if (databaseLog_ && !muted_) Say(ToldShown(line));
 }
 
 void Console::Remarked(const Cause& what) {
@@ -41,15 +42,15 @@ void Console::LocationUnreadable(const Cause& why) {
 
 void Console::ErrorRaised(std::int32_t kind, std::string_view, bool flag, std::string_view text) {
   if (kind == HostError::kMissing) {
-    NoteError({Shown(WithShownPaths(text))});
+    NoteError({ToldShown(text)});
   } else if (!flag) {
     // All other kinds tell of calls of the calendar database, whose log has those that went well.
-    NoteError({"the database refused: " + Shown(WithShownPaths(text))});
+    NoteError({InWords(Phrase::Refused, {ToldShown(text)})});
   }
 }
 
 void Console::ErrorRaisedForDrive(std::string_view, std::string_view text) {
-  NoteError({Shown(WithShownPaths(text)), true});
+  NoteError({ToldShown(text), true});
 }
 
 void Console::ItemPasted(std::string_view, const ItemPtr&) {
@@ -68,9 +69,9 @@ void Console::Complain(std::string_view utf8) {
 
 void Console::BoxShown(std::string_view text, std::string_view title, bool isError) {
   if (isError) {
-    NoteError({Shown(WithShownPaths(text))});
+    NoteError({ToldShown(text)});
   } else if (!muted_) {
-    Complain(Shown(WithShownPaths(title)) + ": " + Shown(WithShownPaths(text)));
+    Complain(ToldShown(title) + ": " + ToldShown(text));
   }
 }
 
@@ -87,7 +88,11 @@ MessageAnswer ConsolePlatform::ShowMessage(std::string_view text, std::string_vi
     return MessageAnswer::Ok;
   }
   console_.Say("");
-  return SystemPlatform::ShowMessage(WithShownPaths(text), WithShownPaths(title), icon, buttons);
+  return SystemPlatform::ShowMessage(Translated(WithShownPaths(text)), ToldShown(title), icon, buttons);
+}
+
+std::string ConsolePlatform::ChoiceOfAnswers() const {
+  return InWords(Phrase::YesNoCancel);
 }
 
 }  // namespace vorlent::app

@@ -69,6 +69,9 @@ class ConsolePlatform : public SystemPlatform {
   MessageAnswer ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
                             MessageButtons buttons) override;
 
+ protected:
+  std::string ChoiceOfAnswers() const override;
+
  private:
   Console& console_;
 };

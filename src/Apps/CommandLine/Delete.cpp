@@ -4,6 +4,7 @@
 #include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/Connector.h"
 #include "Host/RecordKeys.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/RunTally.h"
 
 namespace vorlent::app {
@@ -42,12 +43,12 @@ bool DeleteMail(Session& session, MailConnector& connector, const StandaloneItem
   const std::string change = status.ChangeOfNoNumber();
   if (result != Marking::Marked) {
     const bool isToldOfChange = result == Marking::BadStatus && !change.empty();
-    session.Output().Complain(
-        what + " is not marked: " +
-        (isToldOfChange ? change + ", which is no number either" : std::string(ReasonOf(result))));
+    const std::string why =
+        isToldOfChange ? InWords(Phrase::NoNumberEither, {change}) : std::string(InWords(result));
+    session.Output().Complain(InWords(Phrase::NotMarked, {what, why}));
     return false;
   }
-  std::printf("deleted: %s%s\n", what.c_str(), change.empty() ? "" : (": " + change).c_str());
+  std::puts(InWords(Phrase::Deleted, {what, change.empty() ? "" : ": " + change}).c_str());
   return true;
 }
 
@@ -57,14 +58,14 @@ ExitCode Delete(Session& session, const DeleteOptions& options) {
   // Numbers mean places in the list before anything is deleted.
   const FoundItems found = FindItems(*location, options.items);
   for (const std::string& missing : found.missing)
-    session.Output().Complain("no item " + missing + " at " + options.address);
+    session.Output().Complain(InWords(Phrase::NoItem, {missing, options.address}));
   bool isWhole = found.missing.empty();
   for (const StandaloneItemPtr& item : found.items) {
     const std::string file = item->DataText(data_key::kSourceFile);
     if (connector == nullptr || file.empty())
-      throw AppError(ExitCode::Usage, "items of " + options.address + " can't be deleted this way");
-    const std::string what = "'" + Shown(item->Text()) + "' in " + NativeShown(file);
-    if (!session.Confirm("Mark " + what + " as deleted?")) return ExitCode::Cancelled;
+      throw AppError(ExitCode::Usage, InWords(Phrase::CannotBeDeleted, {options.address}));
+    const std::string what = InWords(Phrase::MailIn, {Shown(item->Text()), NativeShown(file)});
+    if (!session.Confirm(InWords(Phrase::MarkAsDeleted, {what}))) return ExitCode::Cancelled;
     isWhole = DeleteMail(session, *connector, item, what) && isWhole;
   }
   return isWhole ? ExitCode::Done : ExitCode::Partly;

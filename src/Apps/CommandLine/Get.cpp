@@ -12,6 +12,7 @@
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
 #include "Standalone/FittingName.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -74,8 +75,8 @@ std::vector<WantedFile> PlacesFor(const StandaloneItem& item, const std::vector<
     const std::string name = names.Take(GivenName(item, key).Text());
     files.push_back({key, std::filesystem::path(options.output) / name});
     if (!options.force && std::filesystem::exists(std::filesystem::symlink_status(files.back().target))) {
-      throw AppError(ExitCode::Unreadable, files.back().target.string() + " is there already",
-                     "--force replaces it.");
+      throw AppError(ExitCode::Unreadable, InWords(Phrase::IsThereAlready, {files.back().target.string()}),
+                     InWords(Phrase::ForceReplaces));
     }
   }
   return files;
@@ -90,9 +91,9 @@ void BringOut(MailConnector& connector, const StandaloneItem& item, const Wanted
   brief->SetDate(item.Date());
   const std::string file = connector.GetFile(brief, wanted.key);
   if (!FileExists(file)) {
-    throw AppError(ExitCode::Unreadable, Shown(wanted.key) + " of " + Shown(item.ID()) +
-                                             " could not be brought out of " +
-                                             NativeShown(item.DataText(data_key::kSourceFile)));
+    throw AppError(ExitCode::Unreadable,
+                   InWords(Phrase::NotBroughtOut, {Shown(wanted.key), Shown(item.ID()),
+                                                   NativeShown(item.DataText(data_key::kSourceFile))}));
   }
   os::Copy(file, os::ToWindowsPath(wanted.target.string()));
   RemoveExactFile(file);
@@ -104,25 +105,24 @@ void RequireAtItsPlace(const StandaloneItem& item) {
   const Standing standing = StandingOf(item);
   if (standing == Standing::AtItsPlace) return;
   const std::string mailbox = NativeShown(item.DataText(data_key::kSourceFile));
-  const std::string what =
-      standing == Standing::HidesItsPlace
-          ? "the header Address of " + Shown(item.ID()) + " hides its place in " + mailbox
-          : Shown(item.ID()) + " doesn't stand in " + mailbox + " any more as it was read";
-  throw AppError(ExitCode::Partly, what, "Use `stream --output`, which brings out every mail of a mailbox.");
+  const Phrase what = standing == Standing::HidesItsPlace ? Phrase::HidesItsPlace : Phrase::StandsElsewhere;
+  throw AppError(ExitCode::Partly, InWords(what, {Shown(item.ID()), mailbox}),
+                 InWords(Phrase::StreamBringsAll));
 }
 
 ExitCode Get(Session& session, const GetOptions& options) {
   const StandaloneLocationPtr location = session.Read(session.Address(options.address));
   const StandaloneItemPtr item = FindItem(*location, options.item);
   if (item == nullptr) {
-    throw AppError(ExitCode::Partly, "no item " + options.item + " at " + options.address,
-                   "List the items with: vorlent-mozilla read '" + options.address + "'");
+    throw AppError(ExitCode::Partly, InWords(Phrase::NoItem, {options.item, options.address}),
+                   InWords(Phrase::ListItems, {options.address}));
   }
   const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
   const std::vector<std::string> keys =
       connector == nullptr ? std::vector<std::string>() : FileKeys(*item, options.key);
   if (keys.empty()) {
-    throw AppError(ExitCode::Partly, "the item has no file" + (options.key.empty() ? "" : " " + options.key));
+    throw AppError(ExitCode::Partly,
+                   InWords(Phrase::ItemHasNoFile, {options.key.empty() ? "" : " " + options.key}));
   }
   RequireAtItsPlace(*item);
   const std::vector<WantedFile> files = PlacesFor(*item, keys, options);

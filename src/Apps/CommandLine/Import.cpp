@@ -11,6 +11,7 @@
 #include "Host/Connector.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/ArchiveRehearsal.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -42,7 +43,8 @@ std::vector<std::string> MailboxesOf(Session& session, const std::string& source
   if (source.find("://") == std::string::npos) {
     if (!std::filesystem::is_regular_file(source)) {
       const bool isThere = std::filesystem::exists(source);
-      throw AppError(ExitCode::Unreadable, source + (isThere ? ": is no file" : ": no such mailbox"));
+      throw AppError(ExitCode::Unreadable,
+                     InWords(isThere ? Phrase::IsNoFile : Phrase::NoSuchMailbox, {source}));
     }
     return {ComponentPath(std::filesystem::absolute(source).lexically_normal().string())};
   }
@@ -70,10 +72,10 @@ ImportCommand CommandOf(Session& session, const ImportOptions& options, const st
 
 bool ConfirmMove(Session& session, const ImportCommand& command) {
   if (!command.move) return true;
-  std::string question = "The mails will be marked as deleted, once they are imported, in\n";
+  std::string question = InWords(Phrase::MoveFrom) + "\n";
   for (const std::string& mailbox : command.mailboxes)
     question += "  " + NativeShown(mailbox) + "\n";
-  return session.Confirm(question + "Go on?");
+  return session.Confirm(question + InWords(Phrase::GoOn));
 }
 
 void SetAutoTopics(Session& session, const std::vector<std::string>& rules) {
@@ -88,7 +90,7 @@ void PrepareTarget(Session& session, const ImportOptions& options, const std::st
   if (!options.dryRun) {
     global.OpenArchive(folder);
   } else if (!global.RehearseArchive(folder)->KnowsArchive()) {
-    session.Output().Say(options.target + " is open, or was never closed: what it has already can't be told");
+    session.Output().Say(InWords(Phrase::ArchiveUnknown, {options.target}));
   }
 }
 
@@ -96,7 +98,7 @@ ExitCode Import(Session& session, const ImportOptions& options) {
   // Mailboxes first: a wrong address makes no archive.
   const std::string folder = ComponentPath(std::filesystem::absolute(options.target).string());
   const ImportCommand command = CommandOf(session, options, Archive::NameOf(folder));
-  if (command.mailboxes.empty()) throw AppError(ExitCode::Partly, "there are no mailboxes to import");
+  if (command.mailboxes.empty()) throw AppError(ExitCode::Partly, InWords(Phrase::NoMailboxes));
   if (!ConfirmMove(session, command)) return ExitCode::Cancelled;
   PrepareTarget(session, options, folder);
   SetAutoTopics(session, options.autoTopics);
@@ -109,7 +111,8 @@ ExitCode Import(Session& session, const ImportOptions& options) {
     failure = raised.Why();
   }
   session.Output().ProgressClosed();
-  return ShowSum(session, import, options.dryRun ? "to import" : "imported", failure, import.AlreadyThere());
+  return ShowSum(session, import, options.dryRun ? Phrase::ToImport : Phrase::Imported, failure,
+                 import.AlreadyThere());
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Standalone/ItemFinder.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/ShownPaths.h"
 
 namespace vorlent::app {
@@ -68,7 +69,7 @@ std::string SizeCell(const StandaloneItem& item) {
 }
 
 struct ColumnKind {
-  std::string heading;
+  Phrase heading;
   Cell cell;
   bool right = false;
   bool cut = false;
@@ -82,34 +83,37 @@ struct TableKind {
 const std::vector<TableKind>& TableKinds() {
   static const std::vector<TableKind> kinds = {
       {"mail",
-       {{"Date", DateCell},
-        {"From", Data(data_key::kFrom), false, true},
-        {"Subject", TextCell, false, true},
-        {"Size", SizeCell, true},
-        {"Files", AttachmentCount, true},
-        {"ID", IdCell}}},
+       {{Phrase::HeadDate, DateCell},
+        {Phrase::HeadFrom, Data(data_key::kFrom), false, true},
+        {Phrase::HeadSubject, TextCell, false, true},
+        {Phrase::HeadSize, SizeCell, true},
+        {Phrase::HeadFiles, AttachmentCount, true},
+        {Phrase::HeadId, IdCell}}},
       {kPlaceType,
-       {{"Name", [](const StandaloneItem& item) { return Shown(ShownText(item)); }},
-        {"Address", Data(data_key::kLocation)},
-        {"Path", [](const StandaloneItem& item) { return Shown(ShownData(item, data_key::kPath)); }, false,
-         true}}},
+       {{Phrase::HeadName, [](const StandaloneItem& item) { return Shown(TranslatedName(ShownText(item))); }},
+        {Phrase::HeadAddress, Data(data_key::kLocation)},
+        {Phrase::HeadPath, [](const StandaloneItem& item) { return Shown(ShownData(item, data_key::kPath)); },
+         false, true}}},
       {"url",
-       {{"Date", DateCell},
-        {"Title", TextCell, false, true},
-        {"Folder", KeywordsCell, false, true},
-        {"Address", Data(data_key::kUrl), false, true}}},
+       {{Phrase::HeadDate, DateCell},
+        {Phrase::HeadTitle, TextCell, false, true},
+        {Phrase::HeadFolder, KeywordsCell, false, true},
+        {Phrase::HeadAddress, Data(data_key::kUrl), false, true}}},
       {"termin",
-       {{"Start", DateCell},
-        {"End", Data(data_key::kDateEnd)},
-        {"Event", TextCell, false, true},
-        {"Location", Data(data_key::kLocation), false, true},
-        {"Calendar", Data(data_key::kCalendar)},
-        {"ID", IdCell}}},
-      {"task", {{"Task", TextCell, false, true}, {"Calendar", Data(data_key::kCalendar)}, {"ID", IdCell}}},
+       {{Phrase::HeadStart, DateCell},
+        {Phrase::HeadEnd, Data(data_key::kDateEnd)},
+        {Phrase::HeadEvent, TextCell, false, true},
+        {Phrase::HeadLocation, Data(data_key::kLocation), false, true},
+        {Phrase::HeadCalendar, Data(data_key::kCalendar)},
+        {Phrase::HeadId, IdCell}}},
+      {"task",
+       {{Phrase::HeadTask, TextCell, false, true},
+        {Phrase::HeadCalendar, Data(data_key::kCalendar)},
+        {Phrase::HeadId, IdCell}}},
       {"",
-       {{"Type", [](const StandaloneItem& item) { return Shown(item.Type()); }},
-        {"Text", TextCell, false, true},
-        {"ID", IdCell}}},
+       {{Phrase::HeadType, [](const StandaloneItem& item) { return Shown(item.Type()); }},
+        {Phrase::HeadText, TextCell, false, true},
+        {Phrase::HeadId, IdCell}}},
   };
   return kinds;
 }
@@ -125,7 +129,7 @@ const TableKind& KindOf(const StandaloneItem& item) {
 Columns EmptyTable(const TableKind& kind) {
   std::vector<std::string> headings = {"#"};
   for (const ColumnKind& column : kind.columns)
-    headings.push_back(column.heading);
+    headings.push_back(InWords(column.heading));
   Columns table(headings);
   table.AlignRight(0);
   for (std::size_t i = 0; i < kind.columns.size(); ++i) {
@@ -139,7 +143,7 @@ void AppendNode(std::string& out, const Tree& node, std::size_t depth) {
   const std::string indent(depth * 2, ' ');
   const std::string text = node.Text();
   const std::int32_t count = node.ItemCount();
-  out += indent + (text.empty() ? "(unnamed)" : Shown(text));
+  out += indent + (text.empty() ? InWords(Phrase::Unnamed) : Shown(text));
   if (count > 0) out += fmt::format(" ({})", count);
   out += '\n';
   for (const ItemPtr& item : node.Items())

@@ -1,7 +1,5 @@
 #include "Apps/CommandLine/MailSum.h"
 
-#include <fmt/format.h>
-
 #include <cstdio>
 
 namespace vorlent::app {
@@ -10,30 +8,31 @@ namespace {
 
 void ComplainOf(Session& session, const MailPlace& mail, const std::string& outcome) {
   session.Output().Complain(
-      fmt::format("{}, mail at offset {}: {}", NativeShown(mail.mailbox), mail.offset, outcome));
+      InWords(Phrase::MailAtOffset, {NativeShown(mail.mailbox), std::to_string(mail.offset), outcome}));
 }
 
 }  // namespace
 
-ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb, const Cause& failure,
+ExitCode ShowSum(Session& session, const RunTally& tally, Phrase verb, const Cause& failure,
                  std::int64_t alreadyThere) {
   // The sum comes last, also where both outputs go to one place.
   std::fflush(stdout);
   for (const auto& [mail, why] : tally.Failed())
     ComplainOf(session, mail, CauseShown(why));
   for (const auto& [mail, why] : tally.Unmarked())
-    ComplainOf(session, mail, "not marked as deleted: " + std::string(ReasonOf(why)));
+    ComplainOf(session, mail, InWords(Phrase::NotMarkedAsDeleted, {InWords(why)}));
   const bool told = session.ComplainOfErrors();
   const bool ofAMail = !tally.Failed().empty() && tally.Failed().back().why == failure;
   if (!failure.IsEmpty() && !ofAMail) session.Output().Complain(CauseShown(failure));
-  if (!failure.IsEmpty()) session.Output().Complain("the run ended before its time");
+  if (!failure.IsEmpty()) session.Output().Complain(InWords(Phrase::EndedEarly));
   for (const Hint hint : tally.HintsWith(failure))
-    session.Output().Say(EnglishTextOf(hint));
-  const std::string there = alreadyThere == 0 ? "" : fmt::format("already there {} + ", alreadyThere);
+    session.Output().Say(InWords(hint));
+  const auto counted = [](auto count) { return std::to_string(count); };
+  const std::string there = alreadyThere == 0 ? "" : InWords(Phrase::AlreadyThere, {counted(alreadyThere)});
   std::string sum =
-      fmt::format("found {} = {} {} + {}expunged {} + failed {}", tally.Found(), verb,
-                  tally.Delivered() - alreadyThere, there, tally.Expunged(), tally.Failed().size());
-  if (!tally.Unmarked().empty()) sum += fmt::format(", not marked as deleted {}", tally.Unmarked().size());
+      InWords(Phrase::Sum, {counted(tally.Found()), InWords(verb), counted(tally.Delivered() - alreadyThere),
+                            there, counted(tally.Expunged()), counted(tally.Failed().size())});
+  if (!tally.Unmarked().empty()) sum += InWords(Phrase::SumOfUnmarked, {counted(tally.Unmarked().size())});
   session.Output().Say(sum);
   if (tally.Found() == 0) return failure.IsEmpty() ? ExitCode::Partly : ExitCode::Unreadable;
   const bool isWhole = failure.IsEmpty() && tally.Failed().empty() && tally.Unmarked().empty() && !told;

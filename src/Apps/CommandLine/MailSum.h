@@ -1,9 +1,8 @@
 // The closing account of a run over mails.
 #pragma once
 
-#include <string>
-
 #include "Apps/CommandLine/Session.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/RunTally.h"
 
 namespace vorlent::app {
@@ -13,7 +12,7 @@ namespace vorlent::app {
 // ended the run, empty if it came to its end. The result is the run's exit code, that of nothing found if
 // there was no mail at all. `alreadyThere` of those delivered were in the archive before, and are told by
 // themselves.
-ExitCode ShowSum(Session& session, const RunTally& tally, const std::string& verb, const Cause& failure,
+ExitCode ShowSum(Session& session, const RunTally& tally, Phrase verb, const Cause& failure,
                  std::int64_t alreadyThere = 0);
 
 }  // namespace vorlent::app

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "Apps/CommandLine/Commands.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -49,6 +50,11 @@ void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
          "the component does on the machine that it was drawn for")
       ->check(CLI::IsMember({"today", "windows"}))
       ->capture_default_str();
+  app.add_option("--language", options.language,
+                 "Language of what is shown: `en`, or `de` for German; the user's without it")
+      ->check(CLI::IsMember({"en", "de"}))
+      ->each([](const std::string& language) { ChooseLanguage(LanguageOf(language)); })
+      ->trigger_on_parse();
   app.add_flag("--verbose", options.verbose, "Show the component's log");
   app.add_flag("--log", options.databaseLog, "Show the calendar connector's database log");
   app.add_flag("--yes", options.yes, "Change mailboxes without asking");
@@ -86,8 +92,9 @@ ExitCode RunAction(const GlobalOptions& options, const Action& action) {
     PrintError(ErrorOf(failure));
     return ExitCode::Unreadable;
   } catch (const std::filesystem::filesystem_error& error) {
-    PrintError({ExitCode::Unreadable, "'" + error.path1().string() + "': " + error.code().message(),
-                std::string(EnglishTextOf(HintFor(error.code())))});
+    PrintError({ExitCode::Unreadable,
+                "'" + error.path1().string() + "': " + ToldShown(error.code().message()),
+                std::string(InWords(HintFor(error.code())))});
     return ExitCode::Unreadable;
   }
 }
@@ -100,6 +107,9 @@ int Main(int argc, char** argv) {
   app.fallthrough();
   GlobalOptions options;
   DeclareGlobalOptions(app, options);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return TranslatedUsage(error.what()) + "\n" + InWords(Phrase::HelpTellsMore) + "\n";
+  });
   Action action;
   for (const Verb& verb : Verbs()) {
     CLI::App* command = app.add_subcommand(std::string(verb.name), std::string(verb.summary));
@@ -112,7 +122,8 @@ int Main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (const std::string unknown = UnknownCommand(app); error.get_exit_code() != 0 && !unknown.empty()) {
-      PrintError({ExitCode::Usage, "unknown command '" + unknown + "'", "Run with --help for all commands."});
+      PrintError(
+          {ExitCode::Usage, InWords(Phrase::UnknownCommand, {unknown}), InWords(Phrase::HelpNamesCommands)});
       return static_cast<int>(ExitCode::Usage);
     }
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);

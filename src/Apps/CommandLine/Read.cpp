@@ -1,5 +1,6 @@
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -33,7 +34,7 @@ ExitCode Read(Session& session, const ReadOptions& options) {
   const bool failed = session.ComplainOfErrors();
   if (const std::string place = PlaceOf(*location); failed && !place.empty()) session.Output().Say(place);
   if (!items.empty()) return failed ? ExitCode::Partly : ExitCode::Done;
-  session.Output().Complain("no items at " + options.address);
+  session.Output().Complain(InWords(Phrase::NoItems, {options.address}));
   return ExitCode::Partly;
 }
 

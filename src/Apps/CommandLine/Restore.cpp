@@ -10,6 +10,7 @@
 #include "Host/FileKeys.h"
 #include "Platform/AtEnd.h"
 #include "Platform/Files.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -44,15 +45,15 @@ StandaloneItemPtr FindArchived(Archive& archive, const std::string& wanted, cons
   if (items.empty()) items = archive.ItemsOf(wanted);
   if (items.size() > 1) {
     throw AppError(ExitCode::Partly,
-                   std::to_string(items.size()) + " mails in " + name + " have the ID " + wanted,
-                   "Choose one by its number in the list of: vorlent-mozilla search '" + name + "'");
+                   InWords(Phrase::SeveralOfId, {std::to_string(items.size()), name, wanted}),
+                   InWords(Phrase::ChooseByNumber, {name}));
   }
   if (!items.empty()) return items.front();
   std::int32_t number = 0;
   if (Swallow([&] { number = ParseInt32(wanted); })) {
     if (auto item = AsStandalone(archive.ItemAt(number))) return item;
   }
-  throw AppError(ExitCode::Partly, "no item " + wanted + " in " + name);
+  throw AppError(ExitCode::Partly, InWords(Phrase::NoItemIn, {wanted, name}));
 }
 
 // Raises AppError unless every attachment can be read in the archive. Says which one will come back empty.
@@ -62,12 +63,12 @@ void CheckAttachments(Session& session, const StandaloneItem& item) {
     const std::string key = item.DataKey(i);
     if (!DescribesAttachment(key)) continue;
     const std::string path = item.DataFile(key, 0);
-    const std::string name = "attachment '" + Shown(GetLineValue(item.DataText(key), "file")) + "'";
+    const std::string name = Shown(GetLineValue(item.DataText(key), "file"));
     if (!Swallow([&] { os::File::Open(path, os::File::Mode::Read); })) {
-      throw AppError(ExitCode::Partly, "the " + name + " is missing in the archive: " + NativeShown(path));
+      throw AppError(ExitCode::Partly, InWords(Phrase::AttachmentMissing, {name, NativeShown(path)}));
     }
     if (LengthOf(path) == kComesBackEmpty) {
-      session.Output().Complain("the " + name + " comes back empty, as every one of 54 bytes does");
+      session.Output().Complain(InWords(Phrase::AttachmentEmpty, {name}));
     }
   }
 }
@@ -82,10 +83,10 @@ struct Target {
 // Runs an action of the mail connector for an archived mail. It reports nothing of what goes wrong on the
 // way, so what can be checked is checked before a byte is written, and the rest afterwards. Raises AppError.
 void PutBack(Session& session, const Target& target, const StandaloneItemPtr& item) {
-  const std::string what = NativeShown(target.mailbox) + ": '" + Shown(item->Text()) + "' ";
+  const std::string mailbox = NativeShown(target.mailbox), text = Shown(item->Text());
   if (!EndsInEmptyLine(target.mailbox)) {
-    throw AppError(ExitCode::Partly, what + "can't be appended, as the mailbox doesn't end in an empty line",
-                   "Add one, and the mail will be told apart from the one before it.");
+    throw AppError(ExitCode::Partly, InWords(Phrase::NoEmptyLine, {mailbox, text}),
+                   InWords(Phrase::AddEmptyLine));
   }
   if (target.verb == "Restore") CheckAttachments(session, *item);
   const std::uint64_t before = LengthOf(target.mailbox);
@@ -94,13 +95,15 @@ void PutBack(Session& session, const Target& target, const StandaloneItemPtr& it
     session.Host().Global().ChooseItem(item);
     target.connector.ExecuteAction(target.verb + ":" + item->ID());
   }
-  if (LengthOf(target.mailbox) == before) throw AppError(ExitCode::Partly, what + "could not be appended");
+  if (LengthOf(target.mailbox) == before)
+    throw AppError(ExitCode::Partly, InWords(Phrase::NotAppended, {mailbox, text}));
   StdMail mail;
   mail.SetMailboxFile(target.mailbox);
   bool isFound = false;
   Swallow([&] { isFound = ReadHeaderAt(mail, ToInt32(before)); });
   if (!isFound || !target.connector.HasRestored()) {
-    throw AppError(ExitCode::Partly, what + "was appended in part only, at offset " + std::to_string(before));
+    throw AppError(ExitCode::Partly,
+                   InWords(Phrase::AppendedInPart, {mailbox, text, std::to_string(before)}));
   }
 }
 
@@ -108,21 +111,22 @@ ExitCode PutBack(Session& session, const RestoreOptions& options, const std::str
   const ArchivePtr archive = session.OpenArchive(options.archive);
   const StandaloneLocationPtr location = session.Open(session.Address(options.address));
   const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
-  if (connector == nullptr) throw AppError(ExitCode::Usage, options.address + " is no address of mail");
+  if (connector == nullptr)
+    throw AppError(ExitCode::Usage, InWords(Phrase::NoAddressOfMail, {options.address}));
   if (connector->MailFiles().IsEmpty()) {
     session.ComplainOfErrors();
-    throw AppError(ExitCode::Unreadable, "there is no mailbox at " + options.address);
+    throw AppError(ExitCode::Unreadable, InWords(Phrase::NoMailboxAt, {options.address}));
   }
   const Target target = {*connector, connector->MailFiles().Item(1), verb};
   bool failed = false;
   for (const std::string& wanted : options.items) {
     try {
       const StandaloneItemPtr item = FindArchived(*archive, wanted, options.archive);
-      const std::string what = "'" + Shown(item->Text()) + "'";
+      const std::string text = Shown(item->Text());
       const std::string mailbox = NativeShown(target.mailbox);
-      if (!session.Confirm("Append " + what + " to " + mailbox + "?")) return ExitCode::Cancelled;
+      if (!session.Confirm(InWords(Phrase::AppendTo, {text, mailbox}))) return ExitCode::Cancelled;
       PutBack(session, target, item);
-      std::printf("appended: %s to %s\n", what.c_str(), mailbox.c_str());
+      std::puts(InWords(Phrase::Appended, {text, mailbox}).c_str());
     } catch (const AppError& error) {
       session.ComplainOfErrors();
       session.Output().Forget();

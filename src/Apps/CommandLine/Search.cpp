@@ -1,6 +1,7 @@
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
 #include "Host/FileKeys.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -43,7 +44,7 @@ ExitCode Search(Session& session, const SearchOptions& options) {
   const std::vector<StandaloneItemPtr> items = Find(*archive, options);
   StopIfAsked();
   if (items.empty()) {
-    session.Output().Complain("nothing found in " + options.archive);
+    session.Output().Complain(InWords(Phrase::NothingFound, {options.archive}));
     return ExitCode::Partly;
   }
   if (!options.json && !options.files) {

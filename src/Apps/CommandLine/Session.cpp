@@ -15,6 +15,7 @@
 #include "Platform/Rules.h"
 #include "Platform/Settings.h"
 #include "Platform/WorkFolder.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/ShownPaths.h"
 
 namespace vorlent::app {
@@ -25,7 +26,7 @@ namespace {
 std::string SchemeList() {
   std::string list;
   for (const Scheme* scheme : kSchemes) {
-    if (!list.empty()) list += scheme == kSchemes.back() ? " or " : ", ";
+    if (!list.empty()) list += scheme == kSchemes.back() ? InWords(Phrase::Or) : ", ";
     list += scheme->prefix;
   }
   return list;
@@ -34,11 +35,11 @@ std::string SchemeList() {
 void ApplyDrives(const std::vector<std::string>& drives) {
   for (const std::string& drive : drives) {
     if (drive.size() < 3 || drive[1] != '=') {
-      throw AppError(ExitCode::Usage, "--drive " + drive + ": expected LETTER=DIR, such as C=/mnt/windows");
+      throw AppError(ExitCode::Usage, InWords(Phrase::DriveForm, {drive}));
     }
     const std::string folder = drive.substr(2);
     if (!std::filesystem::is_directory(folder)) {
-      throw AppError(ExitCode::Usage, "--drive " + drive + ": no such folder: " + folder);
+      throw AppError(ExitCode::Usage, InWords(Phrase::NoSuchFolderOfOption, {"--drive " + drive, folder}));
     }
     os::SetDrive(drive[0], folder);
   }
@@ -74,7 +75,7 @@ Session::Session(const GlobalOptions& options)
   ApplyDrives(options.drives);
   if (!options.appData.empty()) {
     if (!std::filesystem::is_directory(options.appData)) {
-      throw AppError(ExitCode::Usage, "--appdata: no such folder: " + options.appData);
+      throw AppError(ExitCode::Usage, InWords(Phrase::NoSuchFolderOfOption, {"--appdata", options.appData}));
     }
     os::SetAppDataFolder(options.appData);
   }
@@ -90,8 +91,8 @@ std::string Session::Address(const std::string& utf8) {
   const Scheme* const scheme = SchemeOf(utf8);
   if (scheme == nullptr) {
     if (std::string address = AddressOfPath(utf8); !address.empty()) return address;
-    throw AppError(ExitCode::Usage, "'" + utf8 + "' is no address",
-                   "An address begins with " + SchemeList() + ".");
+    throw AppError(ExitCode::Usage, InWords(Phrase::NoAddress, {utf8}),
+                   InWords(Phrase::AddressForm, {SchemeList()}));
   }
   if (IsAscii(utf8)) return utf8;
   std::string rest = utf8.substr(scheme->prefix.size());
@@ -129,10 +130,11 @@ StandaloneLocationPtr Session::Open(const std::string& address) {
 StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
   const StandaloneLocationPtr location = Open(address);
   const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
-  if (connector == nullptr) throw AppError(ExitCode::Usage, Shown(address) + " is no address of mail");
+  if (connector == nullptr)
+    throw AppError(ExitCode::Usage, InWords(Phrase::NoAddressOfMail, {Shown(address)}));
   CheckMailboxes(*location);
   if (ComplainOfErrors() && connector->MailFiles().IsEmpty()) {
-    throw AppError(ExitCode::Unreadable, Shown(address) + " could not be read");
+    throw AppError(ExitCode::Unreadable, InWords(Phrase::NotRead, {Shown(address)}));
   }
   console_->Forget();
   return location;
@@ -141,7 +143,7 @@ StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
 ArchivePtr Session::OpenArchive(const std::string& nativeFolder) {
   const std::string folder = ComponentPath(std::filesystem::absolute(nativeFolder).string());
   if (!Archive::IsArchive(folder))
-    throw AppError(ExitCode::Unreadable, nativeFolder + ": there is no archive");
+    throw AppError(ExitCode::Unreadable, InWords(Phrase::NoArchive, {nativeFolder}));
   return host_->Global().OpenArchive(folder);
 }
 
@@ -160,7 +162,7 @@ StandaloneLocationPtr Session::Read(const std::string& address) {
   if (location->State() != LocationState::Read || (nothingRead && console_->HasErrors())) {
     throw AppError(
         ExitCode::Unreadable,
-        console_->HasErrors() ? console_->Errors().front().text : Shown(address) + " could not be read",
+        console_->HasErrors() ? console_->Errors().front().text : InWords(Phrase::NotRead, {Shown(address)}),
         PlaceOf(*location));
   }
   if (nothingRead) CheckBookmarks(*location);
@@ -172,8 +174,8 @@ void Session::CheckBookmarks(StandaloneLocation& location) {
   const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
   if (connector == nullptr || connector->DatabaseFile().empty() || FileExists(connector->DatabaseFile()))
     return;
-  throw AppError(ExitCode::Partly, NativeShown(connector->DatabaseFile()) + ": no such file",
-                 "Firefox keeps the bookmarks of a profile there.");
+  throw AppError(ExitCode::Partly, InWords(Phrase::NoSuchFile, {NativeShown(connector->DatabaseFile())}),
+                 InWords(Phrase::BookmarksAreKeptThere));
 }
 
 void Session::CheckMailboxes(StandaloneLocation& location) {
@@ -181,8 +183,8 @@ void Session::CheckMailboxes(StandaloneLocation& location) {
   if (connector == nullptr) return;
   for (const std::string& file : connector->MailFiles()) {
     if (!FileExists(file)) {
-      throw AppError(ExitCode::Unreadable, NativeShown(file) + ": no such mailbox",
-                     "List what there is with: vorlent-mozilla browse 'thunderbird://*'");
+      throw AppError(ExitCode::Unreadable, InWords(Phrase::NoSuchMailbox, {NativeShown(file)}),
+                     InWords(Phrase::ListMailboxes));
     }
   }
 }
@@ -190,7 +192,7 @@ void Session::CheckMailboxes(StandaloneLocation& location) {
 std::string PlaceOf(StandaloneLocation& location) {
   const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
   if (connector == nullptr || connector->DatabaseFile().empty()) return {};
-  return "The bookmarks are in " + NativeShown(connector->DatabaseFile());
+  return InWords(Phrase::BookmarksAreIn, {NativeShown(connector->DatabaseFile())});
 }
 
 bool Session::ComplainOfErrors() {
@@ -206,10 +208,11 @@ bool Session::ComplainOfErrors() {
 
 bool Session::Confirm(const std::string& question) {
   if (options_.yes || !IsTerminal(stdin) || !IsTerminal(stderr)) return true;
-  console_->Say(question + " [y/N] ");
+  console_->Say(InWords(Phrase::YesOrNo, {question}));
   std::string answer;
   std::getline(std::cin, answer);
-  return answer == "y" || answer == "Y" || answer == "yes";
+  answer = LowerCase(answer);
+  return answer == "y" || answer == "yes" || answer == "j" || answer == "ja";
 }
 
 std::string ComponentPath(const std::string& native) {
@@ -222,11 +225,15 @@ std::string NativeShown(std::string_view path) {
 }
 
 std::string CauseShown(const Cause& why) {
-  return why.path.empty() ? Shown(why.reason) : NativeShown(why.path) + ": " + Shown(why.reason);
+  return why.path.empty() ? ToldShown(why.reason) : NativeShown(why.path) + ": " + ToldShown(why.reason);
+}
+
+std::string ToldShown(std::string_view text) {
+  return Shown(Translated(WithShownPaths(text)));
 }
 
 AppError ErrorOf(const Failure& failure, std::string hint) {
-  const std::string_view own = EnglishTextOf(failure.Why().hint);
+  const std::string_view own = InWords(failure.Why().hint);
   if (!hint.empty() && !own.empty()) hint += '\n';
   return {ExitCode::Unreadable, CauseShown(failure.Why()), hint.append(own)};
 }

@@ -22,6 +22,7 @@ struct GlobalOptions {
   std::string appData;              // native folder with the Windows layout, "" for the user's own
   std::vector<std::string> drives;  // "C=DIR"
   std::string rules;                // "today" or "windows"
+  std::string language;             // "en" or "de", "" for the user's own
   bool verbose = false;             // the component's log on standard error
   bool databaseLog = false;         // the database log on standard error
   bool yes = false;                 // no questions
@@ -88,6 +89,9 @@ std::string ComponentPath(const std::string& native);
 
 // The component's path as people write it here, UTF-8.
 std::string NativeShown(std::string_view path);
+
+// What the component or the system tells, in the user's language and with paths as they are shown, UTF-8.
+std::string ToldShown(std::string_view text);
 
 // Why something failed, with the path as people write it here, UTF-8.
 std::string CauseShown(const Cause& why);

@@ -16,6 +16,7 @@
 #include "Platform/NativePaths.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/FittingName.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -242,8 +243,7 @@ void Remove(MailConnector& connector, StreamTally& tally) {
 ExitCode Stream(Session& session, const StreamOptions& options) {
   const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(options.address));
   const auto connector = RequireAs<MailConnector>(location->Connector());
-  if (options.remove && !session.Confirm("Every mail of " + options.address +
-                                         " will be marked as deleted in its mailbox. Go on?")) {
+  if (options.remove && !session.Confirm(InWords(Phrase::DeleteAllOf, {options.address}))) {
     return ExitCode::Cancelled;
   }
   const bool keep = !options.output.empty();
@@ -264,7 +264,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
   } catch (const Failure& raised) {
     failure = raised.Why();
   }
-  return ShowSum(session, tally, "delivered", failure);
+  return ShowSum(session, tally, Phrase::Delivered, failure);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "Apps/CommandLine/EndingSignals.h"
 #include "Platform/Characters.h"
 #include "Platform/CodePage.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -51,8 +52,9 @@ void Narrow(std::vector<std::size_t>& widths, const std::vector<std::size_t>& cu
 
 [[noreturn]] void RaiseUnwritten(int error) {
   StopIfAsked();
-  const std::string reason = error == 0 ? "" : ": " + std::generic_category().message(error);
-  throw AppError(ExitCode::Unreadable, "standard output could not be written" + reason);
+  const std::string reason =
+      error == 0 ? "" : ": " + Shown(Translated(std::generic_category().message(error)));
+  throw AppError(ExitCode::Unreadable, InWords(Phrase::OutputUnwritten, {reason}));
 }
 
 std::string ShownDuration(double seconds) {
@@ -190,9 +192,10 @@ void ProgressBar::Draw() {
   std::string line = fmt::format("[{}{}] {:5.1f} %", std::string(filled, '#'),
                                  std::string(kBarWidth - filled, ' '), percent_);
   if (mails_ > 0 && seconds > 0)
-    line += fmt::format("  {:.0f} mails/s", static_cast<double>(mails_) / seconds);
+    line += "  " +
+            InWords(Phrase::MailsPerSecond, {fmt::format("{:.0f}", static_cast<double>(mails_) / seconds)});
   if (percent_ >= kEnoughToGuess && percent_ < 100) {
-    line += "  " + ShownDuration(seconds / percent_ * (100 - percent_)) + " left";
+    line += "  " + InWords(Phrase::TimeLeft, {ShownDuration(seconds / percent_ * (100 - percent_))});
   }
   if (!title_.empty()) line += "  " + title_;
   std::fputs(("\r\x1b[K" + Cut(line, TerminalWidth(80) - 1)).c_str(), stderr);

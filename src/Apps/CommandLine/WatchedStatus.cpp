@@ -9,6 +9,7 @@
 #include "Common/Width.h"
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
@@ -45,8 +46,7 @@ std::string WatchedStatus::ChangeOfNoNumber() const {
     file.Seek(position_);
     after = file.ReadLine();
   });
-  return after == before_ ? std::string()
-                          : "the status '" + Shown(before_) + "' became '" + Shown(after) + "'";
+  return after == before_ ? std::string() : InWords(Phrase::StatusBecame, {Shown(before_), Shown(after)});
 }
 
 }  // namespace vorlent::app

@@ -134,7 +134,7 @@ QWidget* FormView::MakeWidget(Control& control, QWidget* page, std::function<voi
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   update = [label, &control] {
-    const QString caption = QtWithNativePaths(control.Caption());
+    const QString caption = CaptionText(control.Caption());
     if (label->buddy() == nullptr) label->setText(caption);
     label->setToolTip(caption.contains('\n') ? caption : QString());
   };
@@ -142,7 +142,7 @@ QWidget* FormView::MakeWidget(Control& control, QWidget* page, std::function<voi
 }
 
 QWidget* FormView::MakeOption(OptionButton& option, QWidget* page, std::function<void()>& update) {
-  auto* button = new QRadioButton(WithMnemonic(option, ToQt(option.Caption())), page);
+  auto* button = new QRadioButton(WithMnemonic(option, CaptionText(option.Caption())), page);
   connect(button, &QRadioButton::toggled, this, [this, &option](bool set) {
     if (set) Run([&] { option.UserPicks(); });
   });
@@ -155,7 +155,7 @@ QWidget* FormView::MakeOption(OptionButton& option, QWidget* page, std::function
 }
 
 QWidget* FormView::MakeCheck(CheckBox& box, QWidget* page, std::function<void()>& update) {
-  auto* check = new QCheckBox(WithMnemonic(box, ToQt(box.Caption())), page);
+  auto* check = new QCheckBox(WithMnemonic(box, CaptionText(box.Caption())), page);
   connect(check, &QCheckBox::clicked, this, [this, &box] { Run([&] { box.UserToggles(); }); });
   update = [check, &box] { check->setChecked(box.IsTicked()); };
   return check;
@@ -193,7 +193,7 @@ QWidget* FormView::MakeLines(TextBox& box, QWidget* page, std::function<void()>&
 }
 
 QWidget* FormView::MakeButton(Button& button, QWidget* page, std::function<void()>& update) {
-  auto* push = new QPushButton(WithMnemonic(button, ToQt(button.Caption())), page);
+  auto* push = new QPushButton(WithMnemonic(button, CaptionText(button.Caption())), page);
   push->setAutoDefault(false);
   connect(push, &QPushButton::clicked, this, [this, &button] { Run([&] { button.UserPresses(); }); });
   update = [] {};
@@ -228,9 +228,9 @@ void FormView::ConnectLabels() {
     if (label == nullptr || WizardControlTable()[i].caption.empty()) continue;
     QWidget* next = shown_[i + 1].widget;
     if (next->focusPolicy() == Qt::NoFocus) continue;
-    label->setText(WithMnemonic(*shown_[i].control, ToQt(shown_[i].control->Caption())));
+    label->setText(WithMnemonic(*shown_[i].control, CaptionText(shown_[i].control->Caption())));
     label->setBuddy(next);
-    next->setAccessibleName(ToQt(shown_[i].control->Caption()));
+    next->setAccessibleName(CaptionText(shown_[i].control->Caption()));
   }
 }
 

@@ -1,7 +1,6 @@
 #include "Apps/Wizard/ImportProgress.h"
 
 #include <QApplication>
-#include <QLocale>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -27,46 +26,23 @@ QString Duration(qint64 milliseconds) {
   return QString("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar('0'));
 }
 
+std::string Counted(auto count) {
+  return std::to_string(count);
+}
+
 QString SumOf(const ArchiveImport& import) {
   const std::int64_t there = import.AlreadyThere();
-  QString sum = QString("%1 Mails importiert").arg(import.Delivered() - there);
-  if (there > 0)
-    sum += QString(there == 1 ? ", %1 war schon im Archiv" : ", %1 waren schon im Archiv").arg(there);
-  if (import.Expunged() > 0) sum += QString(", %1 als gelöscht markierte übergangen").arg(import.Expunged());
-  if (!import.Failed().empty()) sum += QString(", %1 gescheitert").arg(import.Failed().size());
-  if (!import.Unmarked().empty())
-    sum += QString(", %1 nicht als gelöscht markiert").arg(import.Unmarked().size());
+  QString sum = Worded(Phrase::MailsImported, {Counted(import.Delivered() - there)});
+  if (there > 0) sum += Worded(there == 1 ? Phrase::OneWasThere : Phrase::SeveralWereThere, {Counted(there)});
+  if (import.Expunged() > 0) sum += Worded(Phrase::ExpungedPassed, {Counted(import.Expunged())});
+  if (!import.Failed().empty()) sum += Worded(Phrase::SomeFailed, {Counted(import.Failed().size())});
+  if (!import.Unmarked().empty()) sum += Worded(Phrase::SomeUnmarked, {Counted(import.Unmarked().size())});
   return sum;
 }
 
-QString GermanReasonOf(Marking why) {
-  switch (why) {
-    case Marking::Marked:
-      break;
-    case Marking::NoStatus:
-      return "sie hat keine Kopfzeile X-Mozilla-Status";
-    case Marking::BadStatus:
-      return "ihre Kopfzeile X-Mozilla-Status ist keine Zahl; nur das letzte Zeichen der Zeile wurde "
-             "geändert";
-    case Marking::OtherMail:
-      return "die Mailbox wurde inzwischen geändert, und die Mail steht dort nicht mehr wie gelesen";
-    case Marking::HiddenPlace:
-      return "ihre eigene Kopfzeile Address verdeckt ihre Stelle";
-    case Marking::KeptByUser:
-      return "Thunderbird läuft";
-    case Marking::Unreadable:
-      return "die Mailbox konnte dort nicht gelesen oder geschrieben werden";
-    case Marking::ReadOnly:
-      return "die Mailbox darf nicht geschrieben werden";
-  }
-  return {};
-}
-
 QString LineOf(const MailPlace& mail, const QString& outcome) {
-  return QString("%1, Mail an Stelle %2: %3")
-      .arg(ToQt(NativePaths().Of(mail.mailbox)))
-      .arg(mail.offset)
-      .arg(outcome);
+  return Worded(Phrase::MailAtOffset,
+                {NativePaths().Of(mail.mailbox), Counted(mail.offset), outcome.toStdString()});
 }
 
 }  // namespace
@@ -78,10 +54,10 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
       bar_(new QProgressBar(this)),
       rate_(new QLabel(this)),
       log_(new LogView(this)),
-      back_(new QPushButton("< &Zurück", this)),
+      back_(new QPushButton(Worded(Phrase::Back), this)),
       button_(new QPushButton(this)),
-      question_(new QMessageBox(QMessageBox::Question, "Abbrechen", "Den Import abbrechen?",
-                                QMessageBox::NoButton, this)) {
+      question_(new QMessageBox(QMessageBox::Question, Worded(Phrase::CancelTitle),
+                                Worded(Phrase::CancelImport), QMessageBox::NoButton, this)) {
   setModal(true);
   status_->setObjectName("Status");
   bar_->setObjectName("Progress");
@@ -96,9 +72,9 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
   bar_->setRange(0, kBarSteps);
   // Enter and the space bar press nothing as long as the user doesn't go to the button.
   button_->setAutoDefault(false);
-  question_->setInformativeText("Er läuft inzwischen weiter. Was er importiert hat, bleibt im Archiv.");
-  QPushButton* yes = question_->addButton("&Ja", QMessageBox::YesRole);
-  QPushButton* no = question_->addButton("&Nein", QMessageBox::NoRole);
+  question_->setInformativeText(Worded(Phrase::ImportGoesOn));
+  QPushButton* yes = question_->addButton(Worded(Phrase::Yes), QMessageBox::YesRole);
+  QPushButton* no = question_->addButton(Worded(Phrase::No), QMessageBox::NoRole);
   question_->setDefaultButton(no);
   question_->setEscapeButton(no);
 
@@ -121,13 +97,13 @@ ImportProgress::ImportProgress(CancelFlag cancelFlag, QWidget* parent)
 
 void ImportProgress::ProgressOpened(std::string_view title) {
   opened_ = isRunning_ = true;
-  setWindowTitle(QtWithNativePaths(title));
+  setWindowTitle(QtTold(title));
   bar_->setValue(0);
   rate_->clear();
   log_->clear();
   percent_ = 0;
   back_->hide();
-  button_->setText("&Abbrechen");
+  button_->setText(Worded(Phrase::Cancel));
   button_->setDefault(false);
   log_->setFocus();
   running_.start();
@@ -157,12 +133,12 @@ void ImportProgress::End() {
 }
 
 void ImportProgress::StatusChanged(std::string_view text) {
-  status_->setText(QtWithNativePaths(text));
+  status_->setText(QtTold(text));
   status_->setToolTip(status_->text());
 }
 
 void ImportProgress::LogLine(std::string_view line) {
-  log_->appendPlainText(QtWithNativePaths(line));
+  log_->appendPlainText(QtTold(line));
 }
 
 void ImportProgress::LocationUnreadable(const Cause& why) {
@@ -170,7 +146,7 @@ void ImportProgress::LocationUnreadable(const Cause& why) {
 }
 
 void ImportProgress::ErrorRaised(std::int32_t, std::string_view, bool, std::string_view text) {
-  Tell(QtWithNativePaths(text));
+  Tell(QtTold(text));
 }
 
 void ImportProgress::Tell(const QString& error) {
@@ -191,10 +167,8 @@ void ImportProgress::ShowRate() {
   const auto mails = static_cast<qlonglong>(tally_->Delivered());
   const double rate = static_cast<double>(mails) * 1000.0 / static_cast<double>(elapsed);
   const auto left = static_cast<qint64>(static_cast<double>(elapsed) * (100 - percent_) / percent_);
-  rate_->setText(QString("%1 Mails, %2 Mails/Sekunde, noch %3")
-                     .arg(mails)
-                     .arg(QLocale(QLocale::German).toString(rate, 'f', 1))
-                     .arg(Duration(left)));
+  rate_->setText(Worded(Phrase::Rate, {Counted(mails), FormLocale().toString(rate, 'f', 1).toStdString(),
+                                       Duration(left).toStdString()}));
 }
 
 // --- The end --------------------------------------------------------------------------------------------
@@ -204,18 +178,18 @@ bool ImportProgress::ShowResult(const ArchiveImport& import, const Cause& failur
   for (const auto& [mail, why] : import.Failed())
     log_->appendPlainText(LineOf(mail, ShownCause(why)));
   for (const auto& [mail, why] : import.Unmarked())
-    log_->appendPlainText(LineOf(mail, "nicht als gelöscht markiert: " + GermanReasonOf(why)));
+    log_->appendPlainText(LineOf(mail, Worded(Phrase::NotMarkedAsDeleted, {InWords(why, FormLanguage())})));
   for (const Hint hint : import.HintsWith(failure))
-    log_->appendPlainText(ToQt(GermanTextOf(hint)));
+    log_->appendPlainText(ToQt(InWords(hint, FormLanguage())));
   if (failure.IsEmpty()) {
     if (!cancelFlag_()) percent_ = 100;
-    status_->setText(SumOf(import) + (cancelFlag_() ? ", dann abgebrochen." : "."));
+    status_->setText(SumOf(import) + (cancelFlag_() ? Worded(Phrase::ThenCancelled) : "."));
   } else {
-    log_->appendPlainText(SumOf(import) + ", dann gescheitert.");
-    status_->setText("Der Import ist gescheitert: " + ShownCause(failure));
+    log_->appendPlainText(SumOf(import) + Worded(Phrase::ThenFailed));
+    status_->setText(Worded(Phrase::ImportFailed, {ShownCause(failure).toStdString()}));
   }
   ShowHowFar();
-  button_->setText("&Schließen");
+  button_->setText(Worded(Phrase::Close));
   button_->setEnabled(true);
   back_->setVisible(!failure.IsEmpty());
   QPushButton* likely = failure.IsEmpty() ? button_ : back_;
@@ -235,7 +209,7 @@ void ImportProgress::reject() {
 void ImportProgress::Stop() {
   cancelFlag_() = true;
   button_->setEnabled(false);
-  rate_->setText("Wird nach der laufenden Mail abgebrochen ...");
+  rate_->setText(Worded(Phrase::EndsAfterMail));
 }
 
 }  // namespace vorlent::wizard

@@ -2,7 +2,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -23,17 +22,14 @@ constexpr std::size_t kNamed = 100;
 constexpr int kQuestionWidth = 9000;
 constexpr int kQuestionHeight = 4500;
 
-QString Counted(std::size_t count, const QString& one, const QString& many) {
-  if (count == 1) return one;
-  return many.arg(QLocale(QLocale::German).toString(static_cast<qulonglong>(count)));
+std::string Written(std::size_t count) {
+  return FormLocale().toString(static_cast<qulonglong>(count)).toStdString();
 }
 
 QString QuestionFor(const ImportCommand& command) {
-  const QString mailboxes = Counted(command.mailboxes.size(), "dieses Postfachs", "dieser %1 Postfächer");
-  return QString(
-             "Die Mails %1 kommen in das Archiv\n%2\n"
-             "und werden dann in ihrem Postfach als gelöscht markiert. Sollen sie verschoben werden?")
-      .arg(mailboxes, QtWithNativePaths(command.target));
+  const std::size_t count = command.mailboxes.size();
+  return Worded(count == 1 ? Phrase::MoveQuestionOfOne : Phrase::MoveQuestion,
+                {WithNativePaths(command.target), Written(count)});
 }
 
 QString NamesOf(const std::vector<std::string>& mailboxes) {
@@ -42,15 +38,17 @@ QString NamesOf(const std::vector<std::string>& mailboxes) {
   QStringList names;
   for (std::size_t i = 0; i < named; ++i)
     names += ToQt(paths.Of(mailboxes[i]));
-  if (named < mailboxes.size())
-    names += Counted(mailboxes.size() - named, "und ein weiteres", "und %1 weitere");
+  if (named < mailboxes.size()) {
+    const std::size_t more = mailboxes.size() - named;
+    names += Worded(more == 1 ? Phrase::AndOneMore : Phrase::AndMore, {Written(more)});
+  }
   return names.join('\n');
 }
 
 }  // namespace
 
 MoveQuestion::MoveQuestion(const ImportCommand& command, QWidget* parent) : QDialog(parent) {
-  setWindowTitle("Mails verschieben");
+  setWindowTitle(Worded(Phrase::MoveMails));
   auto* question = new QLabel(QuestionFor(command), this);
   question->setObjectName("Question");
   question->setTextFormat(Qt::PlainText);
@@ -60,9 +58,9 @@ MoveQuestion::MoveQuestion(const ImportCommand& command, QWidget* parent) : QDia
   names->setReadOnly(true);
   names->setLineWrapMode(QPlainTextEdit::NoWrap);
   names->setTabChangesFocus(true);
-  auto* move = new QPushButton("&Verschieben", this);
+  auto* move = new QPushButton(Worded(Phrase::Move), this);
   move->setObjectName("Move");
-  auto* cancel = new QPushButton("&Abbrechen", this);
+  auto* cancel = new QPushButton(Worded(Phrase::Cancel), this);
   cancel->setObjectName("Cancel");
   cancel->setDefault(true);
   cancel->setFocus();

@@ -23,7 +23,8 @@ std::string QtDialogs::ShowWizard(std::string_view title, std::string_view progI
 }
 
 std::string QtDialogs::ChooseLocation(std::string_view title, std::string_view, std::string_view) {
-  QFileDialog dialog(QApplication::activeWindow(), ToQt(title) + ": Ordner eines Archivs, auch eines neuen");
+  QFileDialog dialog(QApplication::activeWindow(),
+                     Worded(Phrase::FolderOfArchive, {TranslatedCaption(title)}));
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};

@@ -42,7 +42,7 @@ QStringList NameFilters(std::string filter) {
     const std::string label = CutToken(filter, std::string_view("\0", 1));
     std::string patterns = CutToken(filter, std::string_view("\0", 1));
     ReplaceText(patterns, ";", " ");
-    filters += ToQt(label) + " (" + ToQt(patterns == "*.*" ? "*" : patterns) + ")";
+    filters += CaptionText(label) + " (" + ToQt(patterns == "*.*" ? "*" : patterns) + ")";
   }
   return filters;
 }
@@ -72,7 +72,7 @@ FileDialogAnswer Chosen(const QString& native, std::int32_t room) {
 
 MessageAnswer QtPlatform::ShowMessage(std::string_view text, std::string_view title, MessageIcon icon,
                                       MessageButtons buttons) {
-  QMessageBox box(IconOf(icon), QtWithNativePaths(title), QtWithNativePaths(text), QMessageBox::NoButton,
+  QMessageBox box(IconOf(icon), QtTold(title), QtTold(text), QMessageBox::NoButton,
                   QApplication::activeWindow());
   box.setTextFormat(Qt::PlainText);
   if (buttons == MessageButtons::Ok) {
@@ -80,9 +80,9 @@ MessageAnswer QtPlatform::ShowMessage(std::string_view text, std::string_view ti
     box.exec();
     return MessageAnswer::Ok;
   }
-  QPushButton* yes = box.addButton("&Ja", QMessageBox::YesRole);
-  QPushButton* no = box.addButton("&Nein", QMessageBox::NoRole);
-  QPushButton* cancel = box.addButton("Abbrechen", QMessageBox::RejectRole);
+  QPushButton* yes = box.addButton(Worded(Phrase::Yes), QMessageBox::YesRole);
+  QPushButton* no = box.addButton(Worded(Phrase::No), QMessageBox::NoRole);
+  QPushButton* cancel = box.addButton(Worded(Phrase::CancelTitle), QMessageBox::RejectRole);
   box.setDefaultButton(yes);
   box.setEscapeButton(cancel);
   box.exec();
@@ -91,7 +91,7 @@ MessageAnswer QtPlatform::ShowMessage(std::string_view text, std::string_view ti
 }
 
 FileDialogAnswer QtPlatform::ShowFileDialog(const FileDialogRequest& request) {
-  QFileDialog dialog(WindowOf(request.owner), ToQt(request.title), NativeOf(request.initialFolder));
+  QFileDialog dialog(WindowOf(request.owner), CaptionText(request.title), NativeOf(request.initialFolder));
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(request.flags & kFileMustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::DontConfirmOverwrite, (request.flags & kOverwritePrompt) == 0);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Apps/Wizard/QtText.h"
+#include "Standalone/Phrases.h"
 
 namespace vorlent::wizard {
 
@@ -154,7 +155,7 @@ std::unique_ptr<SheetModel::Node> SheetModel::NewNode(Node& parent, std::int32_t
   node->parent = &parent;
   node->row = &row;
   node->serial = row.Serial();
-  node->text = ToQt(paths_.Of(row.Text()));
+  node->text = ToQt(TranslatedName(paths_.Of(row.Text())));
   node->hasIcon = !row.Icon().empty();
   node->state = row.State();
   const std::vector<std::int32_t> below = DirectRows(position + 1, end);

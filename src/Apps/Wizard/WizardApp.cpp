@@ -21,6 +21,7 @@
 #include "Platform/NativePaths.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/InstalledHost.h"
+#include "Standalone/Phrases.h"
 #include "Standalone/StandaloneHost.h"
 
 namespace vorlent {
@@ -34,22 +35,22 @@ using app::ExitCode;
 // Qt ends the process when it can't reach a display; this has the last word.
 void SayThatThereIsNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
   if (type != QtFatalMsg) return;
-  std::fputs(
-      "vorlent-mozilla: the wizard needs a display, and there is none.\n"
-      "Without one, list the mail folders and import them by name:\n"
-      "  vorlent-mozilla browse 'thunderbird://*'\n"
-      "  vorlent-mozilla import --target ARCHIVE ADDRESS\n",
-      stderr);
+  std::fprintf(stderr,
+               "vorlent-mozilla: %s\n%s\n"
+               "  vorlent-mozilla browse 'thunderbird://*'\n"
+               "  vorlent-mozilla import --target ARCHIVE ADDRESS\n",
+               InWords(Phrase::NoDisplay).c_str(), InWords(Phrase::WithoutDisplay).c_str());
   std::_Exit(static_cast<int>(ExitCode::Usage));
 }
 
-// The application, unless the process has one. Qt's own texts are German while this lives.
+// The application, unless the process has one. Qt's own texts are in the windows' language while this lives.
 class Application {
  public:
   Application() {
     if (QCoreApplication::instance() == nullptr) MakeOwn();
     // Without the package of Qt's translations its texts stay English.
-    if (german_.load("qtbase_de", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    if (FormLanguage() == Language::German &&
+        german_.load("qtbase_de", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
       QCoreApplication::installTranslator(&german_);
     }
   }
@@ -158,7 +159,7 @@ int RunWizardApp(const WizardAppOptions& options) {
       program.OpenTarget(os::ToWindowsPath(folder));
   } catch (const Failure& failure) {
     std::fprintf(stderr, "vorlent-mozilla: %s\n", wizard::ShownCause(failure.Why()).toUtf8().constData());
-    if (const std::string_view hint = EnglishTextOf(failure.Why().hint); !hint.empty())
+    if (const std::string_view hint = InWords(failure.Why().hint); !hint.empty())
       std::fprintf(stderr, "%s\n", std::string(hint).c_str());
     return static_cast<int>(ExitCode::Unreadable);
   }

@@ -15,9 +15,6 @@ namespace vorlent::wizard {
 
 namespace {
 
-// The letters of the frame's buttons: Zurück, Weiter, Fertigstellen, Abbrechen.
-constexpr auto kFrameLetters = "zwfa";
-
 // A comfortable size to begin with, in twips.
 constexpr int kFrameWidth = 10200;
 constexpr int kFrameHeight = 6600;
@@ -36,14 +33,11 @@ bool HasTickedRow(const Sheet& sheet) {
 // Why page 1 leads to no mailbox, and what to do there.
 QString WhyNoMailboxes(const WizardForm& form) {
   const bool areFolders = form.Get<OptionButton>("Option1").IsSet();
-  if (areFolders && !HasTickedRow(form.Get<Sheet>("qzelSheet1")))
-    return "Es ist kein Mail-Folder angekreuzt. Bitte mindestens einen ankreuzen oder eine Datei angeben.";
-  if (!areFolders && form.Get<TextBox>("Text1").Text().empty())
-    return "Es ist keine Datei angegeben. Bitte den Pfad einer Thunderbird-Datei angeben.";
-  QString why = areFolders ? "In den angekreuzten Mail-Foldern gibt es kein Postfach. Bitte andere ankreuzen"
-                           : "In diesem Ordner gibt es kein Postfach. Bitte einen anderen angeben";
-  if (!form.Get<CheckBox>("Check1").IsTicked()) why += " oder „inkl. Unterverzeichnisse“ ankreuzen";
-  return why + ".";
+  if (areFolders && !HasTickedRow(form.Get<Sheet>("qzelSheet1"))) return Worded(Phrase::NoFolderTicked);
+  if (!areFolders && form.Get<TextBox>("Text1").Text().empty()) return Worded(Phrase::NoFileNamed);
+  const bool areAllRead = form.Get<CheckBox>("Check1").IsTicked();
+  return Worded(areFolders ? Phrase::NoMailboxTicked : Phrase::NoMailboxInFolder,
+                {areAllRead ? "" : InWords(Phrase::OrTickSubfolders, {}, FormLanguage())});
 }
 
 // What a page lacks that the import needs, and what to do there; "" if nothing.
@@ -53,10 +47,10 @@ QString MissingOn(std::int16_t page, const WizardForm& form) {
       return HasTickedRow(form.Get<Sheet>("qzelSheet2")) ? QString() : WhyNoMailboxes(form);
     case 2:
       if (HasTickedRow(form.Get<Sheet>("qzelSheet2"))) return {};
-      return "Es ist kein Postfach angekreuzt. Bitte mindestens eines ankreuzen.";
+      return Worded(Phrase::NoneTicked);
     case 3:
       if (!form.Get<DropDown>("Combo1").Text().empty()) return {};
-      return "Es gibt noch kein Ziel. Bitte mit „Neu“ den Ordner eines Archivs wählen, auch eines neuen.";
+      return Worded(Phrase::NoTarget);
     default:
       return {};
   }
@@ -68,14 +62,14 @@ WizardFrame::WizardFrame(WizardImport& wizard, std::string_view title, QWidget* 
     : QDialog(parent),
       wizard_(wizard),
       heading_(new QWidget(this)),
-      title_(new QLabel(ToQt(title), heading_)),
+      title_(new QLabel(CaptionText(title), heading_)),
       step_(new QLabel(heading_)),
-      form_(new FormView(wizard, kFrameLetters, this)),
-      back_(new QPushButton("< &Zurück", this)),
-      next_(new QPushButton("&Weiter >", this)),
-      finish_(new QPushButton("&Fertigstellen", this)),
-      cancel_(new QPushButton("&Abbrechen", this)) {
-  setWindowTitle(ToQt(title));
+      form_(new FormView(wizard, Worded(Phrase::FrameLetters), this)),
+      back_(new QPushButton(Worded(Phrase::Back), this)),
+      next_(new QPushButton(Worded(Phrase::Next), this)),
+      finish_(new QPushButton(Worded(Phrase::Finish), this)),
+      cancel_(new QPushButton(Worded(Phrase::Cancel), this)) {
+  setWindowTitle(CaptionText(title));
   setSizeGripEnabled(true);
   LayOutHeading();
   LayOutFrame();
@@ -157,7 +151,7 @@ bool WizardFrame::GoTo(std::int16_t page) {
   // Enter goes on, and finishes on the last page.
   next_->setDefault(!isLast);
   finish_->setDefault(isLast);
-  step_->setText(QString("Schritt %1 von %2").arg(page).arg(wizard_.Pages()));
+  step_->setText(Worded(Phrase::Step, {std::to_string(page), std::to_string(wizard_.Pages())}));
   return form_->ShowPage(page);
 }
 

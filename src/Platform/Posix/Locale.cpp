@@ -11,9 +11,9 @@ namespace vorlent::os {
 
 namespace {
 
-// The name of the user's locale for numbers: the first of these variables that is set.
-std::string NumberLocale() {
-  for (const char* name : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
+// The name of the user's locale of a category: the first of these variables that is set.
+std::string LocaleOf(const char* category) {
+  for (const char* name : {"LC_ALL", category, "LANG"}) {
     const char* value = std::getenv(name);
     if (value != nullptr && *value != '\0') return value;
   }
@@ -36,12 +36,16 @@ char DecimalSign() {
   // Kept, as a locale is loaded from files; by its name, so that a change is seen.
   static std::string known = "C";
   static char sign = '.';
-  std::string name = NumberLocale();
+  std::string name = LocaleOf("LC_NUMERIC");
   if (name != known) {
     sign = LoadDecimalSign(name);
     known = std::move(name);
   }
   return sign;
+}
+
+std::string MessageLocale() {
+  return LocaleOf("LC_MESSAGES");
 }
 
 }  // namespace vorlent::os

@@ -54,9 +54,9 @@ std::optional<MessageAnswer> ParseAnswer(std::string_view line) {
   return std::nullopt;
 }
 
-MessageAnswer Ask() {
+MessageAnswer Ask(std::string_view choice) {
   while (true) {
-    Print("[Y]es, [N]o or [C]ancel? ");
+    Print(choice);
     const auto line = ReadAnswer();
     if (!line) return MessageAnswer::Cancel;
     if (const auto answer = ParseAnswer(*line)) return *answer;
@@ -78,7 +78,11 @@ MessageAnswer SystemPlatform::ShowMessage(std::string_view text, std::string_vie
   Print(DisplayUtf8(title) + ": " + DisplayUtf8(text) + "\n");
   if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
   const bool someoneIsThere = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
-  return someoneIsThere ? Ask() : MessageAnswer::Cancel;
+  return someoneIsThere ? Ask(ChoiceOfAnswers()) : MessageAnswer::Cancel;
+}
+
+std::string SystemPlatform::ChoiceOfAnswers() const {
+  return "[Y]es, [N]o or [C]ancel? ";
 }
 
 FileDialogAnswer SystemPlatform::ShowFileDialog(const FileDialogRequest&) {
