@@ -39,7 +39,6 @@ void LineFile::Seek(std::uint64_t position) {
     bufferStart_ = target;
     next_ = filled_ = 0;
   }
-  behindLineFeed_ = 0;
   ended_ = false;
 }
 
@@ -48,7 +47,8 @@ std::string_view LineFile::ReadAnyLine() {
   // AtEnd has no need to touch the buffer, which would cost the caller the line.
   std::size_t length = 0;
   do {
-    length = FindLineEnd(next_ + length) - next_;
+    const char* const start = buffer_.get() + next_;
+    length = static_cast<std::size_t>(FindLineEnd(start + length, buffer_.get() + filled_) - start);
   } while (next_ + length + kLongestLineEnd >= filled_ && Fill());
   const std::string_view line(buffer_.get() + next_, length);
   TakeLineEnd(length);
@@ -67,27 +67,12 @@ void LineFile::TakeLineEnd(std::size_t length) {
   lineEndLength_ = rule_ == LineRule::Windows ? kLongestLineEnd : endLength;
 }
 
-std::size_t LineFile::FindLineEnd(std::size_t from) {
-  if (rule_ == LineRule::Windows) return Find('\r', from, filled_);
-  // The LF found last is remembered: with lines that end in a lone CR, each would look through the whole
-  // buffer for one again.
-  if (behindLineFeed_ <= from) behindLineFeed_ = Find('\n', from, filled_) + 1;
-  return Find('\r', from, behindLineFeed_ - 1);
-}
-
-// Position of the byte in the buffer, `to` if it isn't there.
-std::size_t LineFile::Find(char byte, std::size_t from, std::size_t to) const {
-  if (from == to) return to;
-  const void* const found = std::memchr(buffer_.get() + from, byte, to - from);
-  return found == nullptr ? to : static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.get());
-}
-
 void LineFile::WriteByte(char byte) {
   const std::uint64_t target = bufferStart_ + next_;
   file_.Seek(target);
   // What was read ahead is given up, the more so if the write fails.
   bufferStart_ = target;
-  next_ = filled_ = behindLineFeed_ = 0;
+  next_ = filled_ = 0;
   ended_ = false;
   file_.Write(&byte, 1);
   ++bufferStart_;
@@ -100,7 +85,6 @@ bool LineFile::Fill() {
   MakeRoom();
   const std::size_t count = file_.Read(buffer_.get() + filled_, capacity_ - filled_);
   filled_ += count;
-  behindLineFeed_ = 0;
   ended_ = count == 0;
   return !ended_;
 }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "Platform/Files.h"
+#include "Platform/LineEnds.h"
 #include "Platform/Rules.h"
 
 namespace vorlent {
@@ -43,7 +44,7 @@ class LineFile {
   // ReadLine, Seek, WriteByte or Close. A failed read raises and leaves the position where it was.
   std::string_view ReadLine() {
     std::string_view line;
-    return rule_ == LineRule::Windows && TakeBufferedLine(line) ? line : ReadAnyLine();
+    return TakeBufferedLine(line) ? line : ReadAnyLine();
   }
 
   // As ReadLine, but nothing at the end of the file.
@@ -64,8 +65,7 @@ class LineFile {
   std::string_view ReadAnyLine();
   bool Fill();
   void MakeRoom();
-  std::size_t Find(char byte, std::size_t from, std::size_t to) const;
-  std::size_t FindLineEnd(std::size_t from);
+  const char* FindLineEnd(const char* from, const char* to) const;
   void TakeLineEnd(std::size_t length);
 
   static constexpr std::uint32_t kLongestLineEnd = 2;
@@ -77,20 +77,29 @@ class LineFile {
   std::size_t capacity_ = 0;
   std::size_t filled_ = 0;
   std::size_t next_ = 0;
-  std::size_t behindLineFeed_ = 0;  // by the Native rule, after the LF found last; 0 if none was looked for
   std::uint32_t lineEndLength_ = 0;
   bool ended_ = false;  // the last read found nothing more
 };
 
-// The way of nearly all lines of the Windows rule: one that ends in front of what else is buffered.
+// The first byte that ends a line; `to` if there is none before that.
+inline const char* LineFile::FindLineEnd(const char* from, const char* to) const {
+  if (from == to) return to;
+  if (rule_ == LineRule::Native) return os::FindLineEnd(from, to);
+  const void* const found = std::memchr(from, '\r', static_cast<std::size_t>(to - from));
+  return found == nullptr ? to : static_cast<const char*>(found);
+}
+
+// The way of nearly all lines: one that ends in front of what else is buffered.
 inline bool LineFile::TakeBufferedLine(std::string_view& line) {
   if (next_ == filled_) return false;
   const char* const start = buffer_.get() + next_;
-  const char* const end = static_cast<const char*>(std::memchr(start, '\r', filled_ - next_));
-  if (end == nullptr || end + kLongestLineEnd >= buffer_.get() + filled_) return false;
+  const char* const filled = buffer_.get() + filled_;
+  const char* const end = FindLineEnd(start, filled);
+  if (filled - end <= kLongestLineEnd) return false;
   line = {start, end};
-  next_ += line.size() + (end[1] == '\n' ? 2 : 1);
-  lineEndLength_ = kLongestLineEnd;
+  const std::uint32_t endLength = end[0] == '\r' && end[1] == '\n' ? 2 : 1;
+  next_ += line.size() + endLength;
+  lineEndLength_ = rule_ == LineRule::Windows ? kLongestLineEnd : endLength;
   return true;
 }
 
