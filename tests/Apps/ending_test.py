@@ -249,7 +249,7 @@ class OddProfiles(ProgramCase):
         return [str(self.mail / name) for name in ("Device", "Pipe", "Socket")]
 
     def expect_told(self, odd, err):
-        told = [line for line in err.splitlines() if "bergangen" in line]
+        told = [line for line in err.splitlines() if "passed over" in line]
         self.assertEqual([line.split(": ")[1] for line in told], odd, err)
 
     def test_what_is_no_file_is_passed_over_and_told_and_the_rest_is_read(self):
