@@ -1,4 +1,5 @@
-// What the fuzz targets share: a condition that holds for every input, and failures that are allowed.
+// What the fuzz targets share: a condition that holds for every input, failures that are allowed, and
+// the rules under which both are tried.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +10,7 @@
 #include <string_view>
 
 #include "Platform/Failure.h"
+#include "Platform/Rules.h"
 
 namespace vorlent::fuzz {
 
@@ -32,6 +34,15 @@ void MayFail(std::initializer_list<ErrorNumber> numbers, Step&& step, const char
   for (const ErrorNumber each : numbers)
     allowed = allowed || number == static_cast<int>(each);
   Require(allowed, file, line);
+}
+
+// Does the same under each set of rules, as an input is to break neither.
+template <class Try>
+void UnderBothRules(Try&& tried) {
+  for (const Rules& rules : {Rules::Windows(), Rules::Today()}) {
+    ChooseRules(rules);
+    tried();
+  }
 }
 
 }  // namespace vorlent::fuzz

@@ -71,8 +71,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view address = vorlent::fuzz::Text(data, size);
   // A walk that climbs out of the tree goes through the whole disk.
   if (address.find("..") != std::string_view::npos) return 0;
-  vorlent::fuzz::Walk(std::string(address));
-  // Most inputs lack the scheme, and end before anything is looked up.
-  vorlent::fuzz::Walk(std::string(vorlent::fuzz::kScheme).append(address));
+  vorlent::fuzz::UnderBothRules([&] {
+    vorlent::fuzz::Walk(std::string(address));
+    // Most inputs lack the scheme, and end before anything is looked up.
+    vorlent::fuzz::Walk(std::string(vorlent::fuzz::kScheme).append(address));
+  });
   return 0;
 }

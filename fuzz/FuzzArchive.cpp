@@ -184,6 +184,6 @@ class Damage {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static vorlent::fuzz::Damage damage;
-  damage.Try(vorlent::fuzz::Text(data, size));
+  vorlent::fuzz::UnderBothRules([&] { damage.Try(vorlent::fuzz::Text(data, size)); });
   return 0;
 }

@@ -43,8 +43,10 @@ void EncodeAndDecode(std::string_view bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = vorlent::fuzz::Text(data, size);
-  vorlent::fuzz::DecodeAnything(text);
-  vorlent::fuzz::DecodeByGroups(text);
-  vorlent::fuzz::EncodeAndDecode(text);
+  vorlent::fuzz::UnderBothRules([text] {
+    vorlent::fuzz::DecodeAnything(text);
+    vorlent::fuzz::DecodeByGroups(text);
+    vorlent::fuzz::EncodeAndDecode(text);
+  });
   return 0;
 }

@@ -124,10 +124,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string_view text = vorlent::fuzz::Text(data, size);
   const std::string_view key = vorlent::CutLine(text);
   const std::string_view value = vorlent::CutLine(text);
-  vorlent::fuzz::Records(key, value, text);
-  vorlent::fuzz::Lines(key, value, text);
-  vorlent::fuzz::Conditions(text);
-  vorlent::fuzz::Connections(value, text);
-  vorlent::fuzz::Words(text);
+  vorlent::fuzz::UnderBothRules([=] {
+    vorlent::fuzz::Records(key, value, text);
+    vorlent::fuzz::Lines(key, value, text);
+    vorlent::fuzz::Conditions(text);
+    vorlent::fuzz::Connections(value, text);
+    vorlent::fuzz::Words(text);
+  });
   return 0;
 }

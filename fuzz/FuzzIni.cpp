@@ -10,6 +10,7 @@
 
 #include "Common/StdIni.h"
 #include "Common/StdModul.h"
+#include "Fuzz.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
 
@@ -97,6 +98,6 @@ void Run(std::string_view input) {
 }  // namespace vorlent
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  vorlent::Run({reinterpret_cast<const char*>(data), size});
+  vorlent::fuzz::UnderBothRules([&] { vorlent::Run(vorlent::fuzz::Text(data, size)); });
   return 0;
 }

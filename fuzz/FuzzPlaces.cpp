@@ -88,6 +88,6 @@ class Browser {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static vorlent::fuzz::Browser browser;
-  browser.Read(vorlent::fuzz::Text(data, size));
+  vorlent::fuzz::UnderBothRules([&] { browser.Read(vorlent::fuzz::Text(data, size)); });
   return 0;
 }

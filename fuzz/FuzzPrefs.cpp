@@ -111,9 +111,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // Other folders of the machine are no part of the input.
   if (profiles.find("..") != std::string_view::npos || profiles.find(':') != std::string_view::npos) return 0;
   applicationData.Write(profiles, prefs);
-  fuzz::Accounts(applicationData.Profile(), prefs);
-  fuzz::Profiles();
-  Swallow([] { GetKeywordsOfFile("C:\\mail\\a\\Inbox.sbd\\Sub"); });
+  fuzz::UnderBothRules([&] {
+    fuzz::Accounts(applicationData.Profile(), prefs);
+    fuzz::Profiles();
+    Swallow([] { GetKeywordsOfFile("C:\\mail\\a\\Inbox.sbd\\Sub"); });
+  });
   fuzz::Require(applicationData.Holds(profiles, prefs));
   return 0;
 }

@@ -54,14 +54,13 @@ void ReadAndDelete(std::string_view input) {
   const auto saveflag = static_cast<std::int16_t>(static_cast<signed char>(input[0]));
   const std::int32_t offset =
       static_cast<unsigned char>(input[1]) * 256 + static_cast<unsigned char>(input[2]);
-  for (const Rules& rules : {Rules::Windows(), Rules::Today()}) {
-    ChooseRules(rules);
+  UnderBothRules([&] {
     const FuzzMailbox mailbox(input.substr(3));
     ReadAll(mailbox, saveflag, false);
     ReadAll(mailbox, saveflag, true);
     Delete(mailbox, 0);
     Delete(mailbox, offset);
-  }
+  });
 }
 
 }  // namespace
