@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """The connector between two profiles that Firefox itself has made.
 
-Firefox starts on an empty home, imports a bookmarks file and gets bookmarks of titles that are hard on a file of
-markup. The command line reads the profile and exports its bookmarks, and a second Firefox on an empty home imports the
-export. The bookmarks of both are compared as their databases hold them: titles, urls, folders, separators, order, dates
-to the second. While the first Firefox runs, its database is read as of a moment that is told.
+Firefox starts on an empty home, imports a bookmarks file and gets two thousand more, with titles that are hard on a
+file of markup. What it lists itself is what its database holds. The command line reads the profile and exports its
+bookmarks, and a second Firefox on an empty home imports the export. The bookmarks of both are compared: titles, urls,
+folders, separators, order, dates to the second. While the first Firefox runs, its database is read as of a moment that
+is told.
 
 usage: firefox.py PROGRAM
 """
@@ -69,6 +70,14 @@ HARD = [
     ("https://hard.example.org/own", "https://hard.example.org/own"),
     None, ("Gleich",), ("Gleich",), (" ",), ("<&>\n\"Ordner\", 🦊",), None,
 ]
+
+# Many more as people have them: the same address under several titles, empty titles, folders of equal names.
+WORDS = ["Rezepte", "Größe", "漢字かな", "Привет", "مرحبا", "e\u0301te\u0301", "\u00e9t\u00e9", "👨‍👩‍👧 🇩🇪 👍🏽", "a\nb", ""]
+MANY = [
+    None if n % 97 == 0 else (WORDS[n % 8],) if n % 31 == 0
+    else (WORDS[n % 10] and f"{WORDS[n % 10]} {n % 50}", f"https://many.example.org/{n % 400}?n={n % 3}#ö")
+    for n in range(2000)
+]
 ADD = """
 const { PlacesUtils } = ChromeUtils.importESModule("resource://gre/modules/PlacesUtils.sys.mjs");
 const { TYPE_FOLDER, TYPE_SEPARATOR, TYPE_BOOKMARK } = PlacesUtils.bookmarks;
@@ -87,6 +96,19 @@ for (const entry of arguments[0]) {
 }
 """
 
+# What Firefox itself lists: title and entries; title, address and date in seconds; null for a separator.
+LIST = """
+const { PlacesUtils } = ChromeUtils.importESModule("resource://gre/modules/PlacesUtils.sys.mjs");
+const entryOf = node => {
+  if (node.type == PlacesUtils.TYPE_X_MOZ_PLACE_SEPARATOR) return null;
+  if (node.type == PlacesUtils.TYPE_X_MOZ_PLACE_CONTAINER)
+    return [node.title ?? "", (node.children ?? []).map(entryOf)];
+  return [node.title ?? "", node.uri, Math.floor((node.lastModified || node.dateAdded) / 1000000)];
+};
+const tree = await PlacesUtils.promiseBookmarksTree(PlacesUtils.bookmarks.rootGuid);
+return tree.children.map(entryOf);
+"""
+
 # Replaces all bookmarks; what Firefox brings along would only be in the way.
 IMPORT = """
 const { BookmarkHTMLUtils } = ChromeUtils.importESModule("resource://gre/modules/BookmarkHTMLUtils.sys.mjs");
@@ -103,8 +125,14 @@ def fail(text):
 
 
 def expect(what, found, expected):
-    if found != expected:
-        fail(f"{what}:\n  found    {found}\n  expected {expected}")
+    if found == expected:
+        return
+    if isinstance(found, list) and isinstance(expected, list):
+        for mine, other in zip(found, expected):
+            if mine != other:
+                found, expected = mine, other
+                break
+    fail(f"{what}:\n  found    {found!r}\n  expected {expected!r}")
 
 
 class Home:
@@ -123,7 +151,7 @@ class Home:
         try:
             self.profile = pathlib.Path(application.run(IMPORT, str(bookmarks)))
             application.run(ADD, list(further))
-            yield
+            yield application
         finally:
             application.quit()
 
@@ -164,6 +192,12 @@ class Home:
                     yield (title or "", url, (modified or added) // 1000000) if kind == 1 else None
 
         return list(below(next(row for row, _, _, parent, *_ in rows if parent == 0)))
+
+
+def as_tree(listed):
+    """What an application has listed, in the form of Home.places."""
+    return [entry and ((entry[0], as_tree(entry[1])) if isinstance(entry[1], list) else tuple(entry))
+            for entry in listed]
 
 
 def flat(tree, keywords=()):
@@ -207,7 +241,8 @@ def main():
         exported = pathlib.Path(folder, "exported.html")
 
         first = Home(program, pathlib.Path(folder, "first"))
-        with first.firefox_with(imported, HARD):
+        with first.firefox_with(imported, HARD + MANY) as firefox:
+            listed = as_tree(firefox.run(LIST))
             before = first.files()
             code, _, err = first.run("--rules", "windows", "read", "firefox://")
             if code != 3 or "database is locked" not in err:
@@ -219,18 +254,21 @@ def main():
             expect("files of a running Firefox", first.files(), before)
         print("Firefox wrote", first.profile)
         tree = first.places()
-        given = sum(entry is not None for entry in HARD)
+        # Firefox doesn't list the folder of its tags.
+        expect("what Firefox lists", listed, [entry for entry in tree if entry[0] != "tags"])
+        given = sum(entry is not None for entry in HARD + MANY)
         expect("number of bookmarks", len(list(flat(tree))), len(TITLES) + given)
         check_reading(first, tree)
         first.succeed("bookmarks", "firefox://", "--output", str(exported))
         expect("file in the profile", (first.profile / "bookmarks.html").read_bytes(), exported.read_bytes())
 
         second = Home(program, pathlib.Path(folder, "second"))
-        with second.firefox_with(exported):
-            pass
+        with second.firefox_with(exported) as firefox:
+            listed = as_tree(firefox.run(LIST))
         # What was exported comes into the menu, the first profile's roots as plain folders.
-        menu = next(entry[1] for entry in second.places() if entry[0] == "menu")
-        expect("bookmarks of the second profile", menu, tree)
+        for what, found in (("holds", second.places()), ("lists", listed)):
+            menu = next(entry[1] for entry in found if entry[0] == "menu")
+            expect(f"bookmarks that the second Firefox {what}", menu, tree)
         print(f"{len(list(flat(tree)))} bookmarks came back as they were: "
               "titles, urls, folders, separators, order, dates")
 

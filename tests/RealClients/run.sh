@@ -10,11 +10,13 @@ program=${1:-$root/build/release/bin/vorlent-mozilla}
 [ $# -gt 0 ] || build release
 failed=0
 
+# try SCRIPT COMMANDS PACKAGE...: runs the script beside the commands (words of one text), which the packages bring.
 try() {
-  local package=$1 script=$2
-  if ! command -v "$package" >/dev/null; then
-    if [ "$(id -u)" -ne 0 ] || ! timeout 120 apt-get install -y -qq --no-install-recommends "$package" >/dev/null 2>&1; then
-      echo "$script: NOT RUN, $package is not installed and could not be within two minutes"
+  local script=$1 commands=$2 packages=("${@:3}")
+  # shellcheck disable=SC2086
+  if [ "$(command -v $commands | wc -l)" -ne "$(wc -w <<<"$commands")" ]; then
+    if [ "$(id -u)" -ne 0 ] || ! timeout 120 apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null 2>&1; then
+      echo "$script: NOT RUN, ${packages[*]} are not installed and could not be within two minutes"
       [ "${CI:-}" != true ] || failed=1
       return
     fi
@@ -27,6 +29,7 @@ try() {
   fi
 }
 
-try thunderbird thunderbird.py
-try firefox-esr firefox.py
+try thunderbird.py thunderbird thunderbird
+try firefox.py firefox-esr firefox-esr
+try chromium.py "chromium xvfb-run" chromium xvfb xauth
 exit $failed
