@@ -50,21 +50,27 @@ class StdMail : public Object {
 
   // Body lines collected by ReadStream.
   const TextListPtr& BodyLines() const { return bodyLines_; }
+  void SetBodyLines(TextListPtr lines) { bodyLines_ = std::move(lines); }
 
   // The raw header block of each MIME part of the mail, text parts included.
   const TextListPtr& Attachments() const { return attachments_; }
+  void SetAttachments(TextListPtr attachments) { attachments_ = std::move(attachments); }
 
   // Progress as a fraction from 0 to 1.
   double Percent() const { return percent_; }
+  void SetPercent(double percent) { percent_ = percent; }
 
   // Lines read for the current mail by ReadHeader, those of expunged mails before it included.
   std::int32_t LineCount() const { return lineCount_; }
+  void SetLineCount(std::int32_t count) { lineCount_ = count; }
 
   // Size of the current mail in bytes as ReadHeader counted it.
   double ReadCount() const { return readCount_; }
+  void SetReadCount(double count) { readCount_ = count; }
 
   // The current mail produced mail.html.
   bool hasHTML() const { return hasHTML_; }
+  void SethasHTML(bool has) { hasHTML_ = has; }
 
   // Prefix of the names of temporary files: a folder with its closing separator.
   const std::string& mailtmppfad() const { return mailtmppfad_; }

@@ -1,0 +1,233 @@
+// A connector that is driven over COM and drives a host that is known by names only.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+
+#include "Component/Com/ScriptHost.h"
+#include "Component/Com/ScriptedHost.h"
+#include "Component/Com/ServerFile.h"
+#include "Platform/Failure.h"
+#include "Support/TemporaryFolder.h"
+#include "VorlentMozilla.h"
+
+namespace vorlent::com {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr char kMailbox[] =
+    "From - Mon Jan 01 10:00:00 2007\r\n"
+    "X-Mozilla-Status: 0001\r\n"
+    "Message-ID: <a@example>\r\n"
+    "Date: Mon, 01 Jan 2007 10:00:00 +0100\r\n"
+    "Subject: Erste\r\n"
+    "\r\n"
+    "Text\r\n"
+    "\r\n"
+    "From - Mon Jan 01 11:00:00 2007\r\n"
+    "X-Mozilla-Status: 0000\r\n"
+    "Message-ID: <b@example>\r\n"
+    "Date: Mon, 01 Jan 2007 11:00:00 +0100\r\n"
+    "Subject: Zweite\r\n"
+    "\r\n"
+    "Text\r\n";
+
+class ConnectorBindingTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    const std::string path = folder_.Write("Inbox", kMailbox);
+    // All disks are a profile of their own.
+    std::string below = path.substr(3);
+    std::replace(below.begin(), below.end(), '\\', '/');
+    address_ = "thunderbird://./" + path.substr(0, 1) + "/" + below;
+    folder_.MakeFolder("temp");
+    host_ = std::make_unique<ScriptedHost>(folder_.Path("temp") + "\\");
+  }
+  void TearDown() override {
+    EXPECT_EQ(server_.CanUnloadNow(), S_OK) << "something is still held";
+    EXPECT_EQ(ScriptedObject::Living(), 0) << "objects of the host are still held";
+  }
+
+  ComPtr<_Location_Thunderbird> NewConnector() {
+    ComPtr<IClassFactory> factory;
+    server_.GetClassObject(__uuidof(::Location_Thunderbird), IID_IClassFactory,
+                           reinterpret_cast<void**>(factory.GetAddressOf()));
+    ComPtr<_Location_Thunderbird> connector;
+    factory->CreateInstance(nullptr, __uuidof(_Location_Thunderbird),
+                            reinterpret_cast<void**>(connector.GetAddressOf()));
+    return connector;
+  }
+
+  Apartment apartment_;
+  LoadedServer server_;
+  TemporaryFolder folder_;
+  std::string address_;
+  std::unique_ptr<ScriptedHost> host_;
+};
+
+TEST_F(ConnectorBindingTest, HostDrivesAConnectorByName) {
+  const ComPtr<_Location_Thunderbird> made = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  LateBound connector(made.Get());
+  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+  EXPECT_TRUE(ToTruth(connector.Call(L"InitLocation", Value(std::string_view(address_)))));
+  EXPECT_EQ(ToNumber(connector.Call(L"OpenLocation", Value(std::string_view(address_)))), 1);
+  EXPECT_EQ(ToNumber(connector.Call(L"Count")), 2);
+  LateBound second(ToObject(connector.Call(L"Item", Value(LONG{2}))).Get());
+  EXPECT_EQ(ToText(second.Call(L"ID")), "20070101110000-b@example");
+  EXPECT_TRUE(ToTruth(connector.Call(L"HasID", Value("20070101100000-A@EXAMPLE"))));
+  EXPECT_EQ(ToObject(connector.Call(L"Item", Value(LONG{3}))), nullptr);
+  EXPECT_EQ(ToObject(connector.Call(L"GetItem", Value("none"))), nullptr);
+  connector.Call(L"Clear");
+}
+
+TEST_F(ConnectorBindingTest, ParameterItemKnowsTheVeryConnector) {
+  const ComPtr<_Location_Thunderbird> made = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  LateBound connector(made.Get());
+  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+  connector.Call(L"InitLocation", Value(std::string_view(address_)));
+  const VARIANT& parameter = location->Get(L"ParameterItem");
+  ASSERT_EQ(parameter.vt, VT_DISPATCH);
+  LateBound item(parameter.pdispVal);
+  EXPECT_EQ(ToText(item.Call(L"ID")), "parameter");
+  EXPECT_EQ(ToText(item.Call(L"AccessList")), "anna:rd");
+  EXPECT_TRUE(AreSame(ToObject(item.Call(L"Location")).Get(), made.Get()));
+  EXPECT_THAT(host_->calls, Contains("Item.SetData Condition $type=mail"));
+}
+
+TEST_F(ConnectorBindingTest, LocationComesBackAsTheVeryObject) {
+  const ComPtr<_Location_Thunderbird> connector = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  ASSERT_EQ(
+      connector->putref_LocObject(reinterpret_cast<_Location*>(static_cast<IDispatch*>(location.Get()))),
+      S_OK);
+  _Location* given = nullptr;
+  ASSERT_EQ(connector->get_LocObject(&given), S_OK);
+  EXPECT_TRUE(AreSame(given, location.Get()));
+  given->Release();
+  ASSERT_EQ(connector->putref_LocObject(nullptr), S_OK);
+  ASSERT_EQ(connector->get_LocObject(&given), S_OK);
+  EXPECT_EQ(given, nullptr);
+}
+
+TEST_F(ConnectorBindingTest, LocationIsHeldByOneReferenceAndLetGoOf) {
+  ComPtr<_Location_Thunderbird> connector = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  const ULONG before = location->References();
+  LateBound(connector.Get()).Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+  EXPECT_EQ(location->References(), before + 1);
+  connector.Reset();
+  EXPECT_EQ(location->References(), before);
+}
+
+TEST_F(ConnectorBindingTest, RecordsAreStreamedIntoAScriptsVariable) {
+  const ComPtr<_Location_Thunderbird> connector = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  const ComPtr<ScriptedObject> out = ScriptedObject::Make();
+  out->Set(L"Text", Value());
+  ScriptHost script(L"VBScript");
+  script.Name(L"connector", connector.Get());
+  script.Name(L"location", location.Get());
+  script.Name(L"out", out.Get());
+  EXPECT_EQ(script.Run("Dim rec, n\r\nn = 0\r\n"
+                       "Set connector.LocObject = location\r\n"
+                       "connector.InitLocation location.Name\r\n"
+                       "connector.SourceInit Nothing, False\r\n"
+                       "Do While connector.SourceGetNext(rec)\r\n"
+                       "  n = n + 1\r\n  out.Text = out.Text & n & Left(rec, 3)\r\n"
+                       "Loop\r\n"),
+            "");
+  EXPECT_EQ(TextOf(out->Get(L"Text").bstrVal), "1ID=2ID=");
+}
+
+TEST_F(ConnectorBindingTest, EnumerationMayReplaceTheExpression) {
+  const ComPtr<_Location_Thunderbird> made = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  LateBound connector(made.Get());
+  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+  host_->replacement = ScriptedHost::NewExpression("another");
+  ComPtr<IDispatch> expression = ScriptedHost::NewExpression("one");
+  Value reference;
+  reference->vt = VT_BYREF | VT_DISPATCH;
+  reference->ppdispVal = expression.GetAddressOf();
+  EXPECT_NE(ToObject(connector.Call(L"CreateEnum", reference)), nullptr);
+  EXPECT_TRUE(AreSame(expression.Get(), host_->replacement.Get()));
+  host_->replacement = nullptr;
+}
+
+TEST_F(ConnectorBindingTest, HostsFailureReachesItsCallerWithNumberAndText) {
+  const ComPtr<_Location_Thunderbird> made = NewConnector();
+  const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+  LateBound connector(made.Get());
+  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+  host_->failing = 1;
+  try {
+    connector.Call(L"InitLocation", Value(std::string_view(address_)));
+    FAIL() << "a failed call of the host was swallowed";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Number(), 70);
+    EXPECT_STREQ(failure.what(), "the host says no");
+  }
+}
+
+TEST_F(ConnectorBindingTest, MissingMemberOfTheHostHasItsNumber) {
+  const ComPtr<_Location_Thunderbird> made = NewConnector();
+  const ComPtr<ScriptedObject> location = ScriptedObject::Make();
+  LateBound connector(made.Get());
+  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+  try {
+    connector.Call(L"InitLocation", Value(std::string_view(address_)));
+    FAIL() << "a Location without members was taken";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Number(), 438) << failure.what();
+  }
+}
+
+TEST_F(ConnectorBindingTest, WithoutALocationTheConnectorSaysSo) {
+  const ComPtr<_Location_Thunderbird> made = NewConnector();
+  try {
+    LateBound(made.Get()).Call(L"NewItem");
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Number(), 91);
+  }
+  LateBound(made.Get()).Call(L"Clear");
+}
+
+// One whole use of a connector, in which every call may fail. What failed and what didn't doesn't matter
+// here.
+void UseConnector(LateBound connector, const ComPtr<ScriptedObject>& location, const std::string& address) {
+  const Value text{std::string_view(address)};
+  Swallow([&] { connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get()))); });
+  Swallow([&] { connector.Call(L"InitLocation", text); });
+  Swallow([&] { connector.Call(L"OpenLocation", text); });
+  Swallow([&] { connector.Call(L"NewItem", Value(true)); });
+  Swallow([&] { connector.Call(L"PasteItem", Value("ID=x|Type=mail"), Value(true)); });
+  Swallow([&] { connector.Call(L"Reload"); });
+  Swallow([&] { connector.Call(L"DeleteItem", connector.Call(L"Item", Value(LONG{1}))); });
+  Swallow([&] { connector.Call(L"Clear"); });
+  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(nullptr)));
+}
+
+TEST_F(ConnectorBindingTest, EveryCallOfTheHostMayFailOnceOrFromThenOn) {
+  for (const bool failsOn : {false, true}) {
+    for (int call = 1; call <= 60; ++call) {
+      const ComPtr<_Location_Thunderbird> made = NewConnector();
+      const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+      host_->failing = call;
+      host_->failsOn = failsOn;
+      UseConnector(LateBound(made.Get()), location, address_);
+      host_->failing = 0;
+    }
+  }
+  EXPECT_EQ(server_.CanUnloadNow(), S_OK);
+}
+
+}  // namespace
+}  // namespace vorlent::com
