@@ -24,6 +24,7 @@
 #include "Standalone/ItemFinder.h"
 #include "Standalone/StandaloneHost.h"
 #include "Support/MailboxBuilder.h"
+#include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -55,14 +56,15 @@ struct MailFolder {
   std::string prefix;
 };
 
-Work SplitAttachments(int count) {
+template <class Name>
+Work SplitFilesOf(int count, Name&& name) {
   std::string mail =
       MailHeader() + "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";
   for (int i = 1; i <= count; ++i) {
     mail +=
         "--b\r\nContent-Type: application/pdf\r\nContent-Transfer-Encoding: base64\r\n"
-        "Content-Disposition: attachment; filename=\"report " +
-        std::to_string(i) + ".pdf\"\r\n\r\nAAAA\r\n";
+        "Content-Disposition: attachment; filename=\"" +
+        name(i) + "\"\r\n\r\nAAAA\r\n";
   }
   const auto place = std::make_shared<MailFolder>(mail + "--b--\r\n\r\n");
   return [place, count] {
@@ -72,10 +74,23 @@ Work SplitAttachments(int count) {
     reader.InitStream();
     Require(reader.ReadHeader(true), "the mail wasn't found");
     const std::string record = reader.GetData("", true);
-    Require(record.find("report " + std::to_string(count) + ".pdf") != std::string::npos,
+    Require(record.find("DataFileAttach" + std::to_string(count) + "=") != std::string::npos,
             "not all attachments were found");
     Require(reader.Ledger().IsWhole(), "not all attachments were written");
     reader.DeleteLastTempfiles();
+  };
+}
+
+Work SplitAttachments(int count) {
+  return SplitFilesOf(count, [](int number) { return "report " + std::to_string(number) + ".pdf"; });
+}
+
+// By the rules of today, by which all of them are kept.
+Work SplitAttachmentsOfOneName(int count) {
+  const Work work = SplitFilesOf(count, [](int) { return "image.png"; });
+  return [work] {
+    const ScopedRules today(Rules::Today());
+    work();
   };
 }
 
@@ -162,6 +177,7 @@ struct Piece {
 
 constexpr Piece kPieces[] = {
     {"attachments in one mail, split", 1'500, SplitAttachments},
+    {"attachments of one name, split", 1'500, SplitAttachmentsOfOneName},
     {"mailboxes in one folder, found and read", 2'000, ReadMailboxes},
     {"header names of @ and grave accents, read", 10'000, ReadHeaders},
     {"names in a path that isn't there, resolved", 12'500, ResolveMissingPath},

@@ -51,7 +51,8 @@ std::string Utf8Decode(std::string_view s);
 // code.
 std::string Utf8Encode(std::string_view s);
 
-// A header value with its encoded words (RFC 2047) decoded and its line ends removed.
+// A header value with its encoded words (RFC 2047) decoded and its line ends removed. By the standards
+// nothing raises, here and in the next.
 std::string DecodeEncodedWords(std::string_view s);
 
 // The decoded value of a parameter of a header value; `name` in lower case.
@@ -60,14 +61,11 @@ std::string GetHeaderParam(std::string_view value, std::string_view name);
 // Attachment file name of a part, safe for a file system; "" means that the part is no attachment.
 std::string GetPartFileName(std::string_view headerBlock);
 
-// The name in a part's content type, safe for a file system.
-std::string GetPartTypeName(std::string_view headerBlock);
-
-// The content disposition as written, up to the first ";".
-std::string GetPartDisposition(std::string_view headerBlock);
-
-// The content type as written, up to the first ";".
+// Content type, disposition and transfer encoding up to the first ";", as written; by the standards
+// (HeaderValues in Platform/Rules.h) in lower case and without comments.
 std::string GetPartContentType(std::string_view headerBlock);
+std::string GetPartDisposition(std::string_view headerBlock);
+std::string GetPartEncoding(std::string_view headerBlock);
 
 // The boundary of a part that is a multipart itself, "" for others.
 std::string GetPartBoundary(std::string_view headerBlock);

@@ -6,13 +6,19 @@
 #include <utility>
 
 #include "Common/StdHttp.h"
+#include "Common/StdHttpStandards.h"
 #include "Common/StdModul.h"
 #include "Platform/Charsets.h"
 #include "Platform/CodePage.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
 namespace {
+
+bool ReadsByStandards() {
+  return CurrentRules().headerValues == HeaderValues::Standard;
+}
 
 // The code-page character of a code point. Those up to 255 stand for themselves.
 char CodePageCharacter(std::uint64_t codePoint) {
@@ -102,6 +108,7 @@ std::string Utf8Encode(std::string_view s) {
 }
 
 std::string DecodeEncodedWords(std::string_view s) {
+  if (ReadsByStandards()) return DecodeWordsByStandard(s);
   const auto holds = [&s](std::string_view mark) { return s.find(mark) != std::string_view::npos; };
   std::string out;
   while (holds("?=") && holds("=?")) {
@@ -114,6 +121,7 @@ std::string DecodeEncodedWords(std::string_view s) {
 }
 
 std::string GetHeaderParam(std::string_view value, std::string_view name) {
+  if (ReadsByStandards()) return HeaderParamByStandard(value, name);
   std::string result;
   std::string extended;
   std::string charset;
@@ -138,54 +146,70 @@ std::string GetHeaderParam(std::string_view value, std::string_view name) {
   return result + FromCharset(extended, charset);
 }
 
-std::string GetPartFileName(std::string_view headerBlock) {
+namespace {
+
+// What `read` makes of the value of a block's header: of the last one, or by the standards of the first.
+template <class Read>
+std::string ReadHeader(std::string_view headerBlock, std::string_view name, Read&& read) {
+  std::optional<std::string> found;
+  ForEachHeader(headerBlock, [&](std::string_view key, const std::string& value) {
+    if (key == name && !(found && ReadsByStandards())) found = read(value);
+  });
+  return found.value_or("");
+}
+
+std::string ReadParameter(std::string_view headerBlock, std::string_view header, std::string_view name) {
+  return ReadHeader(headerBlock, header,
+                    [&](const std::string& value) { return GetHeaderParam(value, name); });
+}
+
+// A header's value up to the first ";"; by the standards in lower case.
+std::string ReadMainValue(std::string_view headerBlock, std::string_view header) {
+  return ReadHeader(headerBlock, header, [](std::string value) {
+    if (!ReadsByStandards()) return CutTrimmedToken(value, ";");
+    value = WithoutComments(value);
+    return LowerCase(CutTrimmedToken(value, ";"));
+  });
+}
+
+// The name of the header that has one and comes last, or by the standards that which is meant for it.
+std::string NameIn(std::string_view headerBlock) {
   std::string name;
+  if (ReadsByStandards()) {
+    name = ReadParameter(headerBlock, "content-disposition", "filename");
+    return name.empty() ? ReadParameter(headerBlock, "content-type", "name") : name;
+  }
   ForEachHeader(headerBlock, [&](std::string_view key, std::string_view value) {
     if (key == "content-type") name = GetHeaderParam(value, "name");
     if (key == "content-disposition") name = GetHeaderParam(value, "filename");
   });
-  return EncodeFileName(name);
-}
-
-namespace {
-
-std::string GetContentTypeParam(std::string_view headerBlock, std::string_view name) {
-  std::string param;
-  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view value) {
-    if (key == "content-type") param = GetHeaderParam(value, name);
-  });
-  return param;
-}
-
-// The value of a header up to the first ";".
-std::string GetMainValue(std::string_view headerBlock, std::string_view name) {
-  std::string main;
-  ForEachHeader(headerBlock, [&](std::string_view key, std::string& value) {
-    if (key == name) main = CutTrimmedToken(value, ";");
-  });
-  return main;
+  return name;
 }
 
 }  // namespace
 
+std::string GetPartFileName(std::string_view headerBlock) {
+  return EncodeFileName(NameIn(headerBlock));
+}
+
 std::string GetPartContentType(std::string_view headerBlock) {
-  return GetMainValue(headerBlock, "content-type");
+  return ReadMainValue(headerBlock, "content-type");
 }
 
 std::string GetPartDisposition(std::string_view headerBlock) {
-  return GetMainValue(headerBlock, "content-disposition");
+  return ReadMainValue(headerBlock, "content-disposition");
 }
 
-std::string GetPartTypeName(std::string_view headerBlock) {
-  return EncodeFileName(GetContentTypeParam(headerBlock, "name"));
+std::string GetPartEncoding(std::string_view headerBlock) {
+  return ReadMainValue(headerBlock, "content-transfer-encoding");
 }
 
 std::string GetPartBoundary(std::string_view headerBlock) {
-  return GetContentTypeParam(headerBlock, "boundary");
+  return ReadParameter(headerBlock, "content-type", "boundary");
 }
 
 std::string GetPartCharset(std::string_view headerBlock) {
-  return GetContentTypeParam(headerBlock, "charset");
+  return ReadParameter(headerBlock, "content-type", "charset");
 }
 
 }  // namespace vorlent

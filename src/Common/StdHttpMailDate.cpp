@@ -4,6 +4,7 @@
 #include "Common/NumberText.h"
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -106,12 +107,21 @@ DateFields ReadFields(std::string s) {
   return ReadRfc822(std::move(s));
 }
 
-// No date lies before 1980.
+// RFC 5322: two digits below 50 are of this century, other two or three digits count from 1900.
+double FullYear(double year) {
+  return year < 50 ? year + 2000 : year < 1000 ? year + 1900 : year;
+}
+
+double WithCenturyAndFrom1980(double year) {
+  if (year < 50) year += 2000;
+  if (year < 100) year += 1900;
+  return year < 1980 ? 1980 : year;
+}
+
 std::string YearText(std::string_view year) {
-  double number = ReadNumber(year);
-  if (number < 50) number += 2000;
-  if (number < 100) number += 1900;
-  return PaddedNumber(number < 1980 ? 1980 : number, 4);
+  const double number = ReadNumber(year);
+  const bool isAsWritten = CurrentRules().mailYears == MailYears::AsWritten;
+  return PaddedNumber(isAsWritten ? FullYear(number) : WithCenturyAndFrom1980(number), 4);
 }
 
 // Two digits, "00" for a number that isn't in 0 to `highest`.

@@ -130,6 +130,19 @@ enum class TransferEncodings {
   Rfc2045,     // Base64 across lines; "_" and bad codes stay.
 };
 
+// How encoded words and parameters in the values of headers are read, and which of several headers tells.
+enum class HeaderValues {
+  Simple,    // Each word and each piece of a parameter by itself, in the order in which they come. A bad code
+             // loses the value; a ";" in quotes ends it. The last header tells, and its type in its own case.
+  Standard,  // By RFC 2045, 2047 and 2231. Bad codes stay, and the first header tells.
+};
+
+// The years of mails.
+enum class MailYears {
+  From1980,   // Earlier ones are 1980, so those that two digits tell from 50 on.
+  AsWritten,  // Two and three digits tell what RFC 5322 says.
+};
+
 // How the lines of a part that isn't base64 end in its file.
 enum class PartLineEnds {
   CrLf,  // In CR LF, also the last one, whose end belongs to the boundary.
@@ -164,6 +177,18 @@ enum class Summaries {
 enum class BrokenMails {
   EndTheRun,
   AreNamed,  // They are told with their place, and the next one comes; so with closed mailboxes.
+};
+
+// A file of 54 bytes, the length of a line of base64, that goes back into a mailbox with its mail.
+enum class FilesOfOneLine {
+  ComeBackEmpty,
+  ComeBackWhole,
+};
+
+// What an address on the disks stands for that names a folder.
+enum class FolderAddresses {
+  OfMailboxes,  // For a mailbox of that name, too, which can't be read then.
+  OfFolders,    // For the mailboxes in it.
 };
 
 // Mails of one ID that are read into a Location.

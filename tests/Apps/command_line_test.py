@@ -778,6 +778,9 @@ class CommandLine(ProgramCase):
         self.write_inbox(mail_of_files(b"one", (b"a.txt", b"x" * 54), (b"b.txt", b"x" * 53)))
         self.import_inbox()
         code, out, err = self.restore("1")
+        self.assertEqual((code, err), (0, ""))
+        self.assertIn(base64.b64encode(b"x" * 54), self.sent().read_bytes())
+        code, out, err = self.restore("1", "--rules", "windows")
         self.assertEqual(code, 0)
         self.assertEqual(
             err, "vorlent-mozilla: the attachment 'a.txt' comes back empty, as every one of 54 bytes does\n")

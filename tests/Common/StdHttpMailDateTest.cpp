@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Common/StdHttp.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -129,6 +130,22 @@ TEST(MailDateToDisplay, MakesSomeDateOfAnything) {
       {"9 5 2010 14:30:05", "09.00.2010 14:30:05"},
       {"99 May 2010 14:30:05", "99.05.2010 14:30:05"},
       {"-9 May 2010 14:30:05", "00.09.2000 00:00:00"},
+  });
+}
+
+TEST(MailDateToDisplay, KeepsTheYearAsItIsWrittenToday) {
+  const ScopedRules today({.mailYears = MailYears::AsWritten});
+  ExpectDates({
+      {"9 May 50 14:30:05", "09.05.1950 14:30:05"},
+      {"9 May 49 14:30:05", "09.05.2049 14:30:05"},
+      {"9 May 99 14:30:05", "09.05.1999 14:30:05"},
+      {"9 May 00 14:30:05", "09.05.2000 14:30:05"},
+      {"9 May 110 14:30:05", "09.05.2010 14:30:05"},
+      {"9 May 1975 14:30:05", "09.05.1975 14:30:05"},
+      {"Sun, 9 May 2010 14:30:05 +0200", "09.05.2010 14:30:05"},
+      {"1969-12-31 23:59:59", "31.12.1969 23:59:59"},
+      {"9999-12-31 23:59:59", "31.12.9999 23:59:59"},
+      {"", "00.01.2000 00:00:00"},
   });
 }
 

@@ -5,6 +5,7 @@
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/MailRestore.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
 #include "Host/FileKeys.h"
@@ -58,7 +59,6 @@ StandaloneItemPtr FindArchived(Archive& archive, const std::string& wanted, cons
 
 // Raises AppError unless every attachment can be read in the archive. Says which one will come back empty.
 void CheckAttachments(Session& session, const StandaloneItem& item) {
-  constexpr std::uint64_t kComesBackEmpty = 54;
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
     if (!DescribesAttachment(key)) continue;
@@ -67,7 +67,7 @@ void CheckAttachments(Session& session, const StandaloneItem& item) {
     if (!Swallow([&] { os::File::Open(path, os::File::Mode::Read); })) {
       throw AppError(ExitCode::Partly, InWords(Phrase::AttachmentMissing, {name, NativeShown(path)}));
     }
-    if (LengthOf(path) == kComesBackEmpty) {
+    if (ComesBackEmpty(LengthOf(path))) {
       session.Output().Complain(InWords(Phrase::AttachmentEmpty, {name}));
     }
   }

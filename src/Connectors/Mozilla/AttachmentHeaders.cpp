@@ -109,15 +109,16 @@ std::string ExtendedParameter(const std::string& name, std::string_view utf8) {
   return parameter;
 }
 
-PartNaming NamingAsSent(std::string_view description) {
+PartNaming NamingAsSent(std::string_view description, MailForm form) {
   std::string type = GetLineValue(description, "type");
-  if (type.empty() || !MayBeEncoded(type)) type = kUnknownType;
+  const bool isMail = type == "message/rfc822" && form == MailForm::AsItIs;
+  if (type.empty() || !(isMail || MayBeEncoded(type))) type = kUnknownType;
   const std::string name = SentName(GetLineValue(description, "file"));
   if (IsPlainName(name)) {
-    return {type + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
+    return {type + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\"", isMail};
   }
   return {type + ";\r\n name=\"" + EncodedWords(name) + "\"",
-          "attachment;" + ExtendedParameter("filename", name)};
+          "attachment;" + ExtendedParameter("filename", name), isMail};
 }
 
 }  // namespace
@@ -137,8 +138,8 @@ std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
   return lines;
 }
 
-PartNaming NamingOf(std::string_view description) {
-  if (AreHeadersKept()) return NamingAsSent(description);
+PartNaming NamingOf(std::string_view description, MailForm form) {
+  if (AreHeadersKept()) return NamingAsSent(description, form);
   const std::string name = GetFileName(GetLineValue(description, "file"));
   return {std::string(kUnknownType) + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
 }

@@ -14,13 +14,17 @@ namespace vorlent {
 // "" where a header tells none. None at all by AttachmentHeaders::Plain (Rules.h).
 std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts);
 
-// The values of the two headers that name an attachment; long ones are folded.
+// How an attachment's part is headed: the values of the two headers that name it, of which long ones are
+// folded, and whether it is a mail, which stands in the part as it is.
 struct PartNaming {
   std::string contentType;
   std::string disposition;
+  bool isMail = false;
 };
 
-// Made of an attachment's description as the host keeps it, by the rules in force.
-PartNaming NamingOf(std::string_view description);
+// Made of an attachment's description as the host keeps it, by the rules in force. A mail that can't stand as
+// it is goes as bytes.
+enum class MailForm { AsItIs, AsBytes };
+PartNaming NamingOf(std::string_view description, MailForm form = MailForm::AsItIs);
 
 }  // namespace vorlent

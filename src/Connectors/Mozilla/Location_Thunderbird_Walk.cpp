@@ -58,6 +58,11 @@ void TellUnreadRest(const StdMail& mail) {
   ReportUnread(mail, mail.Ledger().offset, mail.Ledger().loss);
 }
 
+// Whether an address on the disks names no mailbox, but a folder in which there may be some.
+bool IsFolderOfMailboxes(const std::string& path) {
+  return CurrentRules().folderAddresses == FolderAddresses::OfFolders && FolderExists(path);
+}
+
 // False for a mailbox that can't be opened, which is told then.
 bool OpenToRead(StdMail& mail) {
   try {
@@ -204,7 +209,7 @@ void Location_Thunderbird::ReadDrivePlace(Place place, std::string rest, bool su
     ReadMailFolder(place, tree, visit);
     return;
   }
-  ReadMailbox(place, visit);
+  if (!IsFolderOfMailboxes(place.dir)) ReadMailbox(place, visit);
   if (!subfolders) return;
   const std::string name = WithoutSubfolderSuffix(GetFileName(place.dir));
   const TreePtr child = tree->AddChild(name, name);

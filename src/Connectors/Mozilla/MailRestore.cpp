@@ -11,6 +11,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -24,9 +25,7 @@ constexpr std::size_t kQuotedPrintableChunk = 70;
 
 void WriteBase64(TextWriter& out, std::string_view file) {
   os::File in = os::File::Open(file, os::File::Mode::Read);
-  // A file of exactly one chunk never gets a buffer to be read into, and so comes back empty. The mails
-  // written so far are like that.
-  if (in.Length() == kBase64Chunk) {
+  if (ComesBackEmpty(in.Length())) {
     out.WriteLine("");
     return;
   }
@@ -57,6 +56,29 @@ void WriteLines(TextWriter& out, std::string_view file, std::int16_t mode) {
   }
 }
 
+// Whether a file may stand in a part as it is: none of its lines ends the part, or may end the mail.
+bool StandsAsItIs(std::string_view file, std::string_view boundaryLine) {
+  bool stands = true;
+  Swallow([&] {
+    LineFile in(file, os::File::Mode::Read);
+    while (stands && !in.AtEnd()) {
+      const std::string_view line = in.ReadLine();
+      stands = !line.starts_with("From ") && !line.starts_with(boundaryLine);
+    }
+  });
+  return stands;
+}
+
+// The line end after it belongs to the boundary that follows.
+void WriteAsItIs(TextWriter& out, std::string_view file) {
+  os::File in = os::File::Open(file, os::File::Mode::Read);
+  std::string block(std::size_t{64} * 1024, '\0');
+  for (std::size_t count = in.Read(block.data(), block.size()); count > 0;
+       count = in.Read(block.data(), block.size()))
+    out.Write(std::string_view(block.data(), count));
+  out.WriteLine("");
+}
+
 // The value of a whole header up to its first ";".
 std::string MainValue(std::string header) {
   CutToken(header, ":");
@@ -70,6 +92,11 @@ std::string NewBoundary() {
 
 }  // namespace
 
+// Such a file never gets a buffer to be read into. The mails written so far are like that.
+bool ComesBackEmpty(std::uint64_t length) {
+  return length == kBase64Chunk && CurrentRules().filesOfOneLine == FilesOfOneLine::ComeBackEmpty;
+}
+
 void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode) {
   if (!FileExists(file)) return;
   Swallow([&] { mode == kBase64File ? WriteBase64(out, file) : WriteLines(out, file, mode); });
@@ -80,13 +107,20 @@ void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundar
   for (std::int32_t i = 1; i <= count; ++i) {
     const std::string key = itm.DataKey(i);
     if (!DescribesAttachment(key)) continue;
-    const PartNaming naming = NamingOf(itm.DataText(key));
+    PartNaming naming = NamingOf(itm.DataText(key));
+    if (naming.isMail && !StandsAsItIs(itm.DataFile(key, 0), boundaryLine))
+      naming = NamingOf(itm.DataText(key), MailForm::AsBytes);
     out.WriteLine(boundaryLine);
     out.WriteLine("Content-Type: " + naming.contentType);
-    out.WriteLine("Content-Transfer-Encoding: base64");
+    out.WriteLine(std::string("Content-Transfer-Encoding: ") + (naming.isMail ? "8bit" : "base64"));
     out.WriteLine("Content-Disposition: " + naming.disposition);
     out.WriteLine("");
-    WriteFileEncoded(out, itm.DataFile(key, 0), kBase64File);
+    const std::string file = itm.DataFile(key, 0);
+    if (naming.isMail) {
+      Swallow([&] { WriteAsItIs(out, file); });
+    } else {
+      WriteFileEncoded(out, file, kBase64File);
+    }
   }
 }
 

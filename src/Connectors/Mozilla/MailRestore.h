@@ -16,8 +16,12 @@ namespace vorlent {
 inline constexpr std::int16_t kBase64File = 1;
 inline constexpr std::int16_t kQuotedPrintableFile = 2;
 
-// Writes a file into a mail. Swallows every failure; a file that isn't there writes nothing. In base64, a
-// file of exactly 54 bytes comes out as one empty line.
+// Whether a file of this length loses its content when it goes back in base64, as one of exactly 54 bytes
+// does by the rules of old.
+bool ComesBackEmpty(std::uint64_t length);
+
+// Writes a file into a mail. Swallows every failure; a file that isn't there writes nothing. In base64, by
+// the rules of old, a file of exactly 54 bytes comes out as one empty line.
 void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode);
 
 // Writes each attachment of the item as a part after a boundary line, named by the rules in force

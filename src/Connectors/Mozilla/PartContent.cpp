@@ -11,43 +11,27 @@ namespace vorlent {
 
 namespace {
 
-// 0 to 15, -1 for what is no hexadecimal digit.
-int ValueOfHexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
 std::string_view LineEndOfLength(std::uint32_t length) {
   return length == 2 ? kLineEnd : length == 1 ? "\n" : "";
 }
 
-// RFC 2045: "=XX" is a byte. Robust readers leave any other "=" as it stands.
-void DecodeBytes(std::string_view text, std::string& out) {
-  out.resize(text.size());
-  char* end = out.data();
-  while (!text.empty()) {
-    const std::size_t stretch = std::min(text.find('='), text.size());
-    end = std::copy_n(text.begin(), stretch, end);
-    text.remove_prefix(stretch);
-    if (text.empty()) break;
-    const int high = text.size() < 3 ? -1 : ValueOfHexDigit(text[1]);
-    const int low = text.size() < 3 ? -1 : ValueOfHexDigit(text[2]);
-    const bool isByte = high >= 0 && low >= 0;
-    *end++ = isByte ? static_cast<char>(high * 16 + low) : '=';
-    text.remove_prefix(isByte ? 3 : 1);
-  }
-  out.resize(static_cast<std::size_t>(end - out.data()));
+PartEncoding EncodingOfName(std::string_view name) {
+  return EqualNoCase(name, "base64")             ? PartEncoding::Base64
+         : EqualNoCase(name, "quoted-printable") ? PartEncoding::QuotedPrintable
+                                                 : PartEncoding::None;
 }
 
 }  // namespace
 
 void ReadPartEncoding(std::string_view line, PartEncoding& encoding) {
   const HeaderLine header = SplitHeaderLine(line);
-  if (!EqualNoCase(header.name, "content-transfer-encoding")) return;
-  encoding = EqualNoCase(header.value, "base64")             ? PartEncoding::Base64
-             : EqualNoCase(header.value, "quoted-printable") ? PartEncoding::QuotedPrintable
-                                                             : PartEncoding::None;
+  if (EqualNoCase(header.name, "content-transfer-encoding")) encoding = EncodingOfName(header.value);
+}
+
+// Such a header may be folded, or hold comments, so that its lines alone don't tell.
+PartEncoding EncodingOfPart(const std::string& partHeader, PartEncoding ofLines) {
+  if (CurrentRules().transferEncodings == TransferEncodings::LineByLine) return ofLines;
+  return EncodingOfName(GetPartEncoding(partHeader));
 }
 
 PartEncoding PartContent::Begin(PartEncoding before) {
@@ -58,8 +42,7 @@ PartEncoding PartContent::Begin(PartEncoding before) {
 void PartContent::Clear() {
   pendingLineEnd_ = {};
   isAfterEmptyLine_ = false;
-  base64Bits_ = 0;
-  base64BitCount_ = 0;
+  base64_ = {};
 }
 
 void PartContent::WriteLine(TextWriter& file, std::string_view line, std::uint32_t lineEndLength,
@@ -110,7 +93,7 @@ std::string_view PartContent::DecodeQuotedPrintable(std::string_view line) {
   if (encodings_ == TransferEncodings::LineByLine) {
     QuotedPrintableDecodeInto(line, decoded_);
   } else {
-    DecodeBytes(line, decoded_);
+    DecodeQuotedBytes(line, decoded_);
   }
   return decoded_;
 }
@@ -120,7 +103,7 @@ void PartContent::DecodeBase64(TextWriter& file, std::string_view text) {
   constexpr std::size_t kMost = std::size_t{16} * 1024;
   constexpr std::size_t kBlock = 32;
   while (!text.empty()) {
-    const bool isWhole = base64BitCount_ == 0;
+    const bool isWhole = base64_.IsAtGroup();
     if (isWhole) {
       std::size_t done = 0;
       file.WriteMade([&](char* out) {
@@ -131,24 +114,13 @@ void PartContent::DecodeBase64(TextWriter& file, std::string_view text) {
     }
     // One by one to where blocks may go on: behind the one that has something else in it, or at a group.
     decoded_.clear();
-    for (std::size_t least = isWhole ? kBlock : 0; !text.empty() && (least > 0 || base64BitCount_ != 0);
+    for (std::size_t least = isWhole ? kBlock : 0; !text.empty() && (least > 0 || !base64_.IsAtGroup());
          text.remove_prefix(1)) {
-      TakeBase64(text.front());
+      base64_.Take(text.front(), decoded_);
       if (least > 0) --least;
     }
     file.Write(decoded_);
   }
-}
-
-void PartContent::TakeBase64(char c) {
-  const int value = Base64Value({&c, 1});
-  if (c == '=') base64BitCount_ = 0;  // the padding of a group, which ends here
-  if (value < 0) return;
-  base64Bits_ = base64Bits_ << 6 | static_cast<std::uint32_t>(value);
-  base64BitCount_ += 6;
-  if (base64BitCount_ < 8) return;
-  base64BitCount_ -= 8;
-  decoded_ += static_cast<char>(base64Bits_ >> base64BitCount_ & 0xFF);
 }
 
 }  // namespace vorlent

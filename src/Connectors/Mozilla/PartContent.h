@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "Common/StdHttpStandards.h"
 #include "Common/TextWriter.h"
 #include "Platform/Rules.h"
 
@@ -14,6 +15,9 @@ enum class PartEncoding { None, Base64, QuotedPrintable };
 
 // Takes over the encoding that a line of a part's header tells, if it is the one that does.
 void ReadPartEncoding(std::string_view line, PartEncoding& encoding);
+
+// The encoding that a part's whole header tells, where its lines have told `ofLines`.
+PartEncoding EncodingOfPart(const std::string& partHeader, PartEncoding ofLines);
 
 // Writes lines of a part's content, decoded, one part after the other.
 class PartContent {
@@ -34,15 +38,13 @@ class PartContent {
   void WriteText(TextWriter& file, std::string_view line, std::string_view lineEnd);
   std::string_view DecodeQuotedPrintable(std::string_view line);
   void DecodeBase64(TextWriter& file, std::string_view text);
-  void TakeBase64(char c);
 
   const TransferEncodings encodings_ = CurrentRules().transferEncodings;
   const PartLineEnds lineEnds_ = CurrentRules().partLineEnds;
   std::string decoded_;              // kept from line to line for its memory
   std::string_view pendingLineEnd_;  // of the line written last, until another one follows
   bool isAfterEmptyLine_ = false;
-  std::uint32_t base64Bits_ = 0;  // that no byte has been made of yet
-  int base64BitCount_ = 0;
+  Base64Reader base64_;
 };
 
 }  // namespace vorlent

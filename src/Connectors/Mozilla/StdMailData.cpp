@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "Common/NumberText.h"
@@ -14,6 +15,7 @@
 #include "Host/FileKeys.h"
 #include "Host/HostObjects.h"
 #include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
 #include "Platform/Files.h"
 #include "Platform/Rules.h"
 
@@ -68,14 +70,16 @@ class StdMail::RecordWriter {
   std::string Identity() const;
   std::string Attributes() const;
   std::string DescribeMailFile(std::string_view savedName, std::string_view extension) const;
-  std::string DescribeAttachment(std::int32_t position, const std::string& name) const;
-  std::string MoveAttachment(std::int32_t position, const std::string& name) const;
-  std::string PathFor(const std::string& name, const std::string& source) const;
+  std::string DescribeAttachment(std::int32_t position, const std::string& name);
+  std::string MoveAttachment(std::int32_t position, const std::string& name);
+  std::string PathFor(const std::string& name, const std::string& source);
   void NoteUnmoved(const std::string& source, const std::string& name) const;
 
   StdMail& mail_;
   const bool saved_;
   std::int32_t number_ = 0;  // of the attachment at hand
+  // The number that the last file of a name in lower case was given. Those below it are taken.
+  std::unordered_map<std::string, int> lastNumbers_;
   std::string record_;
   std::string date_;
   std::string identity_;
@@ -158,7 +162,7 @@ std::string StdMail::RecordWriter::DescribeMailFile(std::string_view savedName,
   return EscapeValue(path + "\nfile=" + std::string(savedName) + "\ndate=" + date_ + mail_.GetFileInfo(path));
 }
 
-std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, const std::string& name) const {
+std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, const std::string& name) {
   const std::string original = OriginalFileLine(mail_.attachments_->Item(position));
   if (saved_) return EscapeValue(MoveAttachment(position, name) + "\ndate=" + date_ + original);
   const std::string file = EncodeFileName(identity_ + "#" + std::to_string(position) + "_" + name);
@@ -167,20 +171,26 @@ std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, con
 
 // Where the attachment in the file `source` goes. By the rules of old two files of one name are one file, so
 // that the earlier one's content goes.
-std::string StdMail::RecordWriter::PathFor(const std::string& name, const std::string& source) const {
+std::string StdMail::RecordWriter::PathFor(const std::string& name, const std::string& source) {
   const std::string path = mail_.mailtmppfad_ + name;
-  if (CurrentRules().sameNames == SameNames::OneFile) return path;
+  if (CurrentRules().sameNames == SameNames::OneFile || EqualNoCase(path, source)) return path;
   const std::size_t dot = std::min(path.rfind('.'), path.size());
   const std::size_t end = dot > mail_.mailtmppfad_.size() ? dot : path.size();
-  std::string free = path;
-  for (int number = 2; FileExists(free) && !EqualNoCase(free, source); ++number)
-    free = path.substr(0, end) + " (" + std::to_string(number) + ")" + path.substr(end);
+  int& number = lastNumbers_.try_emplace(LowerCase(name), 1).first->second;
+  const auto numbered = [&] {
+    return number == 1 ? path : path.substr(0, end) + " (" + std::to_string(number) + ")" + path.substr(end);
+  };
+  std::string free = numbered();
+  while (FileExists(free) && !EqualNoCase(free, source)) {
+    ++number;
+    free = numbered();
+  }
   return free;
 }
 
 // Gives a temporary file the attachment's own name, and describes it. The name was made safe once already and
 // is so again: the "%" of the first time becomes "%25".
-std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const std::string& name) const {
+std::string StdMail::RecordWriter::MoveAttachment(std::int32_t position, const std::string& name) {
   const std::string source = mail_.mailtmppfad_ + "att" + std::to_string(position);
   const std::string path = PathFor(EncodeFileName(GetFileName(name)), source);
   if (!EqualNoCase(path, source)) {

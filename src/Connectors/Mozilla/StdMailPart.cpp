@@ -99,18 +99,23 @@ bool IsReferredTo(const std::string& partHeader) {
   return header.starts_with("content-id:") || header.find("\ncontent-id:") != std::string::npos;
 }
 
+// Its parts are brought out, and not all of them as one file.
+bool IsMultipart(const std::string& partHeader) {
+  return GetPartContentType(partHeader).starts_with("multipart/") && !GetPartBoundary(partHeader).empty();
+}
+
 // RFC 2183: what isn't meant to be shown with the mail is an attachment; so is what can't be.
 bool IsAttachment(const std::string& partHeader) {
-  const std::string type = LowerCase(GetPartContentType(partHeader));
+  const std::string type = GetPartContentType(partHeader);
   if (type.starts_with("multipart/")) return false;
-  if (EqualNoCase(GetPartDisposition(partHeader), "attachment") || type == "message/rfc822") return true;
+  if (GetPartDisposition(partHeader) == "attachment" || type == "message/rfc822") return true;
   return !IsReferredTo(partHeader) && !type.empty() && !type.starts_with("text/") &&
          !type.starts_with("message/");
 }
 
 // Programs know a file by its ending, which mostly is the name of the type's second half.
 std::string EndingFor(const std::string& partHeader) {
-  const std::string type = LowerCase(GetPartContentType(partHeader));
+  const std::string type = GetPartContentType(partHeader);
   if (type == "message/rfc822") return ".eml";
   if (type.empty() || type == "text/plain") return ".txt";
   constexpr std::size_t kLongest = 5;
@@ -124,8 +129,9 @@ std::string EndingFor(const std::string& partHeader) {
 std::string AttachmentName(const std::string& partHeader, std::int32_t position) {
   if (CurrentRules().namelessParts == NamelessParts::Inline) return GetPartFileName(partHeader);
   std::string name;
-  Swallow([&] { name = GetPartFileName(partHeader); });
-  if (name.empty()) Swallow([&] { name = GetPartTypeName(partHeader); });
+  Swallow([&] {
+    if (!IsMultipart(partHeader)) name = GetPartFileName(partHeader);
+  });
   if (name.empty() && IsAttachment(partHeader))
     name = "part" + std::to_string(position) + EndingFor(partHeader);
   return name;

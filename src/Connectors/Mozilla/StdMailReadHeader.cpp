@@ -54,6 +54,7 @@ class StdMail::HeaderReader {
   void TakeClosingBoundary(std::string_view line);
   void TakePartHeaderLine(std::string_view line);
   void EndPartHeader();
+  void EndOpenPartHeader();
   void BeginAttachment();
   void AwaitPair(std::string_view boundary);
   void BeginInlinePart(const std::string& header);
@@ -309,6 +310,7 @@ bool StdMail::HeaderReader::EndsPart(std::string_view line,
 }
 
 void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
+  EndOpenPartHeader();
   ClosePartFiles();
   content_.Begin(encoding_);
   if (save_) {
@@ -321,6 +323,7 @@ void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
 }
 
 void StdMail::HeaderReader::TakeClosingBoundary(std::string_view line) {
+  EndOpenPartHeader();
   ClosePartFiles();
   if (save_) {
     FlushPartHeader();
@@ -370,6 +373,7 @@ void StdMail::HeaderReader::TakePartHeaderLine(std::string_view line) {
 // their positions are those that ReadStream counts.
 void StdMail::HeaderReader::EndPartHeader() {
   inPartHeader_ = false;
+  encoding_ = EncodingOfPart(LastPart(), encoding_);
   if (!save_) return;
   std::string name;
   Swallow([&] { name = AttachmentName(LastPart(), Parts().Count()); });
@@ -378,6 +382,15 @@ void StdMail::HeaderReader::EndPartHeader() {
   } else {
     BeginAttachment();
   }
+}
+
+// A part without content may have no empty line after its header. By the rules of old it is lost.
+void StdMail::HeaderReader::EndOpenPartHeader() {
+  if (!inPartHeader_ || CurrentRules().boundaries == Boundaries::Exact) return;
+  const std::size_t level = subPairs_.size();
+  EndPartHeader();
+  // Nor has it parts.
+  subPairs_.resize(level);
 }
 
 void StdMail::HeaderReader::BeginAttachment() {
@@ -479,12 +492,11 @@ void StdMail::HeaderReader::FlushPartHeader() {
 }
 
 void StdMail::HeaderReader::EndPartWithMail() {
+  EndOpenPartHeader();
   for (TextWriter* const file : {&htmlFile_, &attachmentFile_}) {
     if (file->IsOpen()) WriteStep([&] { content_.EndWithMail(*file); });
   }
   ClosePartFiles();
-  // A part header that no empty line has ended is no attachment's.
-  if (CurrentRules().boundaries == Boundaries::Rfc2046) FlushPartHeader();
 }
 
 void StdMail::HeaderReader::ClosePartFiles() {

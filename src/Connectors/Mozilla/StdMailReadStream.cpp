@@ -10,6 +10,7 @@
 #include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -39,6 +40,7 @@ class StdMail::StreamReader {
   void TakeClosingBoundary();
   void TakePartHeaderLine(std::string_view line);
   void EndPartHeader();
+  void EndOpenPartHeader();
 
   TextList& Headers() { return mail_.HeaderStore(); }
   TextList& Parts() { return *mail_.attachments_; }
@@ -82,6 +84,7 @@ bool StdMail::StreamReader::Read() {
     }
   }
   FinishHeader();
+  EndOpenPartHeader();
   if (file_.IsOpen()) content_.EndWithMail(file_);
   file_.Close();
   return !Headers().IsEmpty();
@@ -132,6 +135,7 @@ void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
 }
 
 void StdMail::StreamReader::TakeOpeningBoundary() {
+  EndOpenPartHeader();
   inPartHeader_ = true;
   partIndex_ = ToInt16(partIndex_ + 1);
   partIsInline_ = false;
@@ -140,6 +144,7 @@ void StdMail::StreamReader::TakeOpeningBoundary() {
 }
 
 void StdMail::StreamReader::TakeClosingBoundary() {
+  EndOpenPartHeader();
   partIsInline_ = true;
   encoding_ = content_.Begin(encoding_);
   inPartHeader_ = false;
@@ -157,12 +162,18 @@ void StdMail::StreamReader::TakePartHeaderLine(std::string_view line) {
 
 void StdMail::StreamReader::EndPartHeader() {
   inPartHeader_ = false;
+  encoding_ = EncodingOfPart(LastPart(), encoding_);
   partIsInline_ = AttachmentName(LastPart(), Parts().Count()).empty();
   if (!WritesWholeMail()) return;
   file_.WriteLine(pair_.Opening());
   file_.Write(LastPart());
   // An inline part's empty line is written like its content.
   if (!partIsInline_) file_.WriteLine("");
+}
+
+// A part without content may have no empty line after its header. By the rules of old it is lost.
+void StdMail::StreamReader::EndOpenPartHeader() {
+  if (inPartHeader_ && CurrentRules().boundaries == Boundaries::Rfc2046) EndPartHeader();
 }
 
 // --- Operations on top

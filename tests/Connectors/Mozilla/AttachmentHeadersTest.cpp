@@ -82,8 +82,18 @@ TEST_F(AttachmentHeadersTest, TypeAndPlainNameComeBackAsTheyWere) {
 }
 
 TEST_F(AttachmentHeadersTest, UnknownAndCompositeTypesAreBytes) {
-  for (const std::string type : {"", "\r\ntype=", "\r\ntype=message/rfc822", "\r\ntype=multipart/mixed"})
+  for (const std::string type : {"", "\r\ntype=", "\r\ntype=message/partial", "\r\ntype=multipart/mixed"})
     EXPECT_EQ(Named("a", type).contentType, "application/octet-stream; name=\"a\"") << type;
+}
+
+TEST_F(AttachmentHeadersTest, MailComesBackAsAMailUnlessItMustBeBytes) {
+  const std::string description = "x\r\nfile=a.eml\r\ntype=message/rfc822";
+  EXPECT_TRUE(NamingOf(description).isMail);
+  EXPECT_EQ(NamingOf(description).contentType, "message/rfc822; name=\"a.eml\"");
+  EXPECT_FALSE(NamingOf(description, MailForm::AsBytes).isMail);
+  EXPECT_EQ(NamingOf(description, MailForm::AsBytes).contentType, "application/octet-stream; name=\"a.eml\"");
+  const ScopedRules windows(Rules::Windows());
+  EXPECT_FALSE(NamingOf(description).isMail);
 }
 
 TEST_F(AttachmentHeadersTest, NameBeyondAsciiIsWrittenAsMailProgramsReadIt) {

@@ -102,6 +102,46 @@ TEST_F(KeptWholeTest, PartHeaderThatDoesNotEndIsText) {
   EXPECT_THAT(TempFile("mail.eml"), testing::EndsWith("--R\r\nA: b\r\n--R--\r\ntext\r\n\r\n--B--\r\n"));
 }
 
+TEST_F(KeptWholeTest, PartWithoutContentIsEmpty) {
+  const std::string header = "--B\nContent-Disposition: attachment; filename=f\n";
+  for (const std::string after : {"--B--\n", "--B\n\ntext\n--B--\n", ""}) {
+    Read(header + after);
+    const std::string record = mail_.GetData("", true);
+    EXPECT_TRUE(mail_.Ledger().IsWhole()) << after;
+    EXPECT_THAT(record, HasSubstr("\\nfile=f\\nsize=0"));
+    EXPECT_EQ(BroughtOut(1), "");
+    EXPECT_THAT(BroughtOut(-2), HasSubstr(Crlf(header))) << after;
+  }
+}
+
+TEST_F(KeptWholeTest, MultipartIsNoFileWhateverItsName) {
+  Read(
+      "--B\nContent-Type: multipart/x; boundary=R\nContent-Disposition: attachment; "
+      "filename=folder\n\n--R\n" +
+      File("f", "7bit", "file").substr(4) + "--R--\n--B--\n");
+  EXPECT_EQ(TempFile("att2"), "file");
+  EXPECT_FALSE(HasTempFile("att1"));
+}
+
+TEST_F(KeptWholeTest, HundredNestedMultipartsAreKnown) {
+  const auto nested = [](int levels) {
+    std::string body;
+    for (int i = 1; i <= levels; ++i) {
+      const std::string around = i == 1 ? "B" : "R" + std::to_string(i - 1);
+      body += "--" + around + "\nContent-Type: multipart/mixed; boundary=R" + std::to_string(i) + "\n\n";
+    }
+    return body + "--R" + std::to_string(levels) +
+           "\nContent-Disposition: attachment; filename=f\n\nfile\n--R" + std::to_string(levels) + "--\n";
+  };
+  Read(nested(100) + "--B--\n");
+  EXPECT_EQ(TempFile("att101"), "file");
+  // What lies deeper is text, and none of it is lost.
+  Read(nested(101) + File("g", "7bit", "next") + "--B--\n");
+  EXPECT_THAT(TempFile("mail.eml"), HasSubstr("filename=f\r\n\r\nfile\r\n"));
+  EXPECT_EQ(TempFile("att102"), "next");
+  EXPECT_TRUE(mail_.Ledger().IsWhole());
+}
+
 TEST_F(KeptWholeTest, BoundaryMayEndInBlanks) {
   Read(
       "--B \nContent-Disposition: a; filename=f\n\none\n--B\t\nContent-Disposition: a; "
@@ -191,6 +231,18 @@ TEST_F(KeptWholeTest, QuotedPrintableKeepsUnderscoresAndBadCodes) {
   EXPECT_EQ(TempFile("att1"), "a_b=\xC3\xA4  cd=G1 e=4\n100% = x\nend");
   EXPECT_EQ(BroughtOut(1), TempFile("att1"));
   EXPECT_TRUE(mail_.Ledger().IsWhole());
+}
+
+TEST_F(KeptWholeTest, EncodingMayBeFoldedOrCommented) {
+  for (const std::string value : {"\n base64", " BASE64 (as ever)", "\n\t(so) base64\n ", " Base64 \t"}) {
+    Read(Part("Content-Disposition: a; filename=f\nContent-Transfer-Encoding:" + value + "\n", "YWJj") +
+         "--B--\n");
+    EXPECT_EQ(TempFile("att1"), "abc") << value;
+    EXPECT_EQ(BroughtOut(1), "abc") << value;
+  }
+  ChooseRules({.lines = LineRule::Native});
+  Read(Part("Content-Disposition: a; filename=f\nContent-Transfer-Encoding:\n base64\n", "YWJj") + "--B--\n");
+  EXPECT_EQ(TempFile("att1"), "YWJj\r\n");
 }
 
 TEST_F(KeptWholeTest, EncodingEndsWithItsPart) {

@@ -5,6 +5,7 @@
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Platform/Rules.h"
 #include "Support/DiskOperations.h"
+#include "Support/ScopedRules.h"
 #include "Support/ScopedSizeLimit.h"
 
 namespace vorlent {
@@ -401,6 +402,12 @@ TEST_F(EncodeTest, FileOfExactlyOneLineComesOutEmpty) {
   EXPECT_EQ(Encoded(std::string(54, 'x'), kBase64File), "\r\n");
 }
 
+TEST_F(EncodeTest, FileOfOneLineComesOutWholeToday) {
+  const ScopedRules today({.filesOfOneLine = FilesOfOneLine::ComeBackWhole});
+  EXPECT_EQ(Encoded(std::string(54, 'x'), kBase64File), Base64Encode(std::string(54, 'x')) + "\r\n");
+  EXPECT_FALSE(ComesBackEmpty(54));
+}
+
 TEST_F(EncodeTest, QuotedPrintableLinesAreCutAt70Characters) {
   const std::string line(70, 'a');
   for (const auto& [in, out] : std::vector<std::pair<std::string, std::string>>{
@@ -467,6 +474,30 @@ TEST_F(EncodeTest, FileThatCannotBeReadIsLeftOut) {
       EXPECT_EQ(archive.Read("out"), "next\r\n");
     }
   }
+}
+
+TEST_F(RestoreTest, ForwardedMailGoesBackAsOne) {
+  const ScopedRules today(Rules::Today());
+  Store("Subject: x\r\n\r\ntext\r\n");
+  Attach("FileAttach1", "part2.eml", "Subject: inner\n\ninner\r\ntext");
+  item->Data.back().second += "\r\ntype=message/rfc822";
+  const std::string mail = Restore();
+  EXPECT_THAT(mail, testing::HasSubstr("\r\nContent-Type: message/rfc822; name=\"part2.eml\"\r\n"
+                                       "Content-Transfer-Encoding: 8bit\r\n"
+                                       "Content-Disposition: attachment; filename=\"part2.eml\"\r\n\r\n"
+                                       "Subject: inner\n\ninner\r\ntext\r\n--" +
+                                       BoundaryIn(mail) + "--\r\n"));
+}
+
+TEST_F(RestoreTest, ForwardedMailThatWouldDivideItsMailGoesBackAsBytes) {
+  const ScopedRules today(Rules::Today());
+  const std::string inner = "Subject: inner\n\nFrom anna@x Sat Nov 21 14:59:15 2026\nA: b\n";
+  Store("Subject: x\r\n\r\ntext\r\n");
+  Attach("FileAttach1", "part2.eml", inner);
+  item->Data.back().second += "\r\ntype=message/rfc822";
+  const std::string mail = Restore();
+  EXPECT_THAT(mail, testing::HasSubstr("\r\nContent-Type: application/octet-stream; name=\"part2.eml\"\r\n"));
+  EXPECT_THAT(mail, testing::HasSubstr(Base64Encode(inner.substr(0, 54))));
 }
 
 // --- There and back

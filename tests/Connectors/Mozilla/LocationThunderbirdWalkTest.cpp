@@ -570,6 +570,16 @@ TEST_F(DiskWalkTest, AddressesOnTheDisksKeepTheWholePath) {
               ElementsAre(outer + "\\Inbox.sbd\\Sub " + address + "/Inbox.sbd/Sub/"));
 }
 
+TEST_F(DiskWalkTest, FolderOfTheDisksIsNotedForAMailboxOnlyByTheRulesOfOld) {
+  EXPECT_NE(SwallowedNumber([&] { Noted(address); }), 0) << "a folder has no size";
+  const ScopedRules today({.folderAddresses = FolderAddresses::OfFolders});
+  EXPECT_THAT(Noted(address), ElementsAre(outer + "\\Inbox " + address + "/Inbox",
+                                          outer + "\\Inbox.sbd\\Sub " + address + "/Inbox.sbd/Sub",
+                                          outer + "\\plain\\Other " + address + "/plain/Other"));
+  EXPECT_EQ(Read(address), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre(",Inbox one", ",Inbox,Sub two", ",plain,Other three"));
+}
+
 TEST_F(DiskWalkTest, MailboxOfTheDisksHasNoKeywords) {
   EXPECT_EQ(Read(address + "/Inbox/-"), LocationState::Read);
   EXPECT_EQ(Nodes(), "Account 'C' [Account=C]\n");
