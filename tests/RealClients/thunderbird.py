@@ -1,13 +1,17 @@
 #!/usr/bin/env python3
 """The connector on a profile that Thunderbird itself has made.
 
-Thunderbird starts on an empty home, gets mails into Local Folders and a folder below Inbox, and deletes some
-without compacting. Then the command line reads the whole home without any option, and what it reads is compared
-with the mails that were put in: subjects, texts, attachments; the deleted ones must not come. Folders whose names the
-file system can't hold are listed as Thunderbird shows them.
+Thunderbird starts on an empty home, gets mails of many charsets into folders of names that are hard on a file system,
+and deletes some without compacting. Mailboxes of other programs are laid beside them, and it starts again and lists
+what it has: of each folder the mails with subject, sender and date, and the attachments with their bytes. The command
+line reads the whole home without any option, and must list the same, nothing missing and nothing more. The deleted
+mails must not come. A mail that was brought into an archive is restored, and Thunderbird shows it with its attachments.
 
 usage: thunderbird.py PROGRAM
 """
+import base64
+import contextlib
+import datetime
 import email.message
 import email.policy
 import json
@@ -16,9 +20,11 @@ import pathlib
 import subprocess
 import sys
 import tempfile
+import zoneinfo
 
 from marionette import Application
 
+ZONE = zoneinfo.ZoneInfo("Europe/Berlin")
 PICTURE = bytes(range(256)) * 40
 REPORT = b"Zeile eins\r\nZeile zwei\r\n" * 50
 
@@ -43,6 +49,25 @@ def with_attachments(number, subject, text):
     return mail
 
 
+def foreign(number, charset, codec, subject, sender, text):
+    """A mail whose header and text are of that charset."""
+    def word(value):
+        return f"=?{charset}?B?{base64.b64encode(value.encode(codec)).decode()}?="
+    body = base64.encodebytes(text.encode(codec)).replace(b"\n", b"\r\n")
+    mail = (f"Message-ID: <real-{number}@example.org>\r\nDate: Mon, {number} Jun 2026 10:{number}:00 +0200\r\n"
+            f"From: {word(sender)} <someone@example.org>\r\nTo: anna@example.org\r\nSubject: {word(subject)}\r\n"
+            f"MIME-Version: 1.0\r\nContent-Type: text/plain; charset={charset}\r\n"
+            "Content-Transfer-Encoding: base64\r\n\r\n")
+    return email.message_from_bytes(mail.encode() + body, policy=email.policy.default)
+
+
+def with_names(number, names):
+    mail = plain(number, "Namen e\u0301 \u00e9 😀", "Anlagen aus aller Welt.")
+    for name in names:
+        mail.add_attachment(name.encode() * 100, maintype="application", subtype="x-test", filename=name)
+    return mail
+
+
 # Folder, mail, whether it is deleted again.
 MAILS = [
     ("Inbox", plain(1, "Erste Mail", "Nur Text.\n"), False),
@@ -53,7 +78,48 @@ MAILS = [
     ("Inbox/Projekte", plain(6, "Im Unterordner", "Tief unten.\n"), False),
     ("Inbox/Projekte", plain(7, "Auch gelöscht", "Weg damit.\n"), True),
     ("Inbox/Projekte", with_attachments(8, "Unten mit Anlagen", "Noch zwei."), False),
+    ("漢字 🦊", foreign(10, "ISO-2022-JP", "iso2022_jp", "会議のお知らせ", "山田太郎", "こんにちは。\n"), False),
+    ("漢字 🦊", foreign(11, "GB18030", "gb18030", "你好，世界 𠀀", "王小明", "明天开会。\n"), False),
+    ("a.b.c", foreign(12, "KOI8-R", "koi8_r", "Привет из Москвы", "Иван Петров", "До свидания.\n"), False),
+    ("a.b.c", foreign(13, "windows-1251", "cp1251", "Їжак — №5", "Ганна", "Дякую.\n"), False),
+    ("Einfach", foreign(14, "UTF-16", "utf_16", "مرحبا بالعالم 👩‍👩‍👧", "فاطمة", "مرحبا 😀\n"), False),
+    ("Einfach", with_names(15, ["漢字.txt", "مرحبا.txt", "e\u0301.txt", "\u00e9t\u00e9.txt", "👍🏽.txt"]), False),
 ]
+
+# Mailboxes of other programs: no status, separators with and without sender and date.
+IMPORTED = {
+    "Importiert": """From alice@example.org Mon Jan  5 10:00:00 1998
+From: Alice <alice@example.org>
+Date: Mon, 5 Jan 1998 10:00:00 +0100
+Subject: Eins von Alice
+Message-ID: <alice-1@example.org>
+
+Text of the first.
+
+>From now on it is quoted.
+
+From\x20
+From: =?utf-8?B?w4RuZGVydW5n?= <b@example.org>
+Date: Tue, 6 Jan 1998 11:00:00 +0100
+Subject: Zwei =?iso-8859-1?Q?gr=FC=DFt?=
+
+No Message-ID here.
+
+From -\x20
+From: c@example.org
+Date: Wed, 7 Jan 1998 12:00:00 +0100
+Subject: Drei
+Message-ID: <c-3@example.org>
+X-Mozilla-Status: 0000
+
+Text of the third.
+
+""",
+    "Alte Mails.2003": "".join(
+        f"From user{n}@example.org Fri Mar 14 09:{n:02}:00 2003\nFrom: User {n} <user{n}@example.org>\n"
+        f"Date: Fri, 14 Mar 2003 09:{n:02}:00 +0100\nSubject: Nummer {n}\nMessage-ID: <{n}@old.example.org>\n\n"
+        f"From what I know, number {n}.\n\n" for n in range(40)),
+}
 
 # Some of them are called otherwise on the disk.
 FOLDERS = ["Ein sehr langer Ordnername, der länger als fünfundfünfzig Zeichen ist und das auch bleibt", "Größe: 1/2 #3",
@@ -84,9 +150,44 @@ for (const [folder, headers] of doomed) {
       { QueryInterface: ChromeUtils.generateQI(["nsIMsgCopyServiceListener"]), onStartCopy() {}, onProgress() {},
         setMessageKey() {}, getMessageId() { return null; }, onStopCopy: resolve }, false));
 }
-for (const name of arguments[1]) root.createSubfolder(name, null);
+for (const name of arguments[1]) if (!root.containsChildNamed(name)) root.createSubfolder(name, null);
 root.descendants.forEach(folder => folder.msgDatabase?.commit(1));
 return [root.filePath.path, root.subFolders.map(folder => [folder.filePath.leafName, folder.name])];
+"""
+
+
+# All mails of all folders, each folder in the order of its mailbox: subject, sender, date in seconds, attachments.
+LIST = """
+const { MailServices } = ChromeUtils.importESModule("resource:///modules/MailServices.sys.mjs");
+const { MsgHdrToMimeMessage } = ChromeUtils.importESModule("resource:///modules/gloda/MimeMessage.sys.mjs");
+const { setTimeout } = ChromeUtils.importESModule("resource://gre/modules/Timer.sys.mjs");
+const { NetUtil } = ChromeUtils.importESModule("resource://gre/modules/NetUtil.sys.mjs");
+const bytesOf = url => new Promise((resolve, reject) => NetUtil.asyncFetch(
+    { uri: url, loadUsingSystemPrincipal: true }, (stream, status) => {
+      if (!Components.isSuccessCode(status)) return reject(new Error(url + ": " + status));
+      const size = stream.available();
+      resolve(btoa(size ? NetUtil.readInputStreamToString(stream, size) : ""));
+    }));
+const listed = {};
+for (const folder of MailServices.accounts.localFoldersServer.rootFolder.descendants) {
+  // Mailboxes of other programs get a summary now.
+  for (let tries = 0; tries < 100; ++tries) {
+    try {
+      if (folder.msgDatabase.summaryValid) break;
+    } catch {}
+    if (tries % 20 == 0) folder.updateFolder(null);
+    await new Promise(resolve => setTimeout(resolve, 100));
+  }
+  const mails = [];
+  for (const header of [...folder.messages].sort((a, b) => Number(a.storeToken) - Number(b.storeToken))) {
+    const mime = await new Promise(resolve => MsgHdrToMimeMessage(header, null, (_, found) => resolve(found), true));
+    const attachments = [];
+    for (const { name, url } of mime.allUserAttachments) attachments.push([name, await bytesOf(url)]);
+    mails.push([header.mime2DecodedSubject, header.mime2DecodedAuthor, header.dateInSeconds, attachments]);
+  }
+  if (mails.length) listed[folder.filePath.path] = mails;
+}
+return listed;
 """
 
 
@@ -104,26 +205,49 @@ def run(program, home, *arguments):
     return done.stdout
 
 
-def check_mail(program, home, item, mail, out):
-    data = item["Data"]
-    if mail.is_multipart():
-        names = ["Bild.png", "Bericht.pdf"]
-    else:
-        names = []
-    attached = [data[key] for key in data if key.startswith("FileAttach")]
-    if [name for name in names] != [text.splitlines()[0].partition("#")[2].partition("_")[2] for text in attached]:
-        fail(f"{mail['Subject']}: attachments {attached}")
-    folder = out / item["ID"]
-    run(program, home, "get", "thunderbird://", item["ID"], "--output", str(folder))
-    files = {path.name: path.read_bytes() for path in folder.iterdir()}
-    for name, content in (("Bild.png", PICTURE), ("Bericht.pdf", REPORT)):
-        if name in names and content not in files.values():
-            fail(f"{mail['Subject']}: {name} came out wrong")
-    text = next(content for name, content in files.items() if name.endswith(".eml"))
-    body = mail.get_body(("plain",)).get_content().strip()
-    for line in body.splitlines():
-        if line.replace("From ", ">From ").encode() not in text and line.encode() not in text:
-            fail(f"{mail['Subject']}: the line {line!r} is missing in the text")
+def seconds(date):
+    """A date as the command line tells it: by the sender's clock, and all mails come from the zone of the test."""
+    return int(datetime.datetime.strptime(date, "%d.%m.%Y %H:%M:%S").replace(tzinfo=ZONE).timestamp())
+
+
+def read_home(program, home, out):
+    """What the command line lists, as LIST does."""
+    found = {}
+    for line in run(program, home, "read", "thunderbird://", "--json").decode().splitlines():
+        item = json.loads(line)
+        data = item["Data"]
+        found.setdefault(data["_SourceFile"], []).append((int(data["_SourceOffset"]), item))
+    listed = {}
+    for file, items in found.items():
+        listed[file] = []
+        for _, item in sorted(items, key=lambda entry: entry[0]):
+            data = item["Data"]
+            described = [data[key].splitlines()[0] for key in data if key.startswith("FileAttach")]
+            names = [text.partition("#")[2].partition("_")[2] for text in described]
+            attachments = []
+            if names:
+                folder = out / str(len(list(out.iterdir())))
+                run(program, home, "get", "thunderbird://", item["ID"], "--output", str(folder))
+                for name in names:
+                    path = next(path for path in folder.iterdir() if path.name.endswith("_" + name))
+                    attachments.append([name, base64.b64encode(path.read_bytes()).decode()])
+            listed[file].append([item["Text"], data["From"], seconds(item["Date"]), attachments])
+    return listed
+
+
+def compare(found, shown):
+    """`found` by the command line, `shown` by Thunderbird."""
+    if set(found) != set(shown):
+        fail(f"mailboxes read {sorted(found)}, shown {sorted(shown)}")
+    for file, mails in shown.items():
+        for mine, mail in zip(found[file], mails):
+            if mine[:3] != mail[:3]:
+                fail(f"{file}: read {mine[:3]}, shown {mail[:3]}")
+            if sorted(mine[3]) != sorted(mail[3]):
+                fail(f"{mail[0]}: attachments read {[(n, len(b)) for n, b in mine[3]]}, "
+                     f"shown {[(n, len(b)) for n, b in mail[3]]}")
+        if len(found[file]) != len(mails):
+            fail(f"{file}: {len(found[file])} mails read, {len(mails)} shown")
 
 
 def check_folders(program, home, place, shown):
@@ -152,31 +276,63 @@ def check_folders(program, home, place, shown):
         fail("no folder is called otherwise on the disk")
 
 
+@contextlib.contextmanager
+def thunderbird(home, log):
+    application = Application(["thunderbird"], home, log)
+    try:
+        yield application
+    finally:
+        application.quit()
+
+
+def restore(program, home, folder, place):
+    """Takes a mail with attachments into an archive, and appends it to another folder."""
+    archive = str(folder / "archive")
+    address = next(json.loads(line)["Data"]["Location"].removesuffix("*")
+                   for line in run(program, home, "browse", "thunderbird://*", "--json").decode().splitlines())
+    inbox = address + "Local Folders/"
+    run(program, home, "import", inbox + "Inbox/-", "--target", archive)
+    items = map(json.loads, run(program, home, "search", archive, "Anlagen", "--json").decode().splitlines())
+    item = next(item for item in items if item["Text"] == "Mit Anlagen")
+    run(program, home, "restore", inbox + "Importiert/-", item["ID"], "--archive", archive, "--yes")
+
+
 def main():
     program = str(pathlib.Path(sys.argv[1]).resolve())
-    with tempfile.TemporaryDirectory() as folder:
-        home = pathlib.Path(folder, "home")
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        home = folder / "home"
         home.mkdir()
-        application = Application(["thunderbird"], home, pathlib.Path(folder, "log"))
-        try:
+        out = folder / "out"
+        out.mkdir()
+        log = folder / "log"
+        with thunderbird(home, log) as application:
             given = [[path, mail.as_bytes().decode("latin-1"), deleted] for path, mail, deleted in MAILS]
-            place, shown = application.run(FILL, given, FOLDERS)
-        finally:
-            application.quit()
+            place, shown_folders = application.run(FILL, given, FOLDERS)
         print("Thunderbird wrote", place)
-        check_folders(program, home, place, shown)
-
-        lines = run(program, home, "read", "thunderbird://", "--json").decode().splitlines()
-        read = {item["ID"].partition("-")[2]: item for item in map(json.loads, lines) if item["Type"] == "mail"}
-        expected = {f"real-{n}@example.org": mail for n, (_, mail, gone) in enumerate(MAILS, 1) if not gone}
-        if set(read) != set(expected):
-            fail(f"read {sorted(read)}, expected {sorted(expected)}")
-        for key, mail in expected.items():
-            if read[key]["Text"] != str(mail["Subject"]):
-                fail(f"subject {read[key]['Text']!r}, expected {str(mail['Subject'])!r}")
-            check_mail(program, home, read[key], mail, pathlib.Path(folder, "out"))
-        print(f"{len(expected)} mails read as Thunderbird wrote them, "
+        check_folders(program, home, place, shown_folders)
+        for box, text in IMPORTED.items():
+            pathlib.Path(place, box).write_text(text, encoding="utf-8")
+        with thunderbird(home, log) as application:
+            shown = application.run(LIST)
+        count = sum(map(len, shown.values()))
+        expected = sum(not gone for *_, gone in MAILS) + 3 + 40
+        if count != expected:
+            fail(f"Thunderbird shows {count} mails of {expected}: { {k: [m[0] for m in v] for k, v in shown.items()} }")
+        compare(read_home(program, home, out), shown)
+        print(f"{count} mails read as Thunderbird shows them, "
               f"{sum(gone for *_, gone in MAILS)} deleted ones passed over")
+
+        restore(program, home, folder, place)
+        with thunderbird(home, log) as application:
+            shown = application.run(LIST)
+        subject, _, _, attachments = shown[str(pathlib.Path(place, "Importiert"))][-1]
+        expected = [[name, base64.b64encode(content).decode()]
+                    for name, content in (("Bild.png", PICTURE), ("Bericht.pdf", REPORT))]
+        if subject != "Mit Anlagen" or attachments != expected:
+            fail(f"the restored mail is shown as {subject} with {[(name, len(data)) for name, data in attachments]}")
+        compare(read_home(program, home, out), shown)
+        print("A restored mail is shown with its attachments")
 
 
 if __name__ == "__main__":
