@@ -229,7 +229,7 @@ def check_reading(home, tree):
     expect("bookmarks as read", found, expected)
     expect("files of the profile after the reading", home.files(), before)
     menu = home.succeed("browse", "firefox://*")
-    if "Profil '" not in menu:
+    if "Profile '" not in menu:
         fail(f"no profile is listed: {menu}")
 
 

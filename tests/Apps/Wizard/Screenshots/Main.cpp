@@ -1,7 +1,7 @@
 // Makes the pictures of the wizard for the documents:
 //   wizard_screenshots SAMPLES TARGET-FOLDER [TIMES]
 // With TIMES, such as 2 or 0.5, the windows are that many times as large as they come, or as small as they
-// get.
+// get. The language is that of the locale.
 #include <QApplication>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -15,8 +15,10 @@
 #include "../UserScript.h"
 #include "Apps/Wizard/ImportProgress.h"
 #include "Apps/Wizard/MoveQuestion.h"
+#include "Apps/Wizard/QtText.h"
 #include "Apps/Wizard/WizardApp.h"
 #include "Apps/Wizard/WizardFrame.h"
+#include "Platform/Rules.h"
 #include "Platform/Settings.h"
 
 namespace {
@@ -50,7 +52,7 @@ void WalkThroughThePages(WizardFrame& frame) {
   Press(Qt::Key_Return);
   Save(frame, "wizard-2-mailboxes.png");
   Press(Qt::Key_Return);
-  PressAlt(Qt::Key_D);
+  Click(frame, "Option3");
   Save(frame, "wizard-3-target.png");
   Press(Qt::Key_Return);
   Find<QPlainTextEdit>(frame, "T_Keywords").setFocus();
@@ -93,6 +95,7 @@ int main(int argc, char** argv) {
   }
   fs::copy(argv[1], work / "samples", fs::copy_options::recursive);
   WriteMailbox(work / "samples/AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox");
+  ChooseRules(Rules::Today());
   os::SetDrive('D', work.string());
   os::SetDrive('S', (work / "samples").string());
   os::SetAppDataFolder((work / "samples/AppData").string());
@@ -116,7 +119,7 @@ int main(int argc, char** argv) {
         Click(progress, "Cancel");
       },
       [](ImportProgress& progress) {
-        return Find<QPushButton>(progress, "Cancel").text() == QString("&Schließen");
+        return Find<QPushButton>(progress, "Cancel").text() == Worded(Phrase::Close);
       });
   RunWizardApp({{(work / "Archiv").string()}});
   fs::remove_all(work);
