@@ -21,10 +21,21 @@ bool BeginsWithDrive(std::string_view text) {
   return text.size() > 2 && IsLetter(text[0]) && text.substr(1, 2) == ":\\";
 }
 
+// What the profiles of this system give: a native folder, and behind it the component's own separators.
+bool BeginsAtRoot(std::string_view text) {
+  return text.starts_with('/') && text.find('\\') < std::min(text.find_first_of(kLineEnds), text.size());
+}
+
+bool IsPathAt(std::string_view text, std::size_t at) {
+  const char before = at == 0 ? ' ' : text[at - 1];
+  if (BeginsWithDrive(text.substr(at))) return !IsLetter(before);
+  return (before == ' ' || before == '\'' || before == '"') && BeginsAtRoot(text.substr(at));
+}
+
 // Where the next path of a text begins, its end if there is none.
 std::size_t FindPath(std::string_view text, std::size_t from) {
   for (std::size_t at = from; at < text.size(); ++at) {
-    if (BeginsWithDrive(text.substr(at)) && (at == 0 || !IsLetter(text[at - 1]))) return at;
+    if (IsPathAt(text, at)) return at;
   }
   return text.size();
 }
@@ -61,7 +72,7 @@ bool TakesPathsAsAddresses() {
 }
 
 std::string NativePaths::Of(std::string_view path) {
-  if (!BeginsWithDrive(path)) return DisplayUtf8(path);
+  if (!IsPathAt(path, 0)) return DisplayUtf8(path);
   const std::size_t name = path.rfind('\\') + 1;
   if (path.substr(0, name) != folder_) {
     folder_ = path.substr(0, name);

@@ -6,8 +6,9 @@
 
 namespace vorlent {
 
-// A text of the component as UTF-8, each path in it that begins with a drive written as this system has it.
-// Such a path reaches to the end of its line, or to the next one there.
+// A text of the component as UTF-8, with each path in it written as this system has it: those that begin with
+// a drive, and those that begin with "/" and have separators of the component. Such a path reaches to the end
+// of its line, or to the next one there.
 std::string WithNativePaths(std::string_view text);
 
 // What lists and logs show of such a text: its paths as the rules in force say.
@@ -19,7 +20,7 @@ bool TakesPathsAsAddresses();
 // Texts that are paths, most of them of one folder like the one before, as this system writes them, in UTF-8.
 class NativePaths {
  public:
-  // A text that isn't a path below a drive stays.
+  // A text that isn't such a path stays.
   std::string Of(std::string_view path);
 
  private:

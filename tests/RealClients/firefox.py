@@ -248,7 +248,7 @@ def main():
             if code != 3 or "database is locked" not in err:
                 fail(f"a running Firefox by the other rules: ended with {code}: {err}")
             code, out, err = first.run("read", "firefox://", "--json")
-            if code != 0 or "gelesen wird der Stand vom" not in err:
+            if code != 0 or "in use; read as of" not in err:
                 fail(f"a running Firefox: ended with {code}: {err}")
             expect("bookmarks of a running Firefox", len(out.splitlines()), len(list(flat(first.places()))))
             expect("files of a running Firefox", first.files(), before)

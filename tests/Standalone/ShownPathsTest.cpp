@@ -23,6 +23,15 @@ TEST_F(ShownPathsTest, ListsShowPathsAsTheRulesSay) {
   }
 }
 
+// The profiles of this system name native folders, to which the component adds its own separators.
+TEST_F(ShownPathsTest, PathsFromTheRootHaveOneKindOfSeparator) {
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(WithShownPaths("/home/anna/Local Folders\\Inbox.sbd\\A"), "/home/anna/Local Folders/Inbox.sbd/A");
+  EXPECT_EQ(WithShownPaths("no '/a b\\c'"), "no '/a b/c'");
+  EXPECT_EQ(WithShownPaths("/a/b"), "/a/b");
+  EXPECT_EQ(WithShownPaths("1/2 \\ 3, thunderbird://p/a\\b"), "1/2 \\ 3, thunderbird://p/a\\b");
+}
+
 TEST_F(ShownPathsTest, OnlyWhatIsShownNativeIsTakenNative) {
   EXPECT_FALSE(TakesPathsAsAddresses());
   const ScopedRules today(Rules::Today());
