@@ -12,6 +12,9 @@ target_compile_options(vorlent_options INTERFACE
   # GCC 12 takes optimised string code for overlapping copies (its bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_include_directories(vorlent_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
+if(WIN32)
+  target_compile_definitions(vorlent_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
 
 if(VORLENT_SANITIZE)
   set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -8,6 +8,8 @@ runPackages=(g++ cmake ninja-build libsqlite3-dev libcli11-dev libfmt-dev nlohma
 testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 sqlite3 tzdata pkgconf binutils man-db zsh fish)
 ciPackages=("${testPackages[@]}" clang clang-tidy-16 clang-format libclang-rt-14-dev xvfb git g++-mingw-w64-x86-64-posix \
   shellcheck flake8 mmdebstrap thunderbird firefox-esr)
+windowsPackages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix cmake ninja-build libcli11-dev libfmt-dev \
+  nlohmann-json3-dev googletest wine64)
 
 need() {
   local missing=() package

@@ -32,7 +32,6 @@ TEST_F(CharsetsTest, TextOfTheWorldsCharsetsIsUnicode) {
       {"ISO-2022-JP", "\x1B$B$3$s$K$A$O\x1B(B", "こんにちは"},
       {"Shift_JIS", "\x82\xB1\x82\xF1", "こん"},
       {"gb2312", "\xC4\xE3\xBA\xC3", "你好"},
-      {"gb2312", "\xA8\xA6\x94\x39\xFC\x36", "é😀"},
       {"Big5", "\xA7\x41\xA6\x6E", "你好"},
       {"euc-kr", "\xBE\xC8\xB3\xE7", "안녕"},
       {"iso-8859-7", "\xE3\xE5\xE9\xDC", "γειά"},
@@ -43,6 +42,10 @@ TEST_F(CharsetsTest, TextOfTheWorldsCharsetsIsUnicode) {
   };
   for (const CharsetCase& each : cases)
     EXPECT_EQ(FromCharset(each.bytes, each.charset), each.text) << each.charset;
+}
+
+TEST_F(CharsetsTest, Gb18030HoldsAllOfUnicode) {
+  EXPECT_EQ(FromCharset("\xA8\xA6\x94\x39\xFC\x36", "gb2312"), "é😀");
 }
 
 TEST_F(CharsetsTest, Latin1AndAsciiAreTakenForWindows1252AsTheOtherRulesTakeThem) {

@@ -1,4 +1,4 @@
-#include "Platform/Posix/Names.h"
+#include "Platform/Names.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

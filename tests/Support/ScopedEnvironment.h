@@ -1,33 +1,27 @@
 // Environment variables for the time of one test.
 #pragma once
 
-#include <stdlib.h>
-
+#include <cstdlib>
 #include <optional>
 #include <string>
 
 namespace vorlent {
 
+// Sets a variable of the process, or takes it away if `value` is null.
+void SetVariable(const std::string& name, const char* value);
+
 // Sets a variable, or takes it away if `value` is null, and brings back what it was.
 class ScopedEnvironment {
  public:
   ScopedEnvironment(const char* name, const char* value) : name_(name) {
-    if (const char* present = getenv(name)) previous_ = present;
-    Set(value);
+    if (const char* present = std::getenv(name)) previous_ = present;
+    SetVariable(name_, value);
   }
-  ~ScopedEnvironment() { Set(previous_ ? previous_->c_str() : nullptr); }
+  ~ScopedEnvironment() { SetVariable(name_, previous_ ? previous_->c_str() : nullptr); }
   ScopedEnvironment(const ScopedEnvironment&) = delete;
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 
  private:
-  void Set(const char* value) const {
-    if (value == nullptr) {
-      unsetenv(name_.c_str());
-    } else {
-      setenv(name_.c_str(), value, 1);
-    }
-  }
-
   std::string name_;
   std::optional<std::string> previous_;
 };

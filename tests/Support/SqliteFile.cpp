@@ -29,7 +29,7 @@ void RunAll(sqlite3* handle, const std::string& sql, std::vector<std::string>* r
 }  // namespace
 
 SqliteFile::SqliteFile(const std::filesystem::path& native) {
-  if (sqlite3_open(native.c_str(), &handle_) == SQLITE_OK) return;
+  if (sqlite3_open(native.string().c_str(), &handle_) == SQLITE_OK) return;
   const std::string message = sqlite3_errmsg(handle_);
   sqlite3_close(handle_);
   throw std::runtime_error(native.string() + ": " + message);

@@ -1,9 +1,8 @@
 #include "Support/TemporaryFolder.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <fstream>
+#include <random>
 #include <stdexcept>
 
 #include "Platform/CodePage.h"
@@ -20,12 +19,27 @@ fs::path NativeName(std::string_view windowsName) {
   std::string name(windowsName);
   if (!IsMultiByteUtf8(name)) name = TextToUtf8(name);
   std::replace(name.begin(), name.end(), '\\', '/');
-  return name;
+  return std::u8string(name.begin(), name.end());
 }
 
 fs::path NativePath(std::string_view windowsPath) {
+  const fs::path native = NativeName(windowsPath);
   const bool hasDrive = windowsPath.size() > 1 && windowsPath[1] == ':';
-  return NativeName(hasDrive ? windowsPath.substr(2) : windowsPath);
+  return hasDrive && !native.has_root_name() ? NativeName(windowsPath.substr(2)) : native;
+}
+
+bool IsListed(const fs::path& native) {
+  const fs::directory_iterator entries(native.parent_path());
+  return std::any_of(begin(entries), end(entries),
+                     [&](const auto& entry) { return entry.path().filename() == native.filename(); });
+}
+
+std::string RandomName() {
+  static std::random_device device;
+  std::string name;
+  for (int i = 0; i < 8; ++i)
+    name += static_cast<char>('a' + device() % 26);
+  return name;
 }
 
 void WriteNative(const fs::path& path, std::string_view bytes) {
@@ -47,9 +61,11 @@ std::string ReadNative(const fs::path& path) {
 }  // namespace
 
 TemporaryFolder::TemporaryFolder() {
-  std::string name = (fs::canonical(fs::temp_directory_path()) / "vorlent-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder: " + name);
-  native_ = name;
+  const fs::path place = fs::canonical(fs::temp_directory_path());
+  do {
+    native_ = place / ("vorlent-test-" + RandomName());
+  } while (!fs::create_directory(native_));
+  fs::permissions(native_, fs::perms::owner_all);
 }
 
 TemporaryFolder::~TemporaryFolder() {
@@ -63,6 +79,13 @@ TemporaryFolder::~TemporaryFolder() {
     if (walk->is_directory(ignored) && !walk->is_symlink(ignored)) openUp(walk->path());
   }
   fs::remove_all(native_, ignored);
+  if (!fs::exists(native_, ignored)) return;
+  // Some systems keep files that may not be written.
+  walk = fs::recursive_directory_iterator(native_, ignored);
+  for (; walk != fs::recursive_directory_iterator(); walk.increment(ignored)) {
+    if (!walk->is_symlink(ignored)) openUp(walk->path());
+  }
+  fs::remove_all(native_, ignored);
 }
 
 fs::path TemporaryFolder::Native(std::string_view name) const {
@@ -70,7 +93,8 @@ fs::path TemporaryFolder::Native(std::string_view name) const {
 }
 
 std::string TemporaryFolder::Path() const {
-  std::string path = "C:" + native_.string();
+  // A system with drives of its own says which one it is.
+  std::string path = (native_.has_root_name() ? "" : "C:") + native_.string();
   std::replace(path.begin(), path.end(), '/', '\\');
   return path;
 }
@@ -97,7 +121,10 @@ std::string TemporaryFolder::Read(std::string_view name) const {
 }
 
 bool TemporaryFolder::Exists(std::string_view name) const {
-  return fs::symlink_status(Native(name)).type() != fs::file_type::not_found;
+  const fs::path native = Native(name);
+  if (fs::symlink_status(native).type() == fs::file_type::not_found) return false;
+  // A system with drives finds names of any case.
+  return !native.has_root_name() || IsListed(native);
 }
 
 void WriteBytes(std::string_view path, std::string_view bytes) {

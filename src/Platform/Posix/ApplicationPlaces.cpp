@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Platform/CodePage.h"
+#include "Platform/Names.h"
 #include "Platform/NativePaths.h"
-#include "Platform/Posix/Names.h"
 #include "Platform/Posix/Resolving.h"
 #include "Platform/Posix/Settings.h"
 

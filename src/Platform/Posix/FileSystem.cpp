@@ -1,16 +1,14 @@
 #include <dirent.h>
 
-#include <algorithm>
 #include <chrono>
 #include <optional>
-#include <tuple>
 #include <utility>
 
+#include "Platform/EpochTime.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Platform/Names.h"
 #include "Platform/NativePaths.h"
-#include "Platform/Posix/EpochTime.h"
-#include "Platform/Posix/Names.h"
 #include "Platform/Posix/Resolving.h"
 #include "Platform/Posix/System.h"
 
@@ -167,13 +165,6 @@ bool MayList(std::string_view path) {
   return Listing(opendir(ToNativePath(path).c_str())) != nullptr;
 }
 
-std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes) {
-  std::vector<std::string> names;
-  for (FolderEntry& entry : ListEntries(folder, pattern, attributes))
-    names.push_back(std::move(entry.name));
-  return names;
-}
-
 std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view pattern, int attributes) {
   const std::string native = ToNativePath(folder);
   if (native.empty()) return {};
@@ -182,33 +173,18 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
     if (errno == ENOENT || errno == ENOTDIR) return {};
     RaiseSystemFailure(errno, folder);
   }
-  std::vector<std::pair<std::string, FolderEntry>> found;  // with the key
+  std::vector<FolderEntry> found;
   errno = 0;
   while (const dirent* entry = readdir(listing.get())) {
     const bool isFolder = IsFolder(listing.get(), *entry);
     if (IsShown(entry->d_name, isFolder, attributes)) {
       std::string name = ToWindowsName(entry->d_name);
-      if (NameMatches(name, pattern)) {
-        std::string key = NameKey(name);
-        found.emplace_back(std::move(key), FolderEntry{std::move(name), isFolder});
-      }
+      if (NameMatches(name, pattern)) found.push_back({std::move(name), isFolder});
     }
     errno = 0;
   }
   if (errno != 0) RaiseSystemFailure(errno, folder);
-  // Pointers are sorted: the texts of a large folder take longer to move than to compare.
-  std::vector<std::pair<std::string, FolderEntry>*> sorted;
-  sorted.reserve(found.size());
-  for (auto& entry : found)
-    sorted.push_back(&entry);
-  std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) {
-    return std::tie(a->first, a->second.name) < std::tie(b->first, b->second.name);
-  });
-  std::vector<FolderEntry> entries;
-  entries.reserve(found.size());
-  for (auto* entry : sorted)
-    entries.push_back(std::move(entry->second));
-  return entries;
+  return InOrderOfNames(std::move(found));
 }
 
 // --- Making and removing ---------------------------------------------------------------------------------

@@ -7,8 +7,8 @@
 #include <functional>
 #include <utility>
 
+#include "Platform/Names.h"
 #include "Platform/NativePaths.h"
-#include "Platform/Posix/Names.h"
 #include "Platform/Posix/System.h"
 
 namespace vorlent::os {

@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "Platform/CodePage.h"
+#include "Platform/Names.h"
 #include "Platform/NativePaths.h"
 #include "Platform/Posix/ApplicationPlaces.h"
 #include "Platform/Posix/KnownNames.h"
-#include "Platform/Posix/Names.h"
 #include "Platform/Posix/Settings.h"
 #include "Platform/Posix/System.h"
 

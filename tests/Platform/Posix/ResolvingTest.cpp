@@ -13,11 +13,11 @@
 #include <thread>
 
 #include "Common/StdModul.h"
-#include "PathsTest.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
+#include "Platform/Posix/PathsTest.h"
 #include "Platform/Settings.h"
 #include "Support/DiskOperations.h"
 #include "Support/TemporaryFolder.h"

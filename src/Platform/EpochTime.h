@@ -1,4 +1,4 @@
-// Moments as the system counts them, with the zone that the C library knows.
+// Moments as the system counts them, with the zone that it knows.
 #pragma once
 
 #include <chrono>
@@ -6,6 +6,9 @@
 #include "Platform/Time.h"
 
 namespace vorlent::os {
+
+// How far local time is ahead of UTC at a moment, by the rules of that date.
+std::chrono::seconds LocalOffsetAt(std::chrono::sys_seconds moment);
 
 // Local fields of a moment.
 DateTime EpochToLocal(std::chrono::sys_seconds moment, int millisecond);

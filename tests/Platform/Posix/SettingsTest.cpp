@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "PathsTest.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
+#include "Platform/Posix/PathsTest.h"
 #include "Platform/Posix/Settings.h"
 
 namespace vorlent {

@@ -3,6 +3,9 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "Platform/Files.h"
 
 namespace vorlent::os {
 
@@ -15,5 +18,8 @@ std::string NameKey(std::string_view name);
 
 // Whether a name matches a pattern with "*" and "?", without regard to case; "*.*" matches every name.
 bool NameMatches(std::string_view name, std::string_view pattern);
+
+// The entries in the order of their names' keys.
+std::vector<FolderEntry> InOrderOfNames(std::vector<FolderEntry> entries);
 
 }  // namespace vorlent::os

@@ -7,11 +7,11 @@
 #include <string_view>
 
 #include "Common/StdModul.h"
-#include "PathsTest.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
+#include "Platform/Posix/PathsTest.h"
 #include "Platform/Settings.h"
 #include "Support/ScopedEnvironment.h"
 

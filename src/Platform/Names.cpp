@@ -1,7 +1,8 @@
-#include "Platform/Posix/Names.h"
+#include "Platform/Names.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <tuple>
 #include <utility>
 
 #include "Platform/CodePage.h"
@@ -83,6 +84,37 @@ bool NameMatches(std::string_view name, std::string_view pattern) {
     }
   }
   return wanted.find_first_not_of('*', next) == std::string::npos;
+}
+
+std::vector<FolderEntry> InOrderOfNames(std::vector<FolderEntry> entries) {
+  struct Keyed {
+    std::string key;
+    FolderEntry* entry;
+  };
+  std::vector<Keyed> keyed;
+  keyed.reserve(entries.size());
+  for (FolderEntry& entry : entries)
+    keyed.push_back({NameKey(entry.name), &entry});
+  // Pointers are sorted: the texts of a large folder take longer to move than to compare.
+  std::vector<const Keyed*> sorted;
+  sorted.reserve(keyed.size());
+  for (const Keyed& each : keyed)
+    sorted.push_back(&each);
+  std::sort(sorted.begin(), sorted.end(), [](const Keyed* a, const Keyed* b) {
+    return std::tie(a->key, a->entry->name) < std::tie(b->key, b->entry->name);
+  });
+  std::vector<FolderEntry> inOrder;
+  inOrder.reserve(keyed.size());
+  for (const Keyed* each : sorted)
+    inOrder.push_back(std::move(*each->entry));
+  return inOrder;
+}
+
+std::vector<std::string> ListNames(std::string_view folder, std::string_view pattern, int attributes) {
+  std::vector<std::string> names;
+  for (FolderEntry& entry : ListEntries(folder, pattern, attributes))
+    names.push_back(std::move(entry.name));
+  return names;
 }
 
 }  // namespace vorlent::os
