@@ -12,6 +12,9 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Rules.h"
+#include "Support/ScopedRules.h"
+
 namespace vorlent {
 
 constexpr double kMegabyte = 1024.0 * 1024.0;
@@ -24,6 +27,9 @@ struct Bound {
 
   double For(bool isQuick) const { return isQuick ? quick : whole; }
 };
+
+// What work by today's rules may take of the time by those of Windows, when both run in turn.
+constexpr Bound kTodaysTime = {1.1, 1.3};
 
 // Whether the only argument is --quick. Ends the program if there are others.
 inline bool IsQuick(int argc, char** argv) {
@@ -48,6 +54,14 @@ inline Time Timed(const std::function<void()>& work) {
           std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count()};
 }
 
+// The work as it is done by today's rules.
+inline std::function<void()> ByTodaysRules(std::function<void()> work) {
+  return [work = std::move(work)] {
+    const ScopedRules today(Rules::Today());
+    work();
+  };
+}
+
 inline double MedianOf(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
@@ -62,6 +76,14 @@ inline double RatioOf(const std::vector<double>& floorTimes, const std::vector<d
   for (std::size_t round = 0; round < times.size(); ++round)
     ratios.push_back(floorTimes[round] / times[round]);
   return MedianOf(std::move(ratios));
+}
+
+// Tells what a piece of work takes by today's rules; whether that is few enough.
+inline bool PrintTodays(const char* work, double todaysTime, double bound) {
+  const bool kept = todaysTime <= bound;
+  std::printf("  %s: %.2f times as long by today's rules, at most %.2f allowed: %s\n", work, todaysTime,
+              bound, kept ? "ok" : "MISSED");
+  return kept;
 }
 
 // The most memory that the process has had so far.
