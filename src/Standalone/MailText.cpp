@@ -4,6 +4,8 @@
 #include <array>
 #include <cctype>
 
+#include "Common/StdHttp.h"
+#include "Common/StdHttpStandards.h"
 #include "Common/StdModul.h"
 #include "Platform/Charsets.h"
 #include "Platform/CodePage.h"
@@ -20,7 +22,7 @@ constexpr std::size_t kBytesRead = 16 * 1024;
 // What of the words is taken: enough to find a mail again, and far less work than all of a long one.
 constexpr std::size_t kTextBytes = 4 * 1024;
 
-// A line without a blank of at least this length is encoded data.
+// A line of ASCII without a blank of at least this length is encoded data.
 constexpr std::size_t kDataLine = 60;
 
 std::string ReadBeginning(std::string_view path) {
@@ -75,14 +77,15 @@ std::size_t BodyStart(std::string_view mail) {
   return start;
 }
 
-// Takes lines off the text until there are words enough.
-std::string CutWords(std::string_view& text) {
+// The lines at the beginning of a text until there are words enough.
+std::string FirstWords(std::string_view text) {
   std::string kept;
   while (!text.empty() && kept.size() < kTextBytes) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
     const std::string_view line = text.substr(0, end);
-    if (line.size() < kDataLine || line.find(' ') != std::string_view::npos) kept.append(line) += '\n';
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const bool isData = line.size() >= kDataLine && line.find(' ') == std::string_view::npos && IsAscii(line);
+    if (!isData) kept.append(line);
+    text.remove_prefix(end);
   }
   return kept;
 }
@@ -128,15 +131,65 @@ void ResolveEntities(std::string& text) {
   }
 }
 
+// Where the next line begins that starts with `mark`, at `from` or after it.
+std::size_t FindLine(std::string_view text, std::string_view mark, std::size_t from) {
+  std::size_t at = text.find(mark, from);
+  while (at != std::string_view::npos && at > 0 && text[at - 1] != '\n')
+    at = text.find(mark, at + 1);
+  return at;
+}
+
+std::string BytesOfBase64(std::string_view text) {
+  std::string bytes;
+  Base64Reader reader;
+  for (const char c : text)
+    reader.Take(c, bytes);
+  return bytes;
+}
+
+// What the content of a part says, as UTF-8; "" if it is no text.
+std::string ReadPart(std::string_view header, std::string_view content) {
+  const std::string type = LowerCase(GetPartContentType(header));
+  if (!type.empty() && !type.starts_with("text/") && !type.starts_with("message/")) return {};
+  const std::string encoding = GetPartEncoding(header);
+  std::string bytes(content);
+  if (!content.empty() && !content.ends_with('\n')) bytes += '\n';
+  if (EqualNoCase(encoding, "base64")) bytes = BytesOfBase64(bytes);
+  if (EqualNoCase(encoding, "quoted-printable")) bytes = UndoQuotedPrintable(bytes);
+  const std::string charset = CharsetIn(header);
+  if (type == "text/html") return TextOfHtml(bytes, charset);
+  return FirstWords(DisplayUtf8(FromCharset(bytes, charset)));
+}
+
+// Puts behind `words` those of a part, or of the parts in it.
+void ReadWords(std::string_view header, std::string_view content, int depth, std::string& words) {
+  constexpr int kDeepest = 10;
+  std::string opening;
+  Swallow([&] { opening = "--" + GetPartBoundary(header); });
+  std::size_t at =
+      opening.size() > 2 && depth < kDeepest ? FindLine(content, opening, 0) : std::string_view::npos;
+  if (at == std::string_view::npos) {
+    const std::string part = ReadPart(header, content);
+    if (!part.empty() && !words.empty() && !words.ends_with('\n')) words += ' ';
+    words += part;
+  }
+  while (at != std::string_view::npos && words.size() < kTextBytes) {
+    // From the end of the boundary's line, since an empty header ends with the next.
+    const std::size_t begin = std::min(content.find_first_of("\r\n", at), content.size());
+    at = FindLine(content, opening, begin);
+    const std::string_view part = content.substr(begin, at == std::string_view::npos ? at : at - begin);
+    const std::size_t body = BodyStart(part);
+    ReadWords(part.substr(0, body), part.substr(body), depth + 1, words);
+  }
+}
+
 }  // namespace
 
 std::string TextOfMail(std::string_view mail) {
-  std::string_view rest = mail.substr(BodyStart(mail));
-  const std::string body = CutWords(rest);
-  // In the header, or in that of a part.
-  mail.remove_suffix(rest.size());
-  const bool isQuotedPrintable = LowerCase(mail).find("quoted-printable") != std::string::npos;
-  return DisplayUtf8(FromCharset(isQuotedPrintable ? UndoQuotedPrintable(body) : body, CharsetIn(mail)));
+  std::string words;
+  const std::size_t body = BodyStart(mail);
+  ReadWords(mail.substr(0, body), mail.substr(body), 0, words);
+  return words;
 }
 
 std::string TextOfHtml(std::string_view html, std::string_view charsetOfMail) {

@@ -6,8 +6,8 @@
 
 namespace vorlent {
 
-// The words of the first part of a mail file as UTF-8: its body without the header, with quoted-printable
-// undone and without lines of encoded data. What can't be read gives "".
+// The words at the beginning of a mail file as UTF-8: those of its texts, decoded, without headers and
+// without lines of encoded data. What can't be read gives "".
 std::string TextOfMailFile(std::string_view path);
 
 // The words of the first part of an HTML file as UTF-8, without its tags, styles and scripts. A page that

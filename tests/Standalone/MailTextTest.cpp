@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Common/StdHttp.h"
 #include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
@@ -57,6 +58,51 @@ TEST(MailTextTest, QuotedPrintableIsUndone) {
   EXPECT_EQ(TextOfMail(head + "Gr=FC=df=\r\ne a=3Db = c=4"), "Grüße a=b = c=4\n");
   EXPECT_EQ(TextOfMail(head + "lang=\nzeile="), "langzeile");
   EXPECT_EQ(TextOfMail("X: y\r\n\r\na=FCb"), "a=FCb\n");
+}
+
+TEST(MailTextTest, Base64IsUndone) {
+  const ScopedRules today(Rules::Today());
+  const std::string words = "Die Rechnung für Januar, mit Grüßen und vielen anderen Wörtern in einer Zeile";
+  std::string lines;
+  for (std::string rest = Base64Encode(words); !rest.empty(); rest.erase(0, 60))
+    lines += rest.substr(0, 60) + "\r\n";
+  const std::string head =
+      "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding:\r\n BASE64 (so)\r\n\r\n";
+  EXPECT_EQ(TextOfMail("Subject: x\r\n" + head + lines), words);
+  EXPECT_EQ(TextOfMail("Content-Type: multipart/mixed; boundary=\"B\"\r\n\r\nnot for you\r\n--B\r\n" + head +
+                       lines + "--B--\r\n"),
+            words);
+}
+
+TEST(MailTextTest, AllTextsOfAMailAreRead) {
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(
+      TextOfMail("Content-Type: multipart/mixed; boundary=B\n\n--B\n"
+                 "Content-Type: multipart/alternative; boundary=C\n\n"
+                 "--C\nContent-Type: text/plain; charset=koi8-r\n\n\xF0\xD2\xC9\xD7\xC5\xD4\n"
+                 "--C\nContent-Type: text/html\nContent-Transfer-Encoding: "
+                 "quoted-printable\n\n<b>Gr=C3=BC=C3=9Fe</b>\n"
+                 "--C--\n--B\nContent-Type: image/png\nContent-ID: <x>\n\nno words\n--B\n\nlast\n--B--\n"),
+      "Привет\n Grüße \n  last\n");
+}
+
+TEST(MailTextTest, LongLinesOfWritingWithoutBlanksAreText) {
+  const ScopedRules today(Rules::Today());
+  std::string line;
+  for (int i = 0; i < 30; ++i)
+    line += "你好";
+  EXPECT_EQ(TextOfMail("Content-Type: text/plain; charset=utf-8\n\n" + line + "\n"), line + "\n");
+}
+
+TEST(MailTextTest, BadTextIsShown) {
+  const ScopedRules today(Rules::Today());
+  const auto body = [](const std::string& charset, const std::string& text) {
+    return TextOfMail("Content-Type: text/plain; charset=" + charset + "\n\n" + text + "\n");
+  };
+  EXPECT_EQ(body("x-none", "Gr\xC3\xBC\xDF"), "Grüß\n");
+  EXPECT_EQ(body("utf-8", "a\xE2\x82"), "aâ‚\n");
+  EXPECT_EQ(body("utf-8", "a\xC0\xAFz"), "aÀ¯z\n");
+  EXPECT_EQ(body("utf-8", "\xED\xA0\x80z"), "í\u00A0€z\n");
 }
 
 TEST(MailTextTest, LinesOfEncodedDataAreNoText) {
