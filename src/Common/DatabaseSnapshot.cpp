@@ -3,12 +3,15 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "Common/StdModul.h"
+#include "Common/StdTime.h"
 #include "Common/qzelSQLiteBinding.h"
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
+#include "Platform/LockHolder.h"
 #include "Platform/Platform.h"
 #include "Platform/Rules.h"
 
@@ -64,29 +67,64 @@ bool IsSameDatabase(std::string_view a, std::string_view b) {
   return true;
 }
 
+DatabaseSnapshot::PartStates PartStatesOf(std::string_view file) {
+  DatabaseSnapshot::PartStates states;
+  for (const std::string_view suffix : kPartSuffixes) {
+    const std::string part = PartOf(file, suffix);
+    if (FileExists(part)) states.emplace_back(os::FileLength(part), os::ReadChangeTime(part));
+  }
+  return states;
+}
+
 }  // namespace
 
-DatabaseSnapshot::DatabaseSnapshot(std::string_view file) : copy_(folder_.Path() + "copy.sqlite") {
+DatabaseSnapshot::DatabaseSnapshot(std::string_view file)
+    : source_(file), copy_(folder_.Path() + "copy.sqlite") {
   for (int tried = 0; tried < kMostTries; ++tried) {
     if (tried > 0) Platform::Current().Wait(kPause);
     for (const std::string_view suffix : kPartSuffixes)
       CopyPart(PartOf(file, suffix), PartOf(copy_, suffix));
     // Whatever is the same before and after this moment was so at this moment.
     moment_ = Platform::Current().Now();
+    states_ = PartStatesOf(file);
     if (IsSameDatabase(file, copy_)) return;
   }
   throw Failure(ErrorNumber::PermissionDenied, file, "another program writes to it without a rest",
                 Hint::CloseOther);
 }
 
-std::unique_ptr<DatabaseSnapshot> SnapshotIfInUse(std::string_view file) {
-  if (CurrentRules().databaseInUse == DatabaseInUse::Locked || !FileExists(file)) return nullptr;
+bool DatabaseSnapshot::IsCurrent() const {
+  bool isSame = false;
+  Swallow([&] { isSame = PartStatesOf(source_) == states_; });
+  return isSame;
+}
+
+Cause SnapshotRemark(std::string_view file, const DateTime& moment) {
+  return {std::string(file), "in Gebrauch; gelesen wird der Stand vom " + FormatDisplay(moment)};
+}
+
+bool IsKeptFromReading(std::string_view file, int timeout) {
+  if (!FileExists(file)) return false;
   sqlite3* probe = nullptr;
   sqlite_open(file, probe);
-  const bool isReadable = !sqlite_is_kept_from_reading(probe);
+  sqlite_wait_for_others(probe, timeout);
+  const bool isKept = sqlite_is_kept_from_reading(probe);
   sqlite_close(probe);
+  return isKept;
+}
+
+Cause HolderOf(std::string_view file) {
+  const std::optional<os::LockHolder> holder = os::TryFindLockHolder(file);
+  std::string reason = "in Gebrauch durch ein anderes Programm";
+  if (holder)
+    reason = "in Gebrauch durch " + holder->program + " (Prozess " + std::to_string(holder->process) + ")";
+  return {std::string(file), reason, Hint::CloseOther};
+}
+
+std::unique_ptr<DatabaseSnapshot> SnapshotIfInUse(std::string_view file) {
+  if (CurrentRules().databaseInUse == DatabaseInUse::Locked) return nullptr;
   std::unique_ptr<DatabaseSnapshot> snapshot;
-  if (!isReadable) Swallow([&] { snapshot = std::make_unique<DatabaseSnapshot>(file); });
+  if (IsKeptFromReading(file)) Swallow([&] { snapshot = std::make_unique<DatabaseSnapshot>(file); });
   return snapshot;
 }
 

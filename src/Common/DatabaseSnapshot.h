@@ -1,10 +1,14 @@
 // An SQLite database that another program has in use, as it stood at one moment.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include "Platform/Failure.h"
 #include "Platform/Time.h"
 #include "Platform/WorkFolder.h"
 
@@ -18,6 +22,9 @@ namespace vorlent {
 // No connection of this process may be open on the source: it would lose its locks.
 class DatabaseSnapshot {
  public:
+  // Lengths and times of change.
+  using PartStates = std::vector<std::pair<std::uint64_t, DateTime>>;
+
   // Raises PermissionDenied for a database that doesn't come to rest, else the failure of the file that can't
   // be read or written.
   explicit DatabaseSnapshot(std::string_view file);
@@ -25,14 +32,29 @@ class DatabaseSnapshot {
   // The Windows path of the copy. Whoever opens it may write to it, and has to: what the journal holds must
   // go back into the file.
   const std::string& File() const { return copy_; }
+  // Whether nothing tells that the database has changed since.
+  bool IsCurrent() const;
+
   // When the database stood so, in local time.
   const DateTime& Moment() const { return moment_; }
 
  private:
+  std::string source_;
   os::WorkFolder folder_;
   std::string copy_;
   DateTime moment_;
+  PartStates states_;
 };
+
+// What a reader has to know of a database of which a snapshot is read.
+Cause SnapshotRemark(std::string_view file, const DateTime& moment);
+
+// Whether another program keeps others from reading a database; one that is there and can't be read for
+// another reason, or is none, isn't kept from them. Waits up to `timeout` milliseconds for that program.
+bool IsKeptFromReading(std::string_view file, int timeout = 0);
+
+// What keeps others from a database, as far as the system knows the program that does.
+Cause HolderOf(std::string_view file);
 
 // What is to be read in place of a database file that another program keeps others from reading: a snapshot,
 // if the rules in force ask for one. Nothing if the file itself can be read, or has no content that a copy

@@ -64,6 +64,10 @@ bool sqlite_is_kept_from_reading(sqlite3* handle) {
   }
 }
 
+void sqlite_wait_for_others(sqlite3* handle, int milliseconds) {
+  sqlite3_busy_timeout(handle, milliseconds);
+}
+
 std::string sqlite_libversion() {
   const char* version = sqlite3_libversion();
   return version == nullptr ? std::string() : std::string(version);

@@ -54,6 +54,9 @@ int sqlite_close(sqlite3* handle);
 // connection from reading. What is no database, or a damaged one, isn't kept from it.
 bool sqlite_is_kept_from_reading(sqlite3* handle);
 
+// How long, in milliseconds, statements wait for a program that has the database locked.
+void sqlite_wait_for_others(sqlite3* handle, int milliseconds);
+
 // The library's version, such as "3.40.1".
 std::string sqlite_libversion();
 

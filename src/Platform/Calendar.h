@@ -20,4 +20,29 @@ constexpr std::chrono::year_month_day DateOf(const DateTime& moment) {
   return std::chrono::year{moment.year} / moment.month / moment.day;
 }
 
+// Whether a moment's year has four digits at most and isn't before the first, which is as far as fields go.
+constexpr bool HasFields(std::chrono::sys_seconds moment) {
+  using std::chrono::sys_days;
+  constexpr std::chrono::sys_seconds kFirst = sys_days(std::chrono::year{1} / 1 / 1);
+  constexpr std::chrono::sys_seconds kEnd = sys_days(std::chrono::year{10000} / 1 / 1);
+  return moment >= kFirst && moment < kEnd;
+}
+
+// The fields counted as if they were UTC, without their milliseconds, and back.
+constexpr std::chrono::sys_seconds SecondsOf(const DateTime& moment) {
+  return std::chrono::sys_days(DateOf(moment)) + std::chrono::hours(moment.hour) +
+         std::chrono::minutes(moment.minute) + std::chrono::seconds(moment.second);
+}
+
+constexpr DateTime FieldsOf(std::chrono::sys_seconds moment, int millisecond = 0) {
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::hh_mm_ss time{moment - day};
+  DateTime fields = MidnightOf(day);
+  fields.hour = static_cast<int>(time.hours().count());
+  fields.minute = static_cast<int>(time.minutes().count());
+  fields.second = static_cast<int>(time.seconds().count());
+  fields.millisecond = millisecond;
+  return fields;
+}
+
 }  // namespace vorlent

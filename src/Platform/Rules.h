@@ -176,7 +176,7 @@ enum class Summaries {
 // What a mail that can't be read does to the run.
 enum class BrokenMails {
   EndTheRun,
-  AreNamed,  // They are told with their place, and the next one comes; so with closed mailboxes.
+  AreNamed,  // They are told with their place, and the next one comes; so with closed mailboxes and events.
 };
 
 // A file of 54 bytes, the length of a line of base64, that goes back into a mailbox with its mail.
@@ -207,6 +207,30 @@ enum class ShownPaths {
 enum class ToldTexts {
   AsTold,           // As they come: those of the component and of its form in German.
   InUsersLanguage,  // In that of the user, German or English.
+};
+
+// Where the calendars of a profile lie.
+enum class CalendarFiles {
+  OfSunbird,      // In storage.sdb.
+  OfThunderbird,  // In calendar-data\local.sqlite, and what that doesn't have in a storage.sdb.
+};
+
+// What times an event may have.
+enum class CalendarTimes {
+  Of32Bits,          // 1970 to January 2038; one from before comes out wrong, and one from after is an error.
+  OfFourDigitYears,  // All that can be shown.
+};
+
+// How texts go into the calendar's statements, and a calendar's name into records.
+enum class CalendarTexts {
+  AsTheyStand,  // A quote spoils the statement, a bar ends the field.
+  Escaped,
+};
+
+// How addresses name calendars.
+enum class CalendarAddresses {
+  OfSunbird,  // By names without "/". Preparing one of Lightning reads all profiles.
+  Whole,      // A "/" in a name is "%2F". Preparing one reads what it names.
 };
 
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they

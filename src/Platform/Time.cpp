@@ -8,7 +8,6 @@ namespace vorlent::os {
 
 namespace {
 
-using std::chrono::sys_days;
 using std::chrono::sys_seconds;
 
 constexpr std::chrono::days kDay{1};
@@ -21,23 +20,6 @@ void RequireValid(const DateTime& t) {
   if (!valid) throw Failure(ErrorNumber::InvalidCall, "no such date or time");
 }
 
-// The fields counted as if they were UTC, and back.
-sys_seconds CountSeconds(const DateTime& t) {
-  return sys_days(DateOf(t)) + std::chrono::hours(t.hour) + std::chrono::minutes(t.minute) +
-         std::chrono::seconds(t.second);
-}
-
-DateTime FieldsOf(sys_seconds moment, int millisecond) {
-  const auto day = std::chrono::floor<std::chrono::days>(moment);
-  const std::chrono::hh_mm_ss time{moment - day};
-  DateTime fields = MidnightOf(day);
-  fields.hour = static_cast<int>(time.hours().count());
-  fields.minute = static_cast<int>(time.minutes().count());
-  fields.second = static_cast<int>(time.seconds().count());
-  fields.millisecond = millisecond;
-  return fields;
-}
-
 }  // namespace
 
 DateTime EpochToLocal(sys_seconds moment, int millisecond) {
@@ -46,7 +28,7 @@ DateTime EpochToLocal(sys_seconds moment, int millisecond) {
 
 sys_seconds LocalToEpoch(const DateTime& local) {
   RequireValid(local);
-  const sys_seconds count = CountSeconds(local);
+  const sys_seconds count = SecondsOf(local);
   // Offsets are below a day, so these are the offsets in force before and after a change around that time.
   // The earlier reading goes first: of a repeated time it is the first occurrence, of a skipped one the
   // offset before.
@@ -58,7 +40,7 @@ sys_seconds LocalToEpoch(const DateTime& local) {
 
 DateTime UtcToLocal(const DateTime& utc) {
   RequireValid(utc);
-  return EpochToLocal(CountSeconds(utc), utc.millisecond);
+  return EpochToLocal(SecondsOf(utc), utc.millisecond);
 }
 
 DateTime LocalToUtc(const DateTime& local) {

@@ -145,6 +145,13 @@ SqliteDatabase SqliteDatabase::OpenExisting(std::string_view path, int timeout, 
   return database;
 }
 
+SqliteDatabase SqliteDatabase::Adopt(std::string_view path, SqliteHandle connection, int timeout,
+                                     Numbers numbers) {
+  SqliteDatabase database(path, std::move(connection), numbers);
+  sqlite3_busy_timeout(database.handle_.get(), timeout);
+  return database;
+}
+
 SqliteDatabase SqliteDatabase::OpenToLook(std::string_view path) {
   return {path, "file:" + UriPath(os::ToNativePath(path)) + "?immutable=1",
           SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, Numbers::OfTheRuntime};
@@ -182,6 +189,15 @@ std::int64_t SqliteDatabase::ChangedRows() const {
 
 bool SqliteDatabase::InTransaction() const {
   return sqlite3_get_autocommit(handle_.get()) == 0;
+}
+
+void SqliteDatabase::AddFunction(const char* name, int arguments, Function function) {
+  Check(sqlite3_create_function_v2(handle_.get(), name, arguments, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                   nullptr, function, nullptr, nullptr, nullptr));
+}
+
+void SqliteDatabase::FinishLogAtEnd() {
+  Check(sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr));
 }
 
 SqliteStatementHandle SqliteDatabase::Prepare(std::string_view sql) const {

@@ -10,11 +10,14 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Failure.h"
 
 struct sqlite3;
+struct sqlite3_context;
 struct sqlite3_stmt;
+struct sqlite3_value;
 
 namespace vorlent {
 
@@ -95,6 +98,8 @@ class SqliteDatabase {
   SqliteDatabase(std::string_view path, int timeout);
   // As above, but none is made.
   static SqliteDatabase OpenExisting(std::string_view path, int timeout, Numbers numbers);
+  // Takes over a connection. `path` is the database's own, whatever copy of it is connected.
+  static SqliteDatabase Adopt(std::string_view path, SqliteHandle connection, int timeout, Numbers numbers);
   // Opens one to be looked at while no program writes to it: nothing changes on the disk, no lock is held.
   static SqliteDatabase OpenToLook(std::string_view path);
 
@@ -110,11 +115,20 @@ class SqliteDatabase {
 
   bool InTransaction() const;
 
+  // Makes a function known to this connection's statements. It must not raise.
+  using Function = void (*)(sqlite3_context*, int, sqlite3_value**);
+  void AddFunction(const char* name, int arguments, Function function);
+
+  // Whatever the connection was opened for, its end now leaves nothing in a log.
+  void FinishLogAtEnd();
+
  private:
   friend class SqliteStatement;
   friend class SqliteTransaction;
 
   SqliteDatabase(std::string_view path, const std::string& file, int flags, Numbers numbers);
+  SqliteDatabase(std::string_view path, SqliteHandle connection, Numbers numbers)
+      : path_(path), numbers_(numbers), handle_(std::move(connection)) {}
 
   SqliteStatementHandle Prepare(std::string_view sql) const;
   // Raises what a result other than "done" and "row" means.

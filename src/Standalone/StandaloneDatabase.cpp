@@ -10,6 +10,7 @@
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/CalendarFiles.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Standalone/ConnectionText.h"
@@ -130,11 +131,18 @@ class StandaloneRecordset final : public HostRecordset {
 
 }  // namespace
 
+StandaloneDatabase::~StandaloneDatabase() = default;
+
 bool StandaloneDatabase::Open(std::string_view kind, std::string_view connection) {
   Close();
   const ConnectionText text = ParseConnectionText(std::string(connection));
   if (!EqualNoCase(kind, "ODBC") || !text.timeout.has_value() || !FileExists(text.database)) return false;
   return Swallow([&] {
+    if (IsThunderbirdCalendarFile(text.database)) {
+      lightning_ = std::make_unique<LightningDatabase>(text.database, *text.timeout, *shelf_);
+      connection_ = lightning_->Connection();
+      return;
+    }
     connection_ = std::make_shared<SqliteDatabase>(
         SqliteDatabase::OpenExisting(text.database, *text.timeout, SqliteDatabase::Numbers::OfSqlite));
   });
@@ -145,11 +153,17 @@ HostRecordsetPtr StandaloneDatabase::Query(std::string_view sql, std::int32_t) {
 }
 
 bool StandaloneDatabase::Execute(std::string_view sql) {
-  SqliteStatement(*Opened(), sql).Run();
+  if (lightning_ == nullptr) {
+    SqliteStatement(*Opened(), sql).Run();
+  } else {
+    lightning_->Execute(sql);
+    connection_ = lightning_->Connection();
+  }
   return true;
 }
 
 void StandaloneDatabase::Close() {
+  if (const auto finished = std::exchange(lightning_, nullptr)) finished->Finish();
   connection_.reset();
 }
 

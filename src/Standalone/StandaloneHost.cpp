@@ -1,5 +1,6 @@
 #include "Standalone/StandaloneHost.h"
 
+#include "Standalone/LightningDatabase.h"
 #include "Standalone/StandaloneDatabase.h"
 #include "Standalone/StandaloneEnum.h"
 
@@ -18,7 +19,8 @@ class NoDialogs : public HostDialogs {
 StandaloneHost::StandaloneHost(HostObserver& observer)
     : global_(std::make_shared<StandaloneGlobal>(observer)),
       listeners_(std::make_shared<ItemListenerSlot>()),
-      dialogs_(std::make_shared<NoDialogs>()) {}
+      dialogs_(std::make_shared<NoDialogs>()),
+      shelf_(std::make_shared<SnapshotShelf>()) {}
 
 ItemPtr StandaloneHost::NewItem() {
   return std::make_shared<StandaloneItem>(listeners_);
@@ -29,7 +31,7 @@ HostEnumPtr StandaloneHost::NewEnum() {
 }
 
 HostDatabasePtr StandaloneHost::NewDatabase() {
-  return std::make_shared<StandaloneDatabase>();
+  return std::make_shared<StandaloneDatabase>(shelf_);
 }
 
 StandaloneLocationPtr StandaloneHost::MakeLocation() {

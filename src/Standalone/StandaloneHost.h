@@ -12,6 +12,8 @@
 
 namespace vorlent {
 
+class SnapshotShelf;
+
 // Made, given to HostObjects::Install, and used as the host from then on.
 class StandaloneHost : public HostObjects {
  public:
@@ -40,6 +42,7 @@ class StandaloneHost : public HostObjects {
   std::shared_ptr<StandaloneGlobal> global_;
   std::shared_ptr<ItemListenerSlot> listeners_;
   std::shared_ptr<HostDialogs> dialogs_;
+  std::shared_ptr<SnapshotShelf> shelf_;
 };
 
 // A listener hears of changes to connected items as long as this lives.

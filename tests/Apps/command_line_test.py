@@ -1048,7 +1048,7 @@ class CommandLine(ProgramCase):
         for option, text in (("--text", "Anna' --Notiz"), ("--text", "x' OR 'a'='a"), ("--text", "''"),
                              ("--location", "x' OR 'a'='a"), ("--location", "x' --")):
             code, out, err = self.run_program(
-                "--log", "calendar", "set", "sunbird://default/Arbeit", first, option, text)
+                "--rules", "windows", "--log", "calendar", "set", "sunbird://default/Arbeit", first, option, text)
             self.assertEqual((code, out), (1, ""), text)
             self.assertRegex(err, "1<-[^\\n]*'" + re.escape(text))
             self.assertNotIn("in front of the new one", err)
@@ -1065,7 +1065,8 @@ class CommandLine(ProgramCase):
             database.commit()
         before = self.calendar_dump()
         self.assertEqual([item["Data"]["Location"] for item in self.work_items() if item["ID"] == identity], [""])
-        code, out, err = self.run_program("--log", "calendar", "remove", "sunbird://default/Arbeit", identity)
+        code, out, err = self.run_program("--rules", "windows", "--log", "calendar", "remove",
+                                          "sunbird://default/Arbeit", identity)
         self.assertEqual((code, out), (1, ""))
         self.assertIn(f"1<-DELETE FROM cal_events WHERE id='{identity}';", err)
         self.assertIn(f"1<-DELETE FROM cal_properties WHERE item_id='{identity}';", err)
@@ -1097,7 +1098,8 @@ class CommandLine(ProgramCase):
     def test_a_text_that_the_database_refuses_is_told_and_changes_nothing(self):
         before = tree_bytes(self.samples)
         for text in ("Anna's", "x'; DELETE FROM cal_events; --"):
-            code, out, err = self.run_program("calendar", "set", "sunbird://default/Arbeit", "1", "--text", text)
+            code, out, err = self.run_program("--rules", "windows", "calendar", "set", "sunbird://default/Arbeit", "1",
+                                              "--text", text)
             self.assertEqual((code, out), (1, ""))
             self.assertIn("the database refused: UPDATE cal_events SET title='" + text, err)
             self.assertIn("WHERE id='5d0c7a66-1f0e-4b5c-9a51-0a7b9c3e6f05'; -> 1\n", err)
@@ -1121,7 +1123,8 @@ class CommandLine(ProgramCase):
                 (("set", "1", "--end", "01.01.2010 00:00"), "lies before"),
                 (("set", "2", "--location", "x"), "a task has no start"),
                 (("set", "1"), "nothing to set")):
-            code, out, err = self.run_program("calendar", command[0], "sunbird://default/Arbeit", *command[1:])
+            code, out, err = self.run_program("--rules", "windows", "calendar", command[0], "sunbird://default/Arbeit",
+                                              *command[1:])
             self.assertEqual((code, out), (2, ""), command)
             self.assertIn(message, err)
         self.assertEqual(tree_bytes(self.samples), before)

@@ -32,4 +32,5 @@ try() {
 try thunderbird.py thunderbird thunderbird
 try firefox.py firefox-esr firefox-esr
 try chromium.py "chromium xvfb-run" chromium xvfb xauth
+try calendars.py thunderbird thunderbird
 exit $failed

@@ -2,9 +2,11 @@
 
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Common/DatabaseSnapshot.h"
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
-#include "Common/Width.h"
+#include "Connectors/Mozilla/CalendarFiles.h"
+#include "Connectors/Mozilla/Location_Sunbird.h"
 #include "Host/RecordKeys.h"
 #include "Standalone/Phrases.h"
 #include "Standalone/SourceEdits.h"
@@ -20,10 +22,25 @@ struct CalendarOptions {
   std::optional<std::string> text, start, end, location;
 };
 
-constexpr std::int32_t kDefaultSeconds = 3600;
+constexpr std::int64_t kDefaultSeconds = 3600;
+
+// For a program that is about to end, or another one like this, in milliseconds.
+constexpr int kLongestWait = 2000;
 
 [[noreturn]] void Refuse(const std::string& text, const std::string& hint = {}) {
   throw AppError(ExitCode::Usage, text, hint);
+}
+
+// The database of the calendar that was read last.
+const std::string& DatabaseFileOf(StandaloneLocation& location) {
+  return RequireAs<Location_Sunbird>(location.Connector())->DatabaseFile();
+}
+
+// What Thunderbird has in use can be read all the same, but not changed.
+void CheckWritable(StandaloneLocation& location) {
+  const std::string& file = DatabaseFileOf(location);
+  if (!IsThunderbirdCalendarFile(file) || !IsKeptFromReading(file, kLongestWait)) return;
+  throw ErrorOf(Failure(static_cast<int>(ErrorNumber::PermissionDenied), HolderOf(file)));
 }
 
 // Changes go to the calendar that was read last, so an address must name exactly one.
@@ -37,18 +54,26 @@ StandaloneLocationPtr ReadCalendar(Session& session, const std::string& given) {
       calendar == "*") {
     Refuse(InWords(Phrase::NoCalendar, {given}), InWords(Phrase::CalendarForm));
   }
-  return session.Read(address);
+  StandaloneLocationPtr location = session.Read(address);
+  CheckWritable(*location);
+  return location;
 }
 
 // Seconds since 1970 in UTC of a local date text. Raises AppError for what the calendar can't keep.
-std::int32_t Moment(const std::string& date) {
-  std::int32_t moment = 0;
-  const std::string utc = LocalToUtcText(date);
-  if (utc.empty()) Refuse(InWords(Phrase::NoDate, {date}), InWords(Phrase::DateForm));
-  if (!Swallow([&] { moment = StampToEpoch(DisplayToStamp(utc)); })) {
+std::int64_t Moment(const std::string& date) {
+  std::int64_t moment = 0;
+  if (LocalToUtcText(date).empty()) Refuse(InWords(Phrase::NoDate, {date}), InWords(Phrase::DateForm));
+  if (!Swallow([&] { moment = CalendarSeconds(date); })) {
     Refuse(InWords(Phrase::NoTimeOfCalendars, {date}), InWords(Phrase::CalendarEnds));
   }
   return moment;
+}
+
+std::string AnHourAfter(const std::string& date) {
+  std::string later;
+  const std::int64_t moment = Moment(date) + kDefaultSeconds;
+  if (!Swallow([&] { later = CalendarTimeText(moment); })) Refuse(InWords(Phrase::NoTimeOfCalendars, {date}));
+  return later;
 }
 
 void CheckTimes(const std::string& start, const std::string& end) {
@@ -61,7 +86,7 @@ ExitCode Finish(Session& session, const std::string& done) {
     std::puts(done.c_str());
     return ExitCode::Done;
   }
-  session.Output().Say(InWords(Phrase::QuoteEndsText));
+  session.Output().Say(InWords(EscapesCalendarTexts() ? Phrase::LogShowsStatements : Phrase::QuoteEndsText));
   return ExitCode::Partly;
 }
 
@@ -72,8 +97,7 @@ std::string NewRecord(const CalendarOptions& options, const std::string& calenda
   AppendField(record, record_key::kType, options.task ? "task" : "termin");
   AppendField(record, record_key::kText, EscapeValue(options.text.value_or("")));
   if (!options.task) {
-    std::string afterwards = EpochToStamp(ToInt32(std::int64_t{Moment(*options.start)} + kDefaultSeconds));
-    const std::string end = options.end.value_or(UtcToLocalText(ParseDate(StampToDisplay(afterwards))));
+    const std::string end = options.end ? *options.end : AnHourAfter(*options.start);
     CheckTimes(*options.start, end);
     AppendField(record, record_key::kDate, *options.start);
     AppendDataField(record, data_key::kDateEnd, end);
@@ -93,7 +117,7 @@ ExitCode Add(Session& session, const CalendarOptions& options) {
   std::string path = location->Name();
   CutToken(path, "://");
   CutToken(path, "/");
-  const ItemPtr item = location->PasteRecord(NewRecord(options, CutToken(path, "/")));
+  const ItemPtr item = location->PasteRecord(NewRecord(options, CalendarOfSegment(CutToken(path, "/"))));
   return Finish(session, InWords(Phrase::Added, {Shown(item->Text()), Shown(item->ID())}));
 }
 
@@ -129,7 +153,8 @@ ExitCode Set(Session& session, const CalendarOptions& options) {
   }
   const ExitCode code = Finish(session, InWords(Phrase::Changed, {Shown(item->Text()), Shown(item->ID())}));
   const bool isAdded = code == ExitCode::Done && options.location.has_value();
-  if (isAdded && !oldLocation.empty() && oldLocation != *options.location) {
+  const bool isKept = isAdded && !IsThunderbirdCalendarFile(DatabaseFileOf(*location));
+  if (isKept && !oldLocation.empty() && oldLocation != *options.location) {
     session.Output().Say(InWords(Phrase::OldLocationStays, {Shown(oldLocation)}));
   }
   return code;

@@ -33,7 +33,8 @@ void Console::DatabaseLogLine(std::string_view line) {
 }
 
 void Console::Remarked(const Cause& what) {
-  if (!muted_) Say(CauseShown(what));
+  // What is read in several steps has the same about it in each.
+  if (!muted_ && remarks_.insert(CauseShown(what)).second) Say(CauseShown(what));
 }
 
 void Console::LocationUnreadable(const Cause& why) {

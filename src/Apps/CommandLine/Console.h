@@ -1,6 +1,7 @@
 // What the component and the host tell, on standard error.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,6 +60,7 @@ class Console : public HostObserver {
   bool muted_ = false;
   ProgressBar bar_;
   std::vector<ToldError> errors_;
+  std::set<std::string> remarks_;  // that were shown
 };
 
 // The platform with its messages on the console.

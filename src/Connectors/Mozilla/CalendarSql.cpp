@@ -1,15 +1,24 @@
 #include "Connectors/Mozilla/CalendarSql.h"
 
-#include <algorithm>
+#include "Common/StdModul.h"
+#include "Connectors/Mozilla/CalendarFiles.h"
 
 namespace vorlent {
 
 namespace {
 
-// A quote ends a text, and what follows would be read as part of the statement; at a zero character drivers
-// end the statement itself.
+// A text as it goes into its place.
+std::string TextInPlace(const std::string& value) {
+  std::string text = value;
+  if (EscapesCalendarTexts()) ReplaceText(text, "'", "''");
+  return text;
+}
+
+// A quote ends a text unless it is doubled, and what follows would be read as part of the statement; at a
+// zero character drivers end the statement itself.
 bool EndsText(std::string_view value) {
-  return value.find('\'') != std::string_view::npos || value.find('\0') != std::string_view::npos;
+  return (!EscapesCalendarTexts() && value.find('\'') != std::string_view::npos) ||
+         value.find('\0') != std::string_view::npos;
 }
 
 // A value that is missing leaves a gap, which the database refuses.
@@ -30,7 +39,8 @@ CalendarSql::CalendarSql(std::string_view form, std::span<const std::string> val
     }
     if (c == kText) isSpoiled_ = isSpoiled_ || EndsText(*value);
     if (c == kNumber) isSpoiled_ = isSpoiled_ || !IsNumberOrGap(*value);
-    text_ += *value++;
+    text_ += c == kText ? TextInPlace(*value) : *value;
+    ++value;
   }
 }
 

@@ -9,9 +9,9 @@
 
 namespace vorlent {
 
-// One statement with its values in their places. Values go in as they stand, a quote isn't doubled: what the
-// statement then says is what the log shows. A value that could end its place and say something of its own
-// spoils the statement, which must not be given to a database then.
+// One statement with its values in their places. By the rules of old values go in as they stand, a quote
+// isn't doubled: what the statement then says is what the log shows. A value that could end its place and
+// say something of its own spoils the statement, which must not be given to a database then.
 class CalendarSql {
  public:
   enum class Form {

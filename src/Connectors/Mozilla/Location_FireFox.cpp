@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "Common/DatabaseSnapshot.h"
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Common/Width.h"
@@ -24,7 +25,7 @@ void ShowConnectFailure(const std::string& detail) {
 void RemarkSnapshot(const qzelSQLite& database) {
   const std::optional<DateTime> moment = database.SnapshotMoment();
   if (!moment) return;
-  frame::Remark({database.file, "in Gebrauch; gelesen wird der Stand vom " + FormatDisplay(*moment)});
+  frame::Remark(SnapshotRemark(database.file, *moment));
 }
 
 // Closes a connection, also when a failure rises out of its walk.

@@ -1,9 +1,12 @@
 #include "Connectors/Mozilla/Location_Sunbird.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
+#include <vector>
 
 #include "Common/StdTime.h"
+#include "Connectors/Mozilla/CalendarFiles.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/RecordKeys.h"
@@ -27,10 +30,9 @@ void LogDatabase(std::string_view line) {
   HostObjects::Current().Global().Report(report::kDatabaseLog, line, nullptr);
 }
 
-// Local time, date and time parted by a blank, of a time field's seconds since 1970 in UTC.
+// Local time of a time field.
 std::string LocalText(HostRecordset& row, std::string_view field) {
-  std::string stamp = EpochToStamp(ParseInt32(row.FieldDate(field)));
-  return Trim(UtcToLocalText(ParseDate(StampToDisplay(stamp))));
+  return CalendarTimeText(row.FieldDate(field));
 }
 
 // As LocalText, to the minute.
@@ -45,6 +47,17 @@ std::string LogValue(HostRecordset& row) {
   const std::string created = DisplayToStamp(LocalText(row, "created"));
   const std::string modified = DisplayToStamp(LocalText(row, "modified"));
   return created + ',' + modified + "*1";
+}
+
+std::string TaskRecord(HostRecordset& row, const std::string& calendar) {
+  const std::string log = LogValue(row);
+  std::string record;
+  AppendField(record, record_key::kId, row.Field("id"));
+  AppendField(record, record_key::kType, "task");
+  AppendField(record, record_key::kText, EscapeValue(row.Field("title")));
+  AppendDataField(record, data_key::kCalendar, CalendarNameValue(calendar));
+  AppendField(record, record_key::kLog, log);
+  return record;
 }
 
 // Whether a text leaves the literal that it stands in open to the end of the statement.
@@ -68,6 +81,24 @@ std::string ReadLocation(HostDatabase& db, const std::string& id) {
   return rows->Field("value");
 }
 
+std::string EventRecord(HostDatabase& db, HostRecordset& row, const std::string& calendar) {
+  const std::string id = row.Field("id");
+  const std::string location = ReadLocation(db, id);
+  const std::string start = LocalMinute(row, "start");
+  const std::string end = LocalMinute(row, "ende");
+  const std::string log = LogValue(row);
+  std::string record;
+  AppendField(record, record_key::kId, id);
+  AppendField(record, record_key::kType, "termin");
+  AppendField(record, record_key::kText, EscapeValue(row.Field("title")));
+  AppendField(record, record_key::kDate, start);
+  AppendDataField(record, data_key::kDateEnd, end);
+  AppendDataField(record, data_key::kLocation, EscapeValue(location));
+  AppendDataField(record, data_key::kCalendar, CalendarNameValue(calendar));
+  AppendField(record, record_key::kLog, log);
+  return record;
+}
+
 }  // namespace
 
 ParameterSettings Location_Sunbird::Parameters() const {
@@ -78,9 +109,9 @@ bool Location_Sunbird::PrepareAddress(std::string_view file) {
   Tree()->Clear();
   std::string rest(file);
   if (CutScheme(rest).empty() || file.ends_with('*')) return true;
-  // The shorter scheme's length serves both. After the longer one two slashes stay, which name no profile,
-  // so that here a "lightning" address always stands for all of them.
-  rest = file.substr(std::min(kSunbirdScheme.prefix.size(), file.size()));
+  // By the rules of old the shorter scheme's length serves both. After the longer one two slashes stay, which
+  // name no profile, so that here a "lightning" address always stands for all of them.
+  if (!TakesCalendarAddressesWhole()) rest = file.substr(std::min(kSunbirdScheme.prefix.size(), file.size()));
   return ReadAddress(std::move(rest));
 }
 
@@ -105,20 +136,36 @@ KeyedList<std::string> Location_Sunbird::Discover(const BrowsePoint& point, std:
 KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder, std::string_view fld,
                                                       std::string_view path) {
   KeyedList<std::string> calendars;
-  databaseFile_ = AddPathSep(path) + "storage.sdb";
-  if (!FileExists(databaseFile_)) return calendars;
+  std::vector<std::string> namesOfEarlierFiles;
+  for (const std::string& file : CalendarFilesOf(path)) {
+    databaseFile_ = file;
+    if (!FileExists(file)) continue;
+    const std::vector<NamedCalendar> found = FindCalendars(fld);
+    for (const auto& [name, id] : found) {
+      if (fld != "*") {
+        calendars.Add(id);
+        return calendars;
+      }
+      if (std::ranges::find(namesOfEarlierFiles, name) != namesOfEarlierFiles.end()) continue;
+      const std::string address = std::string(prefolder) + CalendarSegment(name) + '/';
+      calendars.Add(JoinDiscoveryEntry({name, address, id}));
+    }
+    std::ranges::transform(found, std::back_inserter(namesOfEarlierFiles), &NamedCalendar::name);
+  }
+  return calendars;
+}
+
+std::vector<Location_Sunbird::NamedCalendar> Location_Sunbird::FindCalendars(std::string_view wanted) {
+  std::vector<NamedCalendar> calendars;
   const HostDatabasePtr db = HostObjects::Current().NewDatabase();
   if (!ConnectDatabase(*db)) return calendars;
   const HostRecordsetPtr rows =
       db->Query("SELECT calendar, value FROM cal_calendars_prefs WHERE name='name'", kQuery);
   for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
     const std::string name = rows->Field("value");
-    if (fld == "*") {
-      calendars.Add(JoinDiscoveryEntry({name, std::string(prefolder) + name + '/', rows->Field("calendar")}));
-    } else if (fld == name) {
-      calendars.Add(rows->Field("calendar"));
-      break;
-    }
+    if (wanted != "*" && wanted != name && wanted != CalendarSegment(name)) continue;
+    calendars.push_back({name, rows->Field("calendar")});
+    if (wanted != "*") break;
   }
   db->Close();
   return calendars;
@@ -147,7 +194,7 @@ bool Location_Sunbird::ReadProfile(std::string_view profile, std::string path, T
     return false;
   }
   const std::string& folder = profiles.Item(1);
-  const std::string name = CutToken(path, "/");
+  const std::string name = CalendarOfSegment(CutToken(path, "/"));
   if (!name.empty() && name != "*") return ReadShownCalendar(folder, name, *tree);
   for (const std::string& entry : GetCalendars("", "*", folder)) {
     if (!ReadShownCalendar(folder, SplitDiscoveryEntry(entry).text, *tree)) return false;
@@ -180,23 +227,8 @@ void Location_Sunbird::ReadEvents(HostDatabase& db, const std::string& name) {
       "event_start/1000000 AS start, event_end/1000000 As ende, id FROM cal_events WHERE cal_id=" +
           CalendarCondition(),
       kQuery);
-  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
-    const std::string id = rows->Field("id");
-    const std::string location = ReadLocation(db, id);
-    const std::string start = LocalMinute(*rows, "start");
-    const std::string end = LocalMinute(*rows, "ende");
-    const std::string log = LogValue(*rows);
-    std::string record;
-    AppendField(record, record_key::kId, id);
-    AppendField(record, record_key::kType, "termin");
-    AppendField(record, record_key::kText, EscapeValue(rows->Field("title")));
-    AppendField(record, record_key::kDate, start);
-    AppendDataField(record, data_key::kDateEnd, end);
-    AppendDataField(record, data_key::kLocation, EscapeValue(location));
-    AppendDataField(record, data_key::kCalendar, name);
-    AppendField(record, record_key::kLog, log);
-    PasteItem(record, false);
-  }
+  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext())
+    PasteRow(*rows, name, [&] { return EventRecord(db, *rows, name); });
 }
 
 void Location_Sunbird::ReadTasks(HostDatabase& db, const std::string& name) {
@@ -205,16 +237,24 @@ void Location_Sunbird::ReadTasks(HostDatabase& db, const std::string& name) {
       "WHERE cal_id=" +
           CalendarCondition(),
       kQuery);
-  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
-    const std::string log = LogValue(*rows);
-    std::string record;
-    AppendField(record, record_key::kId, rows->Field("id"));
-    AppendField(record, record_key::kType, "task");
-    AppendField(record, record_key::kText, EscapeValue(rows->Field("title")));
-    AppendDataField(record, data_key::kCalendar, name);
-    AppendField(record, record_key::kLog, log);
-    PasteItem(record, false);
+  for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext())
+    PasteRow(*rows, name, [&] { return TaskRecord(*rows, name); });
+}
+
+// One that can't be shown is told by its calendar and its ID, and hides none of the others.
+template <class MakeRecord>
+void Location_Sunbird::PasteRow(HostRecordset& row, const std::string& name, MakeRecord makeRecord) {
+  std::string record;
+  try {
+    record = makeRecord();
+  } catch (const Failure& failure) {
+    if (CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+    const std::string id = row.Field("id");
+    frame::ReportUnreadable(
+        {databaseFile_, "Kalender '" + name + "', ID " + id + ": " + failure.Reason(), failure.Why().hint});
+    return;
   }
+  PasteItem(record, false);
 }
 
 // Calendar 1 also shows the rows of calendar 0, under which its own are written.

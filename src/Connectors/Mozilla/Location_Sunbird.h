@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Connectors/Mozilla/AddressedLocation.h"
 #include "Connectors/Mozilla/CalendarSql.h"
@@ -13,10 +14,11 @@
 namespace vorlent {
 
 // Events and tasks of "sunbird://<profile>/<calendar>" and "lightning://<profile>/<calendar>", read from the
-// storage.sdb of a profile; without a calendar all of the profile's, without a profile all of all profiles.
-// Changes that the host makes to its items are repeated in the calendar that was read last, statement by
-// statement and without a transaction. Every connection and every changing statement is logged, one that a
-// quote in a text has spoiled too: it fails without reaching the database.
+// databases of a profile (CalendarFiles.h); without a calendar all of the profile's, without a
+// profile all of all profiles. Changes that the host makes to its items are repeated in the calendar that was
+// read last, statement by statement and without a transaction of the connector's own. Every connection and
+// every changing statement is logged, one that a quote in a text has spoiled too: it fails without reaching
+// the database.
 class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
  public:
   static constexpr std::string_view kProgId = kSunbirdScheme.progId;
@@ -30,7 +32,15 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   KeyedList<std::string> GetCalendars(std::string_view prefolder, std::string_view fld,
                                       std::string_view path) override;
 
+  // The database looked at last, "" before that.
+  const std::string& DatabaseFile() const { return databaseFile_; }
+
  private:
+  struct NamedCalendar {
+    std::string name;
+    std::string id;
+  };
+
   ParameterSettings Parameters() const override;
   bool PrepareAddress(std::string_view file) override;
   void Pasted(const ItemPtr& item, std::string_view import) override;
@@ -40,6 +50,9 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   bool ReadAddress(std::string path) override;
   KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
 
+  // The calendars of the database at hand: all for "*", else the first of that name.
+  std::vector<NamedCalendar> FindCalendars(std::string_view wanted);
+
   // What GetMozillaProfiles finds of the address's application, as far as it can have calendars.
   KeyedList<std::string> Profiles(std::string_view prefix, std::string_view filter) const;
   bool ReadAllProfiles();
@@ -48,6 +61,8 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   bool ReadCalendar(std::string_view folder, const std::string& name);
   void ReadEvents(HostDatabase& db, const std::string& name);
   void ReadTasks(HostDatabase& db, const std::string& name);
+  template <class MakeRecord>
+  void PasteRow(HostRecordset& row, const std::string& name, MakeRecord makeRecord);
   std::string CalendarCondition() const;
 
   bool ConnectDatabase(HostDatabase& db);

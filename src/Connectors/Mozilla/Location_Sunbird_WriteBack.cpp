@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Common/StdTime.h"
+#include "Connectors/Mozilla/CalendarFiles.h"
 #include "Connectors/Mozilla/CalendarSql.h"
 #include "Connectors/Mozilla/Location_Sunbird.h"
 #include "Host/RecordKeys.h"
@@ -20,7 +21,7 @@ constexpr std::int32_t kRemoveAction = 38;
 
 // Microseconds since 1970 in UTC of a local date text, as decimal text.
 std::string StoredTime(std::string_view date) {
-  return std::to_string(StampToEpoch(DisplayToStamp(LocalToUtcText(date)))) + "000000";
+  return std::to_string(CalendarSeconds(date)) + "000000";
 }
 
 std::string TableOf(const Item& item) {

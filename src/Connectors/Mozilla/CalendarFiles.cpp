@@ -1,0 +1,98 @@
+#include "Connectors/Mozilla/CalendarFiles.h"
+
+#include <charconv>
+#include <chrono>
+
+#include "Common/StdModul.h"
+#include "Common/StdTime.h"
+#include "Common/Width.h"
+#include "Platform/Calendar.h"
+#include "Platform/CodePage.h"
+#include "Platform/Failure.h"
+#include "Platform/Rules.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kOldCalendarFile = "storage.sdb";
+constexpr std::string_view kThunderbirdCalendarFile = "calendar-data\\local.sqlite";
+
+bool AreTimesOf32Bits() {
+  return CurrentRules().calendarTimes == CalendarTimes::Of32Bits;
+}
+
+std::string CalendarTimeTextOf(std::chrono::sys_seconds utc) {
+  if (!HasFields(utc)) throw Failure(ErrorNumber::Overflow, "Zeit nach dem Jahr 9999 oder vor dem Jahr 1");
+  return Trim(UtcToLocalText(FieldsOf(utc)));
+}
+
+}  // namespace
+
+std::vector<std::string> CalendarFilesOf(std::string_view profileFolder) {
+  const std::string folder = AddPathSep(profileFolder);
+  std::vector<std::string> files = {folder + std::string(kOldCalendarFile)};
+  if (CurrentRules().calendarFiles == CalendarFiles::OfThunderbird)
+    files.insert(files.begin(), folder + std::string(kThunderbirdCalendarFile));
+  return files;
+}
+
+bool IsThunderbirdCalendarFile(std::string_view file) {
+  constexpr std::size_t kLength = kThunderbirdCalendarFile.size();
+  return file.size() > kLength && file[file.size() - kLength - 1] == '\\' &&
+         EqualNoCase(file.substr(file.size() - kLength), kThunderbirdCalendarFile);
+}
+
+std::string ProfileOfCalendarFile(std::string_view file) {
+  return std::string(file.substr(0, file.size() - kThunderbirdCalendarFile.size()));
+}
+
+bool EscapesCalendarTexts() {
+  return CurrentRules().calendarTexts == CalendarTexts::Escaped;
+}
+
+bool TakesCalendarAddressesWhole() {
+  return CurrentRules().calendarAddresses == CalendarAddresses::Whole;
+}
+
+std::string CalendarSegment(std::string_view name) {
+  std::string segment(name);
+  if (TakesCalendarAddressesWhole()) ReplaceText(segment, "/", "%2F");
+  return segment;
+}
+
+std::string CalendarOfSegment(std::string_view segment) {
+  std::string name(segment);
+  if (TakesCalendarAddressesWhole()) ReplaceText(name, "%2F", "/");
+  return name;
+}
+
+std::string CalendarNameValue(const std::string& name) {
+  return EscapesCalendarTexts() ? EscapeValue(name) : name;
+}
+
+std::string CalendarTimeText(std::int64_t seconds) {
+  if (AreTimesOf32Bits()) {
+    std::string stamp = EpochToStamp(ToInt32(seconds));
+    return Trim(UtcToLocalText(ParseDate(StampToDisplay(stamp))));
+  }
+  return CalendarTimeTextOf(std::chrono::sys_seconds(std::chrono::seconds(seconds)));
+}
+
+std::string CalendarTimeText(std::string_view seconds) {
+  if (AreTimesOf32Bits()) return CalendarTimeText(std::int64_t{ParseInt32(seconds)});
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(seconds.data(), seconds.data() + seconds.size(), value);
+  if (error != std::errc() || end != seconds.data() + seconds.size())
+    throw Failure(ErrorNumber::TypeMismatch, "keine Zeit: '" + std::string(seconds) + "'");
+  return CalendarTimeText(value);
+}
+
+std::int64_t CalendarSeconds(std::string_view date) {
+  const std::string utc = LocalToUtcText(date);
+  if (AreTimesOf32Bits()) return StampToEpoch(DisplayToStamp(utc));
+  if (utc.empty()) return 0;
+  return SecondsOf(ParseDate(utc)).time_since_epoch().count();
+}
+
+}  // namespace vorlent

@@ -1,0 +1,432 @@
+// Thunderbird's own calendars, under the rules of today and through the standalone host's database.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "SunbirdTest.h"
+#include "Support/ForeignProgram.h"
+#include "Support/LightningFile.h"
+#include "Support/ScopedRules.h"
+
+namespace vorlent {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr std::int32_t kTitleChanged = 1;
+constexpr std::int32_t kStartChanged = 2;
+constexpr std::int32_t kDataChanged = 3;
+constexpr std::int32_t kAdded = 37;
+constexpr std::int32_t kRemoved = 38;
+
+constexpr const char* kNine = "1781946000000000";  // 20 June 2026 09:00
+constexpr const char* kTen = "1781949600000000";
+constexpr const char* kMidsummer = "1782000000000000";  // 21 June 2026, midnight
+constexpr const char* kTwoDaysLater = "1782172800000000";
+
+class LightningTest : public SunbirdTest {
+ protected:
+  LightningTest() {
+    WriteProfiles("Thunderbird", {"p"});
+    folder_.MakeFolder(ProfileFolder("Thunderbird", "p") + "\\calendar-data");
+    WritePreferences("Familie", "Arbeit");
+  }
+
+  void WritePreferences(std::string_view first, std::string_view second) {
+    folder_.Write(ProfileFolder("Thunderbird", "p") + "\\prefs.js", LightningPreferences(first, second));
+  }
+
+  std::string FilePath() const {
+    return folder_.Path(ProfileFolder("Thunderbird", "p") + "\\calendar-data\\local.sqlite");
+  }
+  std::filesystem::path NativeFile() const {
+    return folder_.Native(ProfileFolder("Thunderbird", "p") + "\\calendar-data\\local.sqlite");
+  }
+  LightningFile File() const { return LightningFile(NativeFile()); }
+
+  // The items as "ID title start - end [location]".
+  Lines Shown() const {
+    Lines lines;
+    for (std::int32_t i = 1; i <= connector_->Count(); ++i) {
+      std::string record = Stored(i).Record;
+      const auto field = [&](const std::string& name) {
+        const std::size_t at = ("|" + record).find("|" + name + "=");
+        if (at == std::string::npos) return std::string();
+        const std::string rest = record.substr(at + name.size() + 1);
+        return rest.substr(0, rest.find('|'));
+      };
+      lines.push_back(field("ID") + " " + field("Text") + " " + field("Date") + " - " + field("DataDateEnd") +
+                      " [" + field("DataLocation") + "] " + field("DataCalendar"));
+    }
+    return lines;
+  }
+
+  // What a change does to the rows: those that go with "-", those that come with "+".
+  Lines Difference(const Lines& before, const Lines& after) const {
+    Lines lines;
+    for (const std::string& row : before)
+      if (std::ranges::find(after, row) == after.end()) lines.push_back("-" + row);
+    for (const std::string& row : after)
+      if (std::ranges::find(before, row) == before.end()) lines.push_back("+" + row);
+    return lines;
+  }
+
+  // Reads an address, does an action with the item of that ID, and gives what that did to the rows.
+  template <class Edit>
+  Lines Changed(std::string_view address, const std::string& id, std::int32_t msg, std::string_view value,
+                Edit edit) {
+    const Lines before = File().AllRows();
+    const Lines schema = File().Schema();
+    EXPECT_EQ(Read(address), LocationState::Read);
+    auto item = host_.MakeItem();
+    item->IdText = id;
+    item->TypeText = "termin";
+    item->Created = item->Modified = "22.11.2026 18:00:00";  // 1795366800
+    edit(*item);
+    connector_->RedoAction(item, "20261122180000", msg, value);
+    EXPECT_EQ(File().Schema(), schema);
+    return Difference(before, File().AllRows());
+  }
+
+  ScopedRules today_{Rules::Today()};
+};
+
+TEST_F(LightningTest, CalendarsGoByTheNamesAndInTheOrderOfThePreferences) {
+  File();
+  ASSERT_EQ(Read("lightning://p/*"), LocationState::Read);
+  EXPECT_THAT(Records(), testing::AllOf(HasSubstr("Text=Familie|"), HasSubstr("lightning://p/Arbeit/")));
+  EXPECT_LT(Records().find("Familie"), Records().find("Arbeit"));
+}
+
+TEST_F(LightningTest, ByTheOtherRulesThereIsNothing) {
+  const ScopedRules windows(Rules::Windows());
+  File().AddEvent(LightningFile::kFirst, "a", "Essen", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(Shown(), IsEmpty());
+}
+
+TEST_F(LightningTest, TimesAreThoseThatThunderbirdShows) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "utc", "UTC", kNine, kTen);
+  file.AddEvent(LightningFile::kFirst, "zone", "Tokio", kNine, kTen, "Asia/Tokyo");
+  file.AddEvent(LightningFile::kFirst, "float", "Ortszeit", kNine, kTen, "floating");
+  file.AddEvent(LightningFile::kFirst, "days", "Zwei Tage", kMidsummer, kTwoDaysLater, "floating", 12);
+  file.AddEvent(LightningFile::kFirst, "old", "Alt", "-954691200000000", "-954687600000000");
+  file.AddEvent(LightningFile::kFirst, "far", "Fern", "4102480800000000", "NULL");
+  for (const char* zone : {"Europe/Berlin", "America/New_York", "Pacific/Kiritimati"}) {
+    const ScopedTimeZone elsewhere(zone);
+    ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+    EXPECT_EQ(Shown()[2], "float Ortszeit 20.06.2026 09:00 - 20.06.2026 10:00 [] Familie") << zone;
+    EXPECT_EQ(Shown()[3], "days Zwei Tage 21.06.2026 00:00 - 22.06.2026 00:00 [] Familie") << zone;
+  }
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("utc UTC 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie",
+                                   "zone Tokio 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie",
+                                   "float Ortszeit 20.06.2026 09:00 - 20.06.2026 10:00 [] Familie",
+                                   "days Zwei Tage 21.06.2026 00:00 - 22.06.2026 00:00 [] Familie",
+                                   "old Alt 01.10.1939 09:00 - 01.10.1939 10:00 [] Familie",
+                                   "far Fern 01.01.2100 11:00 - 01.01.2100 11:00 [] Familie"));
+}
+
+TEST_F(LightningTest, WholeDayOfAZoneIsThatDay) {
+  // Midnight in Tokyo is 15:00 of the day before in UTC.
+  File().AddEvent(LightningFile::kFirst, "a", "Tag", "1781967600000000", "1782054000000000", "Asia/Tokyo",
+                  12);
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("a Tag 21.06.2026 00:00 - 21.06.2026 00:00 [] Familie"));
+}
+
+TEST_F(LightningTest, TimesBefore1970AndAfter2038AreOfTheRulesOfToday) {
+  WriteProfiles("Mozilla\\Sunbird", {"p"});
+  Storage().Run(std::string(kCalendarTables) + R"(
+      INSERT INTO cal_calendars_prefs (calendar, name, value) VALUES (2, 'name', 'Home');
+      INSERT INTO cal_events
+      VALUES (2, 'far', 1, 1, 'Fern', 4, 4102480800000000, 4102480800000000, '', '');)");
+  ASSERT_EQ(Read("sunbird://p/Home"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("far Fern 01.01.2100 11:00 - 01.01.2100 11:00 [] Home"));
+  const ScopedRules windows(Rules::Windows());
+  EXPECT_THROW(Read("sunbird://p/Home"), Failure);
+}
+
+TEST_F(LightningTest, RepeatedEventIsShownOnceAndItsChangedOccurrenceStays) {
+  LightningFile file = File();
+  file.Run(
+      "INSERT INTO cal_events(cal_id, id, title, flags, event_start, event_end, event_start_tz, "
+      "event_end_tz, "
+      "recurrence_id, recurrence_id_tz) SELECT '" +
+      std::string(LightningFile::kFirst) +
+      "', 'weekly', 'Verlegt', 4, 1782550800000000, 1782554400000000, 'UTC', 'UTC', 1782550800000000, 'UTC'");
+  file.AddEvent(LightningFile::kFirst, "weekly", "Woche", kNine, kTen, "UTC", 52);
+  file.Add("cal_properties", "item_id, cal_id, key, value, recurrence_id, recurrence_id_tz",
+           "'weekly', '" + std::string(LightningFile::kFirst) +
+               "', 'LOCATION', 'Anderswo', 1782550800000000, 'UTC'");
+  file.Add("cal_recurrence", "item_id, cal_id, icalString",
+           "'weekly', '" + std::string(LightningFile::kFirst) + "', 'RRULE:FREQ=WEEKLY'");
+  const Lines difference = Changed("lightning://p/Familie", "weekly", kTitleChanged, "",
+                                   [](auto& item) { item.DisplayText = "Jede Woche"; });
+  EXPECT_THAT(Shown(), ElementsAre("weekly Woche 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie"));
+  ASSERT_EQ(difference.size(), 2u);
+  EXPECT_THAT(difference[1], testing::StartsWith("+cal_events|2|65089248-54be-4d44-a3fc-922ffc102e8d|weekly|"
+                                                 "1795364577000000|1795366800000000|Jede Woche|"));
+  // Its start can't be moved without its occurrences.
+  EXPECT_THAT(Changed("lightning://p/Familie", "weekly", kStartChanged, "",
+                      [](auto& item) { item.DateText = "20.06.2026 15:00"; }),
+              IsEmpty());
+  EXPECT_THAT(
+      host_.Log.Only({"Global.Report(27"}),
+      ElementsAre(HasSubstr("local.sqlite: a repeated event with changed or left out occurrences stays")));
+  EXPECT_EQ(Changed("lightning://p/Familie", "weekly", kRemoved, "", [](auto&) {}).size(), 4u);
+}
+
+TEST_F(LightningTest, ItemsOfOneIdInTwoCalendarsAreTwo) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kSecond, "same", "Der zweite", kNine, kTen);
+  file.AddEvent(LightningFile::kFirst, "same", "Der erste", kNine, kTen);
+  file.Add("cal_properties", "item_id, cal_id, key, value",
+           "'same', '" + std::string(LightningFile::kSecond) + "', 'LOCATION', 'Dort'");
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("same Der erste 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie",
+                                   "same~2 Der zweite 20.06.2026 11:00 - 20.06.2026 12:00 [Dort] Arbeit"));
+  // A change finds the one that is meant, whichever calendar was read last.
+  const Lines first =
+      Changed("lightning://p/", "same", kTitleChanged, "", [](auto& item) { item.DisplayText = "Neu"; });
+  EXPECT_THAT(first, ElementsAre(HasSubstr("|Der erste|"), HasSubstr("+cal_events|2|65089248")));
+  const Lines second = Changed("lightning://p/", "same~2", kRemoved, "", [](auto&) {});
+  EXPECT_THAT(second, ElementsAre(HasSubstr("-cal_events|1|19cf1c7b"), HasSubstr("-cal_properties|1|same")));
+}
+
+TEST_F(LightningTest, CalendarsOfOneNameAreTwo) {
+  WritePreferences("Privat", "Privat");
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "Eins", kNine, kTen);
+  file.AddEvent(LightningFile::kSecond, "b", "Zwei", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_EQ(connector_->Count(), 2);
+  ASSERT_EQ(Read("lightning://p/Privat~2"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre(HasSubstr("b Zwei")));
+}
+
+TEST_F(LightningTest, NamesMayHoldWhatPartsAddressesAndRecords) {
+  WritePreferences("A / B", "C|D's");
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "Eins", kNine, kTen);
+  file.AddEvent(LightningFile::kSecond, "b", "Zwei", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/A %2F B"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("a Eins 20.06.2026 11:00 - 20.06.2026 12:00 [] A / B"));
+  ASSERT_EQ(Read("lightning://p/C|D's"), LocationState::Read);
+  EXPECT_THAT(Records(), HasSubstr("|DataCalendar=C\\|D's|Log="));
+  // By the other rules a name is what it is.
+  const ScopedRules windows(Rules{.calendarFiles = CalendarFiles::OfThunderbird});
+  EXPECT_EQ(Read("lightning://p/A %2F B"), LocationState::Unreadable);
+  ASSERT_EQ(Read("lightning://p/C|D's"), LocationState::Read);
+  EXPECT_THAT(Records(), HasSubstr("|DataCalendar=C|D's|Log="));
+}
+
+TEST_F(LightningTest, PreparingAnAddressReadsWhatItNames) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "Eins", kNine, kTen);
+  file.AddEvent(LightningFile::kSecond, "b", "Zwei", kNine, kTen);
+  EXPECT_TRUE(connector_->InitLocation("lightning://p/Arbeit"));
+  EXPECT_EQ(connector_->Count(), 1);
+}
+
+TEST_F(LightningTest, StorageOfOldIsReadForWhatThunderbirdDoesNotHave) {
+  File().AddEvent(LightningFile::kFirst, "a", "Neu", kNine, kTen);
+  Storage("p", "Thunderbird").Run(std::string(kCalendarTables) + R"(
+      INSERT INTO cal_calendars_prefs (calendar, name, value)
+      VALUES (2, 'name', 'Familie'), (3, 'name', 'Verein');
+      INSERT INTO cal_events VALUES (2, 'a', 1, 1, 'Stand von damals', 4, 1, 1, '', ''),
+        (3, 'c', 1, 1, 'Fest', 4, 1781946000000000, 1781946000000000, '', '');)");
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("a Neu 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie",
+                                   "c Fest 20.06.2026 11:00 - 20.06.2026 11:00 [] Verein"));
+}
+
+TEST_F(LightningTest, RowThatCanNotBeReadIsNamedAndTheNextOneComes) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "Ohne Anfang", "NULL", "NULL");
+  file.AddEvent(LightningFile::kFirst, "b", "Bytes", "x'0102'", kTen);
+  file.AddEvent(LightningFile::kFirst, "c", "Jahr 30000", "884541340800000000", "884541340800000000");
+  file.AddEvent(LightningFile::kFirst, "d", "Jahr 1600", "-11670969600000000", "-11670966000000000");
+  file.AddEvent(LightningFile::kFirst, "e", "Gut", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("d Jahr 1600 29.02.1600 08:53 - 29.02.1600 09:53 [] Familie",
+                                   "e Gut 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie"));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("local.sqlite: Kalender 'Familie', ID a: keine Zeit"),
+                          HasSubstr("Kalender 'Familie', ID b: keine Zeit"),
+                          HasSubstr("Kalender 'Familie', ID c: Zeit nach dem Jahr 9999")));
+}
+
+TEST_F(LightningTest, ItemWithoutATimeOfItsMakingIsShown) {
+  LightningFile file = File();
+  file.Add("cal_todos", "cal_id, id, title, flags",
+           "'" + std::string(LightningFile::kFirst) + "', 't', 'Los', 4");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Records(), HasSubstr("ID=t|Type=task|Text=Los|DataCalendar=Familie|"));
+}
+
+// --- Writing back
+
+TEST_F(LightningTest, AddedEventIsLaidOutAsThunderbirdDoes) {
+  File();
+  const Lines difference = Changed("lightning://p/Arbeit", "neu", kAdded, "", [](auto& item) {
+    item.DisplayText = "Anna's Fest";
+    item.DateText = "20.06.2026 11:00";
+    item.Data = {{"DateEnd", "20.06.2026 12:00"}, {"Location", "O'Hara"}};
+  });
+  EXPECT_THAT(
+      difference,
+      ElementsAre("+cal_events|1|19cf1c7b-f359-4b80-8f47-e511ea4346d2|neu|1795366800000000|1795366800000000|"
+                  "Anna's Fest|NULL|NULL|NULL|4|1781946000000000|1781949600000000|1795366800000000|"
+                  "Europe/Berlin|Europe/Berlin|NULL|NULL|NULL|NULL",
+                  "+cal_properties|1|neu|LOCATION|O'Hara|NULL|NULL|19cf1c7b-f359-4b80-8f47-e511ea4346d2"));
+}
+
+TEST_F(LightningTest, AddedTaskIsLaidOutAsThunderbirdDoes) {
+  File();
+  const Lines difference = Changed("lightning://p/Arbeit", "neu", kAdded, "", [](auto& item) {
+    item.TypeText = "task";
+    item.DisplayText = "Putzen";
+  });
+  EXPECT_THAT(difference,
+              ElementsAre("+cal_todos|1|19cf1c7b-f359-4b80-8f47-e511ea4346d2|neu|1795366800000000|"
+                          "1795366800000000|Putzen|NULL|NULL|NULL|4|NULL|NULL|NULL|NULL|NULL|NULL|NULL|"
+                          "NULL|NULL|NULL|1795366800000000|NULL"));
+}
+
+TEST_F(LightningTest, QuoteOfATextSpoilsTheStatementByTheOtherRules) {
+  File();
+  const ScopedRules windows(Rules{.calendarFiles = CalendarFiles::OfThunderbird});
+  EXPECT_THAT(Changed("lightning://p/Arbeit", "neu", kTitleChanged, "",
+                      [](auto& item) { item.DisplayText = "Anna's Fest"; }),
+              IsEmpty());
+  EXPECT_THAT(host_.Log.Only({"Database.Execute"}), IsEmpty());
+}
+
+TEST_F(LightningTest, ChangedTimesAreKeptByTheClockOfTheEvent) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "float", "x", kNine, kTen, "floating");
+  file.AddEvent(LightningFile::kFirst, "zone", "x", kNine, kTen, "Asia/Tokyo");
+  file.AddEvent(LightningFile::kFirst, "days", "x", kMidsummer, kTwoDaysLater, "floating", 12);
+  file.Add("cal_properties", "item_id, cal_id, key, value",
+           "'zone', '" + std::string(LightningFile::kFirst) + "', 'DURATION', 'PT1H'");
+  const auto moved = [](auto& item) {
+    item.DateText = "01.07.2026 08:30";
+    item.Data = {{"DateEnd", "02.07.2026 09:30"}};
+  };
+  for (const char* id : {"float", "zone", "days"}) {
+    Changed("lightning://p/Familie", id, kStartChanged, "", moved);
+    Changed("lightning://p/Familie", id, kDataChanged, "DateEnd=", moved);
+  }
+  EXPECT_THAT(file.Rows("SELECT id, event_start/1000000, event_start_tz, event_end/1000000, event_end_tz, "
+                        "last_modified/1000000, event_stamp/1000000 FROM cal_events"),
+              ElementsAre("float|1782894600|floating|1782984600|floating|1795366800|1795366800",
+                          "zone|1782887400|Asia/Tokyo|1782977400|Asia/Tokyo|1795366800|1795366800",
+                          "days|1782864000|floating|1783036800|floating|1795366800|1795366800"));
+  EXPECT_THAT(file.Rows("SELECT * FROM cal_properties"), IsEmpty());
+}
+
+TEST_F(LightningTest, ChangedLocationTakesThePlaceOfTheOld) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "x", kNine, kTen, "UTC", 0);
+  const auto at = [](const char* place) { return [=](auto& item) { item.Data = {{"Location", place}}; }; };
+  Changed("lightning://p/Familie", "a", kDataChanged, "Location=", at("Hier"));
+  Changed("lightning://p/Familie", "a", kDataChanged, "Location=", at("Dort"));
+  EXPECT_THAT(file.Rows("SELECT key, value FROM cal_properties"), ElementsAre("LOCATION|Dort"));
+  EXPECT_THAT(file.Rows("SELECT flags FROM cal_events"), ElementsAre("4"));
+  Changed("lightning://p/Familie", "a", kDataChanged, "Location=", at(""));
+  EXPECT_THAT(file.Rows("SELECT key, value FROM cal_properties"), IsEmpty());
+}
+
+TEST_F(LightningTest, RemovedEventTakesAllAlongThatTellsOfIt) {
+  LightningFile file = File();
+  const std::string mine = "'" + std::string(LightningFile::kFirst) + "'";
+  const std::string others = "'" + std::string(LightningFile::kSecond) + "'";
+  for (const char* id : {"stays", "goes"}) {
+    file.AddEvent(LightningFile::kFirst, id, "x", kNine, kTen);
+    for (const char* table : {"cal_properties", "cal_parameters", "cal_recurrence", "cal_attendees",
+                              "cal_alarms", "cal_relations", "cal_attachments", "cal_metadata"})
+      file.Add(table, "cal_id, item_id", mine + ",'" + id + "'");
+  }
+  file.Add("cal_alarms", "cal_id, item_id", others + ",'goes'");
+  const Lines difference = Changed("lightning://p/Familie", "goes", kRemoved, "", [](auto&) {});
+  EXPECT_EQ(difference.size(), 9u);
+  EXPECT_THAT(difference, testing::Each(testing::AllOf(HasSubstr("goes"), testing::StartsWith("-"))));
+  EXPECT_THAT(file.Rows("SELECT count(*) FROM cal_alarms"), ElementsAre("2"));
+}
+
+TEST_F(LightningTest, ReadingLeavesEveryByteWhereItIs) {
+  { File().AddEvent(LightningFile::kFirst, "a", "x", kNine, kTen); }
+  folder_.Write(ProfileFolder("Thunderbird", "p") + "\\calendar-data\\local.sqlite-wal", "");
+  const auto before = FolderContent(NativeFile().parent_path());
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_EQ(connector_->Count(), 1);
+  EXPECT_EQ(FolderContent(NativeFile().parent_path()), before);
+}
+
+TEST_F(LightningTest, FileThatIsNoDatabaseIsNamed) {
+  folder_.Write(ProfileFolder("Thunderbird", "p") + "\\calendar-data\\local.sqlite",
+                "no database at all, just text");
+  EXPECT_EQ(Read("lightning://p/Familie"), LocationState::Unreadable);
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("local.sqlite: file is not a database")));
+}
+
+// --- While Thunderbird runs
+
+TEST_F(LightningTest, FileInUseIsReadAsOfAMomentAndNotChanged) {
+  { File().AddEvent(LightningFile::kFirst, "a", "Vorher", kNine, kTen); }
+  const ForeignProgram thunderbird(NativeFile());
+  thunderbird.Run("PRAGMA locking_mode=EXCLUSIVE; UPDATE cal_events SET title='Nur im Log'");
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre(HasSubstr("Nur im Log")));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(1001"}),
+              testing::Each(HasSubstr("in Gebrauch; gelesen wird der Stand")));
+  host_.Log.Clear();
+  auto item = host_.MakeItem();
+  item->IdText = "a";
+  item->TypeText = "termin";
+  item->DisplayText = "Neu";
+  item->Modified = "22.11.2026 18:00:00";
+  connector_->RedoAction(item, "20261122180000", kTitleChanged, "");
+  EXPECT_THAT(
+      host_.Log.Only({"Global.Report(27"}),
+      ElementsAre(testing::ContainsRegex("local.sqlite: in Gebrauch durch test_[a-z]+ .Prozess [0-9]+.")));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(30,\"5<-"}), testing::SizeIs(1));
+  thunderbird.Run("UPDATE cal_events SET title='x' WHERE title='Nur im Log'");
+}
+
+TEST_F(LightningTest, ChangeWaitsForAProgramThatIsSoonDone) {
+  { File().AddEvent(LightningFile::kFirst, "a", "Vorher", kNine, kTen); }
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  std::optional<ForeignLock> other(std::in_place, NativeFile(), 300);
+  auto item = host_.MakeItem();
+  item->IdText = "a";
+  item->TypeText = "termin";
+  item->DisplayText = "Nachher";
+  item->Modified = "22.11.2026 18:00:00";
+  connector_->RedoAction(item, "20261122180000", kTitleChanged, "");
+  other.reset();
+  EXPECT_THAT(File().Rows("SELECT title FROM cal_events"), ElementsAre("Nachher"));
+}
+
+TEST_F(LightningTest, ChangeIsDoneWholeOrNotAtAll) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "Vorher", kNine, kTen);
+  file.Run("CREATE TRIGGER refuses BEFORE INSERT ON cal_events BEGIN SELECT raise(ABORT, 'not today'); END");
+  EXPECT_THAT(Changed("lightning://p/Familie", "a", kAdded, "",
+                      [](auto& item) {
+                        item.DateText = "20.06.2026 11:00";
+                        item.Data = {{"DateEnd", "20.06.2026 12:00"}};
+                      }),
+              IsEmpty());
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}), ElementsAre(HasSubstr("local.sqlite: not today")));
+}
+
+}  // namespace
+}  // namespace vorlent
