@@ -87,7 +87,7 @@ Work SplitAttachments(int count) {
 
 // By the rules of today, by which all of them are kept.
 Work SplitAttachmentsOfOneName(int count) {
-  const Work work = SplitFilesOf(count, [](int) { return "image.png"; });
+  const Work work = SplitFilesOf(count, [](int) { return std::string("image.png"); });
   return [work] {
     const ScopedRules today(Rules::Today());
     work();
