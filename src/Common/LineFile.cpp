@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "Platform/Failure.h"
@@ -45,14 +46,21 @@ void LineFile::Seek(std::uint64_t position) {
 std::string_view LineFile::ReadAnyLine() {
   // Reads on until a byte after the line end is there: so an LF that belongs to the CR isn't missed, and
   // AtEnd has no need to touch the buffer, which would cost the caller the line.
+  const std::size_t longest =
+      rule_ == LineRule::Windows ? std::numeric_limits<std::size_t>::max() : kLongestPiece;
   std::size_t length = 0;
   do {
-    const char* const start = buffer_.get() + next_;
-    length = static_cast<std::size_t>(FindLineEnd(start + length, buffer_.get() + filled_) - start);
-  } while (next_ + length + kLongestLineEnd >= filled_ && Fill());
-  const std::string_view line(buffer_.get() + next_, length);
+    const char* const at = buffer_.get() + next_;
+    length = static_cast<std::size_t>(FindLineEnd(at + length, buffer_.get() + filled_) - at);
+  } while (length <= longest && next_ + length + kLongestLineEnd >= filled_ && Fill());
+  const char* const start = buffer_.get() + next_;
+  if (length > longest) {
+    next_ += longest;
+    lineEndLength_ = 0;
+    return {start, longest};
+  }
   TakeLineEnd(length);
-  return line;
+  return {start, length};
 }
 
 // Moves past a line of that length and its end.

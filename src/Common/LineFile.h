@@ -42,6 +42,9 @@ class LineFile {
 
   // The next line without its line end, "" at the end of the file. The view is valid until the next call of
   // ReadLine, Seek, WriteByte or Close. A failed read raises and leaves the position where it was.
+  //
+  // By the Native rule a line of more than kLongestPiece bytes comes in pieces of so many, and the rest of it
+  // as the last one, so that no file takes memory of its size.
   std::string_view ReadLine() {
     std::string_view line;
     return TakeBufferedLine(line) ? line : ReadAnyLine();
@@ -53,8 +56,10 @@ class LineFile {
     return ReadLine();
   }
 
+  static constexpr std::size_t kLongestPiece = std::size_t{64} * 1024 * 1024;
+
   // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
-  // true length, 0 if the file ended without one. Outlives Close, as a line that was kept does.
+  // true length, 0 if the file ended without one or if more of the line comes. Outlives Close, as a line that was kept does.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
 
   // Writes one byte at Position and moves past it.
@@ -95,7 +100,7 @@ inline bool LineFile::TakeBufferedLine(std::string_view& line) {
   const char* const start = buffer_.get() + next_;
   const char* const filled = buffer_.get() + filled_;
   const char* const end = FindLineEnd(start, filled);
-  if (filled - end <= kLongestLineEnd) return false;
+  if (filled - end <= kLongestLineEnd || static_cast<std::size_t>(end - start) > kLongestPiece) return false;
   line = {start, end};
   const std::uint32_t endLength = end[0] == '\r' && end[1] == '\n' ? 2 : 1;
   next_ += line.size() + endLength;

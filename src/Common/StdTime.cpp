@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::int32_t kSecondsPerDay = 86400;
 constexpr int kFirstYear = 100;  // the earliest that a date may have
+constexpr int kLastYear = 9999;
 
 // A number of a stamp's field, "" and foreign text being 0.
 std::int32_t Field(std::string_view stamp, std::size_t offset, std::size_t length) {
@@ -26,20 +27,21 @@ std::chrono::year LikeYear(std::int32_t year) {
   return std::chrono::year(year % 400);
 }
 
-// The days of the years from 1970 up to the one before `year`. One beyond the calendar's last counts as that:
+// The days of the years from 1970 up to the one before `year`, negative for an earlier one. One beyond the calendar's last counts as that:
 // their seconds overflow alike.
 std::int64_t DaysBeforeYear(std::int32_t year) {
-  const std::chrono::year counted(std::clamp(year, 1970, static_cast<int>(std::chrono::year::max())));
+  const int first = WidthsAreAmple() ? kFirstYear : 1970;
+  const std::chrono::year counted(std::clamp(year, first, static_cast<int>(std::chrono::year::max())));
   return std::chrono::sys_days(counted / 1 / 1).time_since_epoch().count();
 }
 
-// 32-bit arithmetic that overflows as such.
-std::int32_t Sum(std::int64_t a, std::int64_t b) {
-  return ToInt32(a + b);
+// Arithmetic that overflows as that of 32 bits, where it is.
+std::int64_t Sum(std::int64_t a, std::int64_t b) {
+  return Within32(a + b);
 }
 
-std::int32_t Product(std::int64_t a, std::int64_t b) {
-  return ToInt32(a * b);
+std::int64_t Product(std::int64_t a, std::int64_t b) {
+  return Within32(a * b);
 }
 
 [[noreturn]] void RaiseNoDate(std::string_view text) {
@@ -113,20 +115,22 @@ std::string FormatDisplay(const DateTime& moment) {
   return display;
 }
 
-std::int32_t StampToEpoch(std::string_view s) {
+std::int64_t StampToEpoch(std::string_view s) {
   if (s.empty()) return 0;
   const std::int32_t year = Field(s, 0, 4);
   const std::int32_t month = Field(s, 4, 2);
-  std::int32_t days = Sum(Sum(Field(s, 6, 2), -1), DaysBeforeYear(year));
+  std::int64_t days = Sum(Sum(Field(s, 6, 2), -1), DaysBeforeYear(year));
   for (std::int32_t m = 1; m < month; ++m)
     days = Sum(days, DaysInMonth(m, year));
-  std::int32_t seconds = Product(days, kSecondsPerDay);
+  std::int64_t seconds = Product(days, kSecondsPerDay);
   seconds = Sum(seconds, Product(Field(s, 8, 2), 3600));
   seconds = Sum(seconds, Product(Field(s, 10, 2), 60));
   return Sum(seconds, Field(s, 12, 2));
 }
 
-std::string EpochToStamp(std::int32_t t) {
+namespace {
+
+std::string StampOfOld(std::int32_t t) {
   const std::int32_t days = t / kSecondsPerDay;
   DateTime moment = MidnightOf(std::chrono::sys_days(std::chrono::days(std::max(0, days))));
   // A moment before 1970 only counts back from the first of January.
@@ -135,6 +139,27 @@ std::string EpochToStamp(std::int32_t t) {
   moment.minute = t % 3600 / 60;
   moment.second = t % 60;
   return FormatStamp(moment);
+}
+
+std::string StampOfAnyMoment(std::int64_t t) {
+  using std::chrono::seconds;
+  const std::chrono::sys_seconds first = std::chrono::sys_days(std::chrono::year(kFirstYear) / 1 / 1);
+  const std::chrono::sys_seconds end = std::chrono::sys_days(std::chrono::year(kLastYear + 1) / 1 / 1);
+  const std::chrono::sys_seconds shown =
+      std::clamp(std::chrono::sys_seconds(seconds(t)), first, end - seconds(1));
+  const auto day = std::chrono::floor<std::chrono::days>(shown);
+  const auto ofDay = static_cast<int>((shown - day).count());
+  DateTime moment = MidnightOf(day);
+  moment.hour = ofDay / 3600;
+  moment.minute = ofDay % 3600 / 60;
+  moment.second = ofDay % 60;
+  return FormatStamp(moment);
+}
+
+}  // namespace
+
+std::string EpochToStamp(std::int64_t t) {
+  return WidthsAreAmple() ? StampOfAnyMoment(t) : StampOfOld(ToInt32(t));
 }
 
 std::int32_t DaysInYear(std::int32_t year) {

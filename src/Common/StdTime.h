@@ -15,11 +15,13 @@ std::string FormatStamp(const DateTime& moment);
 // Display text dd.mm.yyyy hh:mm:ss of a moment. Milliseconds are dropped.
 std::string FormatDisplay(const DateTime& moment);
 
-// Seconds since 1970-01-01 00:00:00 of a stamp, without any time zone; 0 for "". Overflows beyond 32 bits.
-std::int32_t StampToEpoch(std::string_view s);
+// Seconds since 1970-01-01 00:00:00 of a stamp, without any time zone; 0 for "". By the rules of old it
+// overflows beyond 32 bits, and years before 1970 count as that.
+std::int64_t StampToEpoch(std::string_view s);
 
-// The stamp of seconds since 1970, without any time zone.
-std::string EpochToStamp(std::int32_t t);
+// The stamp of seconds since 1970, without any time zone. By the rules of today a moment before the year 100
+// or after 9999 is shown as the first or the last one that a stamp has.
+std::string EpochToStamp(std::int64_t t);
 
 // 366 in a leap year of the Gregorian calendar, else 365.
 std::int32_t DaysInYear(std::int32_t year);

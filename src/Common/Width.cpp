@@ -3,9 +3,15 @@
 #include <charconv>
 #include <string>
 
+#include "Platform/Rules.h"
+
 namespace vorlent {
 
-std::int32_t ParseInt32(std::string_view text) {
+bool WidthsAreAmple() {
+  return CurrentRules().widths == Widths::Ample;
+}
+
+double ParseNumber(std::string_view text) {
   const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
   std::string_view digits = text;
   while (!digits.empty() && isBlank(digits.front()))
@@ -19,7 +25,11 @@ std::int32_t ParseInt32(std::string_view text) {
   if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(value)) {
     throw Failure(ErrorNumber::TypeMismatch, "not a number: '" + std::string(text) + "'");
   }
-  return ToInt32(value);
+  return value;
+}
+
+std::int32_t ParseInt32(std::string_view text) {
+  return ToInt32(ParseNumber(text));
 }
 
 }  // namespace vorlent

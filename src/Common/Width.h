@@ -40,8 +40,23 @@ std::int32_t ToInt32(Source value) {
   return ToWidth<std::int32_t>(value);
 }
 
+// Whether positions, counts and moments are as wide as they have to be, by the rules in force; else they have
+// 16 or 32 bits.
+bool WidthsAreAmple();
+
+// A number that has 16 or 32 bits where widths aren't ample.
+template <class Source>
+std::int64_t Within16(Source value) {
+  return WidthsAreAmple() ? ToWidth<std::int64_t>(value) : ToInt16(value);
+}
+template <class Source>
+std::int64_t Within32(Source value) {
+  return WidthsAreAmple() ? ToWidth<std::int64_t>(value) : ToInt32(value);
+}
+
 // The strict conversion of a whole text to a number: blanks around it are allowed, anything else that is no
 // number is a type mismatch, a number out of range the overflow failure.
+double ParseNumber(std::string_view text);
 std::int32_t ParseInt32(std::string_view text);
 
 }  // namespace vorlent

@@ -3,11 +3,13 @@
 #include <limits>
 #include <utility>
 
+#include "Common/Width.h"
+
 namespace vorlent {
 
 namespace {
 
-// Rows are counted in 16 bits.
+// Rows are counted in 16 bits by the rules of old.
 constexpr std::int32_t kMostRows = std::numeric_limits<std::int16_t>::max();
 
 Failure TooManyRows(std::int32_t count) {
@@ -56,7 +58,7 @@ bool qzelSQLite::execute(const std::string& sql) {
     result->columns.Add(column, table.Text(0, column));
   }
   for (std::int32_t row = 1; row < table.RowCount(); ++row) {
-    if (row > kMostRows) throw TooManyRows(table.RowCount() - 1);
+    if (row > kMostRows && !WidthsAreAmple()) throw TooManyRows(table.RowCount() - 1);
     rows_->Add(SqliteRow(result, row));
   }
   return true;

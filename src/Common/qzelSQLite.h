@@ -66,8 +66,9 @@ class qzelSQLite {
   std::optional<DateTime> SnapshotMoment() const;
 
   // Runs a statement. False if there is no connection, which changes nothing, or if the statement failed;
-  // then LastError tells why, and there are no columns and rows. More than 32,767 data rows raise the
-  // overflow failure, two columns of one name KeyExists, with Columns and Rows as far as they came.
+  // then LastError tells why, and there are no columns and rows. By the rules of old more than 32,767 data
+  // rows raise the overflow failure; two columns of one name raise KeyExists. Columns and Rows are as far as
+  // they came then.
   bool execute(const std::string& sql);
 
   // The message of the last execute, "" if it succeeded.

@@ -26,7 +26,7 @@ enum class Marking {
 // A mail by its mailbox and its zero-based offset there.
 struct MailPlace {
   std::string mailbox;
-  std::int32_t offset = 0;
+  std::int64_t offset = 0;
 };
 
 // Every member does nothing unless it is overridden, and is called on the thread of the run. Texts are code

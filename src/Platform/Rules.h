@@ -173,8 +173,8 @@ enum class Summaries {
   RemovedWithAMark,  // It stays where nothing was changed.
 };
 
-// What a mail that can't be read does to the run.
-enum class BrokenMails {
+// What a mail, bookmark or event that can't be read does to the run.
+enum class BrokenItems {
   EndTheRun,
   AreNamed,  // They are told with their place, and the next one comes; so with closed mailboxes and events.
 };
@@ -231,6 +231,12 @@ enum class CalendarTexts {
 enum class CalendarAddresses {
   OfSunbird,  // By names without "/". Preparing one of Lightning reads all profiles.
   Whole,      // A "/" in a name is "%2F". Preparing one reads what it names.
+};
+
+// How wide positions in mailboxes, counts of bookmarks and moments are.
+enum class Widths {
+  OfOld,  // 16 or 32 bits, beyond which is the overflow failure: mailboxes end at 2 GB, seconds in 2038.
+  Ample,
 };
 
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they

@@ -148,6 +148,21 @@ TEST_F(LineFileTest, LongLineGrowsTheBufferAndReadingGoesOnBehindIt) {
   }
 }
 
+TEST_F(LineFileTest, LineOfAnyLengthComesInPiecesByNativeRule) {
+  constexpr std::size_t kPiece = LineFile::kLongestPiece;
+  const std::string bytes = std::string(2 * kPiece, 'a') + "\n" + std::string(kPiece + 1, 'b') + "\r\nc";
+  {
+    LineFile file = Open(bytes, LineRule::Native);
+    std::vector<std::string> pieces;
+    for (const Line& line : ReadAll(file))
+      pieces.push_back(std::to_string(line.text.size()) + line.text.back() + std::to_string(line.endLength));
+    const std::string most = std::to_string(kPiece);
+    EXPECT_EQ(pieces, (std::vector<std::string>{most + "a0", most + "a1", most + "b0", "1b2", "1c0"}));
+  }
+  LineFile file = Open(bytes, LineRule::Windows);
+  EXPECT_EQ(file.ReadLine().size(), bytes.size() - 3);
+}
+
 // Looking for the next LF again after each CR would take minutes here.
 TEST_F(LineFileTest, LinesOfCarriageReturnsOnlyAreReadInLinearTime) {
   LineFile file = Open(std::string(3'000'000, '\r'), LineRule::Native);

@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Platform/Failure.h"
+#include "Platform/Rules.h"
+#include "Support/ScopedRules.h"
 #include "Support/ScopedTimeZone.h"
 
 namespace vorlent {
@@ -42,6 +46,21 @@ TEST(StampToEpoch, OverflowsAtTheEndOfJanuary2038) {
   EXPECT_EQ(SwallowedNumber([] { StampToEpoch("99991231235959"); }), 6);
   EXPECT_EQ(SwallowedNumber([] { StampToEpoch("9e990101000000"); }), 6) << "a year is any number";
   EXPECT_EQ(SwallowedNumber([] { StampToEpoch("9e7 0101000000"); }), 6);
+}
+
+TEST(StampToEpoch, CountsOnBeyondThirtyTwoBitsToday) {
+  const ScopedRules rules({.widths = Widths::Ample});
+  for (const auto& [stamp, seconds] : {std::pair<std::string, std::int64_t>{"20380119031408", 2147483648},
+                                       {"20380119031407", 2147483647},
+                                       {"99991231235959", 253402300799},
+                                       {"19691231235959", -1},
+                                       {"01000101000000", -59011459200}}) {
+    EXPECT_EQ(StampToEpoch(stamp), seconds);
+    EXPECT_EQ(EpochToStamp(seconds), stamp);
+  }
+  EXPECT_EQ(EpochToStamp(253402300800), "99991231235959");
+  EXPECT_EQ(EpochToStamp(std::numeric_limits<std::int64_t>::max()), "99991231235959");
+  EXPECT_EQ(EpochToStamp(std::numeric_limits<std::int64_t>::min()), "01000101000000");
 }
 
 TEST(StampToEpoch, ReadsWhatFieldsThereAre) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Support/ErrorNumbers.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -17,6 +18,17 @@ TEST(ToInt16, KeepsWhatFits) {
   EXPECT_EQ(ToInt16(-32768), -32768);
   EXPECT_EQ(ToInt16(std::size_t{32767}), 32767);
   EXPECT_EQ(ToInt16(std::uint8_t{255}), 255);
+}
+
+TEST(Within32, HasThirtyTwoBitsByTheRulesOfOldAlone) {
+  EXPECT_EQ(Within32(2147483647), 2147483647);
+  EXPECT_EQ(Within16(32767.4), 32767);
+  EXPECT_EQ(SwallowedNumber([] { Within32(2147483648); }), kOverflow);
+  EXPECT_EQ(SwallowedNumber([] { Within16(32768); }), kOverflow);
+  const ScopedRules rules({.widths = Widths::Ample});
+  EXPECT_EQ(Within32(4294967296.4), 4294967296);
+  EXPECT_EQ(Within16(-4294967296), -4294967296);
+  EXPECT_EQ(SwallowedNumber([] { Within32(std::uint64_t{1} << 63); }), kOverflow);
 }
 
 TEST(ToInt16, OverflowsOutOfRange) {

@@ -100,7 +100,7 @@ void PutBack(Session& session, const Target& target, const StandaloneItemPtr& it
   StdMail mail;
   mail.SetMailboxFile(target.mailbox);
   bool isFound = false;
-  Swallow([&] { isFound = ReadHeaderAt(mail, ToInt32(before)); });
+  Swallow([&] { isFound = ReadHeaderAt(mail, Within32(before)); });
   if (!isFound || !target.connector.HasRestored()) {
     throw AppError(ExitCode::Partly,
                    InWords(Phrase::AppendedInPart, {mailbox, text, std::to_string(before)}));

@@ -9,6 +9,7 @@
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Host/Connector.h"
 #include "Host/FileKeys.h"
 #include "Host/RecordKeys.h"
@@ -172,7 +173,10 @@ class StreamTally : public RunTally {
     }
   }
   // The mail at hand is kept, if it is; and it is to be marked at the end of its mailbox.
-  void NoteKept(KeptFolder folder) { atHand_.folder = std::move(folder); }
+  void NoteKept(KeptFolder folder) {
+    atHand_.folder = std::move(folder);
+    failures_.Delivered();
+  }
   void NoteToBeMarked() {
     if (!atHand_.folder.name.empty()) toBeMarked_.push_back(std::move(atHand_.folder));
   }
@@ -183,6 +187,9 @@ class StreamTally : public RunTally {
   bool IsWhole() const { return atHand_.isWhole; }
   bool HidesPlace() const { return atHand_.hidesPlace; }
   const MailPlace& Place() const { return atHand_.place; }
+
+  // Whether the next mail is to be tried after one that could not be kept at all.
+  bool GoesOn() { return failures_.GoesOn(); }
 
   // The mail at hand could not be kept. One that isn't whole is known as such already.
   void NoteLoss(const Cause& why) {
@@ -201,20 +208,22 @@ class StreamTally : public RunTally {
   AtHand atHand_;
   UnmovedFiles unmoved_;
   std::vector<KeptFolder> toBeMarked_;
+  DeliveryFailures failures_;
 };
 
-// Keeps the mail at hand, and notes why it isn't there whole. The record with its files where they are now.
-// What lets no mail be kept rises.
-std::string KeepOrNote(const StandaloneItem& item, const std::string& record, const fs::path& parent,
-                       StreamTally& tally) {
+// Keeps the mail at hand, and notes why it isn't there whole. Gives the item its files where they are now;
+// false if it isn't kept at all. What lets no mail be kept rises.
+bool KeepOrNote(StandaloneItem& item, const std::string& record, const fs::path& parent, StreamTally& tally) {
   try {
     KeptMail kept = Keep(item, record, parent, tally.TakeUnmoved());
     if (!kept.isWhole) tally.NoteLoss({.reason = "a file of the mail is gone"});
     tally.NoteKept(std::move(kept.folder));
-    return std::move(kept.record);
+    item.ImportRecord(kept.record);
+    return true;
   } catch (const Failure& failure) {
     tally.NoteLoss(failure.Why());
-    throw;
+    if (!tally.GoesOn()) throw;
+    return false;
   }
 }
 
@@ -256,7 +265,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
     for (std::string record; connector->SourceGetNext(record);) {
       StandaloneItem item;
       item.ImportRecord(record);
-      if (keep) item.ImportRecord(KeepOrNote(item, record, options.output, tally));
+      if (keep && !KeepOrNote(item, record, options.output, tally)) continue;
       Print(item, options);
       if (options.remove) Remove(*connector, tally);
       session.Output().CountMail();

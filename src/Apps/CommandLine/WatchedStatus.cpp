@@ -7,30 +7,24 @@
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Standalone/Phrases.h"
 
 namespace vorlent::app {
 
-namespace {
-
-constexpr std::string_view kStatusHeader = "x-mozilla-status:";
-
-}  // namespace
-
 WatchedStatus::WatchedStatus(const StandaloneItem& item) : file_(item.DataText(data_key::kSourceFile)) {
   Swallow([&] {
     LineFile file(file_, os::File::Mode::Read);
-    file.Seek(static_cast<std::uint64_t>(ParseInt32(item.DataText(data_key::kSourceOffset))) + 1);
+    file.Seek(static_cast<std::uint64_t>(Within32(ParseNumber(item.DataText(data_key::kSourceOffset)))) + 1);
     for (bool inHeader = true; inHeader && position_ == 0 && !file.AtEnd();) {
       const std::uint64_t start = file.Position();
       const std::string line(file.ReadLine());
       inHeader = !line.empty();
-      if (!LowerCase(line).starts_with(kStatusHeader)) continue;
+      if (!IsStatusLine(line)) continue;
       // An empty status has the line's last character for its digit.
-      const std::size_t value =
-          std::min(line.find_first_not_of(" \t", kStatusHeader.size()), line.size() - 1);
+      const std::size_t value = std::min(line.find_first_not_of(" \t", line.find(':') + 1), line.size() - 1);
       position_ = start + value;
       before_ = line.substr(value);
     }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "Component/Com/Face.h"
+#include "Common/Width.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "VorlentMozilla.h"  // made of the IDL file
 
@@ -44,7 +45,7 @@ class StdMailFace final : public Face<_StdMail, StdMail> {
     return Do([&] { Native().SetPercent(rhs); });
   }
   HRESULT STDMETHODCALLTYPE get_LineCount(LONG* result) override {
-    return Do([&] { At(result) = Native().LineCount(); });
+    return Do([&] { At(result) = ToInt32(Native().LineCount()); });
   }
   HRESULT STDMETHODCALLTYPE put_LineCount(LONG rhs) override {
     return Do([&] { Native().SetLineCount(rhs); });

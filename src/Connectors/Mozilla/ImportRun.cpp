@@ -10,7 +10,6 @@
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/FileKeys.h"
 #include "Host/HostObjects.h"
-#include "Platform/Files.h"
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -20,10 +19,6 @@ namespace {
 // The host's pane of structures, if the user has it open, else the one that shows them instead.
 std::int32_t TreePane(HostMainWindow& window) {
   return window.IsPaneShown(3) ? 3 : 2;
-}
-
-double SizeOf(const std::string& file) {
-  return static_cast<double>(os::FileLength(file));
 }
 
 }  // namespace
@@ -63,14 +58,14 @@ void ImportRun::Open() {
   host_.Report(report::kLog, title, nullptr);
   host_.SetProgressVisible(true);
   if (command_.tree) OpenTree();
-  // A file that isn't there ends the run here, before any mail was touched.
+  // A file that isn't there ends the run here, by the rules of old, before any mail was touched.
   for (const std::string& file : command_.mailboxes)
-    totalBytes_ += SizeOf(file);
+    totalBytes_ += MailRunTeller::SizeOf(file);
 }
 
 void ImportRun::ImportMailbox(std::int32_t position) {
   const std::string& file = command_.mailboxes[position - 1];
-  fileBytes_ = SizeOf(file);
+  fileBytes_ = MailRunTeller::SizeOf(file);
   host_.Report(report::kLog, " " + NowTimeText() + ": " + file, nullptr);
   itemsBefore_ = itemsDone_;
   startTime_ = SecondsSinceMidnight();
@@ -155,7 +150,7 @@ void ImportRun::TakeFiles(Item& item) {
 // Only once the stream is closed: the deletion opens the mailbox for itself.
 void ImportRun::DeleteImportedMails() {
   if (!deleteList_.empty()) teller_.MarkingBegins(mail_);
-  for (const std::int32_t offset : deleteList_)
+  for (const std::int64_t offset : deleteList_)
     teller_.Mark(mail_, offset);
 }
 

@@ -61,7 +61,7 @@ class ImportRun {
   // Of the mailbox at hand.
   double fileBytes_ = 0;
   std::string fileKeywords_;
-  std::deque<std::int32_t> deleteList_;  // offsets of the imported mails, with "action move" only
+  std::deque<std::int64_t> deleteList_;  // offsets of the imported mails, with "action move" only
   double startTime_ = 0;
   std::int32_t itemsBefore_ = 0;
 };

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Common/KeyedList.h"
 #include "Common/StdModul.h"
@@ -134,14 +135,18 @@ class LocationFrame : public Reading<Interface>,
   ItemPtr PasteItem(std::string_view import, bool conn) final {
     ItemPtr item;
     std::string bornAs;
-    Swallow([&] { item = NewItem(conn); });
-    Swallow([&] { bornAs = Require(item).ID(); });
-    Swallow([&] { Require(item).ImportRecord(import); });
-    Swallow([&] { FileUnderNewID(item, bornAs); });
-    if (conn) Swallow([&] { Pasted(item, import); });
-    Swallow([&] { Require(item).SetConnected(true); });
+    pasteLoss_ = {};
+    PasteStep([&] { item = NewItem(conn); });
+    PasteStep([&] { bornAs = Require(item).ID(); });
+    PasteStep([&] { Require(item).ImportRecord(import); });
+    PasteStep([&] { FileUnderNewID(item, bornAs); });
+    if (conn) PasteStep([&] { Pasted(item, import); });
+    PasteStep([&] { Require(item).SetConnected(true); });
     return item;
   }
+
+  // Why the item of the last paste isn't there whole, empty if it is.
+  const Cause& PasteLoss() const { return pasteLoss_; }
 
   bool DeleteItem(const ItemPtr& itm) final {
     if (IsNothing(itm)) return false;
@@ -196,7 +201,18 @@ class LocationFrame : public Reading<Interface>,
     itemStore_.Add(item, id);
   }
 
+  // The first failure is kept.
+  template <class Step>
+  void PasteStep(Step&& step) {
+    try {
+      std::forward<Step>(step)();
+    } catch (const Failure& failure) {
+      if (pasteLoss_.IsEmpty()) pasteLoss_ = failure.Why();
+    }
+  }
+
   LocationPtr locObject_;
+  Cause pasteLoss_;
   TreePtr tree_;
   KeyedList<ItemPtr> itemStore_;
 };

@@ -102,10 +102,10 @@ KeyedList<std::string> Location_FireFox::Discover(const BrowsePoint& point, std:
   return point.level == 1 ? GetProfiles(segment) : GetSubFolders(point.prefix, segment, point.profilePath);
 }
 
-// The entries are counted in 16 bits.
+// The entries are counted in 16 bits by the rules of old.
 void Location_FireFox::PasteLocations(const KeyedList<std::string>& entries, std::int32_t) {
   for (std::int32_t pos = 1; pos <= entries.Count(); ++pos) {
-    std::string entry = entries.Item(ToInt16(pos));
+    std::string entry = entries.Item(static_cast<std::int32_t>(Within16(pos)));
     const std::string text = CutLine(entry);
     const std::string address = CutLine(entry);
     std::string record;

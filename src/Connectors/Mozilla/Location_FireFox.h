@@ -93,7 +93,7 @@ class Location_FireFox final : public AddressedLocation<BookmarkConnector> {
   // --- Export (Location_FireFox_Export.cpp)
 
   // Writes the tree below a node: of each its children, then its items.
-  void SaveFolder(TextWriter& file, const TreePtr& node, std::int16_t level);
+  void SaveFolder(TextWriter& file, const TreePtr& node, std::int64_t level);
   // Writes everything in the order of the browser, and what has come into the tree since then behind that.
   void SaveOutline(TextWriter& file);
 

@@ -20,7 +20,7 @@ constexpr std::string_view kToolbarMark = "PERSONAL_TOOLBAR_FOLDER";
 // IDs of this kind carry base64 text after the three characters.
 constexpr std::string_view kEncodedID = "rdf";
 
-std::string Indent(std::int32_t level) {
+std::string Indent(std::int64_t level) {
   return std::string(static_cast<std::size_t>(level) * 4, ' ');
 }
 
@@ -142,7 +142,7 @@ void WriteHeader(TextWriter& file) {
 // A folder whose list is open in the file.
 struct OpenList {
   TreePtr node;
-  std::int16_t level;
+  std::int64_t level;
   std::string attributes;
   KeyedList<TreePtr> children;
   std::int32_t passed = 0;
@@ -164,7 +164,7 @@ std::string WriteHeading(TextWriter& file, const vorlent::Tree& node, const std:
 }
 
 // The folder's heading, unless it has no name, and the start of its list.
-OpenList BeginList(TextWriter& file, const TreePtr& node, std::int16_t level) {
+OpenList BeginList(TextWriter& file, const TreePtr& node, std::int64_t level) {
   const std::string indent = Indent(level);
   std::string attributes;
   const std::string text = node->Text();
@@ -191,7 +191,7 @@ void EndList(TextWriter& file, const OpenList& list) {
 
 // The folders above this level are the tree itself and the database's own root, which are no folders to a
 // browser.
-constexpr std::int16_t kFirstShownLevel = 2;
+constexpr std::int64_t kFirstShownLevel = 2;
 
 // What is to be written into a folder: one of these.
 struct Part {
@@ -274,7 +274,7 @@ class OutlineParts {
   const KeyedList<ItemPtr>& store_;
 };
 
-void BeginFolder(TextWriter& file, const Part& folder, std::int16_t level) {
+void BeginFolder(TextWriter& file, const Part& folder, std::int64_t level) {
   const std::string indent = Indent(level);
   if (level >= kFirstShownLevel || !folder.title.empty())
     WriteHeading(file, *folder.folder, folder.title, indent);
@@ -282,7 +282,7 @@ void BeginFolder(TextWriter& file, const Part& folder, std::int16_t level) {
   file.WriteLine("<DL><p>");
 }
 
-void EndFolder(TextWriter& file, std::int16_t level) {
+void EndFolder(TextWriter& file, std::int64_t level) {
   file.Write(Indent(level));
   file.WriteLine("</DL><p>");
 }
@@ -312,7 +312,7 @@ void Location_FireFox::SaveOutline(TextWriter& file) {
   const OutlineParts parts(outline_, ItemStore());
   std::vector<OpenFolder> folders;
   const auto enter = [&](const Part& folder) {
-    BeginFolder(file, folder, ToInt16(folders.size()));
+    BeginFolder(file, folder, Within16(folders.size()));
     folders.push_back({parts.Of(folder)});
   };
   enter({.folder = Tree(), .outlined = 0});
@@ -320,11 +320,11 @@ void Location_FireFox::SaveOutline(TextWriter& file) {
     OpenFolder& folder = folders.back();
     if (folder.passed == folder.parts.size()) {
       folders.pop_back();
-      EndFolder(file, ToInt16(folders.size()));
+      EndFolder(file, Within16(folders.size()));
       continue;
     }
     const Part part = folder.parts[folder.passed++];
-    const std::string indent = Indent(static_cast<std::int32_t>(folders.size()));
+    const std::string indent = Indent(static_cast<std::int64_t>(folders.size()));
     if (part.folder != nullptr) {
       enter(part);
     } else if (part.bookmark != nullptr) {
@@ -335,14 +335,14 @@ void Location_FireFox::SaveOutline(TextWriter& file) {
   }
 }
 
-void Location_FireFox::SaveFolder(TextWriter& file, const TreePtr& node, std::int16_t level) {
+void Location_FireFox::SaveFolder(TextWriter& file, const TreePtr& node, std::int64_t level) {
   std::vector<OpenList> lists;
   lists.push_back(BeginList(file, node, level));
   while (!lists.empty()) {
     OpenList& list = lists.back();
     if (list.passed < list.children.Count()) {
       const TreePtr child = list.children.Item(++list.passed);
-      lists.push_back(BeginList(file, child, ToInt16(list.level + 1)));
+      lists.push_back(BeginList(file, child, Within16(list.level + 1)));
     } else {
       EndList(file, list);
       lists.pop_back();

@@ -8,6 +8,7 @@
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Host/RecordKeys.h"
 #include "Platform/Rules.h"
@@ -26,20 +27,20 @@ constexpr int kOutOfStackSpace = 28;
 
 constexpr std::int16_t kMicrosecondDigits = 6;
 
-std::string FoldersIn(std::int32_t id) {
+std::string FoldersIn(std::int64_t id) {
   return "SELECT id, title FROM moz_bookmarks WHERE parent=" + std::to_string(id) +
          " AND type=2 ORDER BY position";
 }
 
-std::string EverythingIn(std::int32_t id) {
+std::string EverythingIn(std::int64_t id) {
   return "SELECT moz_bookmarks.id, moz_bookmarks.type, moz_bookmarks.title, moz_places.url, "
          "moz_bookmarks.dateAdded, moz_bookmarks.lastModified FROM moz_bookmarks OUTER LEFT JOIN moz_places "
          "ON moz_bookmarks.fk=moz_places.id WHERE moz_bookmarks.parent=" +
          std::to_string(id) + " ORDER BY moz_bookmarks.position";
 }
 
-std::int32_t IdOf(const SqliteRow& row) {
-  return ToInt32(ReadNumber(row.Item(1)));
+std::int64_t IdOf(const SqliteRow& row) {
+  return Within32(ReadNumber(row.Item(1)));
 }
 
 // A walk over a folder and all folders below it that are to be entered, each read by a statement of its own.
@@ -56,25 +57,44 @@ class FolderWalk {
 
   FolderWalk(qzelSQLite& database, Visitor& visitor) : database_(database), visitor_(visitor) {}
 
-  // False if a statement failed.
-  bool Run(std::int32_t id, Place place) {
+  // False if a statement failed; by the rules of today, only that of the top folder.
+  bool Run(std::int64_t id, Place place) {
     if (!Enter(id, std::move(place))) return false;
     while (!folders_.empty()) {
       Folder& folder = folders_.back();
       const SqliteRow* row = folder.NextRow();
       if (row == nullptr) {
         Leave();
-      } else if (std::optional<Place> below = visitor_.Visit(folder.place, *row)) {
-        if (!Enter(IdOf(*row), *std::move(below))) return false;
+      } else if (!(BrokenItemsAreNamed() ? TakeOrTell(folder.place, *row) : Take(folder.place, *row))) {
+        return false;
       }
     }
     return true;
   }
 
  private:
+  bool Take(const Place& place, const SqliteRow& row) {
+    std::optional<Place> below = visitor_.Visit(place, row);
+    return !below || Enter(IdOf(row), *std::move(below));
+  }
+
+  // What can't be read is told, and the walk goes on.
+  bool TakeOrTell(const Place& place, const SqliteRow& row) {
+    const auto tell = [&](const std::string& reason) {
+      frame::ReportUnreadable({database_.file, "Lesezeichen " + std::string(row.Item(1)) + " '" +
+                                                   Utf8Decode(row.Item("title")) + "': " + reason});
+    };
+    try {
+      if (!Take(place, row)) tell(database_.LastError());
+    } catch (const Failure& failure) {
+      tell(failure.Reason());
+    }
+    return true;
+  }
+
   // A folder that the walk stands in holds its rows while those below it are read.
   struct Folder {
-    std::int32_t id;
+    std::int64_t id;
     Place place;
     std::shared_ptr<const KeyedList<SqliteRow>> rows;
     std::int32_t passed = 0;
@@ -84,7 +104,7 @@ class FolderWalk {
   };
 
   // A folder that the walk stands in already raises: a damaged table would lead round in a circle for ever.
-  bool Enter(std::int32_t id, Place place) {
+  bool Enter(std::int64_t id, Place place) {
     if (!database_.execute(Visitor::Statement(id))) return false;
     if (!ids_.insert(id).second) {
       throw Failure(kOutOfStackSpace, "moz_bookmarks: folder " + std::to_string(id) + " lies within itself");
@@ -101,7 +121,7 @@ class FolderWalk {
   qzelSQLite& database_;
   Visitor& visitor_;
   std::vector<Folder> folders_;  // the innermost last: a stack of its own, so that no depth is too great
-  std::unordered_set<std::int32_t> ids_;
+  std::unordered_set<std::int64_t> ids_;
 };
 
 bool TitlesAreWhole() {
@@ -159,7 +179,7 @@ std::string TitleValue(std::string_view title) {
 std::string DisplayDate(std::string_view microseconds) {
   std::string seconds(microseconds);
   DropRight(seconds, kMicrosecondDigits);
-  std::string stamp = EpochToStamp(ToInt32(ReadNumber(seconds)));
+  std::string stamp = EpochToStamp(Within32(ReadNumber(seconds)));
   return StampToDisplay(stamp);
 }
 
@@ -193,7 +213,7 @@ class SubFolderSearch {
                   std::string_view current)
       : list_(list), target_(target), token_(token), address_(current) {}
 
-  static std::string Statement(std::int32_t id) { return FoldersIn(id); }
+  static std::string Statement(std::int64_t id) { return FoldersIn(id); }
 
   std::optional<Place> Visit(const Place& at, const SqliteRow& row) {
     address_.resize(at.addressLength);
@@ -221,7 +241,7 @@ class SubFolderSearch {
 class BookmarkReading {
  public:
   struct Place {
-    std::int16_t level;
+    std::int64_t level;
     TreePtr node;
     std::size_t keywordsLength;
     std::string_view token;  // the only title that is followed, "" for all
@@ -232,15 +252,15 @@ class BookmarkReading {
   BookmarkReading(Location_FireFox& connector, BookmarkOutline& outline, std::string_view keywords)
       : connector_(connector), outline_(outline), keywords_(keywords) {}
 
-  static std::string Statement(std::int32_t id) { return EverythingIn(id); }
+  static std::string Statement(std::int64_t id) { return EverythingIn(id); }
 
   // The place of a folder in which all titles are followed.
-  Place Top(std::int16_t level, const TreePtr& node, std::string_view path) const {
+  Place Top(std::int64_t level, const TreePtr& node, std::string_view path) const {
     return {level, node, keywords_.size(), "", path, 0};
   }
 
   // The place of a folder in which the first step of the path is followed.
-  Place OnPath(std::int16_t level, const TreePtr& node, std::string_view path, std::size_t outlined) const {
+  Place OnPath(std::int64_t level, const TreePtr& node, std::string_view path, std::size_t outlined) const {
     const std::size_t end = std::min(path.find('/'), path.size());
     return {level,   node, keywords_.size(), path.substr(0, end), path.substr(std::min(end + 1, path.size())),
             outlined};
@@ -253,6 +273,7 @@ class BookmarkReading {
     if (row_.type == kBookmark && isWanted && !(row_.title.empty() && row_.url.empty())) {
       WriteUrlRecord(record_, row_, keywords_);
       outline_.AddBookmark(at.outlined, fields.Item(3), connector_.PasteItem(record_, false));
+      if (BrokenItemsAreNamed()) RequirePasted();
     } else if (row_.type == kSeparatorRow && isWanted) {
       outline_.AddSeparator(at.outlined);
     } else if (row_.type == kFolder && (at.token.empty() || at.token == row_.title)) {
@@ -260,12 +281,17 @@ class BookmarkReading {
       if (!keywords_.empty()) keywords_ += ',';
       keywords_ += row_.title;
       const std::size_t outlined = outline_.AddFolder(at.outlined, fields.Item(3), child);
-      return OnPath(ToInt16(at.level + 1), child, at.path, outlined);
+      return OnPath(Within16(at.level + 1), child, at.path, outlined);
     }
     return std::nullopt;
   }
 
  private:
+  void RequirePasted() const {
+    const Cause& loss = connector_.PasteLoss();
+    if (!loss.IsEmpty()) throw Failure(static_cast<int>(ErrorNumber::Host), loss);
+  }
+
   Location_FireFox& connector_;
   BookmarkOutline& outline_;
   std::string keywords_;  // of the innermost folder

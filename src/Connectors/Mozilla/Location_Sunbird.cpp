@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Common/StdTime.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/CalendarFiles.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
@@ -248,7 +249,7 @@ void Location_Sunbird::PasteRow(HostRecordset& row, const std::string& name, Mak
   try {
     record = makeRecord();
   } catch (const Failure& failure) {
-    if (CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+    if (!BrokenItemsAreNamed()) throw;
     const std::string id = row.Field("id");
     frame::ReportUnreadable(
         {databaseFile_, "Kalender '" + name + "', ID " + id + ": " + failure.Reason(), failure.Why().hint});

@@ -62,7 +62,7 @@ bool Location_Thunderbird::Withdraw(const ItemPtr& item) {
   const auto mail = GetMailObject();
   const std::string file = item->DataText(data_key::kSourceFile);
   mail->SetMailboxFile(file);
-  const std::int32_t offset = ToInt32(ReadNumber(item->DataText(data_key::kSourceOffset)));
+  const std::int64_t offset = Within32(ReadNumber(item->DataText(data_key::kSourceOffset)));
   const RecordedMail recorded(*item);
   // An item without a mailbox has no mail that could have gone from there, and raises.
   if (recorded.IsKnown() && !file.empty()) {
@@ -93,7 +93,7 @@ std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view k
       attachment = ToInt16(ReadNumber(CutToken(name, "_")));
     }
     mail->SetMailboxFile(file);
-    mail->SaveAttachmentFile(target, ToInt32(ReadNumber(offset)), attachment, item.Date());
+    mail->SaveAttachmentFile(target, Within32(ReadNumber(offset)), attachment, item.Date());
   }
   SetWaitCursor(true);
   return target;

@@ -81,6 +81,7 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   void ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit);
   void ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit);
   void ReadMailbox(const Place& mailbox, Visit visit);
+  void CountExpunged(const StdMail& mail);
   std::string WithIdOfItsOwn(std::string record);
 
   // A new reader; all of one connector share its temporary folder.
@@ -95,6 +96,8 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   std::string tempFolder_;                                   // "" until first needed
   FolderTrail trail_;                                        // of the present walk
   std::unordered_map<std::string, std::int32_t> mailsOfId_;  // how many were read, by the ID in lower case
+  // As mailsOfId_, the expunged ones of the mailbox at hand that no mail of their ID has followed.
+  std::unordered_map<std::string, std::int32_t> expungedOfId_;
   // The mailboxes found by InitLocation, and the address of each.
   KeyedList<std::string> mailFiles_;
   KeyedList<std::string> mailAddresses_;

@@ -2,6 +2,7 @@
 
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
 #include "Connectors/Mozilla/RecordedMail.h"
@@ -42,7 +43,7 @@ std::string WithoutSubfolderSuffix(std::string_view name) {
   return std::string(name);
 }
 
-void ReportUnread(const StdMail& mail, std::int32_t offset, const Cause& why) {
+void ReportUnread(const StdMail& mail, std::int64_t offset, const Cause& why) {
   frame::ReportUnreadable(
       {mail.MailboxFile(), "Mail an Stelle " + NumberText(offset) + ": " + why.reason, why.hint});
 }
@@ -52,9 +53,19 @@ void TellBroken(const StdMail& mail) {
     ReportUnread(mail, offset, why);
 }
 
+// Whether the mails of one ID are items of their own.
+bool IdsAreNumbered() {
+  return CurrentRules().equalIds == EqualIds::Numbered;
+}
+
+// A mail that is no item, or not a whole one, by the rules of today.
+void TellLost(const StdMail& mail, const Cause& why) {
+  if (BrokenItemsAreNamed() && !why.IsEmpty()) ReportUnread(mail, mail.Ledger().offset, why);
+}
+
 // Of a mailbox that can't be read to its end, by the rules of today.
 void TellUnreadRest(const StdMail& mail) {
-  if (CurrentRules().brokenMails == BrokenMails::EndTheRun || mail.Ledger().IsWhole()) return;
+  if (!BrokenItemsAreNamed() || mail.Ledger().IsWhole()) return;
   ReportUnread(mail, mail.Ledger().offset, mail.Ledger().loss);
 }
 
@@ -69,7 +80,7 @@ bool OpenToRead(StdMail& mail) {
     mail.InitStream(0);
     return true;
   } catch (const Failure& failure) {
-    if (CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+    if (!BrokenItemsAreNamed()) throw;
     frame::ReportUnreadable(failure.Why());
     return false;
   }
@@ -269,11 +280,15 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   if (!FileExists(mailbox.dir) || FolderExists(mailbox.dir)) return;
   HostGlobal& host = HostObjects::Current().Global();
   mail->SetMailboxFile(mailbox.dir);
+  mail->NoteExpunged(IdsAreNumbered());
+  expungedOfId_.clear();
   if (!OpenToRead(*mail)) return;
   host.Report(report::kProgress, "0/100:Thunderbird " + mailbox.dir, nullptr);
   while (mail->ReadHeader(false, true)) {
     TellBroken(*mail);
+    CountExpunged(*mail);
     PasteItem(WithIdOfItsOwn(mail->GetData(mailbox.keywords, false)), false);
+    TellLost(*mail, PasteLoss());
     host.Report(report::kProgress, NumberText(mail->Percent() * 100), nullptr);
   }
   TellBroken(*mail);
@@ -281,12 +296,19 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   host.Report(report::kProgress, "", nullptr);
 }
 
+void Location_Thunderbird::CountExpunged(const StdMail& mail) {
+  for (const std::string& id : mail.Ledger().expungedIds)
+    ++expungedOfId_[LowerCase(id)];
+}
+
 // The record with an ID that no item of the Location has. The ID is the record's first field.
 std::string Location_Thunderbird::WithIdOfItsOwn(std::string record) {
-  if (CurrentRules().equalIds == EqualIds::Replace) return record;
+  if (!IdsAreNumbered()) return record;
   const std::size_t begin = record_key::kId.size() + 1;
   const std::string id = record.substr(begin, record.find('|') - begin);
   std::int32_t& number = mailsOfId_[LowerCase(id)];
+  // A number stays with its mail when one before it in the mailbox is marked as deleted.
+  if (const auto expunged = expungedOfId_.extract(LowerCase(id))) number += expunged.mapped();
   std::string own;
   do {
     own = NumberedId(id, ++number);

@@ -19,7 +19,7 @@ struct MailLedger {
 
   // Its zero-based offset in the mailbox, or that of the one that could not be read; or from where on the
   // mailbox could not be read.
-  std::int32_t offset = 0;
+  std::int64_t offset = 0;
 
   // It has a header Address of its own, under which ReadHeader notes the offset: what goes by that header
   // takes another place in the mailbox for the mail's.
@@ -40,10 +40,13 @@ struct MailLedger {
 
   // Mails before it that ReadHeader could not read and passed over.
   struct BrokenMail {
-    std::int32_t offset;
+    std::int64_t offset;
     Cause why;
   };
   std::vector<BrokenMail> broken;
+
+  // The IDs of the mails before it that ReadHeader passed over as expunged, if they are noted.
+  std::vector<std::string> expungedIds;
 
   // --- The mailbox, since it was opened
 

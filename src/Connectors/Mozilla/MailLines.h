@@ -52,6 +52,9 @@ class MailLines {
   // How many bytes the end of the line read last counts for, as LineFile tells.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
 
+  // Whether the line read last is a piece, and more of it comes.
+  bool LineGoesOn() { return lineEndLength_ == 0 && !AtEnd(); }
+
   // The line after the one read last, which it stays, held; nothing at the end.
   std::optional<std::string_view> Peek();
 

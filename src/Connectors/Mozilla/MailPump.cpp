@@ -8,7 +8,6 @@
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/HostObjects.h"
-#include "Platform/Files.h"
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -33,10 +32,6 @@ void WithLog(Reports&& reports) {
 
 void Report(std::int32_t code, std::string_view text) {
   Host().Report(code, text, nullptr);
-}
-
-double FileSize(const std::string& file) {
-  return static_cast<double>(os::FileLength(file));
 }
 
 }  // namespace
@@ -86,7 +81,7 @@ void MailPump::Start() {
   mail_ = source_.makeReader();
   totalBytes_ = 0;
   for (const std::string& file : source_.files)
-    totalBytes_ += FileSize(file);
+    totalBytes_ += MailRunTeller::SizeOf(file);
 }
 
 void MailPump::End() {
@@ -103,7 +98,7 @@ void MailPump::End() {
 void MailPump::OpenMailbox() {
   needsMailbox_ = false;
   const std::string& file = source_.files.Item(index_);
-  fileBytes_ = FileSize(file);
+  fileBytes_ = MailRunTeller::SizeOf(file);
   count_ = delivered_;
   seconds_ = SecondsSinceMidnight();
   WithLog([&] {
@@ -136,7 +131,7 @@ void MailPump::FinishMailbox() {
 void MailPump::MarkNoted() {
   if (!noted_.empty()) source_.teller.MarkingBegins(*mail_);
   for (const double place : noted_)
-    source_.teller.Mark(*mail_, ToInt32(place));
+    source_.teller.Mark(*mail_, Within32(place));
 }
 
 void MailPump::ReportProgress(double bytes) const {

@@ -3,12 +3,12 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/MailRunObserver.h"
 #include "Platform/Failure.h"
-#include "Platform/Rules.h"
+#include "Platform/Files.h"
 
 namespace vorlent {
 
@@ -26,46 +26,45 @@ class MailRunTeller {
     try {
       mail.InitStream(0);
     } catch (const Failure& failure) {
-      if (CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+      if (!BrokenItemsAreNamed()) throw;
       Observer().MailFailed({mail.MailboxFile(), 0}, failure.Why());
     }
   }
 
+  // The size of a mailbox of a run. By the rules of today one that isn't there has none, and is told when it
+  // is opened.
+  static double SizeOf(const std::string& mailbox) {
+    double size = 0;
+    const auto measure = [&] { size = static_cast<double>(os::FileLength(mailbox)); };
+    BrokenItemsAreNamed() ? static_cast<void>(Swallow(measure)) : measure();
+    return size;
+  }
+
   // Reads the next mail and runs what delivers it; false at the end of the mailbox, or if it can't be read
-  // on. Any other failure rises.
+  // on. Any other failure rises; by the rules of today a mail that can't be delivered is passed over, unless
+  // too many are in a row.
   template <class Deliver>
   bool DeliverNext(StdMail& mail, bool saveattachments, Deliver&& deliver) const {
-    const std::int32_t& expunged = mail.Ledger().expungedCount;
-    std::int32_t expungedTold = expunged;
-    const auto tellExpunged = [&] {
-      const std::int32_t count = expunged - std::exchange(expungedTold, expunged);
-      if (count > 0) Observer().MailsExpunged(count);
-    };
-    bool found = false;
-    try {
-      found = mail.ReadHeader(saveattachments, true);
-      tellExpunged();
-      TellBroken(mail);
-      if (found) std::forward<Deliver>(deliver)();
-    } catch (const Failure& failure) {
-      tellExpunged();
-      if (!found) TellBroken(mail);
-      Observer().MailFailed(PlaceOf(mail), failure.Why());
-      throw;
-    }
-    if (found) {
+    while (FindNext(mail, saveattachments)) {
+      try {
+        deliver();
+      } catch (const Failure& failure) {
+        Observer().MailFailed(PlaceOf(mail), failure.Why());
+        if (!failures_.GoesOn()) throw;
+        continue;
+      }
+      failures_.Delivered();
       TellDelivered(mail);
-    } else {
-      TellLoss(mail);
+      return true;
     }
-    return found;
+    return false;
   }
 
   // Before the first mail of a mailbox is marked as deleted.
   void MarkingBegins(const StdMail& mail) const { Observer().MarkingBegins(mail.MailboxFile()); }
   // Marks a mail of the reader's mailbox as deleted, in the way of DeleteMail.
   template <class... IsWanted>
-  void Mark(StdMail& mail, std::int32_t offset, const IsWanted&... isWanted) const {
+  void Mark(StdMail& mail, std::int64_t offset, const IsWanted&... isWanted) const {
     const Marking result = mail.DeleteMail(offset, isWanted...);
     if (result != Marking::Marked) Observer().MailNotMarked({mail.MailboxFile(), offset}, result);
   }
@@ -80,6 +79,26 @@ class MailRunTeller {
   MailRunObserver& Observer() const {
     static MailRunObserver nobody;
     return observer_ == nullptr ? nobody : *observer_;
+  }
+
+  bool FindNext(StdMail& mail, bool saveattachments) const {
+    const std::int32_t& expunged = mail.Ledger().expungedCount;
+    const std::int32_t expungedBefore = expunged;
+    const auto tellPassedOver = [&] {
+      if (expunged > expungedBefore) Observer().MailsExpunged(expunged - expungedBefore);
+      TellBroken(mail);
+    };
+    bool found = false;
+    try {
+      found = mail.ReadHeader(saveattachments, true);
+    } catch (const Failure& failure) {
+      tellPassedOver();
+      Observer().MailFailed(PlaceOf(mail), failure.Why());
+      throw;
+    }
+    tellPassedOver();
+    if (!found) TellLoss(mail);
+    return found;
   }
 
   // One that isn't there whole counts as failed.
@@ -98,6 +117,7 @@ class MailRunTeller {
   }
 
   MailRunObserver* observer_ = nullptr;
+  mutable DeliveryFailures failures_;
 };
 
 }  // namespace vorlent

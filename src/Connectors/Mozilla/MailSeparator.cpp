@@ -77,6 +77,8 @@ bool IsEnvelopeSeparator(std::string_view line) {
 
 bool ContinuesHeader(const std::optional<std::string_view>& line) {
   if (!line || line->empty()) return true;
+  // RFC 976: a host that passes a mail on quotes the separator of the one before.
+  if (line->starts_with('>') && IsEnvelopeSeparator(line->substr(1))) return true;
   // RFC 5322: a field begins with a name of printable characters and a colon. Blanks may come between, as of
   // old.
   const std::size_t colon = line->find(':');

@@ -19,7 +19,37 @@ std::string_view LastingPart(std::string_view line) {
   return line;
 }
 
+// Pieces of a number, the lowest first.
+template <std::size_t kCount>
+std::array<std::uint16_t, kCount> PiecesOf(std::uint64_t number) {
+  std::array<std::uint16_t, kCount> pieces;
+  for (std::uint16_t& piece : pieces) {
+    piece = static_cast<std::uint16_t>(number);
+    number >>= 16;
+  }
+  return pieces;
+}
+
+template <std::size_t kCount>
+std::uint64_t WholeOf(const std::array<std::uint16_t, kCount>& pieces) {
+  std::uint64_t number = 0;
+  for (std::size_t i = kCount; i > 0; --i)
+    number = number << 16 | pieces[i - 1];
+  return number;
+}
+
 }  // namespace
+
+ReadMails::Mail::Mail(std::int64_t at, std::uint64_t hashOfBlock)
+    : offset(PiecesOf<3>(static_cast<std::uint64_t>(at))), hash(PiecesOf<4>(hashOfBlock)) {}
+
+std::int64_t ReadMails::Mail::Offset() const {
+  return static_cast<std::int64_t>(WholeOf(offset));
+}
+
+std::uint64_t ReadMails::Mail::Hash() const {
+  return WholeOf(hash);
+}
 
 void HeaderBlockHash::Add(std::string_view line) {
   if (IsContinuation(line)) {
@@ -36,29 +66,29 @@ std::uint64_t HeaderBlockHash::End(bool isWhole) {
   return hash_.Value();
 }
 
-void ReadMails::Add(std::int32_t offset, std::uint64_t hash) {
+void ReadMails::Add(std::int64_t offset, std::uint64_t hash) {
   if (last_ && last_->offset == offset) last_.reset();
-  const Mail mail = {offset, static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(hash >> 32)};
+  const Mail mail(offset, hash);
   // Nearly always, as a mailbox is read from front to back.
-  if (mails_.empty() || mails_.back().offset < offset) {
+  if (mails_.empty() || mails_.back().Offset() < offset) {
     mails_.push_back(mail);
     return;
   }
-  const auto at = std::ranges::lower_bound(mails_, offset, {}, &Mail::offset);
-  if (at->offset == offset) {
+  const auto at = std::ranges::lower_bound(mails_, offset, {}, &Mail::Offset);
+  if (at->Offset() == offset) {
     *at = mail;
   } else {
     mails_.insert(at, mail);
   }
 }
 
-std::optional<std::uint64_t> ReadMails::HashAt(std::int32_t offset) const {
-  const auto at = std::ranges::lower_bound(mails_, offset, {}, &Mail::offset);
-  if (at == mails_.end() || at->offset != offset) return std::nullopt;
-  return std::uint64_t{at->high} << 32 | at->low;
+std::optional<std::uint64_t> ReadMails::HashAt(std::int64_t offset) const {
+  const auto at = std::ranges::lower_bound(mails_, offset, {}, &Mail::Offset);
+  if (at == mails_.end() || at->Offset() != offset) return std::nullopt;
+  return at->Hash();
 }
 
-bool ReadMails::StillStands(LineFile& mailbox, std::int32_t offset) const {
+bool ReadMails::StillStands(LineFile& mailbox, std::int64_t offset) const {
   if (mailbox.AtEnd()) return false;
   HeaderBlockHash block;
   std::string_view line = mailbox.ReadLine();

@@ -1,6 +1,7 @@
 // How a reader knows the mails again that it has read.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -31,33 +32,36 @@ class ReadMails {
  public:
   // A mail that ended with the mailbox when it was read.
   struct LastMail {
-    std::int32_t offset;
+    std::int64_t offset;
     std::uint64_t bodySize;  // in bytes
     bool endsWithEmptyLine;
   };
 
   // A mail read again is known by its later hash, and isn't the last one until that is noted again.
-  void Add(std::int32_t offset, std::uint64_t hash);
+  void Add(std::int64_t offset, std::uint64_t hash);
   void NoteLast(const LastMail& mail) { last_ = mail; }
 
-  bool Knows(std::int32_t offset) const { return HashAt(offset).has_value(); }
+  bool Knows(std::int64_t offset) const { return HashAt(offset).has_value(); }
   // Nothing for an offset at which no mail was read.
-  std::optional<std::uint64_t> HashAt(std::int32_t offset) const;
+  std::optional<std::uint64_t> HashAt(std::int64_t offset) const;
 
   // Whether the mail that was read at the offset is the one that begins at the mailbox's present position,
   // and is no longer than it was.
-  bool StillStands(LineFile& mailbox, std::int32_t offset) const;
+  bool StillStands(LineFile& mailbox, std::int64_t offset) const;
 
  private:
   static bool HasGrown(const LastMail& mail, LineFile& mailbox);
 
-  // The hash in halves, as one piece would take 16 bytes with its alignment.
+  // Both in pieces, as numbers of 64 bits would take 16 bytes. No file is too large for the offset's 48 bits.
   struct Mail {
-    std::int32_t offset;
-    std::uint32_t low;
-    std::uint32_t high;
+    Mail(std::int64_t at, std::uint64_t hashOfBlock);
+    std::int64_t Offset() const;
+    std::uint64_t Hash() const;
+
+    std::array<std::uint16_t, 3> offset;
+    std::array<std::uint16_t, 4> hash;
   };
-  static_assert(sizeof(Mail) == 12);
+  static_assert(sizeof(Mail) == 14);
 
   // By offset. A deque has no spare room as large as what it holds.
   std::deque<Mail> mails_;

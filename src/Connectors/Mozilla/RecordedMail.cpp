@@ -73,8 +73,8 @@ Standing StandingOf(const Item& item) {
   const RecordedMail recorded(item);
   StdMail mail;
   mail.SetMailboxFile(file);
-  std::int32_t offset = 0;
-  if (Swallow([&] { offset = ParseInt32(item.DataText(data_key::kSourceOffset)); })) {
+  std::int64_t offset = 0;
+  if (Swallow([&] { offset = Within32(ParseNumber(item.DataText(data_key::kSourceOffset))); })) {
     const bool isThere = ReadHeaderAt(mail, offset) && !mail.Ledger().hidesOffset && recorded.Is(mail);
     if (!mail.Ledger().IsWhole()) throw Failure(static_cast<int>(ErrorNumber::DeviceIo), mail.Ledger().loss);
     if (isThere) return Standing::AtItsPlace;

@@ -53,6 +53,14 @@ std::string_view StdMail::ReadStreamLine() {
   return line;
 }
 
+void StdMail::WriteStreamLine(TextWriter& file, std::string_view line) {
+  if (lines_.LineGoesOn()) {
+    file.Write(line);
+  } else {
+    file.WriteLine(line);
+  }
+}
+
 void StdMail::ResetMailScan() {
   lastLineEmpty_ = true;
   atStreamStart_ = true;
@@ -116,10 +124,21 @@ bool StdMail::FindNextSeparator(std::string_view& line) {
   return false;
 }
 
+namespace {
+
+// The status in a line that is looked at ahead. By the rules of old a blank after the colon is taken for
+// granted.
+std::int32_t StatusAhead(std::string_view line) {
+  if (FirstStatusCounts()) return ReadStatus(line);
+  constexpr std::string_view kBeforeDigits = "x-mozilla-status: ";
+  return ReadHexNumber(line.substr(std::min(line.size(), kBeforeDigits.size())));
+}
+
+}  // namespace
+
 // Reads header lines up to the status line, which are kept, and returns the status; or up to an empty line,
 // and returns 0.
 std::int32_t StdMail::LookForStatus() {
-  constexpr std::string_view kStatus = "x-mozilla-status:";
   const bool keepsEnd = CurrentRules().readAhead == ReadAhead::Keeps;
   while (!IsStreamDone()) {
     const std::string_view line = ReadStreamLine();
@@ -128,10 +147,7 @@ std::int32_t StdMail::LookForStatus() {
     if (IsLastLineLost()) return 0;
     lines_.Keep();
     if (isEnd) return 0;
-    if (BeginsNoCase(line, kStatus)) {
-      const std::size_t digits = std::min(line.size(), kStatus.size() + 1);
-      return ReadHexNumber(line.substr(digits));
-    }
+    if (IsStatusLine(line)) return StatusAhead(line);
   }
   return 0;
 }

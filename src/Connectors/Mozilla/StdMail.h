@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Common/KeyedList.h"
+#include "Common/TextWriter.h"
 #include "Connectors/Mozilla/MailLedger.h"
 #include "Connectors/Mozilla/MailLines.h"
 #include "Connectors/Mozilla/MailSeparator.h"
@@ -31,8 +32,8 @@ bool& NoThunderbirdCheck();
 // (MailSeparator.h) at the beginning of the stream or after an empty line. Mails whose X-Mozilla-Status has
 // the bit of value 8 are skipped.
 //
-// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). Mailboxes above
-// 2 GB can't be read: a position beyond that raises Overflow.
+// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). By the rules of old a position
+// above 2 GB raises Overflow.
 class StdMail : public Object {
  public:
   using TextList = KeyedList<std::string>;
@@ -61,8 +62,8 @@ class StdMail : public Object {
   void SetPercent(double percent) { percent_ = percent; }
 
   // Lines read for the current mail by ReadHeader, those of expunged mails before it included.
-  std::int32_t LineCount() const { return lineCount_; }
-  void SetLineCount(std::int32_t count) { lineCount_ = count; }
+  std::int64_t LineCount() const { return lineCount_; }
+  void SetLineCount(std::int64_t count) { lineCount_ = count; }
 
   // Size of the current mail in bytes as ReadHeader counted it.
   double ReadCount() const { return readCount_; }
@@ -107,6 +108,9 @@ class StdMail : public Object {
   // Moves `bodyfile` to `file`; without one writes headers, an empty line and body lines to it.
   void SaveMail(std::string_view file, std::string_view bodyfile) const;
 
+  // Whether ReadHeader is to note the IDs of the mails that it passes over as expunged.
+  void NoteExpunged(bool note) { notesExpunged_ = note; }
+
   // Display text of the mail's date.
   std::string GetDate() const;
 
@@ -118,7 +122,7 @@ class StdMail : public Object {
 
   // Brings the mail at a zero-based offset out of the mailbox as `file`; `attach` as in InitStream. `dat` is
   // the display text of the file's time. An offset beyond the end leaves no file.
-  void SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
+  void SaveAttachmentFile(std::string_view file, std::int64_t offset, std::int16_t attach,
                           std::string_view dat);
 
   // Marks the mail at a zero-based offset as expunged by changing one digit in place, and deletes the
@@ -131,7 +135,7 @@ class StdMail : public Object {
   //
   // A mailbox that can't be opened raises, or, by the rules of today, tells that it is read-only; later
   // failures to read and write are swallowed.
-  Marking DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted = nullptr);
+  Marking DeleteMail(std::int64_t offset, const std::function<bool()>& isWanted = nullptr);
 
   // The item record of the mail read last. `kw` is the text of its keywords, in record form;
   // `saveattachments` as given to ReadHeader. Moves attachments to their own names. Never raises.
@@ -153,7 +157,7 @@ class StdMail : public Object {
   const MailLedger& Ledger() const { return ledger_; }
 
  private:
-  friend bool ReadHeaderAt(StdMail& mail, std::int32_t offset);
+  friend bool ReadHeaderAt(StdMail& mail, std::int64_t offset);
   class HeaderReader;
   class StreamReader;
   class RecordWriter;
@@ -164,10 +168,12 @@ class StdMail : public Object {
 
   void OpenStream(os::File::Mode mode);
   bool ReadMailHere(Expunged expunged);
-  Marking LookForWanted(std::int32_t offset, const std::function<bool()>& isWanted);
-  Marking MarkAt(std::int32_t offset);
+  Marking LookForWanted(std::int64_t offset, const std::function<bool()>& isWanted);
+  Marking MarkAt(std::int64_t offset);
   bool IsStreamDone();
   std::string_view ReadStreamLine();
+  // Writes the line read last, without an end of its own if more of it comes.
+  void WriteStreamLine(TextWriter& file, std::string_view line);
   void ResetMailScan();
   // Whether a mail begins on the line read last, which may lie elsewhere then. Asked for every line of a
   // mailbox.
@@ -197,9 +203,10 @@ class StdMail : public Object {
   TextListPtr bodyLines_ = std::make_shared<TextList>();
   TextListPtr attachments_ = std::make_shared<TextList>();
   double percent_ = 0;
-  std::int32_t lineCount_ = 0;
+  std::int64_t lineCount_ = 0;
   double readCount_ = 0;
   bool hasHTML_ = false;
+  bool notesExpunged_ = false;
   std::string mailtmppfad_;
 
   MailLedger ledger_;
@@ -207,7 +214,7 @@ class StdMail : public Object {
   MailLines lines_;
   bool lastLineEmpty_ = true;
   bool atStreamStart_ = true;
-  std::int32_t bodySize_ = 0;
+  std::int64_t bodySize_ = 0;
   std::int16_t saveFlag_ = 0;
   std::vector<std::string> tempfiles_;
   // A date header with what it says.
@@ -222,6 +229,6 @@ class StdMail : public Object {
 
 // Opens the reader's mailbox, which must exist, reads the mail at a zero-based offset without its files, and
 // closes. False if no mail begins there, or one that is marked as expunged.
-bool ReadHeaderAt(StdMail& mail, std::int32_t offset);
+bool ReadHeaderAt(StdMail& mail, std::int64_t offset);
 
 }  // namespace vorlent

@@ -51,24 +51,27 @@ char MarkExpunged(char digit) {
   return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
 }
 
-// Without a value it is the name of the header that would be changed.
-bool MayBeMarked(std::string_view status) {
-  return CurrentRules().statusHeaders == StatusHeaders::Any || status.back() != ':';
+// How far a status line goes up to the digit that is changed; 0 if it has none. By the rules of old that is the
+// line's last character, whatever it is.
+std::size_t EndOfStatus(std::string_view line) {
+  if (!FirstStatusCounts()) return line.size();
+  const std::string_view status = WithoutTrailingBlanks(line);
+  return status.ends_with(':') ? 0 : status.size();
 }
 
 // Changes the status digit of the mail that begins at the present position.
 Marking MarkMail(LineFile& mailbox) {
-  constexpr std::string_view kStatus = "x-mozilla-status:";
   while (!mailbox.AtEnd()) {
     const std::uint64_t start = mailbox.Position();
     const std::string_view line = mailbox.ReadLine();
     if (line.empty()) return Marking::NoStatus;
-    if (BeginsNoCase(line, kStatus)) {
-      if (!MayBeMarked(line)) return Marking::NoStatus;
-      const char digit = MarkExpunged(line.back());
-      mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1);
+    if (IsStatusLine(line)) {
+      const std::size_t end = EndOfStatus(line);
+      if (end == 0) return Marking::NoStatus;
+      const char digit = MarkExpunged(line[end - 1]);
+      mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1 - (line.size() - end));
       mailbox.WriteByte(digit);
-      // What was changed is the last character of the line, whatever that was.
+      // What was changed may have been no digit.
       mailbox.Seek(start);
       return (ReadStatus(mailbox.ReadLine()) & kExpunged) != 0 ? Marking::Marked : Marking::BadStatus;
     }
@@ -97,7 +100,7 @@ bool& NoThunderbirdCheck() {
   return noThunderbirdCheck;
 }
 
-Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& isWanted) {
+Marking StdMail::DeleteMail(std::int64_t offset, const std::function<bool()>& isWanted) {
   if (!SettleThunderbird()) return Marking::KeptByUser;
   const bool isKnown = isWanted != nullptr || readMails_.Knows(offset);
   Marking result = Marking::Marked;
@@ -114,7 +117,7 @@ Marking StdMail::DeleteMail(std::int32_t offset, const std::function<bool()>& is
 }
 
 // Why the mail that the caller means can't be marked at the offset; Marked if it stands there.
-Marking StdMail::LookForWanted(std::int32_t offset, const std::function<bool()>& isWanted) {
+Marking StdMail::LookForWanted(std::int64_t offset, const std::function<bool()>& isWanted) {
   OpenStream(os::File::Mode::Read);
   lines_.Seek(MailPosition(offset));
   Marking result = Marking::OtherMail;
@@ -126,7 +129,7 @@ Marking StdMail::LookForWanted(std::int32_t offset, const std::function<bool()>&
 }
 
 // A missing mailbox is made where nothing was read at the offset, and raises elsewhere.
-Marking StdMail::MarkAt(std::int32_t offset) {
+Marking StdMail::MarkAt(std::int64_t offset) {
   const bool isKnown = readMails_.Knows(offset);
   LineFile mailbox(mailboxFile_, isKnown ? os::File::Mode::Change : os::File::Mode::ReadWrite);
   mailbox.Seek(MailPosition(offset));

@@ -60,15 +60,27 @@ std::int32_t ReadHexNumber(std::string_view digits) {
   return ToInt32(ReadNumber("&H" + std::string(digits)));
 }
 
+bool FirstStatusCounts() {
+  return CurrentRules().statusHeaders == StatusHeaders::First;
+}
+
+bool IsStatusLine(std::string_view line) {
+  constexpr std::string_view kName = "x-mozilla-status";
+  if (!BeginsNoCase(line, kName)) return false;
+  return line.substr(kName.size()).starts_with(':') ||
+         (FirstStatusCounts() && line.find(':') != std::string_view::npos &&
+          SplitHeaderLine(line).name.size() == kName.size());
+}
+
 std::int32_t ReadStatus(std::string_view headerLine) {
+  if (FirstStatusCounts()) return ReadHexNumber(SplitHeaderLine(headerLine).value);
   constexpr std::string_view kName = "x-mozilla-status:";
   return ReadHexNumber(TrimView(headerLine.substr(std::min(headerLine.size(), kName.size()))));
 }
 
-std::uint64_t MailPosition(std::int32_t offset) {
-  const std::int32_t position = ToInt32(std::int64_t{offset} + 1);
-  if (position < 1) throw Failure(ErrorNumber::InvalidCall, "no mail at offset " + std::to_string(offset));
-  return static_cast<std::uint64_t>(position);
+std::uint64_t MailPosition(std::int64_t offset) {
+  if (offset < 0) throw Failure(ErrorNumber::InvalidCall, "no mail at offset " + std::to_string(offset));
+  return static_cast<std::uint64_t>(Within32(static_cast<std::uint64_t>(offset) + 1));
 }
 
 std::string BoundaryIn(std::string_view contentType) {

@@ -43,15 +43,21 @@ inline constexpr std::int32_t kExpunged = 8;
 // The number that hexadecimal digits stand for, 0 if there are none.
 std::int32_t ReadHexNumber(std::string_view digits);
 
+// Whether of several headers X-Mozilla-Status only the first counts, which is the mail client's.
+bool FirstStatusCounts();
+
+// Whether a line is such a header; where only the first counts, blanks may stand before its colon.
+bool IsStatusLine(std::string_view line);
+
 // The status that a header line X-Mozilla-Status tells, as the reader of mailboxes takes it.
 std::int32_t ReadStatus(std::string_view headerLine);
 
 // How a mailbox is opened to be read.
 os::File::Mode ReadingMode();
 
-// The position from 1 of a mail's zero-based offset. Raises Overflow at the end of 32 bits, InvalidCall
-// before the beginning of a file.
-std::uint64_t MailPosition(std::int32_t offset);
+// The position from 1 of a mail's zero-based offset. Raises InvalidCall before the beginning of a file and, by
+// the rules of old, Overflow at the end of 32 bits.
+std::uint64_t MailPosition(std::int64_t offset);
 
 // The boundary that a header of a content type tells, "" if there is none. Raises, by the rules of old, for
 // one that can't be decoded.

@@ -10,9 +10,11 @@
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
+#include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Rules.h"
 
@@ -37,8 +39,10 @@ class StdMail::HeaderReader {
   bool TakeSearchLine();
   bool ReadHeaderBlock();
   void BeginHeaderBlock();
-  // Raises Overflow where the mailbox is too large.
-  void RequirePlaceInRange() const { ToInt32(lines_.Position()); }
+  // Raises Overflow where the mailbox is too large for the rules in force.
+  void RequirePlaceInRange() const { Within32(lines_.Position()); }
+  // An expunged mail's header ends with its status, unless its ID is wanted.
+  bool IsHeaderWanted() const { return !expunged_ || mail_.notesExpunged_; }
   void TakeHeaderLine(std::string_view line);
   void BeginHeader(std::string_view line);
   bool StatusCounts() const;
@@ -88,7 +92,7 @@ class StdMail::HeaderReader {
   TextWriter htmlFile_;        // mail.html
   TextWriter attachmentFile_;  // att<n>
   std::string_view line_;      // the line at hand while a mail is searched
-  std::int32_t start_ = 0;     // its position, from 1
+  std::int64_t start_ = 0;     // its position, from 1
   bool expunged_ = false;
   std::string key_;          // of the header at hand
   bool isRepeated_ = false;  // the mail has one of its name already
@@ -104,19 +108,20 @@ class StdMail::HeaderReader {
 
 bool StdMail::ReadHeader(bool saveattachments, bool waitforfrom) {
   ledger_.broken.clear();
+  ledger_.expungedIds.clear();
   while (true) {
     const std::uint64_t start = lines_.Position();
     try {
       return HeaderReader(*this, saveattachments, waitforfrom).Read();
     } catch (const Failure& failure) {
       const bool isStuck = lines_.Position() == start;
-      if (isStuck || CurrentRules().brokenMails == BrokenMails::EndTheRun) throw;
+      if (isStuck || !BrokenItemsAreNamed()) throw;
       ledger_.broken.push_back({ledger_.offset, failure.Why()});
     }
   }
 }
 
-bool ReadHeaderAt(StdMail& mail, std::int32_t offset) {
+bool ReadHeaderAt(StdMail& mail, std::int64_t offset) {
   mail.OpenStream(os::File::Mode::Read);
   mail.lines_.Seek(MailPosition(offset));
   const bool found = mail.ReadMailHere(StdMail::Expunged::PassOver) && mail.Ledger().offset == offset;
@@ -159,7 +164,7 @@ bool StdMail::HeaderReader::FindMail() {
 // The next line and its position; false at the end of the stream or if it can't be read.
 bool StdMail::HeaderReader::TakeSearchLine() {
   if (mail_.IsStreamDone()) return false;
-  start_ = ToInt32(lines_.Position());
+  start_ = Within32(lines_.Position());
   if (!mail_.ReadStep([&] { line_ = lines_.Read(); })) return false;
   ++mail_.lineCount_;
   return true;
@@ -174,15 +179,17 @@ bool StdMail::HeaderReader::ReadHeaderBlock() {
   hash.Add(line_);
   bool lastLineEmpty = line_.empty();
   // A mailbox may end with a separator line; the stream is closed then, and the mail has no more than that.
-  while (!expunged_ && !lines_.AtEnd()) {
+  bool goesOn = false;
+  while (IsHeaderWanted() && !lines_.AtEnd()) {
     RequirePlaceInRange();
     const std::string_view line = lines_.Read();
     Count(line);
-    if (save_) mailFile_.WriteLine(line);
+    if (save_) mail_.WriteStreamLine(mailFile_, line);
     lastLineEmpty = line.empty();
     if (lastLineEmpty) break;
     hash.Add(line);
-    TakeHeaderLine(line);
+    // Of a line without end the first piece is enough.
+    if (!std::exchange(goesOn, lines_.LineGoesOn())) TakeHeaderLine(line);
   }
   mail_.lastLineEmpty_ = lastLineEmpty;
   partHeader_.clear();
@@ -223,7 +230,7 @@ void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
   text += line;
   if (key_ == kStatus && passesOverExpunged_ && StatusCounts()) {
     expunged_ = (ReadStatus(text) & kExpunged) != 0;
-    if (expunged_) return;
+    if (!IsHeaderWanted()) return;
   }
   StoreHeader(headers, std::move(text), key_);
 }
@@ -236,11 +243,13 @@ void StdMail::HeaderReader::BeginHeader(std::string_view line) {
 
 // Whether the status at hand tells about the mail.
 bool StdMail::HeaderReader::StatusCounts() const {
-  return !isRepeated_ || CurrentRules().statusHeaders == StatusHeaders::Any;
+  return !isRepeated_ || !FirstStatusCounts();
 }
 
 void StdMail::HeaderReader::DropExpungedMail() {
   ++ledger_.expungedCount;
+  if (mail_.notesExpunged_)
+    ledger_.expungedIds.push_back(GetParam(mail_.GetData("", false), record_key::kId));
   if (!save_) return;
   const std::string path = mailFile_.Path();
   mailFile_.Close();
@@ -446,7 +455,7 @@ void StdMail::HeaderReader::FinishMail() {
 }
 
 bool StdMail::HeaderReader::EndWithoutMail() {
-  if (!ledger_.IsWhole()) ledger_.offset = ToInt32(lines_.Position() - 1);
+  if (!ledger_.IsWhole()) ledger_.offset = Within32(lines_.Position() - 1);
   CloseStreamAfterMail();
   mail_.percent_ = 1;
   return false;
@@ -483,7 +492,7 @@ void StdMail::HeaderReader::WriteStep(Step&& step) {
 }
 
 void StdMail::HeaderReader::WriteToMailFile(std::string_view line) {
-  if (save_) WriteStep([&] { mailFile_.WriteLine(line); });
+  if (save_) WriteStep([&] { mail_.WriteStreamLine(mailFile_, line); });
 }
 
 void StdMail::HeaderReader::FlushPartHeader() {

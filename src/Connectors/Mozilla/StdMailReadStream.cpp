@@ -93,7 +93,7 @@ bool StdMail::StreamReader::Read() {
 void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
   const bool continues = IsContinuation(line) && !Headers().IsEmpty();
   if (!continues) FinishHeader();
-  if (WritesWholeMail()) file_.WriteLine(line);
+  if (WritesWholeMail()) mail_.WriteStreamLine(file_, line);
   if (line.empty()) {
     inHeader_ = false;
     return;
@@ -116,10 +116,10 @@ void StdMail::StreamReader::FinishHeader() {
 void StdMail::StreamReader::TakeBodyLine(std::string_view line) {
   if (!file_.IsOpen() && mail_.saveFlag_ == kCollectBody) {
     mail_.bodyLines_->Add(std::string(line));
-    mail_.bodySize_ = ToInt32(mail_.bodySize_ + static_cast<std::int64_t>(line.size() + kLineEnd.size()));
+    mail_.bodySize_ = Within32(mail_.bodySize_ + static_cast<std::int64_t>(line.size() + kLineEnd.size()));
   }
   HandleBodyLine(line);
-  if (WritesWholeMail() && partIsInline_) file_.WriteLine(line);
+  if (WritesWholeMail() && partIsInline_) mail_.WriteStreamLine(file_, line);
 }
 
 void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
@@ -193,7 +193,7 @@ void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
   writer.Close();
 }
 
-void StdMail::SaveAttachmentFile(std::string_view file, std::int32_t offset, std::int16_t attach,
+void StdMail::SaveAttachmentFile(std::string_view file, std::int64_t offset, std::int16_t attach,
                                  std::string_view dat) {
   RemoveExactFile(file);
   lines_.Open(mailboxFile_, ReadingMode());

@@ -501,7 +501,7 @@ TEST_F(ImportRunTest, MailWithAnOwnAddressThatIsTextIsMoved) {
 }
 
 TEST_F(ImportRunTest, MailboxThatCannotBeOpenedIsNamedAndTheNextOneComes) {
-  const ScopedRules rules({.brokenMails = BrokenMails::AreNamed});
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
   const std::string closed = Box("Closed", Mail("one"));
   os::WriteAttributes(closed, os::kReadOnly);
   EXPECT_EQ(Run({"import " + closed, "import " + Box("Inbox", Mail("two"))}), 0);
@@ -509,6 +509,43 @@ TEST_F(ImportRunTest, MailboxThatCannotBeOpenedIsNamedAndTheNextOneComes) {
   ASSERT_EQ(observer.events.size(), 3U);
   EXPECT_THAT(observer.events[1], testing::StartsWith("failed Closed at 0: "));
   EXPECT_EQ(observer.events[2], "delivered Inbox at 0");
+}
+
+TEST_F(ImportRunTest, MissingMailboxIsNamedAndTheNextOneComes) {
+  const ScopedRules rules(Rules::Today());
+  EXPECT_EQ(Run({"import " + folder.Path("None"), "import " + Box("Inbox", Mail("two"))}), 0);
+  ASSERT_EQ(observer.events.size(), 3U);
+  EXPECT_THAT(observer.events[1], testing::StartsWith("failed None at 0: "));
+  EXPECT_EQ(observer.events[2], "delivered Inbox at 0");
+}
+
+TEST_F(ImportRunTest, MailThatTheTargetRefusesIsNamedAndTheNextOneComes) {
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  const std::string bytes = Mail("one") + Mail("two") + Mail("three") + Mail("four");
+  host.Log.FailOn("Location(\"Archiv\").PasteRecord", 2);
+  host.Log.FailOn("item2.TakeFile");
+  EXPECT_EQ(Run({"action move", "import " + Box("Inbox", bytes)}), 0);
+  ASSERT_EQ(observer.events.size(), 6U);
+  EXPECT_EQ(observer.events[1], "delivered Inbox at 0");
+  EXPECT_THAT(observer.events[2], testing::StartsWith("failed Inbox at 250: "));
+  EXPECT_THAT(observer.events[3], testing::StartsWith("failed Inbox at 500: "));
+  EXPECT_EQ(observer.events[4], "delivered Inbox at 750");
+  EXPECT_EQ(folder.Read("Inbox"), WithStatus(WithStatus(bytes, "one", '9'), "four", '9'));
+}
+
+TEST_F(ImportRunTest, TargetThatTakesNothingEndsTheRunAfterTenMailsInARow) {
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  std::string bytes;
+  for (int i = 0; i < 30; ++i)
+    bytes += Mail("mail");
+  const std::string box = Box("Inbox", bytes);
+  // Another failure amid them, after one that was delivered, counts anew.
+  host.Log.FailOn("Location(\"Archiv\").PasteRecord", 2);
+  host.Log.FailOn("Location(\"Archiv\").PasteRecord", 3, true);
+  EXPECT_EQ(Run({"action move", "import " + box}), 440);
+  ASSERT_EQ(observer.events.size(), 1U + 3 + 10);
+  EXPECT_THAT(observer.events.back(), testing::StartsWith("failed Inbox at 3000: "));
+  EXPECT_EQ(folder.Read("Inbox"), bytes);
 }
 
 TEST_F(ImportRunTest, MailThatIsNotWrittenWholeCountsAsFailedAndStays) {

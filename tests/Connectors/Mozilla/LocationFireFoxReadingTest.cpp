@@ -245,6 +245,54 @@ TEST_F(LocationFireFoxReadingTest, DateBeyondThirtyTwoBitsIsAnOverflowOfTheWhole
   EXPECT_THAT(Texts(*connector), ElementsAre("a"));
 }
 
+TEST_F(LocationFireFoxReadingTest, DatesOutsideOfThirtyTwoBitsAreShownToday) {
+  const ScopedRules today(Rules::Today());
+  for (const std::int64_t date : {2147483648000000, 253402300799000000, 900000000000000000, -86400000000})
+    Places().AddBookmark(1, "a", "http://a/", 0, date);
+  Open("firefox://x/");
+  EXPECT_THAT(Records(), ElementsAre(Url("a", "http://a/", "", "19.01.2038 03:14:08"),
+                                     Url("a", "http://a/", "", "31.12.9999 23:59:59"),
+                                     Url("a", "http://a/", "", "31.12.9999 23:59:59"),
+                                     Url("a", "http://a/", "", "31.12.1969 00:00:00")));
+  EXPECT_THAT(Reports(), IsEmpty());
+}
+
+TEST_F(LocationFireFoxReadingTest, BookmarkThatCannotBeReadIsNamedAndTheNextOneComes) {
+  AddMenu();
+  const std::int64_t broken = Places().AddRow(32768, menu_, "so|so");
+  Places().AddBookmark(menu_, "e", "http://e/");
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  // Refused by the host, as the row above is by the reader.
+  host_.Log.FailOn("item2.ImportRecord");
+  const auto connector = Connect("firefox://x/");
+  EXPECT_EQ(connector->OpenLocation(""), LocationState::Read);
+  EXPECT_THAT(Texts(*connector), ElementsAre("a", "", "c", "e", "d"));
+  ASSERT_EQ(Reports().size(), 2U);
+  EXPECT_THAT(Reports()[0], HasSubstr("places.sqlite: Lesezeichen "));
+  EXPECT_THAT(Reports()[0], HasSubstr("'b': "));
+  EXPECT_THAT(Reports()[1], HasSubstr("Lesezeichen " + std::to_string(broken) + " 'so|so': overflow"));
+}
+
+TEST_F(LocationFireFoxReadingTest, FolderWithinItselfIsNamedAndTheNextOneComes) {
+  AddMenu();
+  Places().Run("INSERT INTO moz_bookmarks(id, type, parent, position, title) VALUES(0, 2, " +
+               std::to_string(sub_) + ", 0, 'circle')");
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  EXPECT_THAT(Texts(*Open("firefox://x/")), ElementsAre("a", "b", "c", "d"));
+  ASSERT_EQ(Reports().size(), 1U);
+  EXPECT_THAT(Reports()[0], HasSubstr("Lesezeichen 0 'circle': moz_bookmarks: folder 0 lies within itself"));
+}
+
+TEST_F(LocationFireFoxReadingTest, FolderOfManyRowsIsReadToday) {
+  AddMenu();
+  Places().Run(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<40000) "
+      "INSERT INTO moz_bookmarks(type, parent, position, title) SELECT 1, " +
+      std::to_string(sub_) + ", i, 't' FROM n");
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(Open("firefox://x/")->Count(), 40004);
+}
+
 TEST_F(LocationFireFoxReadingTest, TypeBeyondSixteenBitsIsAnOverflow) {
   Places().AddRow(32768, 1, "a");
   const auto connector = Connect("firefox://x/");

@@ -358,6 +358,17 @@ TEST_F(LocationFrameTest, PasteItemGoesOnBehindEveryFailedStep) {
   }
 }
 
+TEST_F(LocationFrameTest, PasteTellsTheFirstOfItsFailures) {
+  connector->PasteItem("ID=a", false);
+  EXPECT_TRUE(connector->PasteLoss().IsEmpty());
+  host.Log.FailOn("item2.ImportRecord");
+  host.Log.FailOn("item2.SetConnected");
+  connector->PasteItem("ID=b", false);
+  EXPECT_THAT(connector->PasteLoss().reason, testing::HasSubstr("ImportRecord"));
+  connector->PasteItem("ID=c", false);
+  EXPECT_TRUE(connector->PasteLoss().IsEmpty());
+}
+
 TEST_F(LocationFrameTest, PasteItemSwallowsTheLastStepToo) {
   host.Log.FailOn("item1.SetConnected");
   EXPECT_NE(connector->PasteItem("ID=a", false), nullptr);

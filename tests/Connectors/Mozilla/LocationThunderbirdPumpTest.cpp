@@ -5,6 +5,7 @@
 #include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Support/DiskOperations.h"
+#include "Support/ScopedRules.h"
 
 namespace vorlent {
 namespace {
@@ -218,6 +219,19 @@ TEST_F(LocationThunderbirdPumpTest, HeaderThatIsNoOffsetFailsWhenItsMailIsMarked
   } catch (const Failure& failure) {
     EXPECT_TRUE(failure.Is(ErrorNumber::Overflow));
   }
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailThatIsNotDeliveredIsNamedAndTheNextOneComes) {
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  AddBox("A", {"1", "2", "3"});
+  Prepare("thunderbird://p/a");
+  // The second report of the progress comes with the first mail.
+  host.Log.FailOn("Global.Report(32,", 3);
+  const Calls records = Stream();
+  ASSERT_EQ(records.size(), 2U);
+  EXPECT_THAT(records[1], testing::HasSubstr("-3@x|"));
+  ASSERT_EQ(observer.events.size(), 3U);
+  EXPECT_THAT(observer.events[1], testing::StartsWith("failed A" + At(1) + ": "));
 }
 
 TEST_F(LocationThunderbirdPumpTest, NothingCanBeFetchedBeforeTheFirstRun) {

@@ -797,8 +797,44 @@ TEST_F(ReadMailboxTest, MailsOfOneIdAreItemsOfTheirOwn) {
   EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox old", "Account=a,Inbox two", "Account=a,Inbox x"));
 }
 
+TEST_F(ReadMailboxTest, NumberOfACopyStaysWhenOneBeforeItIsMarked) {
+  const ScopedRules rules(Rules::Today());
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "a") + MailOf("1", "b") + MailOf("1", "c"));
+  tree.AddMailbox("p", "a", "Sent", MailOf("1", "d"));
+  Read("thunderbird://p/a");
+  const std::string id = connector->Item(1)->ID();
+  // Thunderbird makes the summary anew, which goes with a mark.
+  const auto withdraw = [&](const std::string& wanted) {
+    connector->DeleteItem(connector->GetItem(wanted));
+    tree.Folder().Write("Thunderbird/Profiles/p/Mail/a/Inbox.msf", "");
+  };
+  withdraw(id);
+  withdraw(id + "~2");
+  Read("thunderbird://p/a");
+  ASSERT_THAT(Mails(), ElementsAre("Account=a,Inbox c", "Account=a,Sent d"));
+  EXPECT_EQ(connector->Item(1)->ID(), id + "~3");
+  EXPECT_EQ(connector->Item(2)->ID(), id + "~4");
+  // A mail that was moved is no copy of the one that is marked in its old folder.
+  withdraw(id + "~3");
+  Read("thunderbird://p/a");
+  ASSERT_THAT(Mails(), ElementsAre("Account=a,Sent d"));
+  EXPECT_EQ(connector->Item(1)->ID(), id);
+}
+
+TEST_F(ReadMailboxTest, MailThatBecomesNoItemIsNamedAndTheNextOneComes) {
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  const std::string file =
+      tree.AddMailbox("p", "a", "Inbox", MailOf("1") + MailOf("2") + MailOf("3", "three"));
+  host.Log.FailOn("item2.ImportRecord");
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox S", " ", "Account=a,Inbox three"));
+  const std::string place = std::to_string(MailOf("1").size());
+  EXPECT_THAT(host.Log.Only({"Global.Report(27,"}),
+              ElementsAre(testing::HasSubstr("Inbox: Mail an Stelle " + place + ": ")));
+}
+
 TEST_F(ReadMailboxTest, MailboxThatCannotBeOpenedIsToldAndTheNextOneIsRead) {
-  const ScopedRules rules({.brokenMails = BrokenMails::AreNamed});
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
   os::WriteAttributes(tree.AddMailbox("p", "a", "A", MailOf("1")), os::kReadOnly);
   tree.AddMailbox("p", "a", "B", MailOf("2", "two"));
   EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);

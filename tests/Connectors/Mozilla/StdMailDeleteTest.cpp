@@ -171,6 +171,25 @@ TEST_F(StdMailDeleteTest, FirstStatusOfAMailIsMarked) {
   EXPECT_FALSE(mail_.ReadHeader(false));
 }
 
+TEST_F(StdMailDeleteTest, WhatIsReadAsTheStatusIsMarkedToday) {
+  ChooseRules(Rules::Today());
+  for (const std::string status : {"X-Mozilla-Status : 000", "x-mozilla-status:000"}) {
+    for (const std::string end : {"\n", " \t\n", "\r\n"}) {
+      const std::string next = "From - y\nSubject: next\n\nend\n";
+      Open("From - x\n" + status + "1" + end + "A: b\n\ntext\n\n" + next);
+      ASSERT_TRUE(mail_.ReadHeader(false));
+      EXPECT_EQ(mail_.DeleteMail(0), Marking::Marked) << status;
+      EXPECT_EQ(Mailbox(), "From - x\n" + status + "9" + end + "A: b\n\ntext\n\n" + next);
+      mail_.InitStream();
+      ASSERT_TRUE(mail_.ReadHeader(false));
+      EXPECT_EQ(mail_.GetHeader("subject"), "next");
+      EXPECT_FALSE(ReadHeaderAt(mail_, 0));
+      mail_.SaveAttachmentFile(folder_.Path("out"), 0, -2, "");
+      EXPECT_EQ(folder_.Read("out"), Crlf(next)) << status;
+    }
+  }
+}
+
 TEST_F(StdMailDeleteTest, StatusWithoutAValueStaysToday) {
   ChooseRules(Rules::Today());
   const std::string mail = "From - x\nX-Mozilla-Status:\nA: b\n\nend\n";

@@ -582,7 +582,7 @@ TEST_F(StdMailReadHeaderTest, MailFileThatCannotBeMadeRaises) {
 }
 
 TEST_F(StdMailReadHeaderTest, BrokenMailIsNamedAndTheNextOneComes) {
-  ChooseRules({.brokenMails = BrokenMails::AreNamed});
+  ChooseRules({.brokenItems = BrokenItems::AreNamed});
   const std::string broken = "From - x\nContent-Type: a; boundary==?x?Q?=ZZ?=\n\nbody\n\n";
   const std::string whole = "From - y\nSubject: 2\n\nend\n\n";
   OpenLines(broken + broken + whole + broken);

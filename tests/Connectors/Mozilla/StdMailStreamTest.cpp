@@ -159,6 +159,16 @@ TEST_F(EnvelopeSeparatorTest, ALineOfAnEnvelopeBeforeAHeaderBeginsAMail) {
   }
 }
 
+TEST_F(EnvelopeSeparatorTest, SeparatorOfTheHostBeforeMayFollow) {
+  const std::string before = "From - \nA: b\n\ntext\n\n";
+  const std::string separator = "From uucp Mon Jan  5 10:00:00 1998";
+  for (const std::string quoted : {">From joe Mon Jan  5 09:00:00 1998 remote from far", ">From joe@far"})
+    EXPECT_THAT(SeparatorsIn(before + separator + "\n" + quoted + "\nSubject: a\n\ntext\n"),
+                ElementsAre("From - ", separator));
+  EXPECT_EQ(mail_.GetHeader("subject"), "a");
+  EXPECT_THAT(SeparatorsIn(before + separator + "\n>From now on: it is text\n"), ElementsAre("From - "));
+}
+
 TEST_F(EnvelopeSeparatorTest, ALineThatOnlyBeginsLikeOneIsText) {
   for (const std::string line :
        {"From now on", "From Monday", "From - him: what he said", "From alice@example.org and others",
