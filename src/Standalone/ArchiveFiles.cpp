@@ -1,6 +1,7 @@
 #include "Standalone/ArchiveFiles.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
 #include <memory>
@@ -93,20 +94,45 @@ bool ArchiveFiles::Exists(std::int64_t item, std::string_view name) const {
   return FileExists(PathOf(item, name));
 }
 
-bool ArchiveFiles::HaveSameBytes(std::string_view path, std::string_view otherPath) {
-  os::File a = os::File::Open(path, os::File::Mode::Read);
-  os::File b = os::File::Open(otherPath, os::File::Mode::Read);
-  if (a.Length() != b.Length()) return false;
+namespace {
+
+// Whether the next `count` bytes of both are the same.
+bool GoOnAlike(os::File& a, os::File& b, std::uint64_t count) {
   constexpr std::size_t kBlock = 256 * 1024;
   const auto blockOfA = std::make_unique<char[]>(kBlock);
   const auto blockOfB = std::make_unique<char[]>(kBlock);
-  for (;;) {
-    const std::size_t countOfA = a.Read(blockOfA.get(), kBlock);
-    const std::size_t countOfB = b.Read(blockOfB.get(), kBlock);
-    if (countOfA != countOfB || !std::equal(blockOfA.get(), blockOfA.get() + countOfA, blockOfB.get()))
-      return false;
-    if (countOfA < kBlock) return true;
+  while (count > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(count, kBlock));
+    if (a.Read(blockOfA.get(), wanted) != wanted || b.Read(blockOfB.get(), wanted) != wanted) return false;
+    if (!std::equal(blockOfA.get(), blockOfA.get() + wanted, blockOfB.get())) return false;
+    count -= wanted;
   }
+  return true;
+}
+
+// Whether nothing but empty lines comes.
+bool IsEmptyFromHere(os::File& file) {
+  std::array<char, 256> block;
+  for (std::size_t count = block.size(); count == block.size();) {
+    count = file.Read(block.data(), block.size());
+    if (!std::all_of(block.data(), block.data() + count, [](char c) { return c == '\r' || c == '\n'; }))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ArchiveFiles::HaveSameBytes(std::string_view path, std::string_view otherPath) {
+  os::File a = os::File::Open(path, os::File::Mode::Read);
+  os::File b = os::File::Open(otherPath, os::File::Mode::Read);
+  return a.Length() == b.Length() && GoOnAlike(a, b, a.Length());
+}
+
+bool ArchiveFiles::HoldSameMail(std::string_view path, std::string_view otherPath) {
+  os::File a = os::File::Open(path, os::File::Mode::Read);
+  os::File b = os::File::Open(otherPath, os::File::Mode::Read);
+  return GoOnAlike(a, b, std::min(a.Length(), b.Length())) && IsEmptyFromHere(a) && IsEmptyFromHere(b);
 }
 
 void ArchiveFiles::SyncAll() const {

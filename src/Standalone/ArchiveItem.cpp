@@ -43,7 +43,7 @@ std::shared_ptr<ArchiveItem> ArchiveItem::Paste(const std::shared_ptr<ArchiveCon
     if (DescribesFile(key) && IsAbsolutePath(path)) item->Expect(key, path);
   }
   const std::int64_t fingerprint = FingerprintOf(fields);
-  item->twins_ = content->Store().NumbersOf(item->ID(), fingerprint);
+  item->twins_ = content->Store().NumbersOfTwins(fields);
   item->number_ = content->Insert(fields, fingerprint, item->StoredFiles());
   content->Hold(item->number_, item);
   content->FilesExpected(static_cast<std::int64_t>(item->files_.size()));
@@ -244,9 +244,11 @@ ArchiveItem::Fuller ArchiveItem::Compare(const StoredItem& twin) const {
     const bool isIn = own->second.state == File::State::In;
     // Someone may have taken a file out of the archive.
     const bool twinIsIn = !file.missing && files.Exists(twin.number, file.name);
-    const bool differs = isIn && twinIsIn &&
-                         !ArchiveFiles::HaveSameBytes(files.PathOf(number_, own->second.name),
-                                                      files.PathOf(twin.number, file.name));
+    const auto areAlike =
+        file.key == kMailFileKey ? &ArchiveFiles::HoldSameMail : &ArchiveFiles::HaveSameBytes;
+    const bool differs =
+        isIn && twinIsIn &&
+        !areAlike(files.PathOf(number_, own->second.name), files.PathOf(twin.number, file.name));
     if (differs) return Fuller::Neither;
     lacksFiles = lacksFiles || (twinIsIn && !isIn);
     twinLacksFiles = twinLacksFiles || (isIn && !twinIsIn);

@@ -5,6 +5,7 @@
 
 #include "Common/StdModul.h"
 #include "Common/TextHash.h"
+#include "Host/FileKeys.h"
 #include "Platform/Files.h"
 #include "Standalone/Archive.h"
 #include "Standalone/Fingerprint.h"
@@ -77,7 +78,7 @@ bool ArchiveRehearsal::Has(const RehearsedItem& item) {
 
 bool ArchiveRehearsal::ArchiveHas(const RehearsedItem& item) {
   if (!store_ || !files_) return false;
-  const std::vector<std::int64_t> numbers = store_->NumbersOf(item.ID(), item.Fingerprint());
+  const std::vector<std::int64_t> numbers = store_->NumbersOfTwins(item.Fields());
   return std::any_of(numbers.begin(), numbers.end(), [&](std::int64_t number) {
     StoredItem stored;
     return store_->Read(number, stored) && HasFilesOf(stored, item);
@@ -88,8 +89,10 @@ bool ArchiveRehearsal::HasFilesOf(const StoredItem& stored, const RehearsedItem&
   if (stored.files.size() != item.Files().size()) return false;
   return std::all_of(stored.files.begin(), stored.files.end(), [&](const StoredFile& file) {
     const auto own = item.Files().find(file.key);
+    const auto areAlike =
+        file.key == kMailFileKey ? &ArchiveFiles::HoldSameMail : &ArchiveFiles::HaveSameBytes;
     return own != item.Files().end() && files_->Exists(stored.number, file.name) &&
-           ArchiveFiles::HaveSameBytes(own->second, files_->PathOf(stored.number, file.name));
+           areAlike(own->second, files_->PathOf(stored.number, file.name));
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include "Common/StdModul.h"
@@ -9,6 +10,7 @@
 #include "Platform/Failure.h"
 #include "Standalone/ArchiveSql.h"
 #include "Standalone/FieldLines.h"
+#include "Standalone/Fingerprint.h"
 
 namespace vorlent {
 
@@ -210,6 +212,13 @@ std::vector<std::int64_t> ArchiveStore::NumbersOf(std::string_view id) {
 std::vector<std::int64_t> ArchiveStore::NumbersOf(std::string_view id, std::int64_t fingerprint) {
   const std::string stored = ToStored(id);
   return Numbers(selectTwins_.Bind(1, stored).Bind(2, fingerprint));
+}
+
+std::vector<std::int64_t> ArchiveStore::NumbersOfTwins(const ItemRecord& record) {
+  const std::string id = record.Value(record_key::kId);
+  std::vector<std::int64_t> numbers = NumbersOf(id, FingerprintOf(record));
+  std::ranges::copy(NumbersOf(id, FingerprintWithSizesOf(record)), std::back_inserter(numbers));
+  return numbers;
 }
 
 std::vector<std::int64_t> ArchiveStore::AllNumbers() {

@@ -54,6 +54,8 @@ class ArchiveStore {
   // form.
   std::vector<std::int64_t> NumbersOf(std::string_view id);
   std::vector<std::int64_t> NumbersOf(std::string_view id, std::int64_t fingerprint);
+  // Those of items that may be the same as the one of a record, but for the bytes of their files.
+  std::vector<std::int64_t> NumbersOfTwins(const ItemRecord& record);
   std::vector<std::int64_t> AllNumbers();
   // 0 for an empty archive.
   std::int64_t HighestNumber();

@@ -24,6 +24,7 @@ class RehearsedItem : public StandaloneItem {
                 std::string_view metaData) override;
   bool WasThere() const override { return wasThere_; }
 
+  const ItemRecord& Fields() const { return record_; }
   // That of the record.
   std::int64_t Fingerprint() const { return fingerprint_; }
   // Paths by data fields.

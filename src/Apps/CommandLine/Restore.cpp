@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
@@ -6,6 +7,7 @@
 #include "Common/StdModul.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/MailRestore.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
 #include "Host/FileKeys.h"
@@ -40,6 +42,15 @@ bool EndsInEmptyLine(const std::string& mailbox) {
   return isEmpty;
 }
 
+// The archived mail that a numbered ID names, counted from the oldest; null if there is none.
+StandaloneItemPtr FindCopy(Archive& archive, const std::string& wanted) {
+  const std::optional<NumberedMail> copy = MailOfNumberedId(wanted);
+  if (!copy) return nullptr;
+  const auto items = archive.ItemsOf(copy->id);
+  const auto number = static_cast<std::size_t>(copy->number);
+  return number <= items.size() ? items[number - 1] : nullptr;
+}
+
 // The archived mail of that ID, or with that number in the list of `search`.
 StandaloneItemPtr FindArchived(Archive& archive, const std::string& wanted, const std::string& name) {
   auto items = archive.ItemsOf(ComponentText(wanted));
@@ -50,6 +61,9 @@ StandaloneItemPtr FindArchived(Archive& archive, const std::string& wanted, cons
                    InWords(Phrase::ChooseByNumber, {name}));
   }
   if (!items.empty()) return items.front();
+  for (const std::string& id : {ComponentText(wanted), wanted}) {
+    if (auto item = FindCopy(archive, id)) return item;
+  }
   std::int32_t number = 0;
   if (Swallow([&] { number = ParseInt32(wanted); })) {
     if (auto item = AsStandalone(archive.ItemAt(number))) return item;

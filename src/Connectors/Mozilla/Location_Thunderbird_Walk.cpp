@@ -10,7 +10,6 @@
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
-#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -51,11 +50,6 @@ void ReportUnread(const StdMail& mail, std::int64_t offset, const Cause& why) {
 void TellBroken(const StdMail& mail) {
   for (const auto& [offset, why] : mail.Ledger().broken)
     ReportUnread(mail, offset, why);
-}
-
-// Whether the mails of one ID are items of their own.
-bool IdsAreNumbered() {
-  return CurrentRules().equalIds == EqualIds::Numbered;
 }
 
 // A mail that is no item, or not a whole one, by the rules of today.

@@ -1,5 +1,6 @@
 #include "Connectors/Mozilla/RecordedMail.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -8,6 +9,7 @@
 #include "Common/Width.h"
 #include "Host/RecordKeys.h"
 #include "Platform/Failure.h"
+#include "Platform/Rules.h"
 
 namespace vorlent {
 
@@ -52,6 +54,19 @@ bool IsNumbered(std::string_view numbered, std::string_view id) {
 
 std::string NumberedId(const std::string& id, std::int32_t number) {
   return number == 1 ? id : id + kNumberMark + std::to_string(number);
+}
+
+bool IdsAreNumbered() {
+  return CurrentRules().equalIds == EqualIds::Numbered;
+}
+
+std::optional<NumberedMail> MailOfNumberedId(std::string_view numbered) {
+  const std::size_t mark = std::min(numbered.rfind(kNumberMark), numbered.size());
+  NumberedMail mail = {std::string(numbered.substr(0, mark)), 0};
+  if (!IdsAreNumbered() || !IsNumbered(numbered, mail.id)) return std::nullopt;
+  if (!Swallow([&] { mail.number = ParseInt32(numbered.substr(mark + 1)); }) || mail.number < 1)
+    return std::nullopt;
+  return mail;
 }
 
 RecordedMail::RecordedMail(const Item& item)

@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Item.h"
@@ -13,6 +15,17 @@ namespace vorlent {
 
 // The ID of the mail of a number, from 1, among those of one ID: the first one has the ID itself.
 std::string NumberedId(const std::string& id, std::int32_t number);
+
+// Whether the mails of one ID are items of their own.
+bool IdsAreNumbered();
+
+// A mail among those of one ID.
+struct NumberedMail {
+  std::string id;
+  std::int32_t number;
+};
+// The one that a numbered ID names; nothing for another ID, and where IDs aren't numbered.
+std::optional<NumberedMail> MailOfNumberedId(std::string_view numbered);
 
 // Known again by what an item keeps of the mail's record.
 class RecordedMail {
