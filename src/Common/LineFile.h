@@ -59,7 +59,8 @@ class LineFile {
   static constexpr std::size_t kLongestPiece = std::size_t{64} * 1024 * 1024;
 
   // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
-  // true length, 0 if the file ended without one or if more of the line comes. Outlives Close, as a line that was kept does.
+  // true length, 0 if the file ended without one or if more of the line comes. Outlives Close, as a line that
+  // was kept does.
   std::uint32_t LineEndLength() const { return lineEndLength_; }
 
   // Writes one byte at Position and moves past it.

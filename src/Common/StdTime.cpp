@@ -27,8 +27,8 @@ std::chrono::year LikeYear(std::int32_t year) {
   return std::chrono::year(year % 400);
 }
 
-// The days of the years from 1970 up to the one before `year`, negative for an earlier one. One beyond the calendar's last counts as that:
-// their seconds overflow alike.
+// The days of the years from 1970 up to the one before `year`, negative for an earlier one. One beyond the
+// calendar's last counts as that: their seconds overflow alike.
 std::int64_t DaysBeforeYear(std::int32_t year) {
   const int first = WidthsAreAmple() ? kFirstYear : 1970;
   const std::chrono::year counted(std::clamp(year, first, static_cast<int>(std::chrono::year::max())));

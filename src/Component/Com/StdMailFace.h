@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "Component/Com/Face.h"
 #include "Common/Width.h"
+#include "Component/Com/Face.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "VorlentMozilla.h"  // made of the IDL file
 

@@ -32,8 +32,8 @@ bool& NoThunderbirdCheck();
 // (MailSeparator.h) at the beginning of the stream or after an empty line. Mails whose X-Mozilla-Status has
 // the bit of value 8 are skipped.
 //
-// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). By the rules of old a position
-// above 2 GB raises Overflow.
+// Lines end by the rule in force when the mailbox is opened (Platform/Rules.h). By the rules of old a
+// position above 2 GB raises Overflow.
 class StdMail : public Object {
  public:
   using TextList = KeyedList<std::string>;

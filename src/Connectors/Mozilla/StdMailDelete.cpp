@@ -51,8 +51,8 @@ char MarkExpunged(char digit) {
   return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
 }
 
-// How far a status line goes up to the digit that is changed; 0 if it has none. By the rules of old that is the
-// line's last character, whatever it is.
+// How far a status line goes up to the digit that is changed; 0 if it has none. By the rules of old that is
+// the line's last character, whatever it is.
 std::size_t EndOfStatus(std::string_view line) {
   if (!FirstStatusCounts()) return line.size();
   const std::string_view status = WithoutTrailingBlanks(line);

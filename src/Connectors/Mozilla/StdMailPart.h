@@ -55,8 +55,8 @@ std::int32_t ReadStatus(std::string_view headerLine);
 // How a mailbox is opened to be read.
 os::File::Mode ReadingMode();
 
-// The position from 1 of a mail's zero-based offset. Raises InvalidCall before the beginning of a file and, by
-// the rules of old, Overflow at the end of 32 bits.
+// The position from 1 of a mail's zero-based offset. Raises InvalidCall before the beginning of a file and,
+// by the rules of old, Overflow at the end of 32 bits.
 std::uint64_t MailPosition(std::int64_t offset);
 
 // The boundary that a header of a content type tells, "" if there is none. Raises, by the rules of old, for

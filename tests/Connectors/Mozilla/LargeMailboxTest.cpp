@@ -1,5 +1,5 @@
-// Mailboxes beyond 2 and 4 GB. Most of them is holes, which take no room on the disk, in mails that are marked
-// as deleted, and which so are read over.
+// Mailboxes beyond 2 and 4 GB. Most of them is holes, which take no room on the disk, in mails that are
+// marked as deleted, and which so are read over.
 #include <fstream>
 #include <map>
 #include <string>
