@@ -945,17 +945,26 @@ class CommandLine(ProgramCase):
             self.assert_told("please close FireFox", rules="windows")
         self.assertEqual(tree_bytes(self.samples), before)
 
-    def test_more_rows_than_fit_into_a_folder_are_told(self):
+    def test_a_folder_of_many_rows_is_read(self):
         self.database("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<40000) "
                       "INSERT INTO moz_bookmarks(type, parent, position, title) SELECT 2, 6, i, 'x' FROM n")
-        self.assert_unreadable("the result has 40000 rows, at most 32767 fit", commands=("read", "bookmarks"))
-        self.assert_unreadable("the result has 40000 rows, at most 32767 fit", commands=("browse",),
-                               address="firefox://default/mobile/x")
+        self.assertEqual(self.run_program("read", "firefox://default")[0], 0)
+        self.assertEqual(self.run_program("browse", "firefox://default/mobile")[0], 0)
+        for command in ("read", "bookmarks"):
+            code, out, err = self.run_program("--rules", "windows", command, "firefox://default")
+            self.assertEqual((code, out), (3, ""), command)
+            self.assertIn("the result has 40000 rows, at most 32767 fit", err)
 
-    def test_a_circle_of_folders_is_told(self):
+    def test_a_circle_of_folders_is_named_and_all_else_is_read(self):
+        whole = self.run_program("read", "firefox://default", "--json")[1].count("\n")
         self.database("INSERT INTO moz_bookmarks(id, type, parent, position, title) VALUES(0, 2, 6, 0, 'circle')")
-        self.assert_unreadable("folder 0 lies within itself", commands=("read", "bookmarks"))
-        self.assert_unreadable("folder 0 lies within itself", commands=("browse",), address="firefox://default/menu")
+        code, out, err = self.run_program("read", "firefox://default", "--json")
+        self.assertEqual((code, out.count("\n")), (1, whole), err)
+        self.assertRegex(err, "places.sqlite: .*0 'circle': .*folder 0 lies within itself")
+        for command in ("read", "bookmarks"):
+            code, out, err = self.run_program("--rules", "windows", command, "firefox://default")
+            self.assertEqual((code, out), (3, ""), command)
+            self.assertIn("folder 0 lies within itself", err)
 
     def test_an_export_that_can_not_be_written_is_told(self):
         copy = self.work / "copy.html"
