@@ -39,7 +39,7 @@ std::shared_ptr<const DatabaseSnapshot> SnapshotShelf::For(std::string_view file
 }
 
 LightningDatabase::LightningDatabase(std::string_view file, int timeout, SnapshotShelf& shelf)
-    : file_(file), timeout_(timeout) {
+    : file_(file), timeout_(timeout), names_(shelf.NamesOf(file)) {
   Told([&] {
     snapshot_ = shelf.For(file);
     Connect(snapshot_ == nullptr ? std::string_view() : snapshot_->File());
@@ -58,7 +58,7 @@ void LightningDatabase::Connect(std::string_view copy) {
   }
   connection_ = std::make_shared<SqliteDatabase>(
       SqliteDatabase::Adopt(file_, SqliteHandle(opened), timeout_, kNumbers));
-  AddTablesOfOld(*connection_, ReadLightningRegistry(ProfileOfCalendarFile(file_)));
+  AddTablesOfOld(*connection_, ReadLightningRegistry(ProfileOfCalendarFile(file_)), names_);
 }
 
 void LightningDatabase::Execute(std::string_view sql) {

@@ -14,8 +14,9 @@ namespace {
 constexpr std::string_view kPreferenceLead = "user_pref(\"";
 constexpr std::string_view kRegistered = "calendar.registry.";
 constexpr std::string_view kStorage = "storage";
+constexpr std::string_view kTrue = "true";
 
-// The preferences about calendars that are texts. They are written as JSON has texts.
+// The preferences about calendars that are texts, which are written as JSON has texts, or "true".
 std::map<std::string, std::string> ReadCalendarPreferences(const std::string& file) {
   std::map<std::string, std::string> preferences;
   LineFile lines(file, os::File::Mode::Read, LineRule::Native);
@@ -25,8 +26,12 @@ std::map<std::string, std::string> ReadCalendarPreferences(const std::string& fi
     line.remove_prefix(kPreferenceLead.size());
     const std::size_t end = line.find("\",");
     if (end == std::string_view::npos || !line.starts_with("calendar.")) continue;
-    if (const auto text = JsonReader(TrimView(line.substr(end + 2))).TakeText())
+    const std::string_view value = TrimView(line.substr(end + 2));
+    if (const auto text = JsonReader(value).TakeText()) {
       preferences.insert_or_assign(std::string(line.substr(0, end)), *text);
+    } else if (value.starts_with(kTrue)) {
+      preferences.insert_or_assign(std::string(line.substr(0, end)), std::string(kTrue));
+    }
   }
   return preferences;
 }
@@ -47,7 +52,10 @@ LightningRegistry ReadLightningRegistry(std::string_view profileFolder) {
   for (const auto& [key, value] : preferences) {
     if (!key.starts_with(kRegistered) || !key.ends_with(".type") || value != kStorage) continue;
     const std::string id = key.substr(kRegistered.size(), key.rfind('.') - kRegistered.size());
-    registry.calendars.push_back({id, PreferenceOf(preferences, std::string(kRegistered) + id + ".name")});
+    const auto own = [&](std::string_view what) {
+      return PreferenceOf(preferences, std::string(kRegistered).append(id).append(what));
+    };
+    registry.calendars.push_back({.id = id, .name = own(".name"), .isReadOnly = own(".readOnly") == kTrue});
   }
   // IDs that the order doesn't name come last.
   const std::string order = " " + PreferenceOf(preferences, "calendar.list.sortOrder") + " ";

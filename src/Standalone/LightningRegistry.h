@@ -10,6 +10,7 @@ namespace vorlent {
 struct LightningCalendar {
   std::string id;    // under which the calendar's rows stand
   std::string name;  // "" for one that has none
+  bool isReadOnly = false;
 };
 
 struct LightningRegistry {

@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Common/StdModul.h"
 #include "Common/TextHash.h"
@@ -15,123 +17,143 @@ namespace vorlent {
 namespace {
 
 // A trigger in the way of a view can't name the table of the same name behind it, so it notes what is to be
-// done.
+// done. `shown` has the items that are shown; a row of it without a name is an item without an ID.
 constexpr char kNotes[] = R"sql(
 PRAGMA temp_store=MEMORY;
 CREATE TEMP TABLE calendars(number INTEGER PRIMARY KEY, place INTEGER, uuid TEXT UNIQUE, name TEXT,
-  zone TEXT);
-CREATE TEMP TABLE renamed(uuid TEXT, id TEXT, shown TEXT, PRIMARY KEY(uuid, id)) WITHOUT ROWID;
-CREATE TEMP TABLE notes(what TEXT, row INTEGER, uuid TEXT, id TEXT, title TEXT, time INTEGER, until INTEGER,
-  changed INTEGER, made INTEGER, zone TEXT, key TEXT, value);
+  zone TEXT, readonly INTEGER);
+CREATE TEMP TABLE shown(number INTEGER, task INTEGER, row INTEGER, uuid TEXT, id, name TEXT,
+  PRIMARY KEY(number, task, row)) WITHOUT ROWID;
+CREATE TEMP TABLE notes(what TEXT, row INTEGER, uuid TEXT, id, name TEXT, title TEXT, time INTEGER,
+  until INTEGER, changed INTEGER, made INTEGER, zone TEXT, key TEXT, value);
+CREATE TEMP TRIGGER only_reading BEFORE INSERT ON notes
+WHEN EXISTS (SELECT 1 FROM calendars WHERE uuid=NEW.uuid AND readonly)
+BEGIN SELECT raise(ABORT, 'the calendar is set to be read only'); END;
 )sql";
 
-// Calendars of equal names are told apart, and so are items of equal IDs.
 constexpr char kCalendarsOfRows[] = R"sql(
 SELECT DISTINCT cal_id FROM main.cal_events UNION SELECT DISTINCT cal_id FROM main.cal_todos ORDER BY 1
 )sql";
 
-constexpr char kRenaming[] = R"sql(
-INSERT INTO renamed
-SELECT uuid, id, id || '~' || nth
-FROM (SELECT c.uuid, i.id, row_number() OVER (PARTITION BY i.id ORDER BY c.place) AS nth
-      FROM (SELECT cal_id, id FROM main.cal_events WHERE recurrence_id IS NULL
-            UNION SELECT cal_id, id FROM main.cal_todos WHERE recurrence_id IS NULL) i
-      JOIN calendars c ON c.uuid=i.cal_id)
-WHERE nth > 1;
+// In the order in which earlier ones have the first choice of names.
+constexpr char kItems[] = R"sql(
+SELECT c.number, i.task, i.row, i.uuid, i.id
+FROM (SELECT 0 AS task, rowid AS row, cal_id AS uuid, id FROM main.cal_events
+      WHERE recurrence_id IS NULL AND ifnull(offline_journal, 0)<>4
+      UNION ALL SELECT 1, rowid, cal_id, id FROM main.cal_todos
+      WHERE recurrence_id IS NULL AND ifnull(offline_journal, 0)<>4) i
+JOIN calendars c ON c.uuid=i.uuid
+ORDER BY c.place, i.task, i.row
 )sql";
 
-// What was never told of an item's making and change is told by what was.
+// What was never told of an item's making and change is told by what was. Rows that have become another
+// item's since they were named aren't shown.
 constexpr char kEvents[] = R"sql(
+CREATE INDEX temp.shown_names ON shown(name);
+
 CREATE TEMP VIEW cal_calendars_prefs AS
 SELECT number AS calendar, 'name' AS name, name AS value FROM calendars ORDER BY place;
 
 CREATE TEMP VIEW cal_events AS
-SELECT c.number AS cal_id,
-  ifnull((SELECT shown FROM renamed r WHERE r.uuid=e.cal_id AND r.id=e.id), e.id) AS id,
-  coalesce(e.time_created, e.last_modified, e.event_stamp, 0) AS time_created,
-  coalesce(e.last_modified, e.time_created, e.event_stamp, 0) AS last_modified,
+SELECT s.number AS cal_id, s.name AS id,
+  coalesce(shown_time(e.time_created), shown_time(e.last_modified), shown_time(e.event_stamp), 0)
+    AS time_created,
+  coalesce(shown_time(e.last_modified), shown_time(e.time_created), shown_time(e.event_stamp), 0)
+    AS last_modified,
   e.title, e.flags,
   shown_start(e.event_start, e.event_start_tz, e.flags) AS event_start,
   shown_end(e.event_start, e.event_start_tz, e.event_end, e.event_end_tz, e.flags) AS event_end,
-  e.event_start_tz, e.event_end_tz, e.rowid AS row, e.cal_id AS uuid, e.id AS own_id
-FROM calendars c CROSS JOIN main.cal_events e NOT INDEXED ON e.cal_id=c.uuid
-WHERE e.recurrence_id IS NULL AND ifnull(e.offline_journal, 0)<>4;
+  e.event_start_tz, e.event_end_tz, s.row AS row, s.uuid AS uuid, s.id AS own_id
+FROM shown s CROSS JOIN main.cal_events e ON e.rowid=s.row AND e.cal_id=s.uuid AND e.id IS s.id
+WHERE s.task=0 AND e.recurrence_id IS NULL;
 
 CREATE TEMP TRIGGER event_title INSTEAD OF UPDATE OF title ON cal_events BEGIN
-  INSERT INTO notes(what, row, title) VALUES('event title', OLD.row, NEW.title);
+  INSERT INTO notes(what, row, uuid, title) VALUES('event title', OLD.row, OLD.uuid, NEW.title);
 END;
 CREATE TEMP TRIGGER event_changed INSTEAD OF UPDATE OF last_modified ON cal_events BEGIN
-  INSERT INTO notes(what, row, changed) VALUES('event changed', OLD.row, NEW.last_modified);
+  INSERT INTO notes(what, row, uuid, changed) VALUES('event changed', OLD.row, OLD.uuid, NEW.last_modified);
 END;
 CREATE TEMP TRIGGER event_start INSTEAD OF UPDATE OF event_start ON cal_events BEGIN
   SELECT raise(ABORT, 'a repeated event with changed or left out occurrences stays where it is')
   WHERE NEW.event_start IS NOT OLD.event_start AND ((OLD.flags & 32)<>0 OR EXISTS
     (SELECT 1 FROM main.cal_recurrence
      WHERE cal_id=OLD.uuid AND item_id=OLD.own_id AND icalString NOT LIKE 'RRULE%'));
+  SELECT raise(ABORT, 'an event of whole days has no time of day')
+  WHERE (OLD.flags & 8)<>0 AND NEW.event_start IS NOT
+    shown_start(kept_start(NEW.event_start, 'floating', 8), 'floating', 8);
   INSERT INTO notes(what, row, uuid, id, time)
   VALUES('event start', OLD.row, OLD.uuid, OLD.own_id, NEW.event_start);
 END;
 CREATE TEMP TRIGGER event_end INSTEAD OF UPDATE OF event_end ON cal_events BEGIN
+  SELECT raise(ABORT, 'an event of whole days has no time of day')
+  WHERE (OLD.flags & 8)<>0 AND NEW.event_end IS NOT
+    shown_start(kept_start(NEW.event_end, 'floating', 8), 'floating', 8);
   INSERT INTO notes(what, row, uuid, id, until)
   VALUES('event end', OLD.row, OLD.uuid, OLD.own_id, NEW.event_end);
 END;
 CREATE TEMP TRIGGER event_gone INSTEAD OF DELETE ON cal_events BEGIN
-  INSERT INTO notes(what, uuid, id) VALUES('event gone', OLD.uuid, OLD.own_id);
+  INSERT INTO notes(what, row, uuid, id) VALUES('event gone', OLD.row, OLD.uuid, OLD.own_id);
 END;
 CREATE TEMP TRIGGER new_event INSTEAD OF INSERT ON cal_events BEGIN
   SELECT raise(ABORT, 'no such calendar') WHERE NEW.cal_id NOT IN (SELECT number FROM calendars);
-  INSERT INTO notes(what, uuid, id, title, time, until, changed, made, zone)
-  SELECT 'new event', uuid, NEW.id, NEW.title, NEW.event_start, NEW.event_end, NEW.last_modified,
-    NEW.time_created, zone FROM calendars WHERE number=NEW.cal_id;
+  SELECT raise(ABORT, 'another item of the profile has this ID')
+  WHERE EXISTS (SELECT 1 FROM shown WHERE name=NEW.id AND (number<>NEW.cal_id OR task<>0));
+  INSERT INTO notes(what, uuid, id, name, title, time, until, changed, made, zone)
+  SELECT 'new event', uuid, ifnull((SELECT id FROM shown WHERE name=NEW.id), NEW.id), NEW.id, NEW.title,
+    NEW.event_start, NEW.event_end, NEW.last_modified, NEW.time_created, zone
+  FROM calendars WHERE number=NEW.cal_id;
 END;
 )sql";
 
 constexpr char kTodos[] = R"sql(
 CREATE TEMP VIEW cal_todos AS
-SELECT c.number AS cal_id,
-  ifnull((SELECT shown FROM renamed r WHERE r.uuid=t.cal_id AND r.id=t.id), t.id) AS id,
-  coalesce(t.time_created, t.last_modified, t.todo_stamp, 0) AS time_created,
-  coalesce(t.last_modified, t.time_created, t.todo_stamp, 0) AS last_modified,
-  t.title, t.flags, t.rowid AS row, t.cal_id AS uuid, t.id AS own_id
-FROM calendars c CROSS JOIN main.cal_todos t NOT INDEXED ON t.cal_id=c.uuid
-WHERE t.recurrence_id IS NULL AND ifnull(t.offline_journal, 0)<>4;
+SELECT s.number AS cal_id, s.name AS id,
+  coalesce(shown_time(t.time_created), shown_time(t.last_modified), shown_time(t.todo_stamp), 0)
+    AS time_created,
+  coalesce(shown_time(t.last_modified), shown_time(t.time_created), shown_time(t.todo_stamp), 0)
+    AS last_modified,
+  t.title, t.flags, s.row AS row, s.uuid AS uuid, s.id AS own_id
+FROM shown s CROSS JOIN main.cal_todos t ON t.rowid=s.row AND t.cal_id=s.uuid AND t.id IS s.id
+WHERE s.task=1 AND t.recurrence_id IS NULL;
 
 CREATE TEMP TRIGGER todo_title INSTEAD OF UPDATE OF title ON cal_todos BEGIN
-  INSERT INTO notes(what, row, title) VALUES('todo title', OLD.row, NEW.title);
+  INSERT INTO notes(what, row, uuid, title) VALUES('todo title', OLD.row, OLD.uuid, NEW.title);
 END;
 CREATE TEMP TRIGGER todo_changed INSTEAD OF UPDATE OF last_modified ON cal_todos BEGIN
-  INSERT INTO notes(what, row, changed) VALUES('todo changed', OLD.row, NEW.last_modified);
+  INSERT INTO notes(what, row, uuid, changed) VALUES('todo changed', OLD.row, OLD.uuid, NEW.last_modified);
 END;
 CREATE TEMP TRIGGER todo_gone INSTEAD OF DELETE ON cal_todos BEGIN
-  INSERT INTO notes(what, uuid, id) VALUES('todo gone', OLD.uuid, OLD.own_id);
+  INSERT INTO notes(what, row, uuid, id) VALUES('todo gone', OLD.row, OLD.uuid, OLD.own_id);
 END;
 CREATE TEMP TRIGGER new_todo INSTEAD OF INSERT ON cal_todos BEGIN
   SELECT raise(ABORT, 'no such calendar') WHERE NEW.cal_id NOT IN (SELECT number FROM calendars);
-  INSERT INTO notes(what, uuid, id, title, changed, made)
-  SELECT 'new todo', uuid, NEW.id, NEW.title, NEW.last_modified, NEW.time_created
+  SELECT raise(ABORT, 'another item of the profile has this ID')
+  WHERE EXISTS (SELECT 1 FROM shown WHERE name=NEW.id AND (number<>NEW.cal_id OR task<>1));
+  INSERT INTO notes(what, uuid, id, name, title, changed, made)
+  SELECT 'new todo', uuid, ifnull((SELECT id FROM shown WHERE name=NEW.id), NEW.id), NEW.id, NEW.title,
+    NEW.last_modified, NEW.time_created
   FROM calendars WHERE number=NEW.cal_id;
 END;
 )sql";
 
-// Each half finds the properties of one item by the file's index.
+// An event and a task of one calendar and ID have their properties in common, until one of them is gone.
 constexpr char kProperties[] = R"sql(
 CREATE TEMP VIEW cal_properties AS
-SELECT p.item_id AS item_id, p.key AS key, p.value AS value, p.rowid AS row
-FROM calendars c CROSS JOIN main.cal_properties p ON p.cal_id=c.uuid
-WHERE p.recurrence_id IS NULL
-  AND NOT EXISTS (SELECT 1 FROM renamed r WHERE r.uuid=p.cal_id AND r.id=p.item_id)
-UNION ALL
-SELECT r.shown, p.key, p.value, p.rowid
-FROM renamed r CROSS JOIN main.cal_properties p ON p.cal_id=r.uuid AND p.item_id=r.id
+SELECT s.name AS item_id, p.key AS key, p.value AS value, p.rowid AS row, s.uuid AS uuid, s.id AS own_id
+FROM shown s CROSS JOIN main.cal_properties p ON p.cal_id=s.uuid AND p.item_id=s.id
 WHERE p.recurrence_id IS NULL;
 
 CREATE TEMP TRIGGER property_gone INSTEAD OF DELETE ON cal_properties BEGIN
-  INSERT INTO notes(what, row) VALUES('property gone', OLD.row);
+  INSERT INTO notes(what, row, uuid) SELECT 'property gone', OLD.row, OLD.uuid
+  WHERE 1 >= (SELECT count(*) FROM main.cal_events
+              WHERE id=OLD.own_id AND cal_id=OLD.uuid AND recurrence_id IS NULL)
+           + (SELECT count(*) FROM main.cal_todos
+              WHERE id=OLD.own_id AND cal_id=OLD.uuid AND recurrence_id IS NULL);
 END;
 CREATE TEMP TRIGGER new_property INSTEAD OF INSERT ON cal_properties BEGIN
-  INSERT INTO notes(what, uuid, id, key, value)
-  SELECT 'new property', uuid, own_id, NEW.key, NEW.value FROM cal_events WHERE id=NEW.item_id
-  UNION SELECT 'new property', uuid, own_id, NEW.key, NEW.value FROM cal_todos WHERE id=NEW.item_id;
+  INSERT INTO notes(what, row, uuid, id, key, value)
+  SELECT iif(task, 'new property of todo', 'new property of event'), row, uuid, id, NEW.key, NEW.value
+  FROM shown WHERE name=NEW.item_id;
 END;
 )sql";
 
@@ -158,18 +180,36 @@ constexpr std::array kFollowing = {
     "WHERE what='new event'",
     "INSERT INTO main.cal_todos(cal_id, id, title, last_modified, time_created, todo_stamp, flags) "
     "SELECT uuid, id, title, changed, made, changed, 4 FROM notes WHERE what='new todo'",
+    "DELETE FROM shown WHERE name IN (SELECT name FROM notes WHERE what IN ('new event', 'new todo'))",
+    "INSERT OR REPLACE INTO shown SELECT c.number, 0, max(e.rowid), n.uuid, n.id, n.name "
+    "FROM notes n JOIN calendars c ON c.uuid=n.uuid JOIN main.cal_events e ON e.id=n.id AND e.cal_id=n.uuid "
+    "WHERE n.what='new event' AND e.recurrence_id IS NULL GROUP BY n.rowid",
+    "INSERT OR REPLACE INTO shown SELECT c.number, 1, max(t.rowid), n.uuid, n.id, n.name "
+    "FROM notes n JOIN calendars c ON c.uuid=n.uuid JOIN main.cal_todos t ON t.id=n.id AND t.cal_id=n.uuid "
+    "WHERE n.what='new todo' AND t.recurrence_id IS NULL GROUP BY n.rowid",
     "DELETE FROM main.cal_properties WHERE rowid IN (SELECT row FROM notes WHERE what='property gone')",
     // An item has one value of each property.
     "DELETE FROM main.cal_properties WHERE recurrence_id IS NULL AND (cal_id, item_id, key) IN "
-    "(SELECT uuid, id, key FROM notes WHERE what='new property')",
+    "(SELECT uuid, id, key FROM notes WHERE what LIKE 'new property%')",
     "INSERT INTO main.cal_properties(cal_id, item_id, key, value) SELECT uuid, id, key, value FROM notes "
-    "WHERE what='new property' AND value<>''",
-    "UPDATE main.cal_events AS e SET flags=ifnull(e.flags, 0) | 4 FROM notes n "
-    "WHERE n.what='new property' AND e.cal_id=n.uuid AND e.id=n.id AND e.recurrence_id IS NULL",
-    "UPDATE main.cal_todos AS t SET flags=ifnull(t.flags, 0) | 4 FROM notes n "
-    "WHERE n.what='new property' AND t.cal_id=n.uuid AND t.id=n.id AND t.recurrence_id IS NULL",
-    "DELETE FROM main.cal_events WHERE (cal_id, id) IN (SELECT uuid, id FROM notes WHERE what='event gone')",
-    "DELETE FROM main.cal_todos WHERE (cal_id, id) IN (SELECT uuid, id FROM notes WHERE what='todo gone')",
+    "WHERE what LIKE 'new property%' AND value<>''",
+    "UPDATE main.cal_events SET flags=ifnull(flags, 0) | 4 "
+    "WHERE rowid IN (SELECT row FROM notes WHERE what='new property of event')",
+    "UPDATE main.cal_todos SET flags=ifnull(flags, 0) | 4 "
+    "WHERE rowid IN (SELECT row FROM notes WHERE what='new property of todo')",
+    "DELETE FROM main.cal_events WHERE rowid IN (SELECT row FROM notes WHERE what='event gone')",
+    "DELETE FROM main.cal_todos WHERE rowid IN (SELECT row FROM notes WHERE what='todo gone')",
+    // What another item of the same calendar and ID needs stays.
+    "DELETE FROM notes WHERE what='event gone' AND EXISTS (SELECT 1 FROM main.cal_events e "
+    "WHERE e.id=notes.id AND e.cal_id=notes.uuid AND e.recurrence_id IS NULL)",
+    "DELETE FROM notes WHERE what='todo gone' AND EXISTS (SELECT 1 FROM main.cal_todos t "
+    "WHERE t.id=notes.id AND t.cal_id=notes.uuid AND t.recurrence_id IS NULL)",
+    "DELETE FROM main.cal_events WHERE (id, cal_id) IN (SELECT id, uuid FROM notes WHERE what='event gone')",
+    "DELETE FROM main.cal_todos WHERE (id, cal_id) IN (SELECT id, uuid FROM notes WHERE what='todo gone')",
+    "DELETE FROM notes WHERE what='event gone' AND EXISTS (SELECT 1 FROM main.cal_todos t "
+    "WHERE t.id=notes.id AND t.cal_id=notes.uuid)",
+    "DELETE FROM notes WHERE what='todo gone' AND EXISTS (SELECT 1 FROM main.cal_events e "
+    "WHERE e.id=notes.id AND e.cal_id=notes.uuid)",
 };
 
 // What else tells of an item, and goes with it.
@@ -201,7 +241,7 @@ LightningRegistry CalendarsOfRows(SqliteDatabase& database, std::string zone) {
   LightningRegistry registry{.calendars = {}, .zone = std::move(zone)};
   SqliteStatement rows(database, kCalendarsOfRows);
   while (rows.Step())
-    registry.calendars.push_back({std::string(rows.Text(0)), {}});
+    registry.calendars.push_back({.id = std::string(rows.Text(0)), .name = {}});
   return registry;
 }
 
@@ -209,11 +249,39 @@ void AddCalendars(SqliteDatabase& database, const LightningRegistry& registry) {
   const std::string zone = registry.zone.empty() ? "UTC" : registry.zone;
   std::set<std::string> taken;
   std::int64_t place = 0;
-  SqliteStatement add(database, "INSERT OR IGNORE INTO calendars VALUES(?, ?, ?, ?, ?)");
+  SqliteStatement add(database, "INSERT OR IGNORE INTO calendars VALUES(?, ?, ?, ?, ?, ?)");
   for (const LightningCalendar& calendar : registry.calendars) {
     const std::string name = TellingName(calendar, taken);
     add.Bind(1, NumberOf(calendar.id)).Bind(2, place++).Bind(3, calendar.id).Bind(4, name).Bind(5, zone);
-    add.Run();
+    add.Bind(6, std::int64_t{calendar.isReadOnly}).Run();
+  }
+}
+
+std::vector<LightningItem> ReadItems(SqliteDatabase& database) {
+  std::vector<LightningItem> items;
+  SqliteStatement rows(database, kItems);
+  while (rows.Step()) {
+    items.push_back({.calendarNumber = rows.Number(0),
+                     .isTask = rows.Number(1) != 0,
+                     .row = rows.Number(2),
+                     .calendar = std::string(rows.Text(3)),
+                     .id = std::string(rows.Text(4))});
+  }
+  return items;
+}
+
+void NameItems(SqliteDatabase& database, LightningNames& names) {
+  std::vector<LightningItem> items = ReadItems(database);
+  names.GiveNames(items);
+  SqliteStatement event(database,
+                        "INSERT INTO shown SELECT ?, 0, rowid, cal_id, id, nullif(?, '') "
+                        "FROM main.cal_events WHERE rowid=?");
+  SqliteStatement task(database,
+                       "INSERT INTO shown SELECT ?, 1, rowid, cal_id, id, nullif(?, '') "
+                       "FROM main.cal_todos WHERE rowid=?");
+  for (const LightningItem& item : items) {
+    SqliteStatement& add = item.isTask ? task : event;
+    add.Bind(1, item.calendarNumber).Bind(2, item.name).Bind(3, item.row).Run();
   }
 }
 
@@ -225,11 +293,12 @@ bool HasTable(SqliteDatabase& database, std::string_view name) {
 
 }  // namespace
 
-void AddTablesOfOld(SqliteDatabase& database, const LightningRegistry& registry) {
+void AddTablesOfOld(SqliteDatabase& database, const LightningRegistry& registry, LightningNames& names) {
   AddLightningTimes(database);
   database.Execute(kNotes);
   AddCalendars(database, registry.calendars.empty() ? CalendarsOfRows(database, registry.zone) : registry);
-  for (const char* statements : {kRenaming, kEvents, kTodos, kProperties})
+  NameItems(database, names);
+  for (const char* statements : {kEvents, kTodos, kProperties})
     database.Execute(statements);
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <optional>
 
 #include "Platform/Calendar.h"
@@ -53,7 +54,18 @@ std::int64_t DayOf(std::int64_t time, std::string_view zone) {
 
 // --- For statements
 
+// Old versions kept times before 1970 as if they had no sign, which made them too large for whole numbers and
+// took the parts of their seconds away.
+std::optional<std::int64_t> TimeOfReal(double time) {
+  constexpr double kTwoTo63 = 9223372036854775808.0;
+  constexpr double kSecond = 1e6;
+  if (time >= kTwoTo63) time = std::round((time - 2 * kTwoTo63) / kSecond) * kSecond;
+  if (!(time >= -kTwoTo63 && time < kTwoTo63)) return std::nullopt;
+  return static_cast<std::int64_t>(std::floor(time));
+}
+
 std::optional<std::int64_t> TimeArgument(sqlite3_value* value) {
+  if (sqlite3_value_type(value) == SQLITE_FLOAT) return TimeOfReal(sqlite3_value_double(value));
   if (sqlite3_value_type(value) != SQLITE_INTEGER) return std::nullopt;
   return sqlite3_value_int64(value);
 }
@@ -77,6 +89,11 @@ void ConvertArgument(sqlite3_context* context, int, sqlite3_value** values) {
   std::optional<std::int64_t> time = TimeArgument(values[0]);
   if (time) time = kConvert(*time, ClockArgument(values[1], values[2]));
   GiveTime(context, time);
+}
+
+void GiveShowableTime(sqlite3_context* context, int, sqlite3_value** values) {
+  const std::optional<std::int64_t> time = TimeArgument(values[0]);
+  GiveTime(context, time && IsShowable(*time) ? time : std::nullopt);
 }
 
 // An event without an end ends with its beginning.
@@ -114,6 +131,7 @@ std::int64_t KeptEnd(std::int64_t shown, const LightningClock& clock) {
 }
 
 void AddLightningTimes(SqliteDatabase& database) {
+  database.AddFunction("shown_time", 1, &GiveShowableTime);
   database.AddFunction("shown_start", 3, &ConvertArgument<&ShownStart>);
   database.AddFunction("shown_end", 5, &ConvertEndArgument);
   database.AddFunction("kept_start", 3, &ConvertArgument<&KeptStart>);

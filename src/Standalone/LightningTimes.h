@@ -28,6 +28,7 @@ std::int64_t KeptStart(std::int64_t shown, const LightningClock& clock);
 std::int64_t KeptEnd(std::int64_t shown, const LightningClock& clock);
 
 // Makes known to a connection's statements, with NULL for what isn't a time:
+//   shown_time(time), which is NULL for a time that can't be shown, too,
 //   shown_start(start, zone, flags), shown_end(start, startZone, end, endZone, flags),
 //   kept_start(shown, zone, flags), kept_end(shown, zone, flags)
 void AddLightningTimes(SqliteDatabase& database);

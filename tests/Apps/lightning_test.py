@@ -137,6 +137,45 @@ class Lightning(ProgramCase):
             self.assertRegex(err, rf"local\.sqlite: .*python3?.* \(\w+ {process}\)")
             self.assertEqual(tree_bytes(self.profile / "calendar-data"), before)
 
+    def test_an_item_of_an_id_that_two_calendars_have_is_removed_alone(self):
+        with self.database() as database:
+            database.execute("INSERT INTO cal_events SELECT * FROM cal_events WHERE id='float'")
+            database.execute("UPDATE cal_events SET cal_id=? WHERE rowid=(SELECT max(rowid) FROM cal_events)", (WORK,))
+            database.execute("INSERT INTO cal_alarms(cal_id, item_id) VALUES(?, 'float')", (WORK,))
+        self.assertEqual(self.run_here("calendar", "remove", "lightning://default/Familie 🦊", "float"),
+                         (0, "removed: 'Überall um neun'\n", ""))
+        self.assertEqual(self.rows("SELECT cal_id FROM cal_events WHERE id='float'"), [(WORK,)])
+        self.assertEqual(self.rows("SELECT cal_id FROM cal_alarms"), [(WORK,)])
+
+    def test_what_can_not_be_read_is_told_but_is_no_failure_of_a_change(self):
+        code, out, err = self.run_here("calendar", "add", 'lightning://default/A "B" %2F C', "--text", "Neu", "--start",
+                                       "01.02.2039 10:00")
+        self.assertEqual(code, 0)
+        self.assertRegex(out, "^added: 'Neu' ")
+        self.assertEqual(err.count("ID bad: "), 1)
+
+    def test_a_database_that_can_not_be_opened_is_told_and_no_other_stands_in_for_it(self):
+        with contextlib.closing(sqlite3.connect(self.profile / "storage.sdb")) as old:
+            old.executescript("CREATE TABLE cal_calendars_prefs(calendar INTEGER, name TEXT, value TEXT);"
+                              "INSERT INTO cal_calendars_prefs VALUES(2, 'name', 'Familie 🦊');")
+        self.file.write_bytes(b"no database at all" * 100)
+        before = tree_bytes(self.profile)
+        for arguments in (("read", "lightning://default", "--json"),
+                          ("calendar", "add", "lightning://default/Familie 🦊", "--text", "Neu", "--start",
+                           "01.02.2039 10:00")):
+            code, out, err = self.run_here(*arguments)
+            self.assertEqual((code, out), (3, ""))
+            self.assertIn("local.sqlite: file is not a database", err)
+        self.assertEqual(tree_bytes(self.profile), before)
+
+    def test_an_event_without_an_end_is_moved_as_a_whole(self):
+        with self.database() as database:
+            database.execute("UPDATE cal_events SET event_end=NULL WHERE id='float'")
+        self.assertEqual(self.run_here("calendar", "set", "lightning://default/Familie 🦊", "float", "--start",
+                                       "24.12.2026 10:00")[::2], (0, ""))
+        self.assertEqual(self.rows("SELECT event_start/1000000, event_end/1000000 FROM cal_events WHERE id='float'"),
+                         [(1798106400, 1798106400)])
+
     def test_by_the_other_rules_only_the_storage_of_old_is_read(self):
         code, out, _ = self.run_here("--rules", "windows", "browse", "lightning://default/*")
         self.assertNotIn("Familie", out)

@@ -56,6 +56,10 @@ StandaloneLocationPtr ReadCalendar(Session& session, const std::string& given) {
   }
   StandaloneLocationPtr location = session.Read(address);
   CheckWritable(*location);
+  // What can't be read of the calendar is told, but is no failure of the change.
+  for (const Console::ToldError& error : session.Output().Errors())
+    session.Output().Complain(error.text);
+  session.Output().Forget();
   return location;
 }
 
@@ -128,15 +132,25 @@ void Edit(StandaloneItem& item, const CalendarOptions& options) {
   if (options.location) item.SetData(data_key::kLocation, *options.location, false);
 }
 
-ExitCode Set(Session& session, const CalendarOptions& options) {
-  if (!options.text && !options.start && !options.end && !options.location)
-    Refuse(InWords(Phrase::NothingToSet));
-  const StandaloneLocationPtr location = ReadCalendar(session, options.address);
-  const StandaloneItemPtr item = FindItem(*location, options.items.front());
+// An event that has no end of its own, or none after its beginning, takes that along to a later time.
+CalendarOptions WithEnd(const CalendarOptions& options, StandaloneItem& item) {
+  CalendarOptions whole = options;
+  const std::string end = item.DataText(data_key::kDateEnd);
+  const bool takesAlong = TakesCalendarAddressesWhole() && item.Type() == "termin" && options.start &&
+                          !options.end && end == item.Date();
+  if (takesAlong && Moment(*options.start) > Moment(end)) whole.end = options.start;
+  return whole;
+}
+
+ExitCode Set(Session& session, const CalendarOptions& given) {
+  if (!given.text && !given.start && !given.end && !given.location) Refuse(InWords(Phrase::NothingToSet));
+  const StandaloneLocationPtr location = ReadCalendar(session, given.address);
+  const StandaloneItemPtr item = FindItem(*location, given.items.front());
   if (item == nullptr) {
-    session.Output().Complain(InWords(Phrase::NoItem, {options.items.front(), options.address}));
+    session.Output().Complain(InWords(Phrase::NoItem, {given.items.front(), given.address}));
     return ExitCode::Partly;
   }
+  const CalendarOptions options = WithEnd(given, *item);
   if (item->Type() == "task" && (options.start || options.end || options.location)) {
     Refuse(InWords(Phrase::TaskHasNoTimes));
   }

@@ -57,18 +57,22 @@ bool TakesCalendarAddressesWhole() {
 
 std::string CalendarSegment(std::string_view name) {
   std::string segment(name);
-  if (TakesCalendarAddressesWhole()) ReplaceText(segment, "/", "%2F");
+  if (!TakesCalendarAddressesWhole()) return segment;
+  ReplaceText(segment, "%", "%25");
+  ReplaceText(segment, "/", "%2F");
   return segment;
 }
 
 std::string CalendarOfSegment(std::string_view segment) {
   std::string name(segment);
-  if (TakesCalendarAddressesWhole()) ReplaceText(name, "%2F", "/");
+  if (!TakesCalendarAddressesWhole()) return name;
+  ReplaceText(name, "%2F", "/");
+  ReplaceText(name, "%25", "%");
   return name;
 }
 
-std::string CalendarNameValue(const std::string& name) {
-  return EscapesCalendarTexts() ? EscapeValue(name) : name;
+std::string CalendarFieldValue(const std::string& text) {
+  return EscapesCalendarTexts() ? EscapeValue(text) : text;
 }
 
 std::string CalendarTimeText(std::int64_t seconds) {

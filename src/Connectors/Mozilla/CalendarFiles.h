@@ -28,8 +28,8 @@ bool TakesCalendarAddressesWhole();
 std::string CalendarSegment(std::string_view name);
 std::string CalendarOfSegment(std::string_view segment);
 
-// A calendar's name as the value of a record's field.
-std::string CalendarNameValue(const std::string& name);
+// A calendar's name or an item's ID as the value of a record's field.
+std::string CalendarFieldValue(const std::string& text);
 
 // Local time, date and time parted by a blank, of seconds since 1970 in UTC. Raises for a time that can't be
 // shown.

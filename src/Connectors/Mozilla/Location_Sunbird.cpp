@@ -53,10 +53,10 @@ std::string LogValue(HostRecordset& row) {
 std::string TaskRecord(HostRecordset& row, const std::string& calendar) {
   const std::string log = LogValue(row);
   std::string record;
-  AppendField(record, record_key::kId, row.Field("id"));
+  AppendField(record, record_key::kId, CalendarFieldValue(row.Field("id")));
   AppendField(record, record_key::kType, "task");
   AppendField(record, record_key::kText, EscapeValue(row.Field("title")));
-  AppendDataField(record, data_key::kCalendar, CalendarNameValue(calendar));
+  AppendDataField(record, data_key::kCalendar, CalendarFieldValue(calendar));
   AppendField(record, record_key::kLog, log);
   return record;
 }
@@ -80,24 +80,6 @@ std::string ReadLocation(HostDatabase& db, const std::string& id) {
   if (rows->RecordCount() == 0) return {};
   rows->MoveFirst();
   return rows->Field("value");
-}
-
-std::string EventRecord(HostDatabase& db, HostRecordset& row, const std::string& calendar) {
-  const std::string id = row.Field("id");
-  const std::string location = ReadLocation(db, id);
-  const std::string start = LocalMinute(row, "start");
-  const std::string end = LocalMinute(row, "ende");
-  const std::string log = LogValue(row);
-  std::string record;
-  AppendField(record, record_key::kId, id);
-  AppendField(record, record_key::kType, "termin");
-  AppendField(record, record_key::kText, EscapeValue(row.Field("title")));
-  AppendField(record, record_key::kDate, start);
-  AppendDataField(record, data_key::kDateEnd, end);
-  AppendDataField(record, data_key::kLocation, EscapeValue(location));
-  AppendDataField(record, data_key::kCalendar, CalendarNameValue(calendar));
-  AppendField(record, record_key::kLog, log);
-  return record;
 }
 
 }  // namespace
@@ -130,7 +112,7 @@ bool Location_Sunbird::ReadAddress(std::string path) {
 
 KeyedList<std::string> Location_Sunbird::Discover(const BrowsePoint& point, std::string_view segment) {
   if (point.level == 1) return Profiles(point.prefix, segment);
-  if (point.level == 2) return GetCalendars(point.prefix, segment, point.profilePath);
+  if (point.level == 2) return GetCalendars(point.prefix, CalendarOfSegment(segment), point.profilePath);
   return GetMailFolders(point.prefix, segment, point.folderPath);
 }
 
@@ -141,8 +123,11 @@ KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder
   for (const std::string& file : CalendarFilesOf(path)) {
     databaseFile_ = file;
     if (!FileExists(file)) continue;
-    const std::vector<NamedCalendar> found = FindCalendars(fld);
-    for (const auto& [name, id] : found) {
+    // What is there and can't be read hides what an earlier program left: that is to be neither shown nor
+    // changed in its place.
+    const auto found = FindCalendars(fld);
+    if (!found) break;
+    for (const auto& [name, id] : *found) {
       if (fld != "*") {
         calendars.Add(id);
         return calendars;
@@ -151,20 +136,21 @@ KeyedList<std::string> Location_Sunbird::GetCalendars(std::string_view prefolder
       const std::string address = std::string(prefolder) + CalendarSegment(name) + '/';
       calendars.Add(JoinDiscoveryEntry({name, address, id}));
     }
-    std::ranges::transform(found, std::back_inserter(namesOfEarlierFiles), &NamedCalendar::name);
+    std::ranges::transform(*found, std::back_inserter(namesOfEarlierFiles), &NamedCalendar::name);
   }
   return calendars;
 }
 
-std::vector<Location_Sunbird::NamedCalendar> Location_Sunbird::FindCalendars(std::string_view wanted) {
-  std::vector<NamedCalendar> calendars;
+std::optional<std::vector<Location_Sunbird::NamedCalendar>> Location_Sunbird::FindCalendars(
+    std::string_view wanted) {
   const HostDatabasePtr db = HostObjects::Current().NewDatabase();
-  if (!ConnectDatabase(*db)) return calendars;
+  if (!ConnectDatabase(*db)) return std::nullopt;
+  std::vector<NamedCalendar> calendars;
   const HostRecordsetPtr rows =
       db->Query("SELECT calendar, value FROM cal_calendars_prefs WHERE name='name'", kQuery);
   for (rows->MoveFirst(); !rows->EndOfRows(); rows->MoveNext()) {
     const std::string name = rows->Field("value");
-    if (wanted != "*" && wanted != name && wanted != CalendarSegment(name)) continue;
+    if (wanted != "*" && wanted != name) continue;
     calendars.push_back({name, rows->Field("calendar")});
     if (wanted != "*") break;
   }
@@ -242,20 +228,59 @@ void Location_Sunbird::ReadTasks(HostDatabase& db, const std::string& name) {
     PasteRow(*rows, name, [&] { return TaskRecord(*rows, name); });
 }
 
-// One that can't be shown is told by its calendar and its ID, and hides none of the others.
+std::string Location_Sunbird::EventRecord(HostDatabase& db, HostRecordset& row, const std::string& calendar) {
+  const std::string id = row.Field("id");
+  const std::string location = ReadLocation(db, id);
+  const std::string start = LocalMinute(row, "start");
+  const std::string end = EventEnd(row, calendar, start);
+  const std::string log = LogValue(row);
+  std::string record;
+  AppendField(record, record_key::kId, CalendarFieldValue(id));
+  AppendField(record, record_key::kType, "termin");
+  AppendField(record, record_key::kText, EscapeValue(row.Field("title")));
+  AppendField(record, record_key::kDate, start);
+  AppendDataField(record, data_key::kDateEnd, end);
+  AppendDataField(record, data_key::kLocation, EscapeValue(location));
+  AppendDataField(record, data_key::kCalendar, CalendarFieldValue(calendar));
+  AppendField(record, record_key::kLog, log);
+  return record;
+}
+
+// An end that can't be shown hides no event: it is told, and the event ends as it begins.
+std::string Location_Sunbird::EventEnd(HostRecordset& row, const std::string& name,
+                                       const std::string& start) {
+  try {
+    return LocalMinute(row, "ende");
+  } catch (const Failure& failure) {
+    if (!BrokenItemsAreNamed()) throw;
+    TellUnreadable(row, name, failure, "Ende: ");
+    return start;
+  }
+}
+
+// One that can't be shown is told by its calendar and its ID, or title, and hides none of the others.
 template <class MakeRecord>
 void Location_Sunbird::PasteRow(HostRecordset& row, const std::string& name, MakeRecord makeRecord) {
   std::string record;
   try {
+    if (BrokenItemsAreNamed() && row.Field("id").empty())
+      throw Failure(ErrorNumber::TypeMismatch, "keine ID");
     record = makeRecord();
   } catch (const Failure& failure) {
     if (!BrokenItemsAreNamed()) throw;
-    const std::string id = row.Field("id");
-    frame::ReportUnreadable(
-        {databaseFile_, "Kalender '" + name + "', ID " + id + ": " + failure.Reason(), failure.Why().hint});
+    TellUnreadable(row, name, failure);
     return;
   }
   PasteItem(record, false);
+}
+
+void Location_Sunbird::TellUnreadable(HostRecordset& row, const std::string& name, const Failure& failure,
+                                      std::string_view what) const {
+  const std::string id = row.Field("id");
+  const std::string item = id.empty() ? "'" + row.Field("title") + "'" : "ID " + id;
+  const std::string reason = std::string(what) + failure.Reason();
+  frame::ReportUnreadable(
+      {databaseFile_, "Kalender '" + name + "', " + item + ": " + reason, failure.Why().hint});
 }
 
 // Calendar 1 also shows the rows of calendar 0, under which its own are written.

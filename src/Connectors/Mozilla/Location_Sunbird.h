@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "Connectors/Mozilla/CalendarSql.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/HostDatabase.h"
+#include "Platform/Failure.h"
 
 namespace vorlent {
 
@@ -50,8 +52,9 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   bool ReadAddress(std::string path) override;
   KeyedList<std::string> Discover(const BrowsePoint& point, std::string_view segment) override;
 
-  // The calendars of the database at hand: all for "*", else the first of that name.
-  std::vector<NamedCalendar> FindCalendars(std::string_view wanted);
+  // The calendars of the database at hand: all for "*", else the first of that name. Nothing if the database
+  // can't be opened.
+  std::optional<std::vector<NamedCalendar>> FindCalendars(std::string_view wanted);
 
   // What GetMozillaProfiles finds of the address's application, as far as it can have calendars.
   KeyedList<std::string> Profiles(std::string_view prefix, std::string_view filter) const;
@@ -63,6 +66,10 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   void ReadTasks(HostDatabase& db, const std::string& name);
   template <class MakeRecord>
   void PasteRow(HostRecordset& row, const std::string& name, MakeRecord makeRecord);
+  std::string EventEnd(HostRecordset& row, const std::string& name, const std::string& start);
+  std::string EventRecord(HostDatabase& db, HostRecordset& row, const std::string& calendar);
+  void TellUnreadable(HostRecordset& row, const std::string& name, const Failure& failure,
+                      std::string_view what = {}) const;
   std::string CalendarCondition() const;
 
   bool ConnectDatabase(HostDatabase& db);

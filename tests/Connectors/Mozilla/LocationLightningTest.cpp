@@ -34,6 +34,10 @@ class LightningTest : public SunbirdTest {
     WriteProfiles("Thunderbird", {"p"});
     folder_.MakeFolder(ProfileFolder("Thunderbird", "p") + "\\calendar-data");
     WritePreferences("Familie", "Arbeit");
+    host_.MakeDatabase = [this]() -> HostDatabasePtr {
+      return std::make_shared<test::RecordingDatabase>(host_.Log,
+                                                       std::make_shared<StandaloneDatabase>(shelf_), false);
+    };
   }
 
   void WritePreferences(std::string_view first, std::string_view second) {
@@ -92,7 +96,27 @@ class LightningTest : public SunbirdTest {
     return Difference(before, File().AllRows());
   }
 
+  // Adds an event of nine o'clock under an ID that is an SQL expression.
+  static void AddEventOfId(LightningFile& file, const char* calendar, const std::string& id,
+                           const std::string& title) {
+    file.Add("cal_events", "cal_id, id, title, event_start, event_end, event_start_tz, event_end_tz, flags",
+             "'" + std::string(calendar) + "'," + id + ",'" + title + "'," + kNine + "," + kTen +
+                 ",'UTC','UTC',4");
+  }
+
+  static void AddTask(LightningFile& file, const char* calendar, const std::string& id) {
+    file.Add("cal_todos", "cal_id, id, title, flags", "'" + std::string(calendar) + "','" + id + "','Los',4");
+  }
+
+  Lines ShownIds() const {
+    Lines ids;
+    for (const std::string& line : Shown())
+      ids.push_back(line.substr(0, line.find(' ')));
+    return ids;
+  }
+
   ScopedRules today_{Rules::Today()};
+  std::shared_ptr<SnapshotShelf> shelf_ = std::make_shared<SnapshotShelf>();
 };
 
 TEST_F(LightningTest, CalendarsGoByTheNamesAndInTheOrderOfThePreferences) {
@@ -217,6 +241,10 @@ TEST_F(LightningTest, NamesMayHoldWhatPartsAddressesAndRecords) {
   file.AddEvent(LightningFile::kSecond, "b", "Zwei", kNine, kTen);
   ASSERT_EQ(Read("lightning://p/A %2F B"), LocationState::Read);
   EXPECT_THAT(Shown(), ElementsAre("a Eins 20.06.2026 11:00 - 20.06.2026 12:00 [] A / B"));
+  WritePreferences("A%2FB", "A/B");
+  ASSERT_EQ(Read("lightning://p/A%252FB"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("a Eins 20.06.2026 11:00 - 20.06.2026 12:00 [] A%2FB"));
+  WritePreferences("A / B", "C|D's");
   ASSERT_EQ(Read("lightning://p/C|D's"), LocationState::Read);
   EXPECT_THAT(Records(), HasSubstr("|DataCalendar=C\\|D's|Log="));
   // By the other rules a name is what it is.
@@ -270,7 +298,201 @@ TEST_F(LightningTest, ItemWithoutATimeOfItsMakingIsShown) {
   EXPECT_THAT(Records(), HasSubstr("ID=t|Type=task|Text=Los|DataCalendar=Familie|"));
 }
 
+TEST_F(LightningTest, IdOfAReadItemMeansThatItemWhateverIsRemoved) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "same", "Der erste", kNine, kTen);
+  file.AddEvent(LightningFile::kSecond, "same", "Der zweite", kNine, kTen);
+  file.Add("cal_alarms", "cal_id, item_id", "'" + std::string(LightningFile::kSecond) + "', 'same'");
+  const auto remove = [&](const char* id) {
+    return Changed("lightning://p/", id, kRemoved, "", [](auto&) {});
+  };
+  EXPECT_THAT(remove("same"), ElementsAre(HasSubstr("Der erste")));
+  EXPECT_THAT(ShownIds(), ElementsAre("same", "same~2"));
+  EXPECT_THAT(remove("same"), IsEmpty());
+  EXPECT_THAT(ShownIds(), ElementsAre("same~2"));
+  EXPECT_THAT(remove("same~2"), ElementsAre(HasSubstr("-cal_alarms"), HasSubstr("Der zweite")));
+}
+
+TEST_F(LightningTest, OrderOfTheCalendarsMayChangeBetweenReadingAndWriting) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "same", "Der erste", kNine, kTen);
+  file.AddEvent(LightningFile::kSecond, "same", "Der zweite", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  std::string preferences = LightningPreferences("Familie", "Arbeit");
+  const std::size_t order = preferences.find(LightningFile::kFirst);
+  const std::size_t length = std::string(LightningFile::kFirst).size();
+  preferences.replace(order, 2 * length + 1,
+                      std::string(LightningFile::kSecond) + " " + LightningFile::kFirst);
+  folder_.Write(ProfileFolder("Thunderbird", "p") + "\\prefs.js", preferences);
+  auto item = host_.MakeItem();
+  item->IdText = "same";
+  item->TypeText = "termin";
+  connector_->RedoAction(item, "20261122180000", kRemoved, "");
+  EXPECT_THAT(file.Rows("SELECT title FROM cal_events"), ElementsAre("Der zweite"));
+}
+
+TEST_F(LightningTest, MadeIdIsNoneThatAnItemHas) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "x", "Der erste", kNine, kTen);
+  file.AddEvent(LightningFile::kFirst, "x~2", "Heißt so", kNine, kTen);
+  file.AddEvent(LightningFile::kSecond, "x", "Der zweite", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(ShownIds(), ElementsAre("x", "x~2", "x~3"));
+  EXPECT_THAT(Changed("lightning://p/", "x~2", kRemoved, "", [](auto&) {}),
+              ElementsAre(HasSubstr("Heißt so")));
+}
+
+TEST_F(LightningTest, ItemThatThunderbirdHasDeletedOfflineTakesNoId) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "x", "Gelöscht", kNine, kTen);
+  file.Run("UPDATE cal_events SET offline_journal=4");
+  file.AddEvent(LightningFile::kSecond, "x", "Der andere", kNine, kTen);
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(ShownIds(), ElementsAre("x"));
+}
+
+TEST_F(LightningTest, RowsWithoutAnIdAreNamedAndTheOthersCome) {
+  LightningFile file = File();
+  AddEventOfId(file, LightningFile::kFirst, "NULL", "Namenlos");
+  AddEventOfId(file, LightningFile::kSecond, "NULL", "Auch");
+  AddEventOfId(file, LightningFile::kFirst, "'a'", "Gut");
+  ASSERT_EQ(Read("lightning://p/"), LocationState::Read);
+  EXPECT_THAT(ShownIds(), ElementsAre("a"));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("local.sqlite: Kalender 'Familie', 'Namenlos': keine ID"),
+                          HasSubstr("Kalender 'Arbeit', 'Auch': keine ID")));
+}
+
+TEST_F(LightningTest, ItemsOfOneCalendarHideNoOther) {
+  LightningFile file = File();
+  int number = 0;
+  for (const char* id :
+       {"'abc'", "'ABC'", "'p|q'", "'p'", "'i'||char(0)||'d'", "'n'||char(10)||'l'", "'both'"})
+    AddEventOfId(file, LightningFile::kFirst, id, "T" + std::to_string(++number));
+  AddTask(file, LightningFile::kFirst, "both");
+  file.Add("cal_properties", "item_id, cal_id, key, value",
+           "'both', '" + std::string(LightningFile::kFirst) + "', 'DESCRIPTION', 'Beider'");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_EQ(connector_->Count(), 8);
+  EXPECT_THAT(Records(), HasSubstr("ID=p\\|q|Type=termin|Text=T3"));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}), IsEmpty());
+  const auto remove = [&](const char* id) {
+    return Changed("lightning://p/Familie", id, kRemoved, "", [](auto&) {});
+  };
+  EXPECT_THAT(remove("ABC~2"), ElementsAre(HasSubstr("|T2|")));
+  EXPECT_THAT(remove("p|q"), ElementsAre(HasSubstr("|T3|")));
+  EXPECT_THAT(remove("i_d"), ElementsAre(HasSubstr("|T5|")));
+  EXPECT_THAT(remove("n_l"), ElementsAre(HasSubstr("|T6|")));
+  EXPECT_THAT(remove("both"), ElementsAre(HasSubstr("|T7|")));
+  EXPECT_THAT(file.Rows("SELECT id FROM cal_todos"), ElementsAre("both"));
+}
+
+TEST_F(LightningTest, PropertiesOfAnotherCalendarAreItsOwn) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "x", "Mein", kNine, kTen);
+  file.Add("cal_properties", "item_id, cal_id, key, value",
+           "'x', '" + std::string(LightningFile::kSecond) + "', 'LOCATION', 'Fremd'");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("x Mein 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie"));
+  EXPECT_THAT(Changed("lightning://p/Familie", "x", kRemoved, "", [](auto&) {}),
+              ElementsAre(HasSubstr("Mein")));
+}
+
+TEST_F(LightningTest, TimesWithoutASignOrWithFractionsAreTimes) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "old", "Alt", "18446744073709551616.0-954691200000000",
+                "18446744073709551616.0-954687600000000");
+  file.AddEvent(LightningFile::kFirst, "part", "Teil", "1781946000000000.5", kTen);
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("old Alt 01.10.1939 09:00 - 01.10.1939 10:00 [] Familie",
+                                   "part Teil 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie"));
+}
+
+TEST_F(LightningTest, EventIsShownAsFarAsItCanBe) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "far", "Ewig", kNine, "884541340800000000");
+  file.AddEvent(LightningFile::kFirst, "end", "Bytes", kNine, "x'0102'");
+  file.AddEvent(LightningFile::kFirst, "made", "Später", kNine, kTen);
+  file.Run("UPDATE cal_events SET time_created=884541340800000000, last_modified=x'0102' WHERE id='made'");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("far Ewig 20.06.2026 11:00 - 20.06.2026 11:00 [] Familie",
+                                   "end Bytes 20.06.2026 11:00 - 20.06.2026 11:00 [] Familie",
+                                   "made Später 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie"));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("Kalender 'Familie', ID far: Ende: Zeit nach dem Jahr 9999"),
+                          HasSubstr("Kalender 'Familie', ID end: Ende: keine Zeit")));
+}
+
+TEST_F(LightningTest, StorageOfOldStandsInForNothingThatIsThere) {
+  folder_.Write(ProfileFolder("Thunderbird", "p") + "\\calendar-data\\local.sqlite", "no database at all");
+  Storage("p", "Thunderbird").Run(std::string(kCalendarTables) + R"(
+      INSERT INTO cal_calendars_prefs (calendar, name, value) VALUES (2, 'name', 'Familie');
+      INSERT INTO cal_events VALUES (2, 'a', 1, 1, 'Stand von damals', 4, 1, 1, '', '');)");
+  EXPECT_EQ(Read("lightning://p/Familie"), LocationState::Unreadable);
+  EXPECT_EQ(connector_->Count(), 0);
+  EXPECT_TRUE(connector_->DatabaseFile().ends_with("local.sqlite"));
+}
+
+TEST_F(LightningTest, EveryLookUpOfAnItemUsesAnIndex) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "x", kNine, kTen);
+  // What is scanned is what a trigger is given: the rows that were found. Theirs are the views' names.
+  StandaloneDatabase database;
+  ASSERT_TRUE(database.Open("ODBC", "Database=" + FilePath() + ";Timeout=2000"));
+  for (const char* statement :
+       {"SELECT value FROM cal_properties WHERE item_id='id7~2' AND key='LOCATION'",
+        "UPDATE cal_events SET title='x', last_modified=1 WHERE id='id7~2'",
+        "DELETE FROM cal_properties WHERE item_id='id7~2'", "DELETE FROM cal_todos WHERE id='id7~2'"}) {
+    const auto plan = database.Query("EXPLAIN QUERY PLAN " + std::string(statement), 2);
+    for (plan->MoveFirst(); !plan->EndOfRows(); plan->MoveNext()) {
+      const std::string step = plan->Field("detail");
+      EXPECT_TRUE(!step.starts_with("SCAN") || step == "SCAN cal_events" || step == "SCAN cal_todos" ||
+                  step == "SCAN cal_properties")
+          << statement << ": " << step;
+      EXPECT_THAT(step, testing::Not(HasSubstr("AUTOMATIC")));
+    }
+  }
+}
+
 // --- Writing back
+
+TEST_F(LightningTest, CalendarThatThunderbirdOnlyReadsIsNotChanged) {
+  File().AddEvent(LightningFile::kFirst, "a", "x", kNine, kTen);
+  folder_.Write(ProfileFolder("Thunderbird", "p") + "\\prefs.js",
+                LightningPreferences("Familie", "Arbeit") + "user_pref(\"calendar.registry." +
+                    LightningFile::kFirst + ".readOnly\", true);\n");
+  for (const std::int32_t change : {kTitleChanged, kStartChanged, kAdded, kRemoved}) {
+    host_.Log.Clear();
+    EXPECT_THAT(Changed("lightning://p/Familie", "a", change, "",
+                        [](auto& item) {
+                          item.DisplayText = "Neu";
+                          item.DateText = "20.06.2026 10:00";
+                          item.Data = {{"DateEnd", "20.06.2026 12:00"}};
+                        }),
+                IsEmpty());
+    EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+                ElementsAre(HasSubstr("local.sqlite: the calendar is set to be read only")));
+  }
+}
+
+TEST_F(LightningTest, AddedEventTakesTheIdOfNoOtherCalendar) {
+  File().AddEvent(LightningFile::kFirst, "a", "x", kNine, kTen);
+  EXPECT_THAT(Changed("lightning://p/Arbeit", "a", kAdded, "",
+                      [](auto& item) {
+                        item.DateText = "20.06.2026 10:00";
+                        item.Data = {{"DateEnd", "20.06.2026 12:00"}};
+                      }),
+              IsEmpty());
+}
+
+TEST_F(LightningTest, WholeDaysTakeNoTimeOfDay) {
+  File().AddEvent(LightningFile::kFirst, "a", "x", kMidsummer, kTwoDaysLater, "floating", 12);
+  EXPECT_THAT(Changed("lightning://p/Familie", "a", kStartChanged, "",
+                      [](auto& item) { item.DateText = "24.12.2026 10:00"; }),
+              IsEmpty());
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("an event of whole days has no time of day")));
+}
 
 TEST_F(LightningTest, AddedEventIsLaidOutAsThunderbirdDoes) {
   File();
@@ -319,7 +541,13 @@ TEST_F(LightningTest, ChangedTimesAreKeptByTheClockOfTheEvent) {
     item.DateText = "01.07.2026 08:30";
     item.Data = {{"DateEnd", "02.07.2026 09:30"}};
   };
-  for (const char* id : {"float", "zone", "days"}) {
+  const auto movedDays = [](auto& item) {
+    item.DateText = "01.07.2026";
+    item.Data = {{"DateEnd", "02.07.2026"}};
+  };
+  Changed("lightning://p/Familie", "days", kStartChanged, "", movedDays);
+  Changed("lightning://p/Familie", "days", kDataChanged, "DateEnd=", movedDays);
+  for (const char* id : {"float", "zone"}) {
     Changed("lightning://p/Familie", id, kStartChanged, "", moved);
     Changed("lightning://p/Familie", id, kDataChanged, "DateEnd=", moved);
   }
