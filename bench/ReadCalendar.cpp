@@ -92,7 +92,8 @@ double Milliseconds(const std::function<void()>& work) {
 
 class SilentObserver : public HostObserver {};
 
-int Run(int events) {
+int Run(bool quick) {
+  const int events = quick ? 10'000 : 50'000;
   const ScopedTimeZone zone("Europe/Berlin");
   const TemporaryFolder folder;
   folder.Write("Mozilla\\Sunbird\\profiles.ini",
@@ -108,12 +109,14 @@ int Run(int events) {
   const StandaloneLocationPtr location = host->MakeLocation();
   location->Open("sunbird://p/Home");
 
-  // The best of several runs of each, in turn, so that a busy moment of the machine strikes both alike.
+  // The best of several runs of each, in turn, so that a busy moment of the machine strikes all alike.
   double bare = 1e9;
   double connector = 1e9;
+  double todays = 1e9;
   for (int run = 0; run < kRuns; ++run) {
     bare = std::min(bare, Milliseconds([&] { RunBareStatements(file, events); }));
     connector = std::min(connector, Milliseconds([&] { location->Load(); }));
+    todays = std::min(todays, Milliseconds(ByTodaysRules([&] { location->Load(); })));
   }
   if (location->ItemCount() != events) std::abort();
   location->Close();
@@ -124,14 +127,16 @@ int Run(int events) {
   std::printf("%-36s %10.1f %12.0f\n", "bare statements", bare, events / bare * 1000);
   std::printf("%-36s %10.1f %12.0f\n", "connector, to items of the host", connector,
               events / connector * 1000);
+  std::printf("%-36s %10.1f %12.0f\n", "the same by today's rules", todays, events / todays * 1000);
   std::printf("%d events with locations: %.2f times the bare statements, at most %.1f allowed: %s\n", events,
               ratio, kLimit, ratio <= kLimit ? "met" : "MISSED");
-  return ratio <= kLimit ? 0 : 1;
+  const bool isTodaysFast = PrintTodays("reading", todays / connector, kTodaysTime.For(quick));
+  return ratio <= kLimit && isTodaysFast ? 0 : 1;
 }
 
 }  // namespace
 }  // namespace vorlent
 
 int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape): ends the program
-  return vorlent::Run(vorlent::IsQuick(argc, argv) ? 10'000 : 50'000);
+  return vorlent::Run(vorlent::IsQuick(argc, argv));
 }
