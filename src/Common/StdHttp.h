@@ -78,4 +78,8 @@ std::string GetPartCharset(std::string_view headerBlock);
 // Display text of a mail date, whose zone is ignored.
 std::string MailDateToDisplay(std::string s);
 
+// Display text of a mail date as a person is shown it: the same, or by the person's own clock (MailTimes in
+// Platform/Rules.h).
+std::string ShownMailDate(std::string s);
+
 }  // namespace vorlent

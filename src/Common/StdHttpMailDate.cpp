@@ -1,9 +1,17 @@
+#include <algorithm>
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Common/NumberText.h"
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Common/StdTime.h"
+#include "Platform/Calendar.h"
+#include "Platform/EpochTime.h"
+#include "Platform/Failure.h"
 #include "Platform/Rules.h"
 
 namespace vorlent {
@@ -130,10 +138,37 @@ std::string TimeField(std::string_view token, int highest) {
   return PaddedNumber(number >= 0 && number <= highest ? number : 0, 2);
 }
 
-}  // namespace
+// What the letters of a zone mean in mail (RFC 5322), and those that European programs have written.
+struct NamedZone {
+  std::string_view name;
+  int hours;  // ahead of UTC
+};
+constexpr NamedZone kNamedZones[] = {{"UT", 0},   {"UTC", 0},  {"GMT", 0},  {"Z", 0},    {"EST", -5},
+                                     {"EDT", -4}, {"CST", -6}, {"CDT", -5}, {"MST", -7}, {"MDT", -6},
+                                     {"PST", -8}, {"PDT", -7}, {"CET", 1},  {"CEST", 2}, {"MET", 1},
+                                     {"MEST", 2}, {"EET", 2},  {"EEST", 3}};
 
-std::string MailDateToDisplay(std::string s) {
-  const DateFields date = ReadFields(std::move(s));
+// How far the written zone is ahead of UTC; nothing for one that isn't known.
+std::optional<std::chrono::minutes> OffsetOf(std::string_view zone) {
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  if (zone.size() == 5 && (zone[0] == '+' || zone[0] == '-') && std::ranges::all_of(zone.substr(1), isDigit)) {
+    const int digits = static_cast<int>(ReadNumber(zone.substr(1)));
+    const std::chrono::minutes ahead = std::chrono::hours(digits / 100) + std::chrono::minutes(digits % 100);
+    return zone[0] == '-' ? -ahead : ahead;
+  }
+  const auto* const named = std::ranges::find(kNamedZones, zone, &NamedZone::name);
+  if (named == std::end(kNamedZones)) return std::nullopt;
+  return std::chrono::hours(named->hours);
+}
+
+// The zone of a time "hh:mm:ss zone (its name)".
+std::string ZoneOf(std::string_view time) {
+  CutToken(time, " ");
+  const std::string zone = Trim(time);
+  return zone.substr(0, zone.find_first_of(" ("));
+}
+
+std::string DisplayOf(const DateFields& date) {
   std::string display = PaddedNumber(ReadNumber(date.day), 2) + '.' +
                         PaddedNumber(ReadNumber(date.month), 2) + '.' + YearText(date.year);
   std::string_view time = date.time;
@@ -141,6 +176,26 @@ std::string MailDateToDisplay(std::string s) {
   display += ':' + TimeField(CutToken(time, ":"), 59);
   display += ':' + TimeField(CutToken(time, " "), 59);
   return display;
+}
+
+// What is no moment of the calendar stays as it is written.
+std::string InZoneOfReader(std::string display, std::chrono::minutes ahead) {
+  Swallow([&] { display = FormatDisplay(os::EpochToLocal(SecondsOf(ParseDate(display)) - ahead, 0)); });
+  return display;
+}
+
+}  // namespace
+
+std::string MailDateToDisplay(std::string s) {
+  return DisplayOf(ReadFields(std::move(s)));
+}
+
+std::string ShownMailDate(std::string s) {
+  const DateFields date = ReadFields(std::move(s));
+  std::string display = DisplayOf(date);
+  if (CurrentRules().mailTimes == MailTimes::OfTheSender) return display;
+  const std::optional<std::chrono::minutes> ahead = OffsetOf(ZoneOf(date.time));
+  return ahead ? InZoneOfReader(std::move(display), *ahead) : display;
 }
 
 }  // namespace vorlent

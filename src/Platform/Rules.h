@@ -143,6 +143,12 @@ enum class MailYears {
   AsWritten,  // Two and three digits tell what RFC 5322 says.
 };
 
+// The clock by which the time of a mail is told.
+enum class MailTimes {
+  OfTheSender,  // As it is written.
+  OfTheReader,  // In the system's time zone, where the zone that is written is known.
+};
+
 // How the lines of a part that isn't base64 end in its file.
 enum class PartLineEnds {
   CrLf,  // In CR LF, also the last one, whose end belongs to the boundary.

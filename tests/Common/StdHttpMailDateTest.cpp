@@ -4,6 +4,7 @@
 
 #include "Common/StdHttp.h"
 #include "Support/ScopedRules.h"
+#include "Support/ScopedTimeZone.h"
 
 namespace vorlent {
 namespace {
@@ -172,6 +173,47 @@ TEST(MailDateToDisplay, TakesTwelveForAMonthAndThirtyOneForADay) {
       // No day, so it is a year, and the day is the first. Its place is the time's then.
       {"Dec 32 14:30:05", "01.12.2032 14:30:05"},
   });
+}
+
+TEST(ShownMailDate, IsBySendersClockByTheRulesOfOld) {
+  const ScopedTimeZone zone("Europe/Berlin");
+  EXPECT_EQ(ShownMailDate("Sun, 9 May 2010 14:30:05 -0800"), "09.05.2010 14:30:05");
+}
+
+TEST(ShownMailDate, IsByReadersClockToday) {
+  const ScopedRules rules(Rules::Today());
+  const ScopedTimeZone zone("Europe/Berlin");
+  const DateRow rows[] = {
+      {"Sun, 9 May 2010 14:30:05 +0200", "09.05.2010 14:30:05"},
+      {"Sun, 9 May 2010 14:30:05 +0000", "09.05.2010 16:30:05"},
+      {"Sat, 9 Jan 2010 14:30:05 +0000", "09.01.2010 15:30:05"},
+      {"31 Dec 2010 23:59:59 -0800 (PST)", "01.01.2011 08:59:59"},
+      {"31 Dec 2010 23:59:59 -0800(PST)", "01.01.2011 08:59:59"},
+      {"Thu, 1 Jan 2026 00:10:00 +0545", "31.12.2025 19:25:00"},
+      {"Mon, 29 Feb 2016 01:00:00 +0900", "28.02.2016 17:00:00"},
+      {"9 May 98 14:30:05 GMT", "09.05.1998 16:30:05"},
+      {"9 May 2010 14:30 EST", "09.05.2010 21:30:00"},
+      {"Sun May  9 14:30:05 UTC 2010", "09.05.2010 16:30:05"},
+      {"Sun May  9 14:30:05 CEST 2010", "09.05.2010 14:30:05"},
+  };
+  for (const DateRow& row : rows)
+    EXPECT_EQ(ShownMailDate(row.mail), row.display) << "'" << row.mail << "'";
+}
+
+TEST(ShownMailDate, StaysAsWrittenWhereNoMomentIsTold) {
+  const ScopedRules rules(Rules::Today());
+  const ScopedTimeZone zone("Europe/Berlin");
+  const DateRow rows[] = {
+      {"Sun, 9 May 2010 14:30:05", "09.05.2010 14:30:05"},
+      {"Sun, 9 May 2010 14:30:05 XYZ", "09.05.2010 14:30:05"},
+      {"Sun, 9 May 2010 14:30:05 +02", "09.05.2010 14:30:05"},
+      {"Sun, 9 May 2010 14:30:05 +02:0", "09.05.2010 14:30:05"},
+      {"31 Feb 2010 14:30:05 -0800", "31.02.2010 14:30:05"},
+      {"9 May 10000 14:30:05 -0800", "09.05.10000 14:30:05"},
+      {"31 Dec 9999 23:30:05 -0800", "01.01.10000 08:30:05"},
+  };
+  for (const DateRow& row : rows)
+    EXPECT_EQ(ShownMailDate(row.mail), row.display) << "'" << row.mail << "'";
 }
 
 }  // namespace

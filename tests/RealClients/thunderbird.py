@@ -25,6 +25,7 @@ import zoneinfo
 from marionette import Application
 
 ZONE = zoneinfo.ZoneInfo("Europe/Berlin")
+ZONES = ["+0200", "+0000", "-0800", "+0545", "GMT", "EST"]
 PICTURE = bytes(range(256)) * 40
 REPORT = b"Zeile eins\r\nZeile zwei\r\n" * 50
 
@@ -33,7 +34,7 @@ def plain(number, subject, text, charset="utf-8"):
     # Every other mail comes with lone line feeds, as some sources leave them.
     mail = email.message.EmailMessage(policy=email.policy.SMTP if number % 2 else email.policy.default)
     mail["Message-ID"] = f"<real-{number}@example.org>"
-    mail["Date"] = f"Mon, {number:2d} Jun 2026 10:{number:02d}:00 +0200"
+    mail["Date"] = f"Mon, {number:2d} Jun 2026 10:{number:02d}:00 {ZONES[number % len(ZONES)]}"
     mail["From"] = "Jürgen Müller <juergen@example.org>"
     mail["To"] = "anna@example.org"
     mail["Subject"] = subject
@@ -100,14 +101,14 @@ Text of the first.
 
 From\x20
 From: =?utf-8?B?w4RuZGVydW5n?= <b@example.org>
-Date: Tue, 6 Jan 1998 11:00:00 +0100
+Date: Tue, 6 Jan 1998 11:00:00 -0800 (PST)
 Subject: Zwei =?iso-8859-1?Q?gr=FC=DFt?=
 
 No Message-ID here.
 
 From -\x20
 From: c@example.org
-Date: Wed, 7 Jan 1998 12:00:00 +0100
+Date: Wed, 7 Jan 1998 12:00:00 GMT
 Subject: Drei
 Message-ID: <c-3@example.org>
 X-Mozilla-Status: 0000
@@ -206,7 +207,7 @@ def run(program, home, *arguments):
 
 
 def seconds(date):
-    """A date as the command line tells it: by the sender's clock, and all mails come from the zone of the test."""
+    """A date as the command line tells it: by the reader's clock."""
     return int(datetime.datetime.strptime(date, "%d.%m.%Y %H:%M:%S").replace(tzinfo=ZONE).timestamp())
 
 

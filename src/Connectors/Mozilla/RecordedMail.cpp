@@ -18,13 +18,12 @@ namespace {
 constexpr char kNumberMark = '~';
 
 // What two mails differ in, while it stays with a mail that is read again: as an item has it, and in the same
-// order as a record has it.
+// order as a record has it. The ID tells the date, which is shown in the zone that the system is in.
 using MailFields = std::array<std::string, RecordedMail::kFields>;
 
 MailFields FieldsOf(const Item& item) {
   return {item.ID(),
           item.Text(),
-          item.Date(),
           item.DataText(data_key::kFrom),
           item.DataText(data_key::kTo),
           item.DataText(data_key::kCc),
@@ -37,9 +36,8 @@ MailFields FieldsIn(std::string_view record) {
   const auto data = [&](std::string_view name) {
     return GetParam(record, std::string(record_key::kDataPrefix).append(name));
   };
-  return {field(record_key::kId), field(record_key::kText),   field(record_key::kDate),
-          data(data_key::kFrom),  data(data_key::kTo),        data(data_key::kCc),
-          data(data_key::kBcc),   data(data_key::kEnvelopeTo)};
+  return {field(record_key::kId), field(record_key::kText), data(data_key::kFrom), data(data_key::kTo),
+          data(data_key::kCc),    data(data_key::kBcc),     data(data_key::kEnvelopeTo)};
 }
 
 // Whether an ID is that of a later mail of one ID.

@@ -30,7 +30,7 @@ std::optional<NumberedMail> MailOfNumberedId(std::string_view numbered);
 // Known again by what an item keeps of the mail's record.
 class RecordedMail {
  public:
-  static constexpr std::size_t kFields = 8;
+  static constexpr std::size_t kFields = 7;
 
   explicit RecordedMail(const Item& item);
 

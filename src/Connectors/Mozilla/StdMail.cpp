@@ -208,7 +208,7 @@ std::string StdMail::GetDate() const {
   // It is asked for with every file of the mail.
   std::string header = GetHeader("Date");
   if (!lastDate_ || lastDate_->header != header) {
-    std::string display = MailDateToDisplay(header);
+    std::string display = ShownMailDate(header);
     lastDate_ = {std::move(header), std::move(display)};
   }
   return lastDate_->display;

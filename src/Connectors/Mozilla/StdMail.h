@@ -111,7 +111,7 @@ class StdMail : public Object {
   // Whether ReadHeader is to note the IDs of the mails that it passes over as expunged.
   void NoteExpunged(bool note) { notesExpunged_ = note; }
 
-  // Display text of the mail's date.
+  // Display text of the mail's date, by the sender's clock or the reader's (MailTimes in Platform/Rules.h).
   std::string GetDate() const;
 
   // Makes an empty file of `file`.

@@ -137,8 +137,10 @@ std::string StdMail::RecordWriter::Decoded(std::string_view header) const {
   return ValueOf([&] { return EscapeValue(DecodeEncodedWords(mail_.GetHeader(header))); });
 }
 
+// It has the sender's time in any case, so that a mail keeps it in every zone.
 std::string StdMail::RecordWriter::Identity() const {
-  std::string identity = DisplayToStamp(date_) + "-" + mail_.GetHeader("message-id");
+  const std::string sent = MailDateToDisplay(mail_.GetHeader("Date"));
+  std::string identity = DisplayToStamp(sent) + "-" + mail_.GetHeader("message-id");
   std::erase_if(identity,
                 [](char c) { return std::string_view("%\\/:*?\"<>| #_").find(c) != std::string_view::npos; });
   return identity;

@@ -11,6 +11,7 @@
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Platform/CodePage.h"
 #include "Support/ScopedRules.h"
+#include "Support/ScopedTimeZone.h"
 
 namespace vorlent {
 namespace {
@@ -78,6 +79,9 @@ Rules TodaysRulesOfReading() {
 
 class BothRules : public ThunderbirdFixture {
  protected:
+  // All mails are sent in the system's zone, so that the reader's clock is the sender's.
+  const ScopedTimeZone zone{"UTC"};
+
   // All records of the address with what each of the mails' files holds.
   Finds Streamed(const Rules& rules, const std::string& address) {
     const ScopedRules scope(rules);

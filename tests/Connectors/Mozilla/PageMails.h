@@ -94,7 +94,7 @@ class PageMails : public PageTexts {
   std::string Mail() {
     std::string mail = kSeparatorLine + "X-Mozilla-Status: 000" + std::to_string(Draw(8)) +
                        "\r\nMessage-ID: <" + std::to_string(++mails_) +
-                       "@x>\r\nDate: Sun, 9 May 2010 14:30:05 +0200\r\nFrom: " + Header(Text(20)) +
+                       "@x>\r\nDate: Sun, 9 May 2010 14:30:05 +0000\r\nFrom: " + Header(Text(20)) +
                        " <a@b.c>\r\nTo: " + Header(Text(20)) + "\r\nSubject: " + Header(Text(40)) + "\r\n";
     return mail + (Draw(2) == 0 ? "\r\n" + Body() : Multipart()) + "\r\n";
   }

@@ -1,6 +1,7 @@
 // The item record of a mail.
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Support/ScopedTimeZone.h"
 
 namespace vorlent {
 namespace {
@@ -115,6 +116,14 @@ TEST_F(StdMailDataTest, IdentityIsTheDateAndTheMessageIdWithoutSpecialCharacters
   EXPECT_EQ(Identity("Date: Sun, 9 May 2010 14:30:05\nMessage-ID: <a_b c#d>\n"), "20100509143005-abcd");
   EXPECT_EQ(Identity("Date: 9 May 2010 14:30:05\nMessage-ID: %a\\/b:*?\"c<>|d# e_f@g.h\n"),
             "20100509143005-abcdef@g.h");
+}
+
+TEST_F(StdMailDataTest, TimeIsTheReadersAndTheIdHasTheSenders) {
+  ChooseRules({.mailTimes = MailTimes::OfTheReader});
+  const ScopedTimeZone zone("Europe/Berlin");
+  const std::string record = RecordOf("Date: Fri, 31 Dec 2010 23:59:59 -0800\nMessage-ID: <m>\n");
+  EXPECT_EQ(Field(record, "ID"), "20101231235959-m");
+  EXPECT_EQ(Field(record, "Date"), "01.01.2011 08:59:59");
 }
 
 TEST_F(StdMailDataTest, MailsOfOneDateWithoutMessageIdHaveOneIdentity) {
