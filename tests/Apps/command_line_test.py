@@ -158,8 +158,9 @@ class CommandLine(ProgramCase):
         def alike(item):  # but for when it was read and how its mailbox is named
             file = item["Data"]["_SourceFile"].replace("S:", str(self.samples)).replace("\\", "/")
             # The rules of old show the blank between encoded words, and the sender's time of day.
-            text, day = item["Text"].replace("  ", " "), item["Date"][:10]
-            return {**item, "Log": "", "Text": text, "Date": day, "Data": {**item["Data"], "_SourceFile": file}}
+            text = item["Text"].replace("  ", " ")
+            whole = {**item, "Log": "", "Text": text, "Data": {**item["Data"], "_SourceFile": file}}
+            return json.loads(re.sub(r"\b(\d\d\.\d\d\.\d{4}) \d\d:\d\d:\d\d", r"\1", json.dumps(whole)))
         for address in ("thunderbird://default", "thunderbird://Büro"):
             windows, today = ([alike(item) for item in self.read(address, "--rules", rules)]
                               for rules in ("windows", "today"))
