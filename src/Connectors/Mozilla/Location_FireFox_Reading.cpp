@@ -81,8 +81,9 @@ class FolderWalk {
   // What can't be read is told, and the walk goes on.
   bool TakeOrTell(const Place& place, const SqliteRow& row) {
     const auto tell = [&](const std::string& reason) {
-      frame::ReportUnreadable({database_.file, "Lesezeichen " + std::string(row.Item(1)) + " '" +
-                                                   Utf8Decode(row.Item("title")) + "': " + reason});
+      const std::string title = Utf8Decode(row.Item("title"));
+      frame::ReportUnreadable(
+          {database_.file, "Lesezeichen " + std::string(row.Item(1)) + " '" + title + "': " + reason});
     };
     try {
       if (!Take(place, row)) tell(database_.LastError());
