@@ -712,7 +712,8 @@ class CommandLine(ProgramCase):
                               part(b"application/pdf", b"; filename=\"=?utf-8?Q?R=C3=BCck.pdf?=\"", b"2") +
                               part(b"text/plain; charset=utf-8", b"; filename*=UTF-8''" +
                                    urllib.parse.quote(long).encode(), b"3") +
-                              part(b"message/rfc822", b"; filename=a.eml", b"Subject: inner\r\n\r\n4\r\n") + b"--B--\r\n"))
+                              part(b"message/rfc822", b"; filename=a.eml", b"Subject: inner\r\n\r\n4\r\n") +
+                              b"--B--\r\n"))
         self.import_inbox()
         before = self.sent().read_bytes()
         self.assertEqual(self.restore("1")[0], 0)
