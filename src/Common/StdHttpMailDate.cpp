@@ -151,7 +151,8 @@ constexpr NamedZone kNamedZones[] = {{"UT", 0},   {"UTC", 0},  {"GMT", 0},  {"Z"
 // How far the written zone is ahead of UTC; nothing for one that isn't known.
 std::optional<std::chrono::minutes> OffsetOf(std::string_view zone) {
   const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-  if (zone.size() == 5 && (zone[0] == '+' || zone[0] == '-') && std::ranges::all_of(zone.substr(1), isDigit)) {
+  if (zone.size() == 5 && (zone[0] == '+' || zone[0] == '-') &&
+      std::ranges::all_of(zone.substr(1), isDigit)) {
     const int digits = static_cast<int>(ReadNumber(zone.substr(1)));
     const std::chrono::minutes ahead = std::chrono::hours(digits / 100) + std::chrono::minutes(digits % 100);
     return zone[0] == '-' ? -ahead : ahead;

@@ -36,7 +36,7 @@ MailFields FieldsIn(std::string_view record) {
   const auto data = [&](std::string_view name) {
     return GetParam(record, std::string(record_key::kDataPrefix).append(name));
   };
-  return {field(record_key::kId), field(record_key::kText), data(data_key::kFrom), data(data_key::kTo),
+  return {field(record_key::kId), field(record_key::kText), data(data_key::kFrom),      data(data_key::kTo),
           data(data_key::kCc),    data(data_key::kBcc),     data(data_key::kEnvelopeTo)};
 }
 
