@@ -18,7 +18,7 @@ def copy_of(subject, body=b"text\n"):
     return mail(b"copy", b"", body).replace(b"Subject: copy", b"Subject: " + subject)
 
 
-class Mailboxes(ProgramCase):
+class MailboxCase(ProgramCase):
     def setUp(self):
         super().setUp()
         self.inbox = self.samples / INBOX
@@ -45,6 +45,8 @@ class Mailboxes(ProgramCase):
         self.assertIn(code, (0, 1), err)
         return err.splitlines()[-1]
 
+
+class Mailboxes(MailboxCase):
     # --- Copies
 
     def test_a_copy_is_brought_out_marked_and_restored_by_its_number(self):
@@ -125,8 +127,9 @@ class Mailboxes(ProgramCase):
                          mail(b"one", status=status.replace(b"0001", b"0009")) + mail(b"two"))
         self.assertEqual(list(self.subjects_by_id().values()), ["two"])
 
-    # --- Size
 
+
+class LargeMailboxes(MailboxCase):
     def test_five_gigabytes_without_a_line_end_take_little_memory(self):
         # The hole takes no room on the disk; it is a line of zero bytes in the first mail.
         with self.inbox.open("wb") as file:
