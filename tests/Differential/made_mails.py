@@ -411,6 +411,8 @@ class Maker:
         damage = self.rng.randint(0, 199)
         if damage == 0:
             self.traits.add("no-empty-line")
+            if b"base64" in part.header.lower():
+                self.traits.add("bad-base64")  # its first line goes with the header
             return part.header + part.body + b"\n"
         if damage == 1:
             self.traits.add("no-field")
