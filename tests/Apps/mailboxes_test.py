@@ -128,7 +128,6 @@ class Mailboxes(MailboxCase):
         self.assertEqual(list(self.subjects_by_id().values()), ["two"])
 
 
-
 class LargeMailboxes(MailboxCase):
     def test_five_gigabytes_without_a_line_end_take_little_memory(self):
         # The hole takes no room on the disk; it is a line of zero bytes in the first mail.
