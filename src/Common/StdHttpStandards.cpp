@@ -246,7 +246,10 @@ class ParameterForms {
 void ParameterForms::Take(std::string_view key, std::string value) {
   if (!key.starts_with(name_)) return;
   key.remove_prefix(name_.size());
-  if (key.empty()) plain_.try_emplace(0, Section{std::move(value), false});
+  if (key.empty()) {
+    plain_.try_emplace(0, Section{std::move(value), false});
+    return;
+  }
   if (!key.starts_with('*')) return;
   key.remove_prefix(1);
   if (key.empty()) {

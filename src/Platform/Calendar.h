@@ -23,9 +23,9 @@ constexpr std::chrono::year_month_day DateOf(const DateTime& moment) {
 // Whether a moment's year has four digits at most and isn't before the first, which is as far as fields go.
 constexpr bool HasFields(std::chrono::sys_seconds moment) {
   using std::chrono::sys_days;
-  constexpr std::chrono::sys_seconds kFirst = sys_days(std::chrono::year{1} / 1 / 1);
-  constexpr std::chrono::sys_seconds kEnd = sys_days(std::chrono::year{10000} / 1 / 1);
-  return moment >= kFirst && moment < kEnd;
+  constexpr std::chrono::sys_seconds kYear1 = sys_days(std::chrono::year{1} / 1 / 1);
+  constexpr std::chrono::sys_seconds kYear10000 = sys_days(std::chrono::year{10000} / 1 / 1);
+  return moment >= kYear1 && moment < kYear10000;
 }
 
 // The fields counted as if they were UTC, without their milliseconds, and back.
