@@ -24,9 +24,9 @@ LineFile::LineFile(std::string_view path, os::File::Mode mode, LineRule rule)
 void LineFile::Close() {
   if (!IsOpen()) return;
   os::File file = std::move(file_);
-  const std::uint32_t lineEndLength = lineEndLength_;
+  const std::string_view lineEnd = lineEnd_;
   *this = LineFile();
-  lineEndLength_ = lineEndLength;
+  lineEnd_ = lineEnd;
   file.Close();
 }
 
@@ -52,11 +52,11 @@ std::string_view LineFile::ReadAnyLine() {
   do {
     const char* const at = buffer_.get() + next_;
     length = static_cast<std::size_t>(FindLineEnd(at + length, buffer_.get() + filled_) - at);
-  } while (length <= longest && next_ + length + kLongestLineEnd >= filled_ && Fill());
+  } while (length <= longest && next_ + length + kLongestLineEnd.size() >= filled_ && Fill());
   const char* const start = buffer_.get() + next_;
   if (length > longest) {
     next_ += longest;
-    lineEndLength_ = 0;
+    lineEnd_ = {};
     return {start, longest};
   }
   TakeLineEnd(length);
@@ -66,13 +66,13 @@ std::string_view LineFile::ReadAnyLine() {
 // Moves past a line of that length and its end.
 void LineFile::TakeLineEnd(std::size_t length) {
   const std::size_t end = next_ + length;
-  std::uint32_t endLength = 0;
+  std::size_t endLength = 0;
   if (end < filled_) {
     const bool both = buffer_[end] == '\r' && end + 1 < filled_ && buffer_[end + 1] == '\n';
     endLength = both ? 2 : 1;
   }
   next_ = end + endLength;
-  lineEndLength_ = rule_ == LineRule::Windows ? kLongestLineEnd : endLength;
+  lineEnd_ = CountedEnd(endLength == 0 ? '\r' : buffer_[end], endLength);
 }
 
 void LineFile::WriteByte(char byte) {

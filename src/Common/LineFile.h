@@ -58,10 +58,10 @@ class LineFile {
 
   static constexpr std::size_t kLongestPiece = std::size_t{64} * 1024 * 1024;
 
-  // How many bytes the end of the line read last counts for: two by the Windows rule; by the Native rule its
-  // true length, 0 if the file ended without one or if more of the line comes. Outlives Close, as a line that
-  // was kept does.
-  std::uint32_t LineEndLength() const { return lineEndLength_; }
+  // What the end of the line read last counts for: CR LF by the Windows rule; by the Native rule what stands
+  // there, "" if the file ended without one or if more of the line comes. Outlives Close, as a line that was
+  // kept does.
+  std::string_view LineEnd() const { return lineEnd_; }
 
   // Writes one byte at Position and moves past it.
   void WriteByte(char byte);
@@ -73,8 +73,9 @@ class LineFile {
   void MakeRoom();
   const char* FindLineEnd(const char* from, const char* to) const;
   void TakeLineEnd(std::size_t length);
+  std::string_view CountedEnd(char first, std::size_t length) const;
 
-  static constexpr std::uint32_t kLongestLineEnd = 2;
+  static constexpr std::string_view kLongestLineEnd = "\r\n";
 
   os::File file_;
   LineRule rule_ = LineRule::Windows;
@@ -83,7 +84,7 @@ class LineFile {
   std::size_t capacity_ = 0;
   std::size_t filled_ = 0;
   std::size_t next_ = 0;
-  std::uint32_t lineEndLength_ = 0;
+  std::string_view lineEnd_;
   bool ended_ = false;  // the last read found nothing more
 };
 
@@ -101,12 +102,19 @@ inline bool LineFile::TakeBufferedLine(std::string_view& line) {
   const char* const start = buffer_.get() + next_;
   const char* const filled = buffer_.get() + filled_;
   const char* const end = FindLineEnd(start, filled);
-  if (filled - end <= kLongestLineEnd || static_cast<std::size_t>(end - start) > kLongestPiece) return false;
+  const auto rest = static_cast<std::size_t>(filled - end);
+  if (rest <= kLongestLineEnd.size() || static_cast<std::size_t>(end - start) > kLongestPiece) return false;
   line = {start, end};
-  const std::uint32_t endLength = end[0] == '\r' && end[1] == '\n' ? 2 : 1;
+  const std::size_t endLength = end[0] == '\r' && end[1] == '\n' ? 2 : 1;
   next_ += line.size() + endLength;
-  lineEndLength_ = rule_ == LineRule::Windows ? kLongestLineEnd : endLength;
+  lineEnd_ = CountedEnd(*end, endLength);
   return true;
+}
+
+// The line end of that length which begins so, as it counts.
+inline std::string_view LineFile::CountedEnd(char first, std::size_t length) const {
+  if (rule_ == LineRule::Windows) return kLongestLineEnd;
+  return kLongestLineEnd.substr(first == '\n' ? 1 : 0, length);
 }
 
 }  // namespace vorlent

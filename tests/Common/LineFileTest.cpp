@@ -49,7 +49,7 @@ std::vector<Line> ReadAll(LineFile& file) {
   while (!file.AtEnd()) {
     const std::uint64_t position = file.Position();
     const std::string text(file.ReadLine());
-    lines.push_back({text, position, file.LineEndLength()});
+    lines.push_back({text, position, static_cast<std::uint32_t>(file.LineEnd().size())});
   }
   return lines;
 }
@@ -76,6 +76,19 @@ TEST_F(LineFileTest, WindowsRuleEndsLinesAtCarriageReturnAlone) {
 TEST_F(LineFileTest, NativeRuleEndsLinesAtEachKindAndCountsItsTrueLength) {
   EXPECT_EQ(Lines("a\rb\r\nc\nd", LineRule::Native),
             (std::vector<Line>{{"a", 1, 1}, {"b", 3, 2}, {"c", 6, 1}, {"d", 8, 0}}));
+}
+
+TEST_F(LineFileTest, NativeRuleTellsWhichEndALineHas) {
+  for (const std::size_t border : {std::size_t{1}, std::size_t{16} * 1024 - 2, std::size_t{16} * 1024 - 1}) {
+    for (const std::string end : {"\r", "\n", "\r\n"}) {
+      const std::string text(border, 'a');
+      LineFile file = Open(text + end + "b", LineRule::Native);
+      EXPECT_EQ(file.ReadLine(), text);
+      EXPECT_EQ(file.LineEnd(), end) << border;
+      EXPECT_EQ(file.ReadLine(), "b");
+      EXPECT_EQ(file.LineEnd(), "");
+    }
+  }
 }
 
 TEST_F(LineFileTest, LineFeedBeforeCarriageReturnIsALineOfItsOwnByNativeRule) {
@@ -235,7 +248,7 @@ TEST_F(LineFileTest, ClosedFileStillTellsTheLineEndReadLast) {
   LineFile file = Open("line\n", LineRule::Native);
   file.ReadLine();
   file.Close();
-  EXPECT_EQ(file.LineEndLength(), 1u);
+  EXPECT_EQ(file.LineEnd(), "\n");
 }
 
 TEST_F(LineFileTest, ClosedFileRaisesWhenAskedForBytes) {

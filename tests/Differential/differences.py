@@ -39,9 +39,6 @@ def together(expected, compared):
     yield expected
     if compared.aspect != "bytes":
         return
-    if "lone-cr" in compared.mail.traits:
-        expected = re.sub(rb"\r(?!\n)", b"\n", expected)
-        yield expected
     if "no-closing" in compared.mail.traits:
         yield with_line_end(expected, compared)
 
@@ -139,11 +136,6 @@ def encoding_field(compared):
 @explains("bytes")
 def no_closing(compared):
     return with_line_end(compared.theirs, compared)
-
-
-@explains("bytes")
-def lone_cr(compared):
-    return re.sub(rb"\r(?!\n)", b"\n", compared.theirs)
 
 
 def lenient_base64(data):

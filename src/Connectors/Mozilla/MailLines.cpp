@@ -6,18 +6,18 @@ namespace vorlent {
 
 // --- Stores of lines
 
-void MailLines::Store::Add(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength) {
+void MailLines::Store::Add(std::string_view line, std::uint64_t position, std::string_view lineEnd) {
   text += line;
-  lines.push_back({text.size(), position, lineEndLength});
+  lines.push_back({text.size(), position, lineEnd});
 }
 
-void MailLines::Store::AddAsText(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength) {
+void MailLines::Store::AddAsText(std::string_view line, std::uint64_t position, std::string_view lineEnd) {
   for (std::size_t end = line.find('\n'); end != std::string_view::npos; end = line.find('\n')) {
-    Add(line.substr(0, end), position, 1);
+    Add(line.substr(0, end), position, "\n");
     line.remove_prefix(end + 1);
     position += end + 1;
   }
-  Add(line, position, lineEndLength);
+  Add(line, position, lineEnd);
 }
 
 void MailLines::Store::Clear() {
@@ -49,7 +49,7 @@ std::string_view MailLines::ReadAgain() {
   const Line& line = again_.lines[next_];
   line_ = again_.At(next_++);
   position_ = line.position;
-  lineEndLength_ = line.lineEndLength;
+  lineEnd_ = line.lineEnd;
   return line_;
 }
 
@@ -63,31 +63,31 @@ std::optional<std::string_view> MailLines::Peek() {
   const std::string_view line = Hold();
   if (AtEnd()) return std::nullopt;
   const std::uint64_t position = position_;
-  const std::uint32_t lineEndLength = lineEndLength_;
+  const std::string_view lineEnd = lineEnd_;
   Read();
-  first_.Add(line_, position_, lineEndLength_);
+  first_.Add(line_, position_, lineEnd_);
   LetComeAgain();
   line_ = line;
   position_ = position;
-  lineEndLength_ = lineEndLength;
+  lineEnd_ = lineEnd;
   return again_.At(next_);
 }
 
 void MailLines::PutBack() {
   Hold();
-  first_.Add(line_, position_, lineEndLength_);
+  first_.Add(line_, position_, lineEnd_);
   LetComeAgain();
 }
 
 void MailLines::PutBackAsText() {
   Hold();
-  first_.AddAsText(line_, position_, lineEndLength_);
+  first_.AddAsText(line_, position_, lineEnd_);
   LetComeAgain();
 }
 
 void MailLines::PutBackKept() {
   for (std::size_t i = 0; i < kept_.lines.size(); ++i)
-    first_.AddAsText(kept_.At(i), kept_.lines[i].position, kept_.lines[i].lineEndLength);
+    first_.AddAsText(kept_.At(i), kept_.lines[i].position, kept_.lines[i].lineEnd);
   kept_.Clear();
   LetComeAgain();
 }
@@ -95,7 +95,7 @@ void MailLines::PutBackKept() {
 // Puts first_ in front of what was put back before and hasn't come again yet.
 void MailLines::LetComeAgain() {
   for (; HasPutBack(); ++next_)
-    first_.Add(again_.At(next_), again_.lines[next_].position, again_.lines[next_].lineEndLength);
+    first_.Add(again_.At(next_), again_.lines[next_].position, again_.lines[next_].lineEnd);
   std::swap(again_, first_);
   first_.Clear();
   next_ = 0;

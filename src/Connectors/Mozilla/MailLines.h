@@ -45,15 +45,15 @@ class MailLines {
     const std::uint64_t position = file_.Position();
     line_ = file_.ReadLine();
     position_ = position;
-    lineEndLength_ = file_.LineEndLength();
+    lineEnd_ = file_.LineEnd();
     return line_;
   }
 
-  // How many bytes the end of the line read last counts for, as LineFile tells.
-  std::uint32_t LineEndLength() const { return lineEndLength_; }
+  // What the end of the line read last counts for, as LineFile tells.
+  std::string_view LineEnd() const { return lineEnd_; }
 
   // Whether the line read last is a piece, and more of it comes.
-  bool LineGoesOn() { return lineEndLength_ == 0 && !AtEnd(); }
+  bool LineGoesOn() { return lineEnd_.empty() && !AtEnd(); }
 
   // The line after the one read last, which it stays, held; nothing at the end.
   std::optional<std::string_view> Peek();
@@ -66,7 +66,7 @@ class MailLines {
   // To read ahead. Hold gives the line read last, to stay valid meanwhile; Keep notes the line read last as
   // one that is to come again; PutBackKept lets them come again, as text and in their order.
   std::string_view Hold();
-  void Keep() { kept_.Add(line_, position_, lineEndLength_); }
+  void Keep() { kept_.Add(line_, position_, lineEnd_); }
   void DropKept() { kept_.Clear(); }
   void PutBackKept();
 
@@ -77,15 +77,15 @@ class MailLines {
   struct Line {
     std::size_t end;  // in the text of its store; it begins where the one before it ends
     std::uint64_t position;
-    std::uint32_t lineEndLength;
+    std::string_view lineEnd;
   };
   // Lines one after the other.
   struct Store {
     std::string text;
     std::vector<Line> lines;
 
-    void Add(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength);
-    void AddAsText(std::string_view line, std::uint64_t position, std::uint32_t lineEndLength);
+    void Add(std::string_view line, std::uint64_t position, std::string_view lineEnd);
+    void AddAsText(std::string_view line, std::uint64_t position, std::string_view lineEnd);
     void Clear();
     std::string_view At(std::size_t index) const;
   };
@@ -97,7 +97,7 @@ class MailLines {
   LineFile file_;
   std::string_view line_;  // the line read last, and what is known of it
   std::uint64_t position_ = 1;
-  std::uint32_t lineEndLength_ = 0;
+  std::string_view lineEnd_;
   std::string held_;
   Store kept_;
   Store first_;           // lines that are about to be put back

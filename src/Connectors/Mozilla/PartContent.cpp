@@ -11,10 +11,6 @@ namespace vorlent {
 
 namespace {
 
-std::string_view LineEndOfLength(std::uint32_t length) {
-  return length == 2 ? kLineEnd : length == 1 ? "\n" : "";
-}
-
 PartEncoding EncodingOfName(std::string_view name) {
   return EqualNoCase(name, "base64")             ? PartEncoding::Base64
          : EqualNoCase(name, "quoted-printable") ? PartEncoding::QuotedPrintable
@@ -45,10 +41,9 @@ void PartContent::Clear() {
   base64_ = {};
 }
 
-void PartContent::WriteLine(TextWriter& file, std::string_view line, std::uint32_t lineEndLength,
+void PartContent::WriteLine(TextWriter& file, std::string_view line, std::string_view lineEnd,
                             PartEncoding encoding) {
-  const std::string_view lineEnd =
-      lineEnds_ == PartLineEnds::CrLf ? kLineEnd : LineEndOfLength(lineEndLength);
+  if (lineEnds_ == PartLineEnds::CrLf) lineEnd = kLineEnd;
   switch (encoding) {
     case PartEncoding::Base64:
       if (encodings_ == TransferEncodings::LineByLine) {

@@ -26,9 +26,9 @@ class PartContent {
   // held till then.
   PartEncoding Begin(PartEncoding before);
 
-  // `lineEndLength` is that of the line in the mailbox. Raises for a line that can't be decoded, and then
+  // `lineEnd` is that of the line in the mailbox. Raises for a line that can't be decoded, and then
   // writes nothing of it.
-  void WriteLine(TextWriter& file, std::string_view line, std::uint32_t lineEndLength, PartEncoding encoding);
+  void WriteLine(TextWriter& file, std::string_view line, std::string_view lineEnd, PartEncoding encoding);
 
   // The part ended with its mail and not at a boundary, to which the end of the last line would belong.
   void EndWithMail(TextWriter& file);

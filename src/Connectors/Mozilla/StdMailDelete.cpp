@@ -69,7 +69,7 @@ Marking MarkMail(LineFile& mailbox) {
       const std::size_t end = EndOfStatus(line);
       if (end == 0) return Marking::NoStatus;
       const char digit = MarkExpunged(line[end - 1]);
-      mailbox.Seek(mailbox.Position() - mailbox.LineEndLength() - 1 - (line.size() - end));
+      mailbox.Seek(mailbox.Position() - mailbox.LineEnd().size() - 1 - (line.size() - end));
       mailbox.WriteByte(digit);
       // What was changed may have been no digit.
       mailbox.Seek(start);

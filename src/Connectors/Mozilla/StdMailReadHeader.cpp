@@ -431,12 +431,12 @@ void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
 void StdMail::HeaderReader::TakeContentLine(std::string_view line) {
   if (!save_) return;
   if (attachmentFile_.IsOpen()) {
-    WriteStep([&] { content_.WriteLine(attachmentFile_, line, lines_.LineEndLength(), encoding_); });
+    WriteStep([&] { content_.WriteLine(attachmentFile_, line, lines_.LineEnd(), encoding_); });
   } else {
     WriteToMailFile(line);
   }
   if (htmlFile_.IsOpen())
-    WriteStep([&] { content_.WriteLine(htmlFile_, line, lines_.LineEndLength(), encoding_); });
+    WriteStep([&] { content_.WriteLine(htmlFile_, line, lines_.LineEnd(), encoding_); });
 }
 
 // --- End
@@ -472,7 +472,7 @@ void StdMail::HeaderReader::CloseStreamAfterMail() {
 
 // Length of the line read last together with its end.
 double StdMail::HeaderReader::CountedLength(std::string_view line) const {
-  return static_cast<double>(line.size() + lines_.LineEndLength());
+  return static_cast<double>(line.size() + lines_.LineEnd().size());
 }
 
 void StdMail::HeaderReader::Count(std::string_view line) {

@@ -130,7 +130,7 @@ void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
   } else if (file_.IsOpen() && mail_.saveFlag_ == partIndex_) {
-    content_.WriteLine(file_, line, mail_.lines_.LineEndLength(), encoding_);
+    content_.WriteLine(file_, line, mail_.lines_.LineEnd(), encoding_);
   }
 }
 

@@ -265,6 +265,20 @@ TEST_F(KeptWholeTest, LinesOfAPartEndAsInTheMailbox) {
     EXPECT_EQ(BroughtOut(part), TempFile("att" + std::to_string(part)));
 }
 
+TEST_F(KeptWholeTest, CarriageReturnAloneStaysInAPart) {
+  const std::string bytes = "a\rb\r\r\nc\n\r\rd";
+  for (const std::string encoding : {"7bit", "8bit", "binary", "quoted-printable", "x-none"}) {
+    Read(File("f", encoding, bytes) + Part("Content-Type: message/rfc822\n", bytes) + "--B--\n");
+    EXPECT_EQ(TempFile("att1"), bytes) << encoding;
+    EXPECT_EQ(BroughtOut(1), bytes) << encoding;
+    EXPECT_EQ(TempFile("att2"), bytes);
+    EXPECT_EQ(BroughtOut(2), bytes);
+    Read(File("f", encoding, bytes) + "\n");
+    EXPECT_EQ(TempFile("att1"), bytes + "\n") << encoding;
+    EXPECT_EQ(BroughtOut(1), bytes + "\n") << encoding;
+  }
+}
+
 TEST_F(KeptWholeTest, PartThatEndsWithItsMailIsWhole) {
   const std::string next = "From - \nX-Mozilla-Status: 0001\n\nnext\n";
   for (const std::string& after : {std::string("\n") + next, std::string("\n"), std::string()}) {

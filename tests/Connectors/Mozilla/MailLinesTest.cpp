@@ -104,16 +104,16 @@ TEST_F(MailLinesTest, LastLineWithoutALineEndCanBePutBackAtTheEndOfTheFile) {
   const ScopedRules rules(Rules::Today());
   Open("a\nlast");
   lines_.Read();
-  EXPECT_EQ(lines_.LineEndLength(), 1U);
+  EXPECT_EQ(lines_.LineEnd(), "\n");
   lines_.Read();
-  EXPECT_EQ(lines_.LineEndLength(), 0U);
+  EXPECT_EQ(lines_.LineEnd(), "");
   EXPECT_TRUE(lines_.AtEnd());
   lines_.PutBack();
   EXPECT_FALSE(lines_.AtEnd());
   EXPECT_TRUE(lines_.AtFileEnd());
   EXPECT_EQ(lines_.Position(), 3U);
   EXPECT_EQ(lines_.Read(), "last");
-  EXPECT_EQ(lines_.LineEndLength(), 0U);
+  EXPECT_EQ(lines_.LineEnd(), "");
   EXPECT_TRUE(lines_.AtEnd());
   EXPECT_EQ(lines_.Position(), 7U);
 }
@@ -127,7 +127,7 @@ TEST_F(MailLinesTest, LinePutBackComesThoughTheFileWasClosed) {
   EXPECT_FALSE(lines_.IsOpen());
   EXPECT_EQ(lines_.Position(), 4U);
   EXPECT_THAT(Rest(), ElementsAre("b"));
-  EXPECT_EQ(lines_.LineEndLength(), 2U);
+  EXPECT_EQ(lines_.LineEnd(), "\r\n");
 }
 
 TEST_F(MailLinesTest, SeekAndOpenGiveUpWhatWasPutBack) {
@@ -175,8 +175,8 @@ TEST_F(MailLinesTest, LineThatIsHeldStaysValidAndThoseThatWereKeptComeAgain) {
 
 TEST_F(MailLinesTest, LineEndsOfLinesThatComeAgainCountForWhatTheyAre) {
   const ScopedRules rules(Rules::Today());
-  Open("a\r\nb\nc");
-  std::vector<std::uint32_t> lengths;
+  Open("a\r\nb\nc\rd");
+  std::vector<std::string> ends;
   while (!lines_.AtEnd()) {
     lines_.Read();
     lines_.Keep();
@@ -184,9 +184,9 @@ TEST_F(MailLinesTest, LineEndsOfLinesThatComeAgainCountForWhatTheyAre) {
   lines_.PutBackKept();
   while (!lines_.AtEnd()) {
     lines_.Read();
-    lengths.push_back(lines_.LineEndLength());
+    ends.emplace_back(lines_.LineEnd());
   }
-  EXPECT_THAT(lengths, ElementsAre(2U, 1U, 0U));
+  EXPECT_THAT(ends, ElementsAre("\r\n", "\n", "\r", ""));
 }
 
 TEST_F(MailLinesTest, LinePutBackComesBeforeThoseThatWerePutBackEarlier) {
