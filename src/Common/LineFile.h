@@ -63,6 +63,9 @@ class LineFile {
   // kept does.
   std::string_view LineEnd() const { return lineEnd_; }
 
+  // Whether the line read last is a piece, and more of it comes. Leaves the line valid.
+  bool LineGoesOn() { return lineEnd_.empty() && !AtEnd(); }
+
   // Writes one byte at Position and moves past it.
   void WriteByte(char byte);
 

@@ -19,6 +19,9 @@ namespace {
 
 constexpr std::string_view kSeparator = "From - ";
 
+// Written when it is known whether the mail gets parts.
+constexpr std::string_view kHeldBack = "content-type";
+
 // Base64 lines of 72 characters.
 constexpr std::size_t kBase64Chunk = std::size_t{72} / 4 * 3;
 constexpr std::size_t kQuotedPrintableChunk = 70;
@@ -155,9 +158,10 @@ bool MailRestorer::Restore(LineFile& source) {
   Try([&] { WriteMissingSeparator(source); });
   Try([&] {
     while (stage_ != Stage::Done && !source.AtEnd()) {
-      TakeLine(source.ReadLine());
+      TakeLine(source);
     }
   });
+  goesOn_ = false;
   // A mail that got a new boundary, or whose closing line was not found.
   if (!closeLine_.empty() && !attachmentsWritten_) {
     PutAttachments();
@@ -176,8 +180,11 @@ void MailRestorer::WriteMissingSeparator(LineFile& source) {
   if (!isSeparator) Write(kSeparator);
 }
 
-void MailRestorer::TakeLine(std::string_view line) {
-  if (stage_ == Stage::Body) {
+void MailRestorer::TakeLine(LineFile& source) {
+  const std::string_view line = source.ReadLine();
+  if (std::exchange(goesOn_, source.LineGoesOn())) {
+    if (stage_ == Stage::Body || header_ != kHeldBack) Write(line);
+  } else if (stage_ == Stage::Body) {
     TakeBodyLine(line);
   } else if (line.empty()) {
     EndHeader();
@@ -186,10 +193,10 @@ void MailRestorer::TakeLine(std::string_view line) {
   }
 }
 
-// The content type is held back, folded lines and all, until it is known whether the mail gets parts.
+// What is held back stays so with its folded lines.
 void MailRestorer::TakeHeaderLine(std::string_view line) {
   if (!line.starts_with(' ') && !line.starts_with('\t')) header_ = LowerCase(Trim(PeekToken(line, ":")));
-  if (header_ != "content-type") Write(line);
+  if (header_ != kHeldBack) Write(line);
   if (mail_ != nullptr) mail_->AddHeader(line);
 }
 
@@ -242,8 +249,9 @@ void MailRestorer::TakeBodyLine(std::string_view line) {
   Write(line);
 }
 
+// Of a line that goes on the end comes with its last piece.
 void MailRestorer::Write(std::string_view line) {
-  Try([&] { out_.WriteLine(line); });
+  Try([&] { goesOn_ ? out_.Write(line) : out_.WriteLine(line); });
 }
 
 void MailRestorer::PutAttachments() {

@@ -53,7 +53,7 @@ class MailRestorer {
   template <class Step>
   void Try(Step&& step);
   void WriteMissingSeparator(LineFile& source);
-  void TakeLine(std::string_view line);
+  void TakeLine(LineFile& source);
   void TakeHeaderLine(std::string_view line);
   void EndHeader();
   void BeginParts(const std::string& contentType);
@@ -69,7 +69,8 @@ class MailRestorer {
   bool hasAttachments_ = false;
   bool attachmentsWritten_ = false;
   Stage stage_ = Stage::Header;
-  std::string header_;  // name of the header at hand, in lower case
+  bool goesOn_ = false;  // more of the line at hand comes
+  std::string header_;   // name of the header at hand, in lower case
   std::string startLine_;
   std::string closeLine_;  // "" unless the mail has parts that take attachments
 };

@@ -241,6 +241,14 @@ TEST_F(RestoreTest, MailIsCopiedLineByLine) {
   }
 }
 
+TEST_F(RestoreTest, LineThatComesInPiecesStaysOneLine) {
+  const ScopedRules rules(Rules::Today());
+  const std::string line(LineFile::kLongestPiece + 1, 'x');
+  const std::string mail = "From - \r\nX: " + line + "\r\nSubject: x\r\n\r\n" + line + "\r\nend\r\n";
+  Store(mail);
+  EXPECT_TRUE(Restore() == mail + "\r\n");
+}
+
 TEST_F(RestoreTest, RestoredMailIsAppended) {
   tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
   Store("Subject: x\r\n\r\nbody\r\n");
