@@ -4,7 +4,8 @@
 random_mails.py PROGRAM SOURCE_FOLDER [--count N] [--seed S]
 
 Both must find the same mails with the same subjects, senders, names and bytes of files, and texts. A difference fails
-unless docs/differences.md has a row for it (differences.py). The same seed makes the same mails.
+unless docs/differences.md has a row for it (differences.py). Lists must have the same files as well, and single mails
+be brought out with them. The same seed makes the same mails.
 """
 import argparse
 import email
@@ -20,7 +21,7 @@ from collections import defaultdict
 from email.errors import HeaderParseError
 from email.header import decode_header
 from pathlib import Path
-from urllib.parse import unquote_to_bytes
+from urllib.parse import unquote, unquote_to_bytes
 
 from differences import (EXPLAINED, JUNK, TAKEN_INTO_ACCOUNT, Compared, bytes_of_message, explanation,
                          without_junk)
@@ -48,6 +49,8 @@ class Box:
         text = re.sub(rb"(?m)^(>*From )", rb">\1", mail.data())
         if rng.random() < 0.02:
             mail.traits.add("line-in-body")
+            if "no-closing" in mail.traits:
+                mail.traits.add("bad-base64")  # it may be another text after that of the last part
             text += b"\n" + rng.choice([b"", b"\n"]) + rng.choice(BODY_LINES) + b"\n"
         text = rng.choice(SEPARATORS).encode() + b"\n" + text.rstrip(b"\n") + b"\n\n"
         ends = self.line_end or rng.choice([b"\n", b"\r\n"])
@@ -123,17 +126,22 @@ def bytes_of(part):
 
 # --- What the component makes of it
 
-def run(program, folder, boxes):
-    """The records of all mails by mailbox, in order."""
+def run(program, folder, verb, box, *options):
+    """What the program writes of a mailbox, or of all."""
     appdata = folder / "appdata"
-    appdata.mkdir()
-    command = [program, "--appdata", appdata, "--drive", f"C={folder}", "--rules", "today", "stream",
-               "thunderbird://./C/boxes", "--output", folder / "out", "--json"]
+    appdata.mkdir(exist_ok=True)
+    command = [program, "--appdata", appdata, "--drive", f"C={folder}", "--rules", "today", verb,
+               f"thunderbird://./C/boxes{box}", *options]
     done = subprocess.run(command, capture_output=True, env={**os.environ, "LC_ALL": "C.UTF-8"})
     if done.returncode != 0:
         sys.exit(f"the program ended with {done.returncode}: {done.stderr.decode(errors='replace')[-2000:]}")
+    return done.stdout.decode()
+
+
+def records(program, folder, verb, *options):
+    """The records of all mails by mailbox, in order."""
     found = defaultdict(list)
-    for line in done.stdout.decode().splitlines():
+    for line in run(program, folder, verb, "", "--json", *options).splitlines():
         record = json.loads(line)
         found[record["Keywords"].split(",")[-1]].append(record)
     return found
@@ -155,6 +163,17 @@ class Record:
     def name_of(self, value):
         name = re.search(r"(?m)^file=(.*?)\r?$", value)[1]
         return unquote_to_bytes(name.encode()).decode().strip(" \t")
+
+    def names(self):
+        """The names of the files, encoded."""
+        return [re.search(r"(?m)^file=(.*?)\r?$", value)[1] for value in self.files]
+
+    def listed_names(self):
+        """The same of a mail that is only listed, where each has the mail's ID and the part's number before it."""
+        return [unquote(re.match(r"[^#]*#\d+_(.*?)\r?\n", value)[1]) for value in self.files]
+
+    def file_bytes(self):
+        return [self.path_in(value).read_bytes() for value in self.files]
 
     def mail_file(self):
         """The mail without its files, and without its separator."""
@@ -242,6 +261,8 @@ def main():
     parser.add_argument("root", type=Path)
     parser.add_argument("--count", type=int, default=500)
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10 ** 6))
+    parser.add_argument("--brought-out", type=int, default=10,
+                        help="of so many mails of each mailbox the files are brought out one by one, too")
     parser.add_argument("--keep", type=Path, help="a folder for the mailboxes and what was made of them")
     options = parser.parse_args()
     print(f"seed {options.seed}")
@@ -267,7 +288,8 @@ def compare(options, rng, folder, comparison):
         boxes[name] = Box(rng, first, min(MAILS_PER_BOX, options.count - first))
         (folder / "boxes" / name).write_bytes(boxes[name].data)
         (folder / "boxes" / (name + ".msf")).write_bytes(b"")
-    found = run(options.program, folder, boxes)
+    found = records(options.program, folder, "stream", "--output", folder / "out")
+    listed = records(options.program, folder, "read")
     for name, box in boxes.items():
         both = zip(box.mails, box.texts(folder / "boxes" / name))
         texts = [(mail, text) for mail, text in both if not mail.expunged]
@@ -275,9 +297,23 @@ def compare(options, rng, folder, comparison):
         if len(texts) != len(found[name]):
             comparison.failures.append(f"{name}: {len(found[name])} mails and not {len(texts)}")
             continue
-        for i, ((mail, text), record) in enumerate(zip(texts, found[name])):
-            comparison.mail(f"{name}, mail {i + 1}", mail, text, Record(record, folder / "out"))
+        streamed = [Record(each, folder / "out") for each in found[name]]
+        for i, ((mail, text), record) in enumerate(zip(texts, streamed)):
+            comparison.mail(f"{name}, mail {i + 1}", mail, text, record)
+        compare_lists(options, folder, comparison, name, streamed, listed[name])
     return options.count
+
+
+def compare_lists(options, folder, comparison, name, streamed, listed):
+    """The lists of a mailbox, and some of its mails that are brought out one by one, with what was streamed."""
+    for i, (record, each) in enumerate(zip(streamed, listed, strict=True)):
+        names = Record(each, None).listed_names()
+        if names != record.names():
+            comparison.failures.append(f"{name}, mail {i + 1}: {names} are listed and not {record.names()}")
+        elif names and i < options.brought_out:
+            got = run(options.program, folder, "get", f"/{name}", str(i + 1), "--output", folder / name / str(i))
+            if [Path(path).read_bytes() for path in got.splitlines()][1:] != record.file_bytes():
+                comparison.failures.append(f"{name}, mail {i + 1}: other files are brought out than streamed")
 
 
 if __name__ == "__main__":

@@ -79,7 +79,6 @@ class BoundaryPair {
 
   bool IsOpening(std::string_view line) const { return Comparable(line) == opening_; }
   bool IsClosing(std::string_view line) const { return Comparable(line) == closing_; }
-  const std::string& Opening() const { return opening_; }
 
  private:
   std::string_view Comparable(std::string_view line) const;

@@ -4,13 +4,13 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
 #include "Connectors/Mozilla/BrokenItems.h"
+#include "Connectors/Mozilla/MailBoundaries.h"
 #include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
@@ -51,7 +51,6 @@ class StdMail::HeaderReader {
   void ReadBody();
   bool NextBodyLine(std::string_view& line);
   bool TakeBodyLine(std::string_view line);
-  bool EndsPart(std::string_view line, bool (BoundaryPair::*is)(std::string_view) const);
   void TakeOpeningBoundary(std::string_view line);
   bool BeginEpilogue();
   bool HasEpilogue();
@@ -60,7 +59,6 @@ class StdMail::HeaderReader {
   void EndPartHeader();
   void EndOpenPartHeader();
   void BeginAttachment();
-  void AwaitPair(std::string_view boundary);
   void BeginInlinePart(const std::string& header);
   void TakeContentLine(std::string_view line);
 
@@ -98,8 +96,7 @@ class StdMail::HeaderReader {
   bool isRepeated_ = false;  // the mail has one of its name already
   bool isLeftOut_ = false;   // it goes with all of its lines
   std::string boundary_;
-  BoundaryPair mailPair_;
-  std::vector<BoundaryPair> subPairs_;  // of the nested multiparts, or of the one seen last alone
+  MailBoundaries boundaries_;
   bool inPartHeader_ = false;
   PartEncoding encoding_ = PartEncoding::None;
   PartContent content_;
@@ -260,8 +257,7 @@ void StdMail::HeaderReader::DropExpungedMail() {
 
 void StdMail::HeaderReader::ReadBody() {
   boundary_ = BoundaryIn(mail_.GetHeader("content-type"));
-  mailPair_ = BoundaryPair(boundary_);
-  subPairs_.clear();
+  boundaries_.Begin(boundary_);
   inPartHeader_ = false;
   const std::uint64_t start = lines_.Position();
   std::string_view line;
@@ -293,28 +289,16 @@ bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
 bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
   if (boundary_.empty()) {
     WriteToMailFile(line);
-  } else if (BoundaryPair::MayMatch(line) && EndsPart(line, &BoundaryPair::IsOpening)) {
+  } else if (boundaries_.TakeOpening(line)) {
     TakeOpeningBoundary(line);
-  } else if (BoundaryPair::MayMatch(line) && EndsPart(line, &BoundaryPair::IsClosing)) {
+  } else if (boundaries_.TakeClosing(line)) {
     TakeClosingBoundary(line);
-    return !mailPair_.IsClosing(line) || BeginEpilogue();
+    return !boundaries_.ClosesMail(line) || BeginEpilogue();
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
   } else {
     TakeContentLine(line);
   }
-  return true;
-}
-
-// Whether the line is such one of the mail's pair, or of a nested one; of those within it nothing is awaited
-// then.
-bool StdMail::HeaderReader::EndsPart(std::string_view line,
-                                     bool (BoundaryPair::*is)(std::string_view) const) {
-  std::size_t level = subPairs_.size();
-  while (level > 0 && !(subPairs_[level - 1].*is)(line))
-    --level;
-  if (level == 0 && !(mailPair_.*is)(line)) return false;
-  if (CurrentRules().boundaries == Boundaries::Rfc2046) subPairs_.resize(level);
   return true;
 }
 
@@ -378,12 +362,15 @@ void StdMail::HeaderReader::TakePartHeaderLine(std::string_view line) {
   }
 }
 
-// Decides what the part is. Without saving it isn't looked at, so only the mail's own parts are found, and
-// their positions are those that ReadStream counts.
+// Decides what the part is. Without saving, by the rules of old, it isn't looked at, so only the mail's own
+// parts are found. Positions are those that ReadStream counts.
 void StdMail::HeaderReader::EndPartHeader() {
   inPartHeader_ = false;
   encoding_ = EncodingOfPart(LastPart(), encoding_);
-  if (!save_) return;
+  if (!save_) {
+    AwaitPartsIn(LastPart(), Parts().Count(), boundaries_);
+    return;
+  }
   std::string name;
   Swallow([&] { name = AttachmentName(LastPart(), Parts().Count()); });
   if (name.empty()) {
@@ -396,10 +383,10 @@ void StdMail::HeaderReader::EndPartHeader() {
 // A part without content may have no empty line after its header. By the rules of old it is lost.
 void StdMail::HeaderReader::EndOpenPartHeader() {
   if (!inPartHeader_ || CurrentRules().boundaries == Boundaries::Exact) return;
-  const std::size_t level = subPairs_.size();
+  const std::size_t depth = boundaries_.Depth();
   EndPartHeader();
   // Nor has it parts.
-  subPairs_.resize(level);
+  boundaries_.ReturnTo(depth);
 }
 
 void StdMail::HeaderReader::BeginAttachment() {
@@ -410,17 +397,10 @@ void StdMail::HeaderReader::BeginAttachment() {
   partHeader_.clear();
 }
 
-void StdMail::HeaderReader::AwaitPair(std::string_view boundary) {
-  // Nobody nests deeper, and each line that begins as a boundary is compared to all.
-  constexpr std::size_t kDeepest = 100;
-  if (CurrentRules().boundaries == Boundaries::Exact) subPairs_.clear();
-  if (subPairs_.size() < kDeepest) subPairs_.emplace_back(boundary);
-}
-
 void StdMail::HeaderReader::BeginInlinePart(const std::string& header) {
   std::string boundary;
   Swallow([&] { boundary = GetPartBoundary(header); });
-  if (!boundary.empty()) AwaitPair(boundary);
+  if (!boundary.empty()) boundaries_.Await(boundary);
   FlushPartHeader();
   if (GetPartContentType(header) != "text/html") return;
   WriteStep([&] { htmlFile_ = TextWriter(TempPath("mail.html"), os::File::Mode::Create); });

@@ -7,6 +7,7 @@
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/MailBoundaries.h"
 #include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
@@ -22,10 +23,12 @@ constexpr std::int16_t kWholeMail = -2;  // but for the contents of attachments
 
 }  // namespace
 
-// Reads one mail. It knows the mail's own boundary only, and guards nothing but the reading of lines.
+// Reads one mail, and guards nothing but the reading of lines. By the rules of old it knows the mail's own
+// boundary only.
 class StdMail::StreamReader {
  public:
   StreamReader(StdMail& mail, std::string_view bodyfile) : mail_(mail) {
+    boundaries_.Begin("");
     if (!bodyfile.empty()) file_ = TextWriter(bodyfile, os::File::Mode::Create);
   }
 
@@ -34,10 +37,11 @@ class StdMail::StreamReader {
  private:
   void TakeHeaderLine(std::string_view line);
   void FinishHeader();
+  bool TellsContentType(std::string_view header);
   void TakeBodyLine(std::string_view line);
   void HandleBodyLine(std::string_view line);
-  void TakeOpeningBoundary();
-  void TakeClosingBoundary();
+  void TakeOpeningBoundary(std::string_view line);
+  void TakeClosingBoundary(std::string_view line);
   void TakePartHeaderLine(std::string_view line);
   void EndPartHeader();
   void EndOpenPartHeader();
@@ -51,9 +55,11 @@ class StdMail::StreamReader {
   TextWriter file_;
   bool inHeader_ = true;
   bool headerOpen_ = false;  // the last header isn't known to be complete
-  BoundaryPair pair_{""};
+  bool hasContentType_ = false;
+  MailBoundaries boundaries_;
+  std::string openingLine_;
   bool inPartHeader_ = false;
-  std::int16_t partIndex_ = 0;
+  std::int64_t partIndex_ = 0;
   PartEncoding encoding_ = PartEncoding::None;
   PartContent content_;
   bool partIsInline_ = true;
@@ -110,7 +116,12 @@ void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
 void StdMail::StreamReader::FinishHeader() {
   if (!std::exchange(headerOpen_, false)) return;
   const std::string& header = Headers().Item(Headers().Count());
-  if (BeginsNoCase(header, "content-type:")) pair_ = BoundaryPair(BoundaryIn(header));
+  if (TellsContentType(header)) boundaries_.Begin(BoundaryIn(header));
+}
+
+bool StdMail::StreamReader::TellsContentType(std::string_view header) {
+  if (CurrentRules().headerValues == HeaderValues::Simple) return BeginsNoCase(header, "content-type:");
+  return EqualNoCase(SplitHeaderLine(header).name, "content-type") && !std::exchange(hasContentType_, true);
 }
 
 void StdMail::StreamReader::TakeBodyLine(std::string_view line) {
@@ -123,10 +134,10 @@ void StdMail::StreamReader::TakeBodyLine(std::string_view line) {
 }
 
 void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
-  if (BoundaryPair::MayMatch(line) && pair_.IsClosing(line)) {
-    TakeClosingBoundary();
-  } else if (BoundaryPair::MayMatch(line) && pair_.IsOpening(line)) {
-    TakeOpeningBoundary();
+  if (boundaries_.TakeOpening(line)) {
+    TakeOpeningBoundary(line);
+  } else if (boundaries_.TakeClosing(line)) {
+    TakeClosingBoundary(line);
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
   } else if (file_.IsOpen() && mail_.saveFlag_ == partIndex_) {
@@ -134,17 +145,22 @@ void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
   }
 }
 
-void StdMail::StreamReader::TakeOpeningBoundary() {
+// By the rules of old the parts after a closing boundary are counted anew.
+void StdMail::StreamReader::TakeOpeningBoundary(std::string_view line) {
   EndOpenPartHeader();
+  openingLine_ = line;
   inPartHeader_ = true;
-  partIndex_ = ToInt16(partIndex_ + 1);
   partIsInline_ = false;
   encoding_ = content_.Begin(encoding_);
   Parts().Add({});
+  const bool isExact = CurrentRules().boundaries == Boundaries::Exact;
+  partIndex_ = Within16(isExact ? partIndex_ + 1 : Parts().Count());
 }
 
-void StdMail::StreamReader::TakeClosingBoundary() {
+// After that of the mail nothing is a boundary any more where text may follow.
+void StdMail::StreamReader::TakeClosingBoundary(std::string_view line) {
   EndOpenPartHeader();
+  if (CurrentRules().epilogues == Epilogues::Kept && boundaries_.ClosesMail(line)) boundaries_.Clear();
   partIsInline_ = true;
   encoding_ = content_.Begin(encoding_);
   inPartHeader_ = false;
@@ -163,9 +179,10 @@ void StdMail::StreamReader::TakePartHeaderLine(std::string_view line) {
 void StdMail::StreamReader::EndPartHeader() {
   inPartHeader_ = false;
   encoding_ = EncodingOfPart(LastPart(), encoding_);
+  AwaitPartsIn(LastPart(), Parts().Count(), boundaries_);
   partIsInline_ = AttachmentName(LastPart(), Parts().Count()).empty();
   if (!WritesWholeMail()) return;
-  file_.WriteLine(pair_.Opening());
+  file_.WriteLine(openingLine_);
   file_.Write(LastPart());
   // An inline part's empty line is written like its content.
   if (!partIsInline_) file_.WriteLine("");
@@ -173,7 +190,11 @@ void StdMail::StreamReader::EndPartHeader() {
 
 // A part without content may have no empty line after its header. By the rules of old it is lost.
 void StdMail::StreamReader::EndOpenPartHeader() {
-  if (inPartHeader_ && CurrentRules().boundaries == Boundaries::Rfc2046) EndPartHeader();
+  if (!inPartHeader_ || CurrentRules().boundaries == Boundaries::Exact) return;
+  const std::size_t depth = boundaries_.Depth();
+  EndPartHeader();
+  // Nor has it parts.
+  boundaries_.ReturnTo(depth);
 }
 
 // --- Operations on top

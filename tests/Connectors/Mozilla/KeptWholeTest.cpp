@@ -20,6 +20,12 @@ class KeptWholeTest : public StdMailTest {
                     .ReadHeader(true));
   }
 
+  // Reads it once more, without its files.
+  bool Reread() {
+    mail_.InitStream();
+    return mail_.ReadHeader(false);
+  }
+
   // A part of it brought out by its number.
   std::string BroughtOut(std::int16_t part) {
     mail_.SaveAttachmentFile(folder_.Path("out"), 0, part, "09.05.2010 14:30:05");
@@ -37,6 +43,14 @@ class KeptWholeTest : public StdMailTest {
 };
 
 // --- Boundaries
+
+std::string ReplacedBoundary(std::string part, const std::string& boundary) {
+  return part.replace(2, 1, boundary);
+}
+
+constexpr char kForwarded[] =
+    "Subject: inner\nContent-Type: multipart/mixed; boundary=I\n\n--I\n"
+    "Content-Disposition: attachment; filename=g\n\ninner file\n--I--\n";
 
 constexpr char kNext[] = "From - \nX-Mozilla-Status: 0001\nSubject: next\n\ntext\n";
 
@@ -162,6 +176,65 @@ TEST_F(KeptWholeTest, PartAfterAnInnerMultipartIsFound) {
   EXPECT_EQ(TempFile("att5"), "picture");
   EXPECT_EQ(TempFile("att6"), "file");
   EXPECT_EQ(TempFile("mail.html"), "<p>");
+}
+
+TEST_F(KeptWholeTest, MailThatIsNotSplitTellsTheFilesOfNestedMultiparts) {
+  const std::string body =
+      "--B\nContent-Type: multipart/alternative; boundary=A\n\n--A\n\ntext\n"
+      "--A\nContent-Type: multipart/related; boundary=R\n\n--R\nContent-Type: text/html\n\n<p>\n" +
+      ReplacedBoundary(File("i.png", "base64", "YWJj"), "R") + "--R--\ninner end\n--A--\n" +
+      File("f", "7bit", "file") + Part("Content-Type: message/rfc822\n", kForwarded) + "--B--\n--B\nfooter\n";
+  Read(body);
+  EXPECT_EQ(TempFile("att5"), "abc");
+  EXPECT_EQ(TempFile("att6"), "file");
+  EXPECT_EQ(TempFile("att7"), kForwarded);
+  const auto names = [this](bool saved) {
+    const std::string record = mail_.GetData("", saved);
+    std::vector<std::string> found;
+    for (int i = 1; record.find("|DataFileAttach" + std::to_string(i) + "=") != std::string::npos; ++i)
+      found.push_back(GetParam(record, "DataFileAttach" + std::to_string(i)));
+    return found;
+  };
+  EXPECT_THAT(names(true), ElementsAre(HasSubstr("i.png"), HasSubstr("file=f"), HasSubstr("part7.eml")));
+  ASSERT_TRUE(Reread());
+  EXPECT_FALSE(mail_.hasHTML());
+  EXPECT_EQ(mail_.Attachments()->Count(), 7);
+  EXPECT_THAT(names(false), ElementsAre(HasSubstr("#5_i.png"), HasSubstr("#6_f"), HasSubstr("#7_part7.eml")));
+  EXPECT_EQ(BroughtOut(5), "abc");
+  EXPECT_EQ(BroughtOut(6), "file");
+  EXPECT_EQ(BroughtOut(7), kForwarded);
+  EXPECT_EQ(BroughtOut(3), "");
+  EXPECT_EQ(BroughtOut(4), "<p>");
+  EXPECT_EQ(BroughtOut(2), "text");
+  EXPECT_THAT(BroughtOut(-2),
+              testing::EndsWith(Crlf("\n--B\nContent-Type: multipart/alternative; boundary=A\n\n--A\n\ntext\n"
+                                     "--A\nContent-Type: multipart/related; boundary=R\n\n"
+                                     "--R\nContent-Type: text/html\n\n<p>\n"
+                                     "--R\nContent-Disposition: attachment; filename=i.png\n"
+                                     "Content-Transfer-Encoding: base64\n\n--R--\ninner end\n--A--\n"
+                                     "--B\nContent-Disposition: attachment; filename=f\n"
+                                     "Content-Transfer-Encoding: 7bit\n\n"
+                                     "--B\nContent-Type: message/rfc822\n\n--B--\n--B\nfooter\n")));
+}
+
+TEST_F(KeptWholeTest, MailThatIsNotSplitTellsItsOwnPartsAloneByTheRulesOfOld) {
+  ChooseRules({.lines = LineRule::Native});
+  Read("--B\nContent-Type: multipart/related; boundary=R\n\n" +
+       ReplacedBoundary(File("i.png", "base64", "YWJj"), "R") + "--R--\n" + File("f", "7bit", "file") +
+       "--B--\n");
+  EXPECT_EQ(mail_.Attachments()->Count(), 3);
+  ASSERT_TRUE(Reread());
+  EXPECT_EQ(mail_.Attachments()->Count(), 2);
+  EXPECT_EQ(BroughtOut(2), "file\r\n");
+}
+
+TEST_F(KeptWholeTest, FirstContentTypeOfAMailTellsItsBoundary) {
+  const std::string header =
+      "From - \nX-Mozilla-Status: 0001\nContent-Type : multipart/mixed; boundary=B\n"
+      "Content-Type: multipart/mixed; boundary=C\n\n";
+  ASSERT_TRUE(Open(header + File("f", "7bit", "file") + "--B--\n").ReadHeader(true));
+  EXPECT_EQ(TempFile("att1"), "file");
+  EXPECT_EQ(BroughtOut(1), "file");
 }
 
 TEST_F(KeptWholeTest, BoundaryOfAnInnerMultipartThatHasEndedIsText) {
