@@ -79,15 +79,13 @@ CREATE TEMP TRIGGER event_start INSTEAD OF UPDATE OF event_start ON cal_events B
     (SELECT 1 FROM main.cal_recurrence
      WHERE cal_id=OLD.uuid AND item_id=OLD.own_id AND icalString NOT LIKE 'RRULE%'));
   SELECT raise(ABORT, 'an event of whole days has no time of day')
-  WHERE (OLD.flags & 8)<>0 AND NEW.event_start IS NOT
-    shown_start(kept_start(NEW.event_start, 'floating', 8), 'floating', 8);
+  WHERE (OLD.flags & 8)<>0 AND NOT begins_day(NEW.event_start);
   INSERT INTO notes(what, row, uuid, id, time)
   VALUES('event start', OLD.row, OLD.uuid, OLD.own_id, NEW.event_start);
 END;
 CREATE TEMP TRIGGER event_end INSTEAD OF UPDATE OF event_end ON cal_events BEGIN
   SELECT raise(ABORT, 'an event of whole days has no time of day')
-  WHERE (OLD.flags & 8)<>0 AND NEW.event_end IS NOT
-    shown_start(kept_start(NEW.event_end, 'floating', 8), 'floating', 8);
+  WHERE (OLD.flags & 8)<>0 AND NOT begins_day(NEW.event_end);
   INSERT INTO notes(what, row, uuid, id, until)
   VALUES('event end', OLD.row, OLD.uuid, OLD.own_id, NEW.event_end);
 END;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <chrono>
 
+#include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Common/Width.h"
@@ -22,9 +23,10 @@ bool AreTimesOf32Bits() {
   return CurrentRules().calendarTimes == CalendarTimes::Of32Bits;
 }
 
-std::string CalendarTimeTextOf(std::chrono::sys_seconds utc) {
-  if (!HasFields(utc)) throw Failure(ErrorNumber::Overflow, "Zeit nach dem Jahr 9999 oder vor dem Jahr 1");
-  return Trim(UtcToLocalText(FieldsOf(utc)));
+DateTime CalendarFieldsOf(std::int64_t seconds) {
+  const std::chrono::sys_seconds moment{std::chrono::seconds(seconds)};
+  if (!HasFields(moment)) throw Failure(ErrorNumber::Overflow, "Zeit nach dem Jahr 9999 oder vor dem Jahr 1");
+  return FieldsOf(moment);
 }
 
 }  // namespace
@@ -80,16 +82,19 @@ std::string CalendarTimeText(std::int64_t seconds) {
     std::string stamp = EpochToStamp(ToInt32(seconds));
     return Trim(UtcToLocalText(ParseDate(StampToDisplay(stamp))));
   }
-  return CalendarTimeTextOf(std::chrono::sys_seconds(std::chrono::seconds(seconds)));
+  return Trim(UtcToLocalText(CalendarFieldsOf(seconds)));
 }
 
 std::string CalendarTimeText(std::string_view seconds) {
   if (AreTimesOf32Bits()) return CalendarTimeText(std::int64_t{ParseInt32(seconds)});
   std::int64_t value = 0;
   const auto [end, error] = std::from_chars(seconds.data(), seconds.data() + seconds.size(), value);
-  if (error != std::errc() || end != seconds.data() + seconds.size())
+  const std::string_view part = seconds.substr(static_cast<std::size_t>(end - seconds.data()));
+  const bool isOfLocalClock = part == NumberText(0.5).substr(1);
+  if (error != std::errc() || !(part.empty() || isOfLocalClock))
     throw Failure(ErrorNumber::TypeMismatch, "keine Zeit: '" + std::string(seconds) + "'");
-  return CalendarTimeText(value);
+  if (!isOfLocalClock) return CalendarTimeText(value);
+  return FormatDisplay(CalendarFieldsOf(seconds.front() == '-' ? value - 1 : value));
 }
 
 std::int64_t CalendarSeconds(std::string_view date) {

@@ -34,7 +34,9 @@ std::string CalendarFieldValue(const std::string& text);
 // Local time, date and time parted by a blank, of seconds since 1970 in UTC. Raises for a time that can't be
 // shown.
 std::string CalendarTimeText(std::int64_t seconds);
-// As above, of their decimal text. Raises TypeMismatch for text that is none.
+// As above, of their decimal text. Half a second more says that they are already those of the local clock,
+// whether that shows them or skips them at a change to summer time. Raises TypeMismatch for text that is
+// none.
 std::string CalendarTimeText(std::string_view seconds);
 
 // Seconds since 1970 in UTC of a local date text, 0 for what is none. Raises for a time that calendars

@@ -92,4 +92,9 @@ std::chrono::seconds LocalOffsetAt(sys_seconds moment) {
   return MomentOf(local) - counted;
 }
 
+// The system knows its zones by other names.
+std::optional<std::chrono::seconds> TryZoneOffsetAt(std::string_view, sys_seconds) {
+  return std::nullopt;
+}
+
 }  // namespace vorlent::os

@@ -164,6 +164,59 @@ TEST_F(LightningTest, WholeDayOfAZoneIsThatDay) {
   EXPECT_THAT(Shown(), ElementsAre("a Tag 21.06.2026 00:00 - 21.06.2026 00:00 [] Familie"));
 }
 
+TEST_F(LightningTest, WholeDayOfAFarZoneIsThatZonesDay) {
+  LightningFile file = File();
+  const auto addDay = [&](const std::string& zone, std::int64_t midnight) {
+    constexpr std::int64_t kSecondsOfADay = 86400;
+    const auto micro = [](std::int64_t seconds) { return std::to_string(seconds) + "000000"; };
+    file.AddEvent(LightningFile::kFirst, "a", zone, micro(midnight), micro(midnight + kSecondsOfADay), zone,
+                  12);
+  };
+  addDay("Pacific/Kiritimati", 1768384800);
+  addDay("Pacific/Apia", 1768388400);
+  addDay("Pacific/Auckland", 1768388400);
+  addDay("/mozilla.org/20050126_1/Pacific/Auckland", 1768388400);
+  addDay("Asia/Tokyo", 1768402800);
+  addDay("Pacific/Pago_Pago", 1768474800);
+  addDay("Etc/GMT+12", 1768478400);
+  addDay("W. Europe Standard Time", 1768431600);
+  for (const char* here : {"Europe/Berlin", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
+    const ScopedTimeZone zone(here);
+    ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+    EXPECT_THAT(Shown(), testing::AllOf(testing::SizeIs(8),
+                                        testing::Each(HasSubstr(" 15.01.2026 00:00 - 15.01.2026 00:00 "))));
+  }
+}
+
+TEST_F(LightningTest, WholeDayWhoseMidnightTheLocalClockSkipsIsThatDay) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "one", "x", "1788652800000000", "1788739200000000", "floating", 12);
+  file.AddEvent(LightningFile::kFirst, "two", "x", "1788566400000000", "1788739200000000", "floating", 12);
+  file.AddEvent(LightningFile::kFirst, "hour", "x", "1788656400000000", "1788660000000000", "floating");
+  const ScopedTimeZone santiago("America/Santiago");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("one x 06.09.2026 00:00 - 06.09.2026 00:00 [] Familie",
+                                   "two x 05.09.2026 00:00 - 06.09.2026 00:00 [] Familie",
+                                   "hour x 06.09.2026 01:00 - 06.09.2026 02:00 [] Familie"));
+  EXPECT_EQ(Changed("lightning://p/Familie", "two", kStartChanged, "",
+                    [](auto& item) { item.DateText = "06.09.2026"; })
+                .size(),
+            2u);
+  EXPECT_THAT(file.Rows("SELECT event_start/1000000 FROM cal_events"),
+              ElementsAre("1788652800", "1788652800", "1788656400"));
+  // Long ago, and far away.
+  file.Run("UPDATE cal_events SET event_start=-191376000000000, event_end=-191289600000000");
+  const ScopedTimeZone saoPaulo("America/Sao_Paulo");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_EQ(Shown().front(), "one x 09.12.1963 00:00 - 09.12.1963 00:00 [] Familie");
+}
+
+TEST_F(LightningTest, TimeThatTheLocalClockSkipsIsShownAsItIsKept) {
+  File().AddEvent(LightningFile::kFirst, "gap", "x", "1774751400500000", "1774753200000000", "floating");
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("gap x 29.03.2026 02:30 - 29.03.2026 03:00 [] Familie"));
+}
+
 TEST_F(LightningTest, TimesBefore1970AndAfter2038AreOfTheRulesOfToday) {
   WriteProfiles("Mozilla\\Sunbird", {"p"});
   Storage().Run(std::string(kCalendarTables) + R"(

@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <optional>
 #include <sstream>
 #include <string>
 
+#include "Platform/EpochTime.h"
 #include "Platform/Time.h"
 #include "Platform/TimeTest.h"
 #include "Support/PrintDateTime.h"
@@ -45,6 +47,26 @@ TEST(TimeZonesTest, ZonesOfTheDatabaseAreKeptInBothDirections) {
     ++rows;
   }
   EXPECT_GT(rows, 700);
+}
+
+TEST(TimeZonesTest, ZoneIsKnownByItsName) {
+  using std::chrono::hours;
+  using std::chrono::seconds;
+  const auto offset = [](const char* zone, int year, unsigned month) {
+    return os::TryZoneOffsetAt(zone, std::chrono::sys_days(std::chrono::year(year) / month / 1));
+  };
+  EXPECT_EQ(offset("Pacific/Kiritimati", 2026, 1), hours(14));
+  EXPECT_EQ(offset("Pacific/Auckland", 2026, 1), hours(13));
+  EXPECT_EQ(offset("Pacific/Auckland", 2026, 7), hours(12));
+  EXPECT_EQ(offset("America/St_Johns", 2010, 1), -seconds(3 * 3600 + 1800));
+  EXPECT_EQ(offset("Europe/Berlin", 1800, 1), seconds(53 * 60 + 28));
+  EXPECT_EQ(offset("Etc/GMT+12", 2200, 1), -hours(12));
+}
+
+TEST(TimeZonesTest, WhatNamesNoZoneHasNoOffset) {
+  for (const char* name : {"", "Nowhere/Land", "Europe", "floating", "/usr/share/zoneinfo/UTC",
+                           "../zoneinfo/UTC", "tzdata.zi", "W. Europe Standard Time", "BEGIN:VTIMEZONE\r\n"})
+    EXPECT_EQ(os::TryZoneOffsetAt(name, {}), std::nullopt) << name;
 }
 
 TEST(TimeZonesTest, EmptyNameStandsForUtcAndNoNameForTheSystemsZone) {
