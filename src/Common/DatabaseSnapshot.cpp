@@ -78,8 +78,8 @@ DatabaseSnapshot::PartStates PartStatesOf(std::string_view file) {
 
 }  // namespace
 
-DatabaseSnapshot::DatabaseSnapshot(std::string_view file)
-    : source_(file), copy_(folder_.Path() + "copy.sqlite") {
+DatabaseSnapshot::DatabaseSnapshot(std::string_view file, SqliteObstacle why)
+    : source_(file), why_(why), copy_(folder_.Path() + "copy.sqlite") {
   for (int tried = 0; tried < kMostTries; ++tried) {
     if (tried > 0) Platform::Current().Wait(kPause);
     for (const std::string_view suffix : kPartSuffixes)
@@ -103,17 +103,21 @@ Cause SnapshotRemark(std::string_view file, const DateTime& moment) {
   return {std::string(file), "in Gebrauch; gelesen wird der Stand vom " + FormatDisplay(moment)};
 }
 
-bool IsKeptFromReading(std::string_view file, int timeout) {
-  if (!FileExists(file)) return false;
+SqliteObstacle ObstacleToReading(std::string_view file, int timeout) {
+  if (!FileExists(file)) return SqliteObstacle::None;
   sqlite3* probe = nullptr;
   sqlite_open(file, probe);
   sqlite_wait_for_others(probe, timeout);
-  const bool isKept = sqlite_is_kept_from_reading(probe);
+  const SqliteObstacle obstacle = sqlite_obstacle_to_reading(probe);
   sqlite_close(probe);
-  return isKept;
+  // What may not be written may be in use all the same.
+  const bool isInUse = obstacle == SqliteObstacle::NoRight && os::TryFindLockHolder(file).has_value();
+  return isInUse ? SqliteObstacle::Use : obstacle;
 }
 
-Cause HolderOf(std::string_view file) {
+Cause CauseOf(SqliteObstacle obstacle, std::string_view file) {
+  if (obstacle == SqliteObstacle::NoRight)
+    return {std::string(file), "attempt to write a readonly database", Hint::AllowAccess};
   const std::optional<os::LockHolder> holder = os::TryFindLockHolder(file);
   std::string reason = "in Gebrauch durch ein anderes Programm";
   if (holder)
@@ -121,10 +125,12 @@ Cause HolderOf(std::string_view file) {
   return {std::string(file), reason, Hint::CloseOther};
 }
 
-std::unique_ptr<DatabaseSnapshot> SnapshotIfInUse(std::string_view file) {
+std::unique_ptr<DatabaseSnapshot> SnapshotIfKeptFrom(std::string_view file) {
   if (CurrentRules().databaseInUse == DatabaseInUse::Locked) return nullptr;
+  const SqliteObstacle obstacle = ObstacleToReading(file);
   std::unique_ptr<DatabaseSnapshot> snapshot;
-  if (IsKeptFromReading(file)) Swallow([&] { snapshot = std::make_unique<DatabaseSnapshot>(file); });
+  if (obstacle != SqliteObstacle::None)
+    Swallow([&] { snapshot = std::make_unique<DatabaseSnapshot>(file, obstacle); });
   return snapshot;
 }
 

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "Common/qzelSQLiteBinding.h"
 #include "Platform/Failure.h"
 #include "Platform/Time.h"
 #include "Platform/WorkFolder.h"
@@ -25,9 +27,9 @@ class DatabaseSnapshot {
   // Lengths and times of change.
   using PartStates = std::vector<std::pair<std::uint64_t, DateTime>>;
 
-  // Raises PermissionDenied for a database that doesn't come to rest, else the failure of the file that can't
-  // be read or written.
-  explicit DatabaseSnapshot(std::string_view file);
+  // `why` is what keeps others from reading the database itself. Raises PermissionDenied for one that doesn't
+  // come to rest, else the failure of the file that can't be read or written.
+  explicit DatabaseSnapshot(std::string_view file, SqliteObstacle why = SqliteObstacle::Use);
 
   // The Windows path of the copy. Whoever opens it may write to it, and has to: what the journal holds must
   // go back into the file.
@@ -37,9 +39,15 @@ class DatabaseSnapshot {
 
   // When the database stood so, in local time.
   const DateTime& Moment() const { return moment_; }
+  // The same as far as a reader has to know: nothing if no program uses the database, so that it stands so
+  // still.
+  std::optional<DateTime> MomentToTell() const {
+    return why_ == SqliteObstacle::Use ? std::optional(moment_) : std::nullopt;
+  }
 
  private:
   std::string source_;
+  SqliteObstacle why_;
   os::WorkFolder folder_;
   std::string copy_;
   DateTime moment_;
@@ -49,17 +57,16 @@ class DatabaseSnapshot {
 // What a reader has to know of a database of which a snapshot is read.
 Cause SnapshotRemark(std::string_view file, const DateTime& moment);
 
-// Whether another program keeps others from reading a database; one that is there and can't be read for
-// another reason, or is none, isn't kept from them. Waits up to `timeout` milliseconds for that program.
-bool IsKeptFromReading(std::string_view file, int timeout = 0);
+// What keeps this program from reading a database as it lies there. Waits up to `timeout` milliseconds for
+// another that uses it.
+SqliteObstacle ObstacleToReading(std::string_view file, int timeout = 0);
 
-// What keeps others from a database, as far as the system knows the program that does.
-Cause HolderOf(std::string_view file);
+// An obstacle in words, with the program that uses the database as far as the system knows it.
+Cause CauseOf(SqliteObstacle obstacle, std::string_view file);
 
-// What is to be read in place of a database file that another program keeps others from reading: a snapshot,
-// if the rules in force ask for one. Nothing if the file itself can be read, or has no content that a copy
-// could show; and nothing if there can be no snapshot, so that the connection to the file tells what is in
-// its way.
-std::unique_ptr<DatabaseSnapshot> SnapshotIfInUse(std::string_view file);
+// What is to be read in place of a database file that can't be read as it lies there: a snapshot, if the
+// rules in force ask for one. Nothing if the file itself can be read, or has no content that a copy could
+// show; and nothing if there can be no snapshot, so that the connection to the file tells what is in its way.
+std::unique_ptr<DatabaseSnapshot> SnapshotIfKeptFrom(std::string_view file);
 
 }  // namespace vorlent

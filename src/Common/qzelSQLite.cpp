@@ -21,7 +21,7 @@ Failure TooManyRows(std::int32_t count) {
 
 bool qzelSQLite::openFile() {
   if (file.empty()) return false;
-  snapshot_ = SnapshotIfInUse(file);
+  snapshot_ = SnapshotIfKeptFrom(file);
   if (snapshot_ == nullptr) {
     sqlite_open(file, handle_);
   } else {
@@ -38,7 +38,7 @@ bool qzelSQLite::closeFile() {
 }
 
 std::optional<DateTime> qzelSQLite::SnapshotMoment() const {
-  return snapshot_ == nullptr ? std::nullopt : std::optional(snapshot_->Moment());
+  return snapshot_ == nullptr ? std::nullopt : snapshot_->MomentToTell();
 }
 
 bool qzelSQLite::execute(const std::string& sql) {

@@ -62,7 +62,8 @@ class qzelSQLite {
   // False if never opened.
   bool closeFile();
 
-  // As of when the connection reads, in local time; nothing if it reads the file itself.
+  // As of when the connection reads what another program uses, in local time; nothing if it reads what there
+  // is.
   std::optional<DateTime> SnapshotMoment() const;
 
   // Runs a statement. False if there is no connection, which changes nothing, or if the statement failed;

@@ -50,17 +50,19 @@ int sqlite_close(sqlite3* handle) {
   return sqlite3_close(handle);
 }
 
-bool sqlite_is_kept_from_reading(sqlite3* handle) {
+SqliteObstacle sqlite_obstacle_to_reading(sqlite3* handle) {
   switch (sqlite3_exec(handle, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr)) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
     case SQLITE_PROTOCOL:
+      return SqliteObstacle::Use;
     // A journal to be rolled back, or a log whose index may not be made.
     case SQLITE_READONLY:
     case SQLITE_CANTOPEN:
-      return true;
+      return sqlite3_extended_errcode(handle) == SQLITE_READONLY_ROLLBACK ? SqliteObstacle::Use
+                                                                          : SqliteObstacle::NoRight;
     default:
-      return false;
+      return SqliteObstacle::None;
   }
 }
 

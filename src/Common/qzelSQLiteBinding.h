@@ -50,9 +50,13 @@ int sqlite_open_own(std::string_view file, sqlite3*& handle);
 
 int sqlite_close(sqlite3* handle);
 
-// Whether a program that uses the database, or one that left it in the middle of a change, keeps this
-// connection from reading. What is no database, or a damaged one, isn't kept from it.
-bool sqlite_is_kept_from_reading(sqlite3* handle);
+// What keeps a connection from reading a database.
+enum class SqliteObstacle {
+  None,    // it can be read; or it is none, or a damaged one
+  Use,     // a program uses it, or left it in the middle of a change
+  NoRight  // a file beside it would have to be made or written, which is not allowed
+};
+SqliteObstacle sqlite_obstacle_to_reading(sqlite3* handle);
 
 // How long, in milliseconds, statements wait for a program that has the database locked.
 void sqlite_wait_for_others(sqlite3* handle, int milliseconds);

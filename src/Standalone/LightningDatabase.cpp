@@ -29,11 +29,11 @@ void Told(Step step) {
 }  // namespace
 
 std::shared_ptr<const DatabaseSnapshot> SnapshotShelf::For(std::string_view file) {
-  if (!IsKeptFromReading(file)) {
+  if (ObstacleToReading(file) == SqliteObstacle::None) {
     snapshot_.reset();
   } else if (file != file_ || snapshot_ == nullptr || !snapshot_->IsCurrent()) {
     file_ = file;
-    snapshot_ = SnapshotIfInUse(file);
+    snapshot_ = SnapshotIfKeptFrom(file);
   }
   return snapshot_;
 }
@@ -43,8 +43,8 @@ LightningDatabase::LightningDatabase(std::string_view file, int timeout, Snapsho
   Told([&] {
     snapshot_ = shelf.For(file);
     Connect(snapshot_ == nullptr ? std::string_view() : snapshot_->File());
-    if (snapshot_ != nullptr)
-      HostObjects::Current().Global().Remark(SnapshotRemark(file, snapshot_->Moment()));
+    const auto moment = snapshot_ == nullptr ? std::nullopt : snapshot_->MomentToTell();
+    if (moment) HostObjects::Current().Global().Remark(SnapshotRemark(file, *moment));
   });
 }
 
@@ -81,7 +81,9 @@ void LightningDatabase::BeginChange() {
 }
 
 void LightningDatabase::ConnectToChange() {
-  if (IsKeptFromReading(file_, timeout_)) throw Failure(SQLITE_BUSY, HolderOf(file_));
+  const SqliteObstacle obstacle = ObstacleToReading(file_, timeout_);
+  if (obstacle != SqliteObstacle::None)
+    throw Failure(obstacle == SqliteObstacle::Use ? SQLITE_BUSY : SQLITE_READONLY, CauseOf(obstacle, file_));
   snapshot_.reset();
   Connect({});
 }

@@ -39,8 +39,8 @@ class SnapshotShelf {
 // transaction, which a failed statement takes back. What fails is told to the host with the file's name.
 class LightningDatabase {
  public:
-  // Connects to the file, or to a snapshot of it if another program has it in use. Raises for what can't be
-  // read. The shelf must outlive it.
+  // Connects to the file, or to a snapshot of it if that can't be read as it lies there. Raises for what
+  // can't be read. The shelf must outlive it.
   LightningDatabase(std::string_view file, int timeout, SnapshotShelf& shelf);
 
   // Valid until the first statement of a change.

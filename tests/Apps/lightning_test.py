@@ -4,6 +4,7 @@ lightning_test.py PROGRAM SOURCE_FOLDER
 """
 import contextlib
 import json
+import os
 import re
 import sqlite3
 import subprocess
@@ -136,6 +137,23 @@ class Lightning(ProgramCase):
             self.assertEqual((code, out), (3, ""))
             self.assertRegex(err, rf"local\.sqlite: .*python3?.* \(\w+ {process}\)")
             self.assertEqual(tree_bytes(self.profile / "calendar-data"), before)
+
+    def test_a_file_that_may_not_be_written_is_read_and_not_said_to_be_in_use(self):
+        self.file.chmod(0o444)
+        folders = [self.file.parent, *self.file.parent.parents]
+        for folder in folders[:folders.index(self.work) + 1]:
+            folder.chmod(0o555)
+        options = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
+        try:
+            code, out, err = self.run_program("read", "lightning://default/Familie 🦊", "--json", sample=False,
+                                              **options)
+        except PermissionError:
+            self.skipTest("an ordinary user may not run the program where it lies")
+        self.assertEqual((code, err, len(out.splitlines())), (0, "", 2))
+        code, out, err = self.run_program("calendar", "remove", "lightning://default/Familie 🦊", "day", sample=False,
+                                          **options)
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("local.sqlite: attempt to write a readonly database", err)
 
     def test_an_item_of_an_id_that_two_calendars_have_is_removed_alone(self):
         with self.database() as database:

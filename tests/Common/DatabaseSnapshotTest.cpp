@@ -139,7 +139,7 @@ TEST_F(DatabaseSnapshotTest, LockedFileIsAnErrorByTheOtherRules) {
   const ForeignProgram other(Native());
   other.Run("BEGIN EXCLUSIVE");
   const ScopedRules windows(Rules::Windows());
-  EXPECT_EQ(SnapshotIfInUse(folder_.Path(kSource)), nullptr);
+  EXPECT_EQ(SnapshotIfKeptFrom(folder_.Path(kSource)), nullptr);
   EXPECT_THAT(Names(), ElementsAre("database is locked"));
 }
 

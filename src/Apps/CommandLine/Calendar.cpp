@@ -36,11 +36,13 @@ const std::string& DatabaseFileOf(StandaloneLocation& location) {
   return RequireAs<Location_Sunbird>(location.Connector())->DatabaseFile();
 }
 
-// What Thunderbird has in use can be read all the same, but not changed.
+// What Thunderbird has in use, or may not be written, can be read all the same, but not changed.
 void CheckWritable(StandaloneLocation& location) {
   const std::string& file = DatabaseFileOf(location);
-  if (!IsThunderbirdCalendarFile(file) || !IsKeptFromReading(file, kLongestWait)) return;
-  throw ErrorOf(Failure(static_cast<int>(ErrorNumber::PermissionDenied), HolderOf(file)));
+  if (!IsThunderbirdCalendarFile(file)) return;
+  const SqliteObstacle obstacle = ObstacleToReading(file, kLongestWait);
+  if (obstacle == SqliteObstacle::None) return;
+  throw ErrorOf(Failure(static_cast<int>(ErrorNumber::PermissionDenied), CauseOf(obstacle, file)));
 }
 
 // Changes go to the calendar that was read last, so an address must name exactly one.

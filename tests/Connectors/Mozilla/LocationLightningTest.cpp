@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "SunbirdTest.h"
+#include "Support/AsOrdinaryUser.h"
 #include "Support/ForeignProgram.h"
 #include "Support/LightningFile.h"
 #include "Support/ScopedRules.h"
@@ -656,6 +657,29 @@ TEST_F(LightningTest, FileThatIsNoDatabaseIsNamed) {
   EXPECT_EQ(Read("lightning://p/Familie"), LocationState::Unreadable);
   EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
               ElementsAre(HasSubstr("local.sqlite: file is not a database")));
+}
+
+TEST_F(LightningTest, FileThatMayNotBeWrittenIsReadAndNotSaidToBeInUse) {
+  { File().AddEvent(LightningFile::kFirst, "a", "x", kNine, kTen); }
+  const auto forbidWriting = [](const std::filesystem::path& path, unsigned mode) {
+    std::filesystem::permissions(path, std::filesystem::perms(mode));
+  };
+  forbidWriting(NativeFile(), 0444);
+  for (auto folder = NativeFile().parent_path(); folder != folder_.Native().parent_path();
+       folder = folder.parent_path())
+    forbidWriting(folder, 0555);
+  const AsOrdinaryUser user;
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), ElementsAre("a x 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie"));
+  EXPECT_THAT(host_.Log.Only({"Global.Report(1001"}), IsEmpty());
+  auto item = host_.MakeItem();
+  item->IdText = "a";
+  item->TypeText = "termin";
+  item->DisplayText = "Neu";
+  item->Modified = "22.11.2026 18:00:00";
+  connector_->RedoAction(item, "20261122180000", kTitleChanged, "");
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("local.sqlite: attempt to write a readonly database")));
 }
 
 // --- While Thunderbird runs
