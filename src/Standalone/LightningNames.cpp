@@ -1,6 +1,7 @@
 #include "Standalone/LightningNames.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Platform/CodePage.h"
 
@@ -36,27 +37,27 @@ void LightningNames::GiveNames(std::vector<LightningItem>& items) {
 
 // A row's name is its own; one that stands for a row that is gone goes to a row that came in its place.
 void LightningNames::KeepNames(std::vector<LightningItem>& items) {
-  std::unordered_map<Given*, bool> isInUse;
-  const auto keep = [&](auto mayHave) {
-    for (LightningItem& item : items) {
-      const auto known = given_.find(KeyOf(item));
-      if (known == given_.end() || !item.name.empty()) continue;
-      const auto fitting = std::ranges::find_if(
-          known->second, [&](Given& given) { return !isInUse[&given] && mayHave(given, item); });
-      if (fitting == known->second.end()) continue;
-      isInUse[&*fitting] = true;
-      fitting->row = item.row;
-      item.name = fitting->name;
-    }
-  };
-  keep([](const Given& given, const LightningItem& item) { return given.row == item.row; });
-  keep([](const Given&, const LightningItem&) { return true; });
+  auto unused = given_;
+  for (LightningItem& item : items) {
+    const auto known = unused.find(KeyOf(item));
+    if (known == unused.end()) continue;
+    if (auto own = known->second.extract(item.row)) item.name = std::move(own.mapped());
+  }
+  for (LightningItem& item : items) {
+    const auto known = item.name.empty() ? unused.find(KeyOf(item)) : unused.end();
+    if (known == unused.end() || known->second.empty()) continue;
+    auto inherited = known->second.extract(known->second.begin());
+    item.name = inherited.mapped();
+    NamesByRow& names = given_[known->first];
+    names.erase(inherited.key());
+    names.emplace(item.row, item.name);
+  }
 }
 
 bool LightningNames::Take(LightningItem& item, const std::string& name) {
   if (!taken_.insert(LowerCase(name)).second) return false;
   item.name = name;
-  given_[KeyOf(item)].push_back({item.row, name});
+  given_[KeyOf(item)].emplace(item.row, name);
   return true;
 }
 

@@ -29,18 +29,15 @@ class LightningNames {
   void GiveNames(std::vector<LightningItem>& items);
 
  private:
-  struct Given {
-    std::int64_t row;
-    std::string name;
-  };
+  using NamesByRow = std::map<std::int64_t, std::string>;
 
   void KeepNames(std::vector<LightningItem>& items);
   bool Take(LightningItem& item, const std::string& name);
   void MakeName(LightningItem& item);
 
-  std::map<std::string, std::vector<Given>> given_;  // by what the items are
-  std::unordered_set<std::string> taken_;            // in lower case
-  std::unordered_map<std::string, int> lastOfStem_;  // the last number made for a text
+  std::unordered_map<std::string, NamesByRow> given_;  // by what the items are
+  std::unordered_set<std::string> taken_;              // in lower case
+  std::unordered_map<std::string, int> lastOfStem_;    // the last number made for a text
 };
 
 }  // namespace vorlent

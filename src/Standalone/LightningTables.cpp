@@ -17,13 +17,17 @@ namespace vorlent {
 namespace {
 
 // A trigger in the way of a view can't name the table of the same name behind it, so it notes what is to be
-// done. `shown` has the items that are shown; a row of it without a name is an item without an ID.
+// done. `shown` has the items that are shown; a row of it without a name is an item without an ID. Items of
+// one calendar and ID have their properties in common, but for those that Thunderbird's flag denies them to:
+// `properties` tells whether an item has its own, shared ones or none. `common` names the shared ones, of
+// each kind the first.
 constexpr char kNotes[] = R"sql(
 PRAGMA temp_store=MEMORY;
 CREATE TEMP TABLE calendars(number INTEGER PRIMARY KEY, place INTEGER, uuid TEXT UNIQUE, name TEXT,
   zone TEXT, readonly INTEGER);
-CREATE TEMP TABLE shown(number INTEGER, task INTEGER, row INTEGER, uuid TEXT, id, name TEXT,
-  PRIMARY KEY(number, task, row)) WITHOUT ROWID;
+CREATE TEMP TABLE shown(number INTEGER, task INTEGER, row INTEGER, uuid TEXT, id, name TEXT, flagged INTEGER,
+  properties TEXT DEFAULT 'own', PRIMARY KEY(number, task, row)) WITHOUT ROWID;
+CREATE TEMP TABLE common(name TEXT, row INTEGER);
 CREATE TEMP TABLE notes(what TEXT, row INTEGER, uuid TEXT, id, name TEXT, title TEXT, time INTEGER,
   until INTEGER, changed INTEGER, made INTEGER, zone TEXT, key TEXT, value);
 CREATE TEMP TRIGGER only_reading BEFORE INSERT ON notes
@@ -134,21 +138,40 @@ CREATE TEMP TRIGGER new_todo INSTEAD OF INSERT ON cal_todos BEGIN
 END;
 )sql";
 
-// An event and a task of one calendar and ID have their properties in common, until one of them is gone.
+// Only one look at the properties of an ID: thousands of items may share them.
+constexpr char kCommon[] = R"sql(
+CREATE TEMP TABLE relatives AS
+SELECT uuid, id, sum(flagged) AS owners FROM shown WHERE name IS NOT NULL GROUP BY uuid, id HAVING count(*)>1;
+
+UPDATE shown SET properties=CASE WHEN r.owners>0 AND NOT shown.flagged THEN 'none'
+                                 WHEN r.owners=1 THEN 'own' ELSE 'shared' END
+FROM relatives r WHERE r.uuid=shown.uuid AND r.id=shown.id;
+
+WITH firsts AS MATERIALIZED (
+  SELECT p.cal_id AS uuid, p.item_id AS id, min(p.rowid) AS row
+  FROM relatives r CROSS JOIN main.cal_properties p ON p.cal_id=r.uuid AND p.item_id=r.id
+  WHERE p.recurrence_id IS NULL GROUP BY p.cal_id, p.item_id, p.key)
+INSERT INTO common SELECT s.name, f.row FROM shown s JOIN firsts f ON f.uuid=s.uuid AND f.id=s.id
+WHERE s.properties='shared';
+CREATE INDEX temp.common_names ON common(name);
+)sql";
+
+// What is shared stays when one of the items goes.
 constexpr char kProperties[] = R"sql(
 CREATE TEMP VIEW cal_properties AS
-SELECT s.name AS item_id, p.key AS key, p.value AS value, p.rowid AS row, s.uuid AS uuid, s.id AS own_id
+SELECT s.name AS item_id, p.key AS key, p.value AS value, p.rowid AS row, s.uuid AS uuid, 0 AS shared
 FROM shown s CROSS JOIN main.cal_properties p ON p.cal_id=s.uuid AND p.item_id=s.id
-WHERE p.recurrence_id IS NULL;
+WHERE s.properties='own' AND p.recurrence_id IS NULL
+UNION ALL
+SELECT c.name, p.key, p.value, p.rowid, p.cal_id, 1
+FROM common c CROSS JOIN main.cal_properties p ON p.rowid=c.row;
 
 CREATE TEMP TRIGGER property_gone INSTEAD OF DELETE ON cal_properties BEGIN
-  INSERT INTO notes(what, row, uuid) SELECT 'property gone', OLD.row, OLD.uuid
-  WHERE 1 >= (SELECT count(*) FROM main.cal_events
-              WHERE id=OLD.own_id AND cal_id=OLD.uuid AND recurrence_id IS NULL)
-           + (SELECT count(*) FROM main.cal_todos
-              WHERE id=OLD.own_id AND cal_id=OLD.uuid AND recurrence_id IS NULL);
+  INSERT INTO notes(what, row, uuid) SELECT 'property gone', OLD.row, OLD.uuid WHERE NOT OLD.shared;
 END;
 CREATE TEMP TRIGGER new_property INSTEAD OF INSERT ON cal_properties BEGIN
+  SELECT raise(ABORT, 'another item of this ID has the properties')
+  FROM shown WHERE name=NEW.item_id AND properties='none';
   INSERT INTO notes(what, row, uuid, id, key, value)
   SELECT iif(task, 'new property of todo', 'new property of event'), row, uuid, id, NEW.key, NEW.value
   FROM shown WHERE name=NEW.item_id;
@@ -179,10 +202,12 @@ constexpr std::array kFollowing = {
     "INSERT INTO main.cal_todos(cal_id, id, title, last_modified, time_created, todo_stamp, flags) "
     "SELECT uuid, id, title, changed, made, changed, 4 FROM notes WHERE what='new todo'",
     "DELETE FROM shown WHERE name IN (SELECT name FROM notes WHERE what IN ('new event', 'new todo'))",
-    "INSERT OR REPLACE INTO shown SELECT c.number, 0, max(e.rowid), n.uuid, n.id, n.name "
+    "INSERT OR REPLACE INTO shown(number, task, row, uuid, id, name) "
+    "SELECT c.number, 0, max(e.rowid), n.uuid, n.id, n.name "
     "FROM notes n JOIN calendars c ON c.uuid=n.uuid JOIN main.cal_events e ON e.id=n.id AND e.cal_id=n.uuid "
     "WHERE n.what='new event' AND e.recurrence_id IS NULL GROUP BY n.rowid",
-    "INSERT OR REPLACE INTO shown SELECT c.number, 1, max(t.rowid), n.uuid, n.id, n.name "
+    "INSERT OR REPLACE INTO shown(number, task, row, uuid, id, name) "
+    "SELECT c.number, 1, max(t.rowid), n.uuid, n.id, n.name "
     "FROM notes n JOIN calendars c ON c.uuid=n.uuid JOIN main.cal_todos t ON t.id=n.id AND t.cal_id=n.uuid "
     "WHERE n.what='new todo' AND t.recurrence_id IS NULL GROUP BY n.rowid",
     "DELETE FROM main.cal_properties WHERE rowid IN (SELECT row FROM notes WHERE what='property gone')",
@@ -272,10 +297,12 @@ void NameItems(SqliteDatabase& database, LightningNames& names) {
   std::vector<LightningItem> items = ReadItems(database);
   names.GiveNames(items);
   SqliteStatement event(database,
-                        "INSERT INTO shown SELECT ?, 0, rowid, cal_id, id, nullif(?, '') "
+                        "INSERT INTO shown(number, task, row, uuid, id, name, flagged) "
+                        "SELECT ?, 0, rowid, cal_id, id, nullif(?, ''), (ifnull(flags, 0) & 4)<>0 "
                         "FROM main.cal_events WHERE rowid=?");
   SqliteStatement task(database,
-                       "INSERT INTO shown SELECT ?, 1, rowid, cal_id, id, nullif(?, '') "
+                       "INSERT INTO shown(number, task, row, uuid, id, name, flagged) "
+                       "SELECT ?, 1, rowid, cal_id, id, nullif(?, ''), (ifnull(flags, 0) & 4)<>0 "
                        "FROM main.cal_todos WHERE rowid=?");
   for (const LightningItem& item : items) {
     SqliteStatement& add = item.isTask ? task : event;
@@ -296,7 +323,7 @@ void AddTablesOfOld(SqliteDatabase& database, const LightningRegistry& registry,
   database.Execute(kNotes);
   AddCalendars(database, registry.calendars.empty() ? CalendarsOfRows(database, registry.zone) : registry);
   NameItems(database, names);
-  for (const char* statements : {kEvents, kTodos, kProperties})
+  for (const char* statements : {kCommon, kEvents, kTodos, kProperties})
     database.Execute(statements);
 }
 

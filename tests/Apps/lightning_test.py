@@ -186,6 +186,14 @@ class Lightning(ProgramCase):
             self.assertIn("local.sqlite: file is not a database", err)
         self.assertEqual(tree_bytes(self.profile), before)
 
+    def test_whole_days_take_no_time_of_day(self):
+        code, out, err = self.run_here("calendar", "set", "lightning://default/Familie 🦊", "day", "--start",
+                                       "24.12.2026 10:00")
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("local.sqlite: an event of whole days has no time of day", err)
+        self.assertEqual(self.rows("SELECT event_start, event_end FROM cal_events WHERE id='day'"),
+                         [(MIDSUMMER, NEXT_DAY)])
+
     def test_an_event_without_an_end_is_moved_as_a_whole(self):
         with self.database() as database:
             database.execute("UPDATE cal_events SET event_end=NULL WHERE id='float'")

@@ -452,6 +452,73 @@ TEST_F(LightningTest, PropertiesOfAnotherCalendarAreItsOwn) {
               ElementsAre(HasSubstr("Mein")));
 }
 
+// Thunderbird reads the properties of an item only if its flag tells that it has some.
+TEST_F(LightningTest, PropertiesOfAnIdBelongToTheItemThatIsFlaggedForThem) {
+  constexpr int kHasProperties = 4;
+  LightningFile file = File();
+  const std::string mine = "'" + std::string(LightningFile::kFirst) + "'";
+  const auto addBoth = [&](const std::string& id, int flagsOfEvent, int flagsOfTask) {
+    file.AddEvent(LightningFile::kFirst, id, "Termin", kNine, kTen, "UTC", flagsOfEvent);
+    file.Add("cal_todos", "cal_id, id, title, flags",
+             mine + ",'" + id + "','Los'," + std::to_string(flagsOfTask));
+    file.Add("cal_properties", "item_id, cal_id, key, value", "'" + id + "'," + mine + ",'LOCATION','Hier'");
+  };
+  addBoth("event", kHasProperties, 0);
+  addBoth("task", 0, kHasProperties);
+  addBoth("both", kHasProperties, kHasProperties);
+  addBoth("none", 0, 0);
+  const auto properties = [&](const std::string& id) {
+    return file.Rows("SELECT key, value FROM cal_properties WHERE item_id='" + id + "'");
+  };
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_EQ(Shown()[0], "event Termin 20.06.2026 11:00 - 20.06.2026 12:00 [Hier] Familie");
+  EXPECT_EQ(Shown()[1], "task Termin 20.06.2026 11:00 - 20.06.2026 12:00 [] Familie");
+  EXPECT_EQ(Shown()[2], "both Termin 20.06.2026 11:00 - 20.06.2026 12:00 [Hier] Familie");
+  EXPECT_EQ(Shown()[3], "none Termin 20.06.2026 11:00 - 20.06.2026 12:00 [Hier] Familie");
+
+  const auto locate = [](auto& item) { item.Data = {{"Location", "Dort"}}; };
+  Changed("lightning://p/Familie", "event", kDataChanged, "Location=", locate);
+  EXPECT_THAT(properties("event"), ElementsAre("LOCATION|Dort"));
+  EXPECT_THAT(Changed("lightning://p/Familie", "task", kDataChanged, "Location=", locate), IsEmpty());
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(HasSubstr("local.sqlite: another item of this ID has the properties")));
+
+  for (const char* id : {"event", "task", "both", "none"})
+    Changed("lightning://p/Familie", id, kRemoved, "", [](auto&) {});
+  EXPECT_THAT(properties("event"), IsEmpty());
+  EXPECT_THAT(properties("task"), ElementsAre("LOCATION|Hier"));
+  EXPECT_THAT(properties("both"), ElementsAre("LOCATION|Hier"));
+  EXPECT_THAT(properties("none"), ElementsAre("LOCATION|Hier"));
+}
+
+TEST_F(LightningTest, ReplacedEventLeavesAnotherItemOfItsIdWhatTheyShare) {
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "both", "Termin", kNine, kTen);
+  AddTask(file, LightningFile::kFirst, "both");
+  file.Add("cal_properties", "item_id, cal_id, key, value",
+           "'both', '" + std::string(LightningFile::kFirst) + "', 'DESCRIPTION', 'Beider'");
+  Changed("lightning://p/Familie", "both", kAdded, "", [](auto& item) {
+    item.DateText = "20.06.2026 11:00";
+    item.Data = {{"DateEnd", "20.06.2026 12:00"}, {"Location", "Hier"}};
+  });
+  EXPECT_THAT(file.Rows("SELECT key, value FROM cal_properties"),
+              ElementsAre("DESCRIPTION|Beider", "LOCATION|Hier"));
+}
+
+TEST_F(LightningTest, ItemsOfOneIdAskForEachSharedPropertyOnce) {
+  LightningFile file = File();
+  for (const char* place : {"Hier", "Dort", "Da"}) {
+    file.AddEvent(LightningFile::kFirst, "same", place, kNine, kTen);
+    file.Add("cal_properties", "item_id, cal_id, key, value",
+             "'same', '" + std::string(LightningFile::kFirst) + "', 'LOCATION', '" + place + "'");
+  }
+  ASSERT_EQ(Read("lightning://p/Familie"), LocationState::Read);
+  EXPECT_THAT(Shown(), testing::AllOf(testing::SizeIs(3), testing::Each(HasSubstr("[Hier]"))));
+  StandaloneDatabase database;
+  ASSERT_TRUE(database.Open("ODBC", "Database=" + FilePath() + ";Timeout=2000"));
+  EXPECT_EQ(database.Query("SELECT value FROM cal_properties WHERE item_id='same~3'", 2)->RecordCount(), 1);
+}
+
 TEST_F(LightningTest, TimesWithoutASignOrWithFractionsAreTimes) {
   LightningFile file = File();
   file.AddEvent(LightningFile::kFirst, "old", "Alt", "18446744073709551616.0-954691200000000",
@@ -611,6 +678,70 @@ TEST_F(LightningTest, ChangedTimesAreKeptByTheClockOfTheEvent) {
                           "zone|1782887400|Asia/Tokyo|1782977400|Asia/Tokyo|1795366800|1795366800",
                           "days|1782864000|floating|1783036800|floating|1795366800|1795366800"));
   EXPECT_THAT(file.Rows("SELECT * FROM cal_properties"), IsEmpty());
+}
+
+TEST_F(LightningTest, ChangedEventKeepsWhatTheTablesOfOldDoNotKnow) {
+  constexpr int kHasEverything = 2 | 4 | 16 | 64 | 128 | 256;
+  LightningFile file = File();
+  file.AddEvent(LightningFile::kFirst, "a", "Vorher", kNine, kTen, "Asia/Tokyo", kHasEverything);
+  file.Run("UPDATE cal_events SET priority=5, privacy='PRIVATE', ical_status='TENTATIVE', alarm_last_ack=7");
+  const auto add = [&](const char* table, const std::string& columns, const std::string& values) {
+    file.Add(table, "cal_id, item_id, " + columns,
+             "'" + std::string(LightningFile::kFirst) + "','a'," + values);
+  };
+  add("cal_attendees", "icalString", "'ATTENDEE;CN=Bert:mailto:bert@example.com'");
+  add("cal_recurrence", "icalString", "'RRULE:FREQ=WEEKLY;COUNT=6'");
+  add("cal_alarms", "icalString", "'BEGIN:VALARM' || char(13, 10) || 'TRIGGER:-PT15M'");
+  add("cal_relations", "icalString", "'RELATED-TO:b'");
+  add("cal_attachments", "icalString", "'ATTACH:https://example.com/'");
+  add("cal_metadata", "value", "x'00FF'");
+  add("cal_parameters", "key1, key2, value", "'LOCATION', 'LANGUAGE', 'de'");
+  add("cal_properties", "key, value", "'LOCATION', 'Hier'");
+  add("cal_properties", "key, value", "'DESCRIPTION', 'eins' || char(10) || 'zwei'");
+  add("cal_properties", "key, value", "'X-OWN', x'01'");
+  add("cal_properties", "key, value", "'SEQUENCE', '3'");
+
+  const Lines before = file.AllRows();
+  Changed("lightning://p/Familie", "a", kTitleChanged, "", [](auto& item) { item.DisplayText = "Nachher"; });
+  Changed("lightning://p/Familie", "a", kStartChanged, "",
+          [](auto& item) { item.DateText = "01.07.2026 08:30"; });
+  Changed("lightning://p/Familie", "a", kDataChanged, "DateEnd=", [](auto& item) {
+    item.Data = {{"DateEnd", "01.07.2026 09:30"}};
+  });
+  Changed("lightning://p/Familie", "a", kDataChanged, "Location=", [](auto& item) {
+    item.Data = {{"Location", "Dort"}};
+  });
+  const std::string calendar = LightningFile::kFirst;
+  EXPECT_THAT(
+      Difference(before, file.AllRows()),
+      ElementsAre("-cal_events|1|" + calendar +
+                      "|a|1795364577000000|1795364577000000|Vorher|5|PRIVATE|TENTATIVE|470|1781946000000000|"
+                      "1781949600000000|1795364577000000|Asia/Tokyo|Asia/Tokyo|NULL|NULL|7|NULL",
+                  "-cal_properties|1|a|LOCATION|Hier|NULL|NULL|" + calendar,
+                  "+cal_events|1|" + calendar +
+                      "|a|1795364577000000|1795366800000000|Nachher|5|PRIVATE|TENTATIVE|470|1782887400000000|"
+                      "1782891000000000|1795366800000000|Asia/Tokyo|Asia/Tokyo|NULL|NULL|7|NULL",
+                  "+cal_properties|5|a|LOCATION|Dort|NULL|NULL|" + calendar));
+}
+
+TEST_F(LightningTest, ChangedTaskKeepsWhatTheTablesOfOldDoNotKnow) {
+  LightningFile file = File();
+  file.Add("cal_todos",
+           "cal_id, id, title, flags, priority, todo_entry, todo_due, todo_completed, todo_complete, "
+           "todo_entry_tz, todo_due_tz, todo_completed_tz, ical_status",
+           "'" + std::string(LightningFile::kFirst) + "','a','Vorher',260,1," + kNine + "," + kTen + "," +
+               kTen + ",50,'UTC','floating','UTC','IN-PROCESS'");
+  file.Add("cal_alarms", "cal_id, item_id, icalString",
+           "'" + std::string(LightningFile::kFirst) + "','a','x'");
+  const Lines difference = Changed("lightning://p/Familie", "a", kTitleChanged, "", [](auto& item) {
+    item.TypeText = "task";
+    item.DisplayText = "Nachher";
+  });
+  const std::string kept =
+      "1|NULL|IN-PROCESS|260|1781946000000000|1781949600000000|1781949600000000|50|UTC|"
+      "floating|UTC|NULL|NULL|NULL|";
+  EXPECT_THAT(difference,
+              ElementsAre(HasSubstr("|Vorher|" + kept), HasSubstr("|1795366800000000|Nachher|" + kept)));
 }
 
 TEST_F(LightningTest, ChangedLocationTakesThePlaceOfTheOld) {
