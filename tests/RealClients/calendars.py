@@ -26,6 +26,9 @@ EVENTS = [
     (FAMILY, ["UID:whole-days", "SUMMARY:Reise", "DTSTART;VALUE=DATE:20261230", "DTEND;VALUE=DATE:20270103",
               "LOCATION:Köln"]),
     (FAMILY, ["UID:day-without-end", "SUMMARY:Ein Tag", "DTSTART;VALUE=DATE:20260329"]),
+    (FAMILY, ["UID:skipped-midnight", "SUMMARY:In Santiago beginnt er um eins", "DTSTART;VALUE=DATE:20260906",
+              "DTEND;VALUE=DATE:20260907"]),
+    (FAMILY, ["UID:skipped-time", "SUMMARY:Sommerzeit", "DTSTART:20260329T023000", "DTEND:20260329T030000"]),
     (FAMILY, ["UID:floating", "SUMMARY:Überall um neun", "DTSTART:20260620T090000", "DTEND:20260620T100000"]),
     (FAMILY, ["UID:utc", "SUMMARY:In UTC", "DTSTART:20260101T233000Z", "DTEND:20260102T003000Z", "LOCATION:漢字",
               "DESCRIPTION:eins\\nzwei"]),
@@ -39,12 +42,19 @@ EVENTS = [
             "DTEND:20260703T070000Z"]),
     (WORK, ["UID:bars", "SUMMARY:Ein | Strich und 'Hochkommas'", "DTSTART:20261025T003000Z", "DTEND:20261025T023000Z"]),
     (CLUB, ["UID:club", "SUMMARY:Sitzung", "DTSTART:20260909T170000Z", "DTEND:20260909T190000Z"]),
+    (CLUB, ["UID:rich", "SUMMARY:Mit allem", "DTSTART:20260910T170000Z", "DTEND:20260910T190000Z", "LOCATION:Hier",
+            "DESCRIPTION:eins\\nzwei", "X-OWN:eigen", "PRIORITY:5", "STATUS:TENTATIVE", "CATEGORIES:Rot,Grün",
+            "ATTENDEE;CN=Bert;PARTSTAT=ACCEPTED:mailto:bert@example.com", "ORGANIZER:mailto:anna@example.com",
+            "RRULE:FREQ=WEEKLY;COUNT=3", "ATTACH:https://example.com/", "BEGIN:VALARM", "ACTION:DISPLAY",
+            "TRIGGER:-PT15M", "DESCRIPTION:Gleich", "END:VALARM"]),
 ]
 # Calendar, ID, title, zone, local start, rule.
 IN_ZONES = [
     (WORK, "tokyo", "Tokio", "Asia/Tokyo", "20260701T090000", None),
     (WORK, "new-york", "New York", "America/New_York", "20260702T180000", None),
     (WORK, "kolkata", "Kalkutta", "Asia/Kolkata", "20260702T053000", None),
+    (WORK, "kiritimati", "Tag in Kiritimati", "Pacific/Kiritimati", "20260115", None),
+    (WORK, "auckland", "Tag in Auckland", "Pacific/Auckland", "20260115", None),
     (WORK, "weekly", "Jede Woche", "Europe/Berlin", "20260706T080000", "RRULE:FREQ=WEEKLY;COUNT=6"),
 ]
 TASKS = [
@@ -77,7 +87,8 @@ for (const [name, id, title, zone, start, rule] of inZones) {
   event.startDate = cal.createDateTime(start);
   event.startDate.timezone = cal.timezoneService.getTimezone(zone);
   event.endDate = event.startDate.clone();
-  event.endDate.hour += 1;
+  if (event.startDate.isDate) event.endDate.day += 1;
+  else event.endDate.hour += 1;
   if (rule) {
     event.recurrenceInfo = new CalRecurrenceInfo(event);
     event.recurrenceInfo.appendRecurrenceItem(cal.createRecurrenceRule(rule));
@@ -129,7 +140,18 @@ for (const calendar of cal.manager.getCalendars()) {
     exceptions.push([occurrence.title, shown(occurrence.startDate), occurrence.getProperty("LOCATION")]);
   }
 }
-return { items: found, exceptions, calendars: cal.manager.getCalendars().map(each => each.name),
+const rich = [];
+for (const calendar of cal.manager.getCalendars()) {
+  const item = await calendar.getItem("rich");
+  if (item) {
+    rich.push(...item.getAttendees().map(each => each.icalString), item.organizer?.icalString,
+              ...item.recurrenceInfo.getRecurrenceItems().map(each => each.icalString),
+              ...item.getAlarms().map(each => each.icalString), ...item.getAttachments().map(each => each.icalString),
+              ...item.getCategories(), item.getProperty("DESCRIPTION"), item.getProperty("X-OWN"), item.priority,
+              item.status);
+  }
+}
+return { items: found, exceptions, rich, calendars: cal.manager.getCalendars().map(each => each.name),
          profile: Services.dirsvc.get("ProfD", Ci.nsIFile).path };
 """
 
@@ -142,21 +164,21 @@ def fail(text):
 class CommandLine:
     def __init__(self, program, home):
         self.program = program
-        self.environment = {**os.environ, "HOME": str(home), "TZ": "Europe/Berlin", "LC_ALL": "C.UTF-8"}
+        self.environment = {**os.environ, "HOME": str(home), "LC_ALL": "C.UTF-8"}
 
-    def start(self, *arguments):
-        return subprocess.run([self.program, *arguments], env=self.environment, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
+    def start(self, *arguments, zone="Europe/Berlin"):
+        return subprocess.run([self.program, *arguments], env={**self.environment, "TZ": zone},
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
 
-    def run(self, *arguments):
-        done = self.start(*arguments)
+    def run(self, *arguments, zone="Europe/Berlin"):
+        done = self.start(*arguments, zone=zone)
         if done.returncode != 0:
             fail(f"{arguments} ended with {done.returncode}: {done.stderr.decode()}")
         return done.stdout.decode(), done.stderr.decode()
 
-    def read(self, address):
+    def read(self, address, zone="Europe/Berlin"):
         """The items as Thunderbird is asked for them, and the lines on standard error."""
-        out, told = self.run("read", address, "--json")
+        out, told = self.run("read", address, "--json", zone=zone)
         items = [json.loads(line) for line in out.splitlines()]
         return sorted([each["Data"]["Calendar"], each["ID"].removesuffix("~2"), each["Type"], each["Text"],
                        each["Date"], each["Data"].get("DateEnd", ""), each["Data"].get("Location", "")]
@@ -177,6 +199,11 @@ def check_reading(program, listed, profile):
         fail(f"Thunderbird lists {len(expected)} items")
     read, told = program.read(f"lightning://{name}")
     compare("read", read, expected)
+    days = [item for item in expected if item[4].endswith(" 00:00")]
+    for zone in ("America/Santiago", "Pacific/Kiritimati", "Pacific/Pago_Pago"):
+        whole = [item for item in program.read(f"lightning://{name}", zone)[0] if (item[0], item[1]) in
+                 [(day[0], day[1]) for day in days]]
+        compare(f"whole days in {zone}", whole, days)
     out, _ = program.run("browse", f"lightning://{name}/*", "--json")
     calendars = [json.loads(line) for line in out.splitlines()]
     if [each["Text"] for each in calendars] != listed["calendars"]:
@@ -202,6 +229,8 @@ def change(program, name):
     program.run("calendar", "set", work, "whole-day~2", "--text", "Nur hier anders")
     program.run("calendar", "set", work, "weekly", "--text", "Jede neue Woche")
     program.run("calendar", "set", work, "task", "--text", "Mit neuem Titel")
+    program.run("calendar", "set", f"lightning://{name}/{CLUB}", "rich", "--text", "Noch immer mit allem", "--start",
+                "11.09.2026 19:00", "--end", "11.09.2026 20:00", "--location", "Dort")
     program.run("calendar", "remove", family, "utc", "task-due")
     new_event, new_task = added.split()[-1], task.split()[-1]
     changed = {
@@ -211,6 +240,7 @@ def change(program, name):
         (WORK, "whole-day"): ["termin", "Nur hier anders", "03.07.2026 08:00", "03.07.2026 09:00", ""],
         (WORK, "weekly"): ["termin", "Jede neue Woche", "06.07.2026 08:00", "06.07.2026 09:00", ""],
         (WORK, "task"): ["task", "Mit neuem Titel", "", "", ""],
+        (CLUB, "rich"): ["termin", "Noch immer mit allem", "11.09.2026 19:00", "11.09.2026 20:00", "Dort"],
         (FAMILY, new_event): ["termin", "Anna's neues Fest ☕", "01.02.2039 10:00", "01.02.2039 11:45", "O'Hara"],
         (WORK, new_task): ["task", "Neue Aufgabe", "", "", ""],
     }
@@ -251,6 +281,8 @@ def main():
         compare("after the next start", sorted(after["items"]), sorted([*key, *item] for key, item in expected.items()))
         if after["exceptions"] != [["Diesmal anders", "13.07.2026 15:00", "Anderswo"]]:
             fail(f"changed occurrences {after['exceptions']}")
+        if after["rich"] != listed["rich"] or len(listed["rich"]) < 10:
+            fail(f"a changed event has {after['rich']}, not {listed['rich']}")
         print(f"{len(changed)} changes and {len(removed)} removals shown by Thunderbird after its next start")
 
 
