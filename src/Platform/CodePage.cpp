@@ -126,16 +126,13 @@ bool IsOfSingleBytes(std::string_view text) {
 std::string WellFormed(std::string_view text) {
   std::string out;
   out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size();) {
-    const std::size_t length = utf8::Decode(text, i).length;
-    if (length == 0) {
-      utf8::Append(out, codepage::ToCodePoint(static_cast<unsigned char>(text[i++])));
-    } else {
-      out += text.substr(i, length);
-      i += length;
-    }
+  while (true) {
+    const std::size_t length = utf8::WellFormedLength(text);
+    out += text.substr(0, length);
+    if (length == text.size()) return out;
+    utf8::Append(out, codepage::ToCodePoint(static_cast<unsigned char>(text[length])));
+    text.remove_prefix(length + 1);
   }
-  return out;
 }
 
 // Eight characters at a time.
@@ -230,18 +227,11 @@ bool IsAscii(std::string_view text) {
 }
 
 bool IsMultiByteUtf8(std::string_view text) {
-  bool multiByte = false;
-  for (std::size_t i = 0; i < text.size();) {
-    const std::size_t length = utf8::Decode(text, i).length;
-    if (length == 0) return false;
-    if (length > 1) multiByte = true;
-    i += length;
-  }
-  return multiByte;
+  return utf8::IsWellFormed(text) && !IsAscii(text);
 }
 
 std::string DisplayUtf8(std::string_view text) {
-  return IsAscii(text) || IsMultiByteUtf8(text) ? std::string(text) : TextToUtf8(text);
+  return utf8::IsWellFormed(text) ? std::string(text) : TextToUtf8(text);
 }
 
 std::string ToPageText(std::string_view text) {

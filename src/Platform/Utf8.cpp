@@ -1,6 +1,26 @@
 #include "Platform/Utf8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace vorlent::utf8 {
+
+namespace {
+
+// Most text is ASCII for long stretches, which are passed eight characters at a time.
+std::size_t SkipAscii(std::string_view text, std::size_t at) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint64_t word = 0;
+  for (; text.size() - at >= sizeof word; at += sizeof word) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if ((word & kHighBits) != 0) break;
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80)
+    ++at;
+  return at;
+}
+
+}  // namespace
 
 Decoded Decode(std::string_view text, std::size_t at) {
   const auto lead = static_cast<unsigned char>(text[at]);
@@ -16,6 +36,16 @@ Decoded Decode(std::string_view text, std::size_t at) {
   const bool overlong = LengthOf(codePoint) != length;
   if (overlong || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint < 0xE000)) return {};
   return {codePoint, length};
+}
+
+std::size_t WellFormedLength(std::string_view text) {
+  std::size_t at = SkipAscii(text, 0);
+  while (at < text.size()) {
+    const std::size_t length = Decode(text, at).length;
+    if (length == 0) break;
+    at = SkipAscii(text, at + length);
+  }
+  return at;
 }
 
 void Append(std::string& text, char32_t codePoint) {

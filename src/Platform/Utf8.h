@@ -16,6 +16,13 @@ struct Decoded {
 // 10FFFF.
 Decoded Decode(std::string_view text, std::size_t at);
 
+// How many bytes of a text stand before the first that begins no well-formed character.
+std::size_t WellFormedLength(std::string_view text);
+
+inline bool IsWellFormed(std::string_view text) {
+  return WellFormedLength(text) == text.size();
+}
+
 // Puts a character behind the text.
 void Append(std::string& text, char32_t codePoint);
 

@@ -3,9 +3,11 @@
 
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "Common/StdModul.h"
@@ -19,14 +21,20 @@ struct BookmarkOutline {
   // Stands for no folder.
   static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
+  // What a bookmark's title was, and the text that its item had then, which the host may change.
+  struct AsRead {
+    std::string title;
+    std::string text;
+  };
+
   struct Entry {
     enum class Kind { Folder, Bookmark, Separator };
 
     Kind kind;
-    std::string title;            // of a bookmark
-    std::size_t folder = kNone;   // of a folder: its position
-    std::string id = {};          // of a bookmark's item
-    std::string textAsRead = {};  // of that item, which the host may change
+    // Of a folder among the folders; of a bookmark's item in the store, when it was read.
+    std::size_t position = kNone;
+    ItemPtr item = {};                          // of a bookmark
+    std::unique_ptr<const AsRead> asRead = {};  // of a bookmark whose text isn't its title
   };
 
   struct Folder {
@@ -35,15 +43,13 @@ struct BookmarkOutline {
     std::vector<Entry> entries = {};
   };
 
-  std::vector<Folder> folders;          // the top one first; none if no outline is kept
-  std::unordered_set<std::string> ids;  // of all bookmarks
+  std::vector<Folder> folders;  // the top one first; none if no outline is kept
 
   bool IsKept() const { return !folders.empty(); }
 
   // Begins anew: with the top folder, empty, or without an outline to be kept.
   void Reset(const TreePtr& top, bool keep) {
     folders.clear();
-    ids.clear();
     if (keep) folders.push_back({"", top});
   }
 
@@ -51,19 +57,31 @@ struct BookmarkOutline {
   std::size_t AddFolder(std::size_t within, std::string_view title, const TreePtr& node) {
     if (!IsKept()) return kNone;
     folders.push_back({std::string(title), node});
-    folders[within].entries.push_back({Entry::Kind::Folder, "", folders.size() - 1});
+    folders[within].entries.push_back({Entry::Kind::Folder, folders.size() - 1});
     return folders.size() - 1;
   }
 
-  void AddBookmark(std::size_t within, std::string_view title, const ItemPtr& item) {
+  void AddBookmark(std::size_t within, std::string_view title, const ItemPtr& item, std::size_t position) {
     if (!IsKept() || !HasObject(item)) return;
-    folders[within].entries.push_back(
-        {Entry::Kind::Bookmark, std::string(title), kNone, item->ID(), item->Text()});
-    ids.insert(item->ID());
+    Entry& entry = folders[within].entries.emplace_back(Entry{Entry::Kind::Bookmark, position, item});
+    std::string text = item->Text();
+    if (text != title)
+      entry.asRead = std::make_unique<const AsRead>(AsRead{std::string(title), std::move(text)});
   }
 
   void AddSeparator(std::size_t within) {
-    if (IsKept()) folders[within].entries.push_back({Entry::Kind::Separator, ""});
+    if (IsKept()) folders[within].entries.push_back({Entry::Kind::Separator});
+  }
+
+  // Of all bookmarks.
+  std::unordered_set<std::string> IDs() const {
+    std::unordered_set<std::string> ids;
+    for (const Folder& folder : folders) {
+      for (const Entry& entry : folder.entries) {
+        if (entry.kind == Entry::Kind::Bookmark) ids.insert(entry.item->ID());
+      }
+    }
+    return ids;
   }
 };
 

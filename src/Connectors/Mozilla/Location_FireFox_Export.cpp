@@ -1,3 +1,10 @@
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "Common/NumberText.h"
@@ -9,6 +16,7 @@
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Rules.h"
+#include "Platform/Utf8.h"
 
 namespace vorlent {
 
@@ -30,7 +38,7 @@ std::string EpochText(std::string_view stamp) {
 
 // The character reference for a character that would end or change the text it stands in, "" for any other.
 // A line break is one as well: some readers take the file line by line.
-std::string_view Reference(char c) {
+constexpr std::string_view Reference(char c) {
   switch (c) {
     case '&':
       return "&amp;";
@@ -49,15 +57,30 @@ std::string_view Reference(char c) {
   }
 }
 
-// A text as the file holds it, so that a browser reads the very same by today's rules: in UTF-8 all through.
-std::string Markup(std::string text) {
-  if (CurrentRules().bookmarkMarkup == BookmarkMarkup::AsIs) return text;
-  std::string markup;
-  for (const char c : DisplayUtf8(text)) {
-    const std::string_view reference = Reference(c);
-    markup += reference.empty() ? std::string_view(&c, 1) : reference;
+// Most characters need none, so that is looked up.
+constexpr std::array<bool, 256> kNeedsReference = [] {
+  std::array<bool, 256> needs{};
+  for (std::size_t c = 0; c < needs.size(); ++c)
+    needs[c] = !Reference(static_cast<char>(c)).empty();
+  return needs;
+}();
+
+// Writes a text so that a browser reads the very same by today's rules: in UTF-8 all through.
+void WriteMarkup(TextWriter& file, std::string_view text) {
+  if (CurrentRules().bookmarkMarkup == BookmarkMarkup::AsIs) {
+    file.Write(text);
+    return;
   }
-  return markup;
+  std::string shown;
+  if (!utf8::IsWellFormed(text)) text = shown = DisplayUtf8(text);
+  std::size_t plain = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (!kNeedsReference[static_cast<unsigned char>(text[at])]) continue;
+    file.Write(text.substr(plain, at - plain));
+    file.Write(Reference(text[at]));
+    plain = at + 1;
+  }
+  file.Write(text.substr(plain));
 }
 
 void WriteAttribute(TextWriter& file, std::string_view name, std::string_view value) {
@@ -65,7 +88,7 @@ void WriteAttribute(TextWriter& file, std::string_view name, std::string_view va
   file.Write(" ");
   file.Write(name);
   file.Write("=\"");
-  file.Write(Markup(std::string(value)));
+  WriteMarkup(file, value);
   file.Write("\"");
 }
 
@@ -90,16 +113,17 @@ class DateAttributes {
 
 void WriteDescription(TextWriter& file, std::string_view text) {
   file.Write("<DD>");
-  file.WriteLine(Markup(Utf8Encode(text)));
+  WriteMarkup(file, Utf8Encode(text));
+  file.WriteLine("");
 }
 
 void WriteID(TextWriter& file, std::string_view id) {
   file.Write(" ID=\"rdf:");
   if (id.starts_with(kEncodedID)) {
     file.Write("#$");
-    file.Write(Markup(Base64Decode(id.substr(kEncodedID.size()))));
+    WriteMarkup(file, Base64Decode(id.substr(kEncodedID.size())));
   } else {
-    file.Write(Markup(std::string(id)));
+    WriteMarkup(file, id);
   }
   file.Write("\"");
 }
@@ -108,7 +132,7 @@ void WriteID(TextWriter& file, std::string_view id) {
 void WriteBookmark(TextWriter& file, const Item& item, const std::string& title, std::string_view indent) {
   file.Write(indent);
   file.Write("<DT><A HREF=\"");
-  file.Write(Markup(item.DataText(data_key::kUrl)));
+  WriteMarkup(file, item.DataText(data_key::kUrl));
   file.Write("\"");
   DateAttributes dates(file);
   dates.Write("ADD_DATE", item.DateCreated());
@@ -119,7 +143,7 @@ void WriteBookmark(TextWriter& file, const Item& item, const std::string& title,
   WriteAttribute(file, "SHORTCUTURL", item.DataText(data_key::kShortcutUrl));
   WriteID(file, item.ID());
   file.Write(">");
-  file.Write(Markup(title));
+  WriteMarkup(file, title);
   file.WriteLine("</A>");
 
   std::string text = item.DataText(data_key::kDescription);
@@ -157,7 +181,7 @@ std::string WriteHeading(TextWriter& file, const vorlent::Tree& node, const std:
   file.Write(attributes.empty() ? "<DT><H3" : "<DT><H3 ");
   file.Write(attributes);
   file.Write(">");
-  file.Write(Markup(title));
+  WriteMarkup(file, title);
   file.WriteLine("</H3>");
   if (!description.empty()) WriteDescription(file, description);
   return attributes;
@@ -226,34 +250,56 @@ class OutlineParts {
       if (entry.kind == BookmarkOutline::Entry::Kind::Separator) {
         parts.emplace_back();
       } else if (entry.kind == BookmarkOutline::Entry::Kind::Folder) {
-        const BookmarkOutline::Folder& child = outline_.folders[entry.folder];
-        parts.push_back({.folder = child.node, .outlined = entry.folder, .title = child.title});
-      } else if (const ItemPtr* item = store_.Find(entry.id)) {
-        const bool isAsRead = (*item)->Text() == entry.textAsRead;
-        parts.push_back({.bookmark = *item, .title = isAsRead ? entry.title : Utf8Encode((*item)->Text())});
+        const BookmarkOutline::Folder& child = outline_.folders[entry.position];
+        parts.push_back({.folder = child.node, .outlined = entry.position, .title = child.title});
+      } else if (const ItemPtr* item = Stored(entry)) {
+        parts.push_back({.bookmark = *item, .title = TitleOf(entry, **item)});
       }
     }
   }
 
-  // The nodes of the outline are children in the same order.
+  // The bookmark's item, null if it has gone. Mostly it is where it was, which takes less time to see than to
+  // look for its ID.
+  const ItemPtr* Stored(const BookmarkOutline::Entry& entry) const {
+    if (entry.position < static_cast<std::size_t>(store_.Count())) {
+      const ItemPtr& there = store_.Item(static_cast<std::int32_t>(entry.position) + 1);
+      if (there == entry.item) return &there;
+    }
+    return store_.Find(entry.item->ID());
+  }
+
+  static std::string TitleOf(const BookmarkOutline::Entry& entry, const Item& item) {
+    const std::string text = item.Text();
+    return entry.asRead && entry.asRead->text == text ? entry.asRead->title : Utf8Encode(text);
+  }
+
+  // Nodes and items of the outline come in the same order.
   void AddOthers(std::vector<Part>& parts, const vorlent::Tree& node) const {
     const std::size_t outlined = parts.size();
     std::size_t next = 0;
+    // Whether an object is the next one of its kind among the outlined parts, which it passes then.
+    const auto isNext = [&](const auto& object, auto Part::*kind) {
+      while (next < outlined && parts[next].*kind == nullptr)
+        ++next;
+      if (next == outlined || !object->IsSame(*(parts[next].*kind))) return false;
+      ++next;
+      return true;
+    };
     for (const TreePtr& child : node.Children()) {
-      while (next < outlined && parts[next].folder == nullptr)
-        ++next;
-      if (next < outlined && child->IsSame(*parts[next].folder)) {
-        ++next;
-      } else if (HoldsMore(child)) {
+      if (!isNext(child, &Part::folder) && HoldsMore(child))
         parts.push_back({.folder = child, .title = Utf8Encode(child->Text())});
-      }
     }
+    next = 0;
     for (const ItemPtr& item : node.Items()) {
-      if (IsMore(*item)) parts.push_back({.bookmark = item, .title = Utf8Encode(item->Text())});
+      if (!isNext(item, &Part::bookmark) && IsMore(*item))
+        parts.push_back({.bookmark = item, .title = Utf8Encode(item->Text())});
     }
   }
 
-  bool IsMore(const Item& item) const { return !outline_.ids.contains(item.ID()); }
+  bool IsMore(const Item& item) const {
+    if (ids_.empty()) ids_ = outline_.IDs();
+    return !ids_.contains(item.ID());
+  }
 
   // A host makes nodes of keywords for what was read, too, where a title holds what parts them.
   bool HoldsMore(const TreePtr& node) const {
@@ -272,6 +318,8 @@ class OutlineParts {
 
   const BookmarkOutline& outline_;
   const KeyedList<ItemPtr>& store_;
+  // Made when it is asked for: mostly nothing has come in.
+  mutable std::unordered_set<std::string> ids_;
 };
 
 void BeginFolder(TextWriter& file, const Part& folder, std::int64_t level) {
@@ -323,7 +371,7 @@ void Location_FireFox::SaveOutline(TextWriter& file) {
       EndFolder(file, Within16(folders.size()));
       continue;
     }
-    const Part part = folder.parts[folder.passed++];
+    const Part part = std::move(folder.parts[folder.passed++]);
     const std::string indent = Indent(static_cast<std::int64_t>(folders.size()));
     if (part.folder != nullptr) {
       enter(part);

@@ -165,7 +165,8 @@ class BookmarkRow {
 
 // A title as a value of a record. Line breaks would become those of Windows on their way.
 std::string TitleValue(std::string_view title) {
-  if (!TitlesAreWhole()) return EscapeValue(title);
+  const bool hasBreaks = title.find('\n') != title.npos || title.find('\r') != title.npos;
+  if (!TitlesAreWhole() || !hasBreaks) return EscapeValue(title);
   std::string value;
   while (!title.empty()) {
     const std::size_t end = std::min(title.find_first_of("\r\n"), title.size());
@@ -273,7 +274,9 @@ class BookmarkReading {
     const bool isWanted = at.level >= 1 && at.token.empty();
     if (row_.type == kBookmark && isWanted && !(row_.title.empty() && row_.url.empty())) {
       WriteUrlRecord(record_, row_, keywords_);
-      outline_.AddBookmark(at.outlined, fields.Item(3), connector_.PasteItem(record_, false));
+      const ItemPtr item = connector_.PasteItem(record_, false);
+      outline_.AddBookmark(at.outlined, fields.Item(3), item,
+                           static_cast<std::size_t>(connector_.Count()) - 1);
       if (BrokenItemsAreNamed()) RequirePasted();
     } else if (row_.type == kSeparatorRow && isWanted) {
       outline_.AddSeparator(at.outlined);
