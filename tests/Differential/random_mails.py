@@ -170,7 +170,7 @@ class Record:
 
     def listed_names(self):
         """The same of a mail that is only listed, where each has the mail's ID and the part's number before it."""
-        return [unquote(re.match(r"[^#]*#\d+_(.*?)\r?\n", value)[1]) for value in self.files]
+        return [unquote(re.match(r"[^#]*#[\d.]+_(.*?)\r?\n", value)[1]) for value in self.files]
 
     def file_bytes(self):
         return [self.path_in(value).read_bytes() for value in self.files]

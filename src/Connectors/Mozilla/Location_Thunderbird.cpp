@@ -76,7 +76,7 @@ bool Location_Thunderbird::Withdraw(const ItemPtr& item) {
 
 std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view key,
                                           GetFileOption getfileoption) {
-  constexpr std::int16_t kWholeMail = -2;
+  constexpr PartNumber kWholeMail = {-2};
   SetWaitCursor(false);
   const vorlent::Item& item = Require(itm);
   std::string lines = item.DataText(key);
@@ -87,13 +87,13 @@ std::string Location_Thunderbird::GetFile(const ItemPtr& itm, std::string_view k
     const std::string offset = item.DataText(data_key::kSourceOffset);
     const std::string file = item.DataText(data_key::kSourceFile);
     // The name of an attachment is "<mail>#<number>_<file name>".
-    std::int16_t attachment = kWholeMail;
+    PartNumber part = kWholeMail;
     if (name.find('#') != std::string::npos) {
       CutToken(name, "#");
-      attachment = ToInt16(ReadNumber(CutToken(name, "_")));
+      part = PartNumber::Of(CutToken(name, "_"));
     }
     mail->SetMailboxFile(file);
-    mail->SaveAttachmentFile(target, Within32(ReadNumber(offset)), attachment, item.Date());
+    mail->SavePart(target, Within32(ReadNumber(offset)), part, item.Date());
   }
   SetWaitCursor(true);
   return target;

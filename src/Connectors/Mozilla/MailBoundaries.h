@@ -1,4 +1,4 @@
-// The multiparts that the lines of a mail lie in.
+// The multiparts that the lines of a mail lie in, and the numbers of their parts.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Connectors/Mozilla/PartNumber.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 
 namespace vorlent {

@@ -25,7 +25,7 @@ void StdMail::SetMailboxFile(std::string_view path) {
 }
 
 void StdMail::InitStream(std::int16_t saveflag) {
-  saveFlag_ = saveflag;
+  saved_ = {saveflag};
   OpenStream(ReadingMode());
 }
 

@@ -16,6 +16,7 @@
 #include "Connectors/Mozilla/MailLedger.h"
 #include "Connectors/Mozilla/MailLines.h"
 #include "Connectors/Mozilla/MailSeparator.h"
+#include "Connectors/Mozilla/PartNumber.h"
 #include "Connectors/Mozilla/ReadMails.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/MailRunObserver.h"
@@ -123,7 +124,11 @@ class StdMail : public Object {
   // Brings the mail at a zero-based offset out of the mailbox as `file`; `attach` as in InitStream. `dat` is
   // the display text of the file's time. An offset beyond the end leaves no file.
   void SaveAttachmentFile(std::string_view file, std::int64_t offset, std::int16_t attach,
-                          std::string_view dat);
+                          std::string_view dat) {
+    SavePart(file, offset, {attach}, dat);
+  }
+  // The same for a part that may be nested in another one, by the rules of today.
+  void SavePart(std::string_view file, std::int64_t offset, PartNumber part, std::string_view dat);
 
   // Marks the mail at a zero-based offset as expunged by changing one digit in place, and deletes the
   // mailbox's summary file. Asks first to close a running Thunderbird; on the answer Cancel nothing happens.
@@ -215,7 +220,8 @@ class StdMail : public Object {
   bool lastLineEmpty_ = true;
   bool atStreamStart_ = true;
   std::int64_t bodySize_ = 0;
-  std::int16_t saveFlag_ = 0;
+  PartNumber saved_;                     // what InitStream calls `saveflag`
+  std::vector<PartNumber> partNumbers_;  // of Attachments, where the mail wasn't split into files
   std::vector<std::string> tempfiles_;
   // A date header with what it says.
   struct Date {

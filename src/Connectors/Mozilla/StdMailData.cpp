@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "Common/NumberText.h"
 #include "Common/StdHttp.h"
@@ -71,6 +72,7 @@ class StdMail::RecordWriter {
   std::string Attributes() const;
   std::string DescribeMailFile(std::string_view savedName, std::string_view extension) const;
   std::string DescribeAttachment(std::int32_t position, const std::string& name);
+  std::string NumberOf(std::int32_t position) const;
   std::string MoveAttachment(std::int32_t position, const std::string& name);
   std::string PathFor(const std::string& name, const std::string& source);
   void NoteUnmoved(const std::string& source, const std::string& name) const;
@@ -167,8 +169,15 @@ std::string StdMail::RecordWriter::DescribeMailFile(std::string_view savedName,
 std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, const std::string& name) {
   const std::string original = OriginalFileLine(mail_.attachments_->Item(position));
   if (saved_) return EscapeValue(MoveAttachment(position, name) + "\ndate=" + date_ + original);
-  const std::string file = EncodeFileName(identity_ + "#" + std::to_string(position) + "_" + name);
+  const std::string file = EncodeFileName(identity_ + "#" + NumberOf(position) + "_" + name);
   return EscapeValue(file + "\ndate=" + date_ + original);
+}
+
+// By which the part is brought out. Where the mail was split into files, its position.
+std::string StdMail::RecordWriter::NumberOf(std::int32_t position) const {
+  const auto index = static_cast<std::size_t>(position) - 1;
+  const std::vector<PartNumber>& numbers = mail_.partNumbers_;
+  return index < numbers.size() ? numbers[index].Text() : std::to_string(position);
 }
 
 // Where the attachment in the file `source` goes. By the rules of old two files of one name are one file, so

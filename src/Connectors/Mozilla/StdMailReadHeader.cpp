@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
@@ -54,6 +55,7 @@ class StdMail::HeaderReader {
   void TakeOpeningBoundary(std::string_view line);
   bool BeginEpilogue();
   bool HasEpilogue();
+  void NumberPart();
   void TakeClosingBoundary(std::string_view line);
   void TakePartHeaderLine(std::string_view line);
   void EndPartHeader();
@@ -133,6 +135,7 @@ bool StdMail::ReadMailHere(Expunged expunged) {
 
 bool StdMail::HeaderReader::Read() {
   Parts().Clear();
+  mail_.partNumbers_.clear();
   mail_.hasHTML_ = false;
   mail_.lineCount_ = 0;
   mail_.readCount_ = 0;
@@ -313,6 +316,14 @@ void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
   inPartHeader_ = true;
   encoding_ = PartEncoding::None;
   Parts().Add({});
+  if (!save_) NumberPart();
+}
+
+// As ReadStream counts them.
+void StdMail::HeaderReader::NumberPart() {
+  std::vector<PartNumber>& numbers = mail_.partNumbers_;
+  const PartNumber last = numbers.empty() ? PartNumber() : numbers.back();
+  numbers.push_back(last.Next(boundaries_.Depth() > 0));
 }
 
 void StdMail::HeaderReader::TakeClosingBoundary(std::string_view line) {
@@ -363,7 +374,7 @@ void StdMail::HeaderReader::TakePartHeaderLine(std::string_view line) {
 }
 
 // Decides what the part is. Without saving, by the rules of old, it isn't looked at, so only the mail's own
-// parts are found. Positions are those that ReadStream counts.
+// parts are found.
 void StdMail::HeaderReader::EndPartHeader() {
   inPartHeader_ = false;
   encoding_ = EncodingOfPart(LastPart(), encoding_);

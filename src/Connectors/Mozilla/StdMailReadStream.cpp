@@ -18,8 +18,8 @@ namespace vorlent {
 namespace {
 
 // What to write, where it is no part number.
-constexpr std::int16_t kCollectBody = -1;
-constexpr std::int16_t kWholeMail = -2;  // but for the contents of attachments
+constexpr PartNumber kCollectBody = {-1};
+constexpr PartNumber kWholeMail = {-2};  // but for the contents of attachments
 
 }  // namespace
 
@@ -49,7 +49,7 @@ class StdMail::StreamReader {
   TextList& Headers() { return mail_.HeaderStore(); }
   TextList& Parts() { return *mail_.attachments_; }
   std::string& LastPart() { return Parts().Item(Parts().Count()); }
-  bool WritesWholeMail() const { return file_.IsOpen() && mail_.saveFlag_ == kWholeMail; }
+  bool WritesWholeMail() const { return file_.IsOpen() && mail_.saved_ == kWholeMail; }
 
   StdMail& mail_;
   TextWriter file_;
@@ -59,7 +59,8 @@ class StdMail::StreamReader {
   MailBoundaries boundaries_;
   std::string openingLine_;
   bool inPartHeader_ = false;
-  std::int64_t partIndex_ = 0;
+  PartNumber lastPart_;
+  PartNumber part_;  // at hand, 0 outside of all
   PartEncoding encoding_ = PartEncoding::None;
   PartContent content_;
   bool partIsInline_ = true;
@@ -125,7 +126,7 @@ bool StdMail::StreamReader::TellsContentType(std::string_view header) {
 }
 
 void StdMail::StreamReader::TakeBodyLine(std::string_view line) {
-  if (!file_.IsOpen() && mail_.saveFlag_ == kCollectBody) {
+  if (!file_.IsOpen() && mail_.saved_ == kCollectBody) {
     mail_.bodyLines_->Add(std::string(line));
     mail_.bodySize_ = Within32(mail_.bodySize_ + static_cast<std::int64_t>(line.size() + kLineEnd.size()));
   }
@@ -140,12 +141,11 @@ void StdMail::StreamReader::HandleBodyLine(std::string_view line) {
     TakeClosingBoundary(line);
   } else if (inPartHeader_) {
     TakePartHeaderLine(line);
-  } else if (file_.IsOpen() && mail_.saveFlag_ == partIndex_) {
+  } else if (file_.IsOpen() && mail_.saved_ == part_) {
     content_.WriteLine(file_, line, mail_.lines_.LineEnd(), encoding_);
   }
 }
 
-// By the rules of old the parts after a closing boundary are counted anew.
 void StdMail::StreamReader::TakeOpeningBoundary(std::string_view line) {
   EndOpenPartHeader();
   openingLine_ = line;
@@ -153,8 +153,8 @@ void StdMail::StreamReader::TakeOpeningBoundary(std::string_view line) {
   partIsInline_ = false;
   encoding_ = content_.Begin(encoding_);
   Parts().Add({});
-  const bool isExact = CurrentRules().boundaries == Boundaries::Exact;
-  partIndex_ = Within16(isExact ? partIndex_ + 1 : Parts().Count());
+  part_ = lastPart_ = lastPart_.Next(boundaries_.Depth() > 0);
+  Within16(part_.own);
 }
 
 // After that of the mail nothing is a boundary any more where text may follow.
@@ -164,7 +164,9 @@ void StdMail::StreamReader::TakeClosingBoundary(std::string_view line) {
   partIsInline_ = true;
   encoding_ = content_.Begin(encoding_);
   inPartHeader_ = false;
-  partIndex_ = 0;
+  part_ = {};
+  // By the rules of old they are counted anew.
+  if (CurrentRules().boundaries == Boundaries::Exact) lastPart_ = {};
 }
 
 void StdMail::StreamReader::TakePartHeaderLine(std::string_view line) {
@@ -214,12 +216,11 @@ void StdMail::SaveMail(std::string_view file, std::string_view bodyfile) const {
   writer.Close();
 }
 
-void StdMail::SaveAttachmentFile(std::string_view file, std::int64_t offset, std::int16_t attach,
-                                 std::string_view dat) {
+void StdMail::SavePart(std::string_view file, std::int64_t offset, PartNumber part, std::string_view dat) {
   RemoveExactFile(file);
   lines_.Open(mailboxFile_, ReadingMode());
   lines_.Seek(MailPosition(offset));
-  saveFlag_ = attach;
+  saved_ = part;
   ReadStream(file);
   lines_.Close();
   SetFileDate(file, dat);

@@ -31,6 +31,10 @@ class KeptWholeTest : public StdMailTest {
     mail_.SaveAttachmentFile(folder_.Path("out"), 0, part, "09.05.2010 14:30:05");
     return folder_.Read("out");
   }
+  std::string BroughtOut(const std::string& part) {
+    mail_.SavePart(folder_.Path("out"), 0, PartNumber::Of(part), "09.05.2010 14:30:05");
+    return folder_.Read("out");
+  }
 
   static std::string Part(const std::string& headers, const std::string& content) {
     return "--B\n" + headers + "\n" + content + "\n";
@@ -199,13 +203,16 @@ TEST_F(KeptWholeTest, MailThatIsNotSplitTellsTheFilesOfNestedMultiparts) {
   ASSERT_TRUE(Reread());
   EXPECT_FALSE(mail_.hasHTML());
   EXPECT_EQ(mail_.Attachments()->Count(), 7);
-  EXPECT_THAT(names(false), ElementsAre(HasSubstr("#5_i.png"), HasSubstr("#6_f"), HasSubstr("#7_part7.eml")));
-  EXPECT_EQ(BroughtOut(5), "abc");
-  EXPECT_EQ(BroughtOut(6), "file");
-  EXPECT_EQ(BroughtOut(7), kForwarded);
-  EXPECT_EQ(BroughtOut(3), "");
-  EXPECT_EQ(BroughtOut(4), "<p>");
-  EXPECT_EQ(BroughtOut(2), "text");
+  EXPECT_THAT(names(false),
+              ElementsAre(HasSubstr("#1.4_i.png"), HasSubstr("#2_f"), HasSubstr("#3_part7.eml")));
+  EXPECT_EQ(BroughtOut("1.4"), "abc");
+  EXPECT_EQ(BroughtOut("2"), "file");
+  EXPECT_EQ(BroughtOut("3"), kForwarded);
+  EXPECT_EQ(BroughtOut("1"), "");
+  EXPECT_EQ(BroughtOut("1.1"), "text");
+  EXPECT_EQ(BroughtOut("1.2"), "");
+  EXPECT_EQ(BroughtOut("1.3"), "<p>");
+  EXPECT_EQ(BroughtOut("1.5"), "");
   EXPECT_THAT(BroughtOut(-2),
               testing::EndsWith(Crlf("\n--B\nContent-Type: multipart/alternative; boundary=A\n\n--A\n\ntext\n"
                                      "--A\nContent-Type: multipart/related; boundary=R\n\n"
