@@ -67,6 +67,44 @@ bool IsSameDatabase(std::string_view a, std::string_view b) {
   return true;
 }
 
+// Whether the file's header asks for a log.
+bool HasALog(std::string_view file) {
+  constexpr std::uint64_t kReadVersion = 19;
+  constexpr char kOfLogs = 2;
+  char version = 0;
+  Swallow([&] {
+    os::File header = os::File::Open(file, os::File::Mode::Read);
+    header.Seek(kReadVersion);
+    header.Read(&version, 1);
+  });
+  return version == kOfLogs;
+}
+
+// A connection to try a database with.
+class Probe {
+ public:
+  Probe(std::string_view file, int timeout) : file_(file) {
+    sqlite_open(file, handle_);
+    sqlite_wait_for_others(handle_, timeout);
+  }
+  ~Probe() { sqlite_close(handle_); }
+  Probe(const Probe&) = delete;
+  Probe& operator=(const Probe&) = delete;
+
+  sqlite3* Handle() const { return handle_; }
+
+  // Whether reading would make a log and its index that stay, since only a connection that may write clears
+  // them up.
+  bool LeavesALog() const {
+    return sqlite_only_reads(handle_) && !FileExists(PartOf(file_, "-shm")) &&
+           !FileExists(PartOf(file_, "-journal")) && HasALog(file_);
+  }
+
+ private:
+  std::string file_;
+  sqlite3* handle_ = nullptr;
+};
+
 DatabaseSnapshot::PartStates PartStatesOf(std::string_view file) {
   DatabaseSnapshot::PartStates states;
   for (const std::string_view suffix : kPartSuffixes) {
@@ -105,14 +143,18 @@ Cause SnapshotRemark(std::string_view file, const DateTime& moment) {
 
 SqliteObstacle ObstacleToReading(std::string_view file, int timeout) {
   if (!FileExists(file)) return SqliteObstacle::None;
-  sqlite3* probe = nullptr;
-  sqlite_open(file, probe);
-  sqlite_wait_for_others(probe, timeout);
-  const SqliteObstacle obstacle = sqlite_obstacle_to_reading(probe);
-  sqlite_close(probe);
+  const Probe probe(file, timeout);
+  const SqliteObstacle obstacle =
+      probe.LeavesALog() ? SqliteObstacle::NoRight : sqlite_obstacle_to_reading(probe.Handle());
   // What may not be written may be in use all the same.
   const bool isInUse = obstacle == SqliteObstacle::NoRight && os::TryFindLockHolder(file).has_value();
   return isInUse ? SqliteObstacle::Use : obstacle;
+}
+
+SqliteObstacle ObstacleToWriting(std::string_view file, int timeout) {
+  const SqliteObstacle obstacle = ObstacleToReading(file, timeout);
+  const bool onlyReads = obstacle == SqliteObstacle::None && sqlite_only_reads(Probe(file, timeout).Handle());
+  return onlyReads ? SqliteObstacle::NoRight : obstacle;
 }
 
 Cause CauseOf(SqliteObstacle obstacle, std::string_view file) {

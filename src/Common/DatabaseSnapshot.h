@@ -57,9 +57,10 @@ class DatabaseSnapshot {
 // What a reader has to know of a database of which a snapshot is read.
 Cause SnapshotRemark(std::string_view file, const DateTime& moment);
 
-// What keeps this program from reading a database as it lies there. Waits up to `timeout` milliseconds for
-// another that uses it.
+// What keeps this program from reading a database as it lies there, or from changing it. Waits up to
+// `timeout` milliseconds for another that uses it.
 SqliteObstacle ObstacleToReading(std::string_view file, int timeout = 0);
+SqliteObstacle ObstacleToWriting(std::string_view file, int timeout);
 
 // An obstacle in words, with the program that uses the database as far as the system knows it.
 Cause CauseOf(SqliteObstacle obstacle, std::string_view file);

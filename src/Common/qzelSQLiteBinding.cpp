@@ -66,6 +66,10 @@ SqliteObstacle sqlite_obstacle_to_reading(sqlite3* handle) {
   }
 }
 
+bool sqlite_only_reads(sqlite3* handle) {
+  return sqlite3_db_readonly(handle, "main") == 1;
+}
+
 void sqlite_wait_for_others(sqlite3* handle, int milliseconds) {
   sqlite3_busy_timeout(handle, milliseconds);
 }

@@ -58,6 +58,9 @@ enum class SqliteObstacle {
 };
 SqliteObstacle sqlite_obstacle_to_reading(sqlite3* handle);
 
+// Whether the file may not be written, or a journal beside it keeps the connection from that.
+bool sqlite_only_reads(sqlite3* handle);
+
 // How long, in milliseconds, statements wait for a program that has the database locked.
 void sqlite_wait_for_others(sqlite3* handle, int milliseconds);
 

@@ -81,7 +81,7 @@ void LightningDatabase::BeginChange() {
 }
 
 void LightningDatabase::ConnectToChange() {
-  const SqliteObstacle obstacle = ObstacleToReading(file_, timeout_);
+  const SqliteObstacle obstacle = ObstacleToWriting(file_, timeout_);
   if (obstacle != SqliteObstacle::None)
     throw Failure(obstacle == SqliteObstacle::Use ? SQLITE_BUSY : SQLITE_READONLY, CauseOf(obstacle, file_));
   snapshot_.reset();

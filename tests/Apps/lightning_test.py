@@ -197,10 +197,18 @@ class Lightning(ProgramCase):
     def test_an_event_without_an_end_is_moved_as_a_whole(self):
         with self.database() as database:
             database.execute("UPDATE cal_events SET event_end=NULL WHERE id='float'")
-        self.assertEqual(self.run_here("calendar", "set", "lightning://default/Familie 🦊", "float", "--start",
-                                       "24.12.2026 10:00")[::2], (0, ""))
-        self.assertEqual(self.rows("SELECT event_start/1000000, event_end/1000000 FROM cal_events WHERE id='float'"),
-                         [(1798106400, 1798106400)])
+        for start, seconds in (("24.12.2026 10:00", 1798106400), ("01.12.2026 10:00", 1796119200)):
+            self.assertEqual(self.run_here("calendar", "set", "lightning://default/Familie 🦊", "float", "--start",
+                                           start)[::2], (0, ""))
+            self.assertEqual(self.rows("SELECT event_start/1000000, event_end/1000000 FROM cal_events "
+                                       "WHERE id='float'"), [(seconds, seconds)])
+
+    def test_an_event_of_one_whole_day_stays_one_wherever_it_is_moved(self):
+        for start, seconds in (("24.12.2026", 1798070400), ("01.12.2026", 1796083200)):
+            self.assertEqual(self.run_here("calendar", "set", "lightning://default/Familie 🦊", "day", "--start",
+                                           start)[::2], (0, ""))
+            self.assertEqual(self.rows("SELECT event_start/1000000, event_end/1000000 FROM cal_events WHERE id='day'"),
+                             [(seconds, seconds + 86400)])
 
     def test_by_the_other_rules_only_the_storage_of_old_is_read(self):
         code, out, _ = self.run_here("--rules", "windows", "browse", "lightning://default/*")

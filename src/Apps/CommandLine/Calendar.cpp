@@ -40,7 +40,7 @@ const std::string& DatabaseFileOf(StandaloneLocation& location) {
 void CheckWritable(StandaloneLocation& location) {
   const std::string& file = DatabaseFileOf(location);
   if (!IsThunderbirdCalendarFile(file)) return;
-  const SqliteObstacle obstacle = ObstacleToReading(file, kLongestWait);
+  const SqliteObstacle obstacle = ObstacleToWriting(file, kLongestWait);
   if (obstacle == SqliteObstacle::None) return;
   throw ErrorOf(Failure(static_cast<int>(ErrorNumber::PermissionDenied), CauseOf(obstacle, file)));
 }
@@ -134,13 +134,13 @@ void Edit(StandaloneItem& item, const CalendarOptions& options) {
   if (options.location) item.SetData(data_key::kLocation, *options.location, false);
 }
 
-// An event that has no end of its own, or none after its beginning, takes that along to a later time.
+// An event that has no end of its own, or none after its beginning, takes that along.
 CalendarOptions WithEnd(const CalendarOptions& options, StandaloneItem& item) {
   CalendarOptions whole = options;
   const std::string end = item.DataText(data_key::kDateEnd);
   const bool takesAlong = TakesCalendarAddressesWhole() && item.Type() == "termin" && options.start &&
                           !options.end && end == item.Date();
-  if (takesAlong && Moment(*options.start) > Moment(end)) whole.end = options.start;
+  if (takesAlong) whole.end = options.start;
   return whole;
 }
 
