@@ -967,6 +967,10 @@ class CommandLine(ProgramCase):
         code, out, err = self.run_program("read", "firefox://default", "--json")
         self.assertEqual((code, out.count("\n")), (1, whole), err)
         self.assertRegex(err, "places.sqlite: .*0 'circle': .*folder 0 lies within itself")
+        code, out, err = self.run_program("bookmarks", "firefox://default")
+        self.assertEqual((code, out), (1, f"{self.firefox('bookmarks.html')}\n"), err)
+        self.assertRegex(err, "places.sqlite: .*0 'circle': .*folder 0 lies within itself")
+        self.firefox("bookmarks.html").unlink()
         for command in ("read", "bookmarks"):
             code, out, err = self.run_program("--rules", "windows", command, "firefox://default")
             self.assertEqual((code, out), (3, ""), command)

@@ -66,7 +66,8 @@ class BookmarksParser(html.parser.HTMLParser):
 
 def bookmarks_in(text):
     parser = BookmarksParser()
-    parser.feed(text)
+    # What a browser does first, and this parser leaves to others.
+    parser.feed(text.replace("\r\n", "\n").replace("\r", "\n"))
     parser.close()
     return parser.lists[0]
 
@@ -123,7 +124,31 @@ class TodaysDiskTest(ProgramCase):
         lines = copy.read_bytes().split(b"\r\n")
         self.assertEqual(sum(b"<DT><A " in line and line.endswith(b"</A>") for line in lines), len(hard) + 4)
         self.assertEqual(sum(b"<DT><H3" in line and line.endswith(b"</H3>") for line in lines), 7)
-        self.assertFalse([line for line in lines if b"\n" in line or b"\r" in line])
+        self.assertFalse([line for line in lines if b"\n" in line])
+        self.assertIn(b">two\rlines</A>", copy.read_bytes())
+
+    def test_bookmarks_that_can_not_be_read_are_named_and_all_others_exported(self):
+        self.rebuild_bookmarks([("folder", "menu", [
+            ("link", "first", "http://1/"), ("link", "broken", "http://2/"),
+            ("folder", "inside", [("link", "also broken", "http://3/")]), ("link", "last", "http://4/")])])
+        with contextlib.closing(sqlite3.connect(self.places())) as places, places:
+            places.execute("UPDATE moz_bookmarks SET type=32768 WHERE title LIKE '%broken'")
+            rows = [row[0] for row in places.execute("SELECT id FROM moz_bookmarks WHERE type=32768 ORDER BY id")]
+        file = self.samples / PROFILE / "bookmarks.html"
+        file.write_bytes(b"earlier")
+        copy = self.work / "copy.html"
+        code, out, err = self.run_program("--rules", "windows", "bookmarks", "firefox://default", "--output", str(copy))
+        self.assertEqual((code, out, file.read_bytes()), (3, "", b"earlier"), err)
+        self.assertFalse(copy.exists())
+
+        code, out, err = self.run_program("bookmarks", "firefox://default", "--output", str(copy))
+        self.assertEqual((code, out), (1, f"{copy}\n"), err)
+        for row, title in zip(rows, ("broken", "also broken")):
+            self.assertRegex(err, f"{self.places()}: [^\n]*{row} '{title}': ")
+        self.assertIn("left out: 2;", err)
+        self.assertEqual(bookmarks_in(copy.read_bytes().decode("utf-8")), [["folder", "menu", [
+            ["link", "first", "http://1/"], ["folder", "inside", []], ["link", "last", "http://4/"]]]])
+        self.assertEqual(file.read_bytes(), copy.read_bytes())
 
     def test_nothing_is_escaped_by_the_other_rules(self):
         self.rebuild_bookmarks([("folder", "menu", [("link", "a < b & c", "http://1/?a&b")])])

@@ -2,10 +2,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <string>
 #include <system_error>
 
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Platform/NativePaths.h"
 #include "Standalone/Phrases.h"
@@ -36,6 +38,13 @@ void CopyExport(const std::string& from, const std::string& to) {
     throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {to, ToldShown(error.message())}));
 }
 
+// Tells what couldn't be read, each with its row, and how many that were; whether there was any.
+bool ComplainOfLeftOut(Session& session) {
+  if (!session.ComplainOfErrors()) return false;
+  session.Output().Say(InWords(Phrase::LeftOut, {std::to_string(session.Output().Errors().size())}));
+  return true;
+}
+
 ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const std::string address = session.Address(options.address);
   if (!address.starts_with(Location_FireFox::kScheme) || address.ends_with("/*")) {
@@ -43,8 +52,9 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
                    InWords(Phrase::ExportBookmarks));
   }
   const StandaloneLocationPtr location = session.Read(address);
-  // A part of the bookmarks must not take the place of an earlier export.
-  if (session.Output().HasErrors()) {
+  // Where broken ones aren't left out by name, a part of the bookmarks must not take the place of an earlier
+  // export.
+  if (session.Output().HasErrors() && !BrokenItemsAreNamed()) {
     throw AppError(ExitCode::Unreadable, session.Output().Errors().front().text,
                    PlaceOf(*location) + "\n" + InWords(Phrase::NothingWritten));
   }
@@ -56,16 +66,15 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location->Connector());
   const std::string file = connector->ProfileFolder() + "bookmarks.html";
   const std::string shown = NativeShown(file);
+  const bool isWhole = !ComplainOfLeftOut(session);
   if (FileExists(file) && !session.Confirm(InWords(Phrase::ReplaceFile, {shown}))) return ExitCode::Cancelled;
   connector->Save();
-  if (options.output.empty()) {
-    std::puts(shown.c_str());
-    return ExitCode::Done;
+  if (!options.output.empty()) {
+    CopyExport(os::ToNativePath(file), options.output);
+    session.Output().Say(InWords(Phrase::WrittenIntoProfile, {shown}));
   }
-  CopyExport(os::ToNativePath(file), options.output);
-  session.Output().Say(InWords(Phrase::WrittenIntoProfile, {shown}));
-  std::puts(options.output.c_str());
-  return ExitCode::Done;
+  std::puts(options.output.empty() ? shown.c_str() : options.output.c_str());
+  return isWhole ? ExitCode::Done : ExitCode::Partly;
 }
 
 }  // namespace
