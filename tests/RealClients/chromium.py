@@ -6,8 +6,8 @@ as its preferences for the first start tell it. What it then keeps is compared w
 addresses, folders, order.
 
 Chromium has no separators, encodes some characters of addresses (as Firefox does before it stores them), leaves empty
-folders out, and makes one of those beside each other that have the same name. It reads the file line by line and knows
-few references, so that a line break in a title, which stands there as a reference for Firefox, is shown as that.
+folders out, and makes one of those beside each other that have the same name. It shows a line break in a title, which
+Firefox keeps, as a blank.
 
 usage: chromium.py PROGRAM
 """
@@ -119,7 +119,7 @@ def in_chromium(entries):
     """How Chromium keeps a tree."""
     tree = []
     for title, content in filter(None, entries):
-        title = title.replace("\n", "&#10;")
+        title = title.replace("\n", " ")
         if not isinstance(content, list):
             tree.append((title, content.replace("<", "%3C").replace(">", "%3E")))
             continue

@@ -36,9 +36,10 @@ std::string EpochText(std::string_view stamp) {
   return NumberText(StampToEpoch(stamp));
 }
 
-// The character reference for a character that would end or change the text it stands in, "" for any other.
-// A line break is one as well: some readers take the file line by line.
-constexpr std::string_view Reference(char c) {
+// What stands in the file for a character that would end or change the text it stands in, "" for any other.
+// A line feed is one as well: some browsers take the file line by line, and know few references. To those
+// that take it as a whole, a lone carriage return is a line feed.
+constexpr std::string_view Markup(char c) {
   switch (c) {
     case '&':
       return "&amp;";
@@ -49,7 +50,7 @@ constexpr std::string_view Reference(char c) {
     case '"':
       return "&quot;";
     case '\n':
-      return "&#10;";
+      return "\r";
     case '\r':
       return "&#13;";
     default:
@@ -58,10 +59,10 @@ constexpr std::string_view Reference(char c) {
 }
 
 // Most characters need none, so that is looked up.
-constexpr std::array<bool, 256> kNeedsReference = [] {
+constexpr std::array<bool, 256> kNeedsMarkup = [] {
   std::array<bool, 256> needs{};
   for (std::size_t c = 0; c < needs.size(); ++c)
-    needs[c] = !Reference(static_cast<char>(c)).empty();
+    needs[c] = !Markup(static_cast<char>(c)).empty();
   return needs;
 }();
 
@@ -75,9 +76,9 @@ void WriteMarkup(TextWriter& file, std::string_view text) {
   if (!utf8::IsWellFormed(text)) text = shown = DisplayUtf8(text);
   std::size_t plain = 0;
   for (std::size_t at = 0; at < text.size(); ++at) {
-    if (!kNeedsReference[static_cast<unsigned char>(text[at])]) continue;
+    if (!kNeedsMarkup[static_cast<unsigned char>(text[at])]) continue;
     file.Write(text.substr(plain, at - plain));
-    file.Write(Reference(text[at]));
+    file.Write(Markup(text[at]));
     plain = at + 1;
   }
   file.Write(text.substr(plain));

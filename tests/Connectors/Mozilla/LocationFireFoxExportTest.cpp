@@ -228,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 constexpr char kHardTitle[] = "a < b & \"c\" > 'd'\nsecond\r\nline &lt; \xF0\x9F\xA6\x8A \xCE\xA9";
 constexpr char kHardTitleAsMarkup[] =
-    "a &lt; b &amp; &quot;c&quot; &gt; 'd'&#10;second&#13;&#10;line &amp;lt; \xF0\x9F\xA6\x8A \xCE\xA9";
+    "a &lt; b &amp; &quot;c&quot; &gt; 'd'\rsecond&#13;\rline &amp;lt; \xF0\x9F\xA6\x8A \xCE\xA9";
 
 class TodaysExport : public LocationFireFoxExportTest {
   ScopedRules today_{{.bookmarkTitles = BookmarkTitles::Whole,
@@ -280,7 +280,7 @@ TEST_F(TodaysExport, DescriptionsAndAttributesAreEscapedToo) {
             "<DL><p>\r\n"
             "    <DL><p>\r\n"
             "        <DT><A HREF=\"u\" ICON=\"&quot;i&quot;\" ID=\"rdf:&lt;1&gt;\">t</A>\r\n"
-            "<DD>&lt;d&gt;&#10;second &amp; last\r\n"
+            "<DD>&lt;d&gt;\rsecond &amp; last\r\n"
             "    </DL><p>\r\n"
             "</DL><p>\r\n");
 }
