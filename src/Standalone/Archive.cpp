@@ -1,5 +1,6 @@
 #include "Standalone/Archive.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Common/NumberText.h"
@@ -121,6 +122,12 @@ ItemPtr Archive::FindItem(std::string_view id) {
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::ItemsOf(std::string_view id) {
   return ItemsOf(Opened().Store().NumbersOf(id));
+}
+
+std::int32_t Archive::CopyNumberOf(const ArchiveItem& item) {
+  const std::vector<std::int64_t> numbers = Opened().Store().NumbersOf(item.ID());
+  return ToInt32(
+      std::ranges::count_if(numbers, [&](std::int64_t number) { return number <= item.Number(); }));
 }
 
 std::vector<std::shared_ptr<ArchiveItem>> Archive::IncompleteItems() {

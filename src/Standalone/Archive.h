@@ -62,7 +62,10 @@ class Archive : public LocationBase, public std::enable_shared_from_this<Archive
   std::int32_t PositionOf(const ArchiveItem& item);
   // The item of that ID, the oldest if there are several, or nothing.
   ItemPtr FindItem(std::string_view id);
+  // All of them, the oldest first.
   std::vector<std::shared_ptr<ArchiveItem>> ItemsOf(std::string_view id);
+  // Which of those an item is, from 1.
+  std::int32_t CopyNumberOf(const ArchiveItem& item);
   // The items that lack a file.
   std::vector<std::shared_ptr<ArchiveItem>> IncompleteItems();
   // The items that hold all the words, as ArchiveIndex::Find tells. The first search after an import

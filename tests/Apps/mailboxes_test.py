@@ -68,6 +68,14 @@ class Mailboxes(MailboxCase):
         code, out, err = self.run_program("--yes", "delete", LOCAL + "/Inbox/-", second)
         self.assertEqual(code, 1)
         self.assertIn("no item " + second, err)
+        code, out, err = self.run_program("search", "archive", "--json")
+        self.assertEqual([(item["ID"], item["Text"]) for item in map(json.loads, out.splitlines())],
+                         [(first, "one"), (second, "two"), (third, "three")])
+        for words, wanted in (("three", third), ("one", first)):
+            code, out, err = self.run_program("search", "archive", words)
+            self.assertEqual(out.split()[-1], wanted)
+        code, out, err = self.run_program("search", "archive", "--json", "--rules", "windows")
+        self.assertEqual({json.loads(line)["ID"] for line in out.splitlines()}, {first})
         for wanted, subject in ((second, "two"), (first + "~1", "one"), (third, "three")):
             code, out, err = self.run_program("--yes", "restore", LOCAL + "/Sent/-", wanted, "--archive", "archive")
             self.assertEqual(code, 0, err)

@@ -1,5 +1,6 @@
 #include "Apps/CommandLine/ItemOutput.h"
 #include "Apps/CommandLine/Verbs.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/FileKeys.h"
 #include "Standalone/Phrases.h"
 
@@ -32,6 +33,18 @@ std::vector<std::int32_t> NumbersOf(Archive& archive, const std::vector<Standalo
   return numbers;
 }
 
+// With the ID by which `restore` finds it among several of one ID, unless another mail has that of its own.
+StandaloneItemPtr UnderOwnId(Archive& archive, const StandaloneItemPtr& item) {
+  if (!IdsAreNumbered()) return item;
+  const std::int32_t copy = archive.CopyNumberOf(dynamic_cast<const ArchiveItem&>(*item));
+  const std::string id = NumberedId(item->ID(), copy);
+  if (copy == 1 || !archive.ItemsOf(id).empty()) return item;
+  auto shown = std::make_shared<StandaloneItem>();
+  shown->ImportRecord(item->Record());
+  shown->SetID(id);
+  return shown;
+}
+
 void PrintFiles(const StandaloneItem& item) {
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
@@ -41,23 +54,26 @@ void PrintFiles(const StandaloneItem& item) {
 
 ExitCode Search(Session& session, const SearchOptions& options) {
   const ArchivePtr archive = session.OpenArchive(options.archive);
-  const std::vector<StandaloneItemPtr> items = Find(*archive, options);
+  std::vector<StandaloneItemPtr> items = Find(*archive, options);
   StopIfAsked();
   if (items.empty()) {
     session.Output().Complain(InWords(Phrase::NothingFound, {options.archive}));
     return ExitCode::Partly;
   }
-  if (!options.json && !options.files) {
-    PrintLines(ItemTables(items, TerminalWidth(0), NumbersOf(*archive, items)));
+  if (options.files) {
+    for (const StandaloneItemPtr& item : items)
+      PrintFiles(*item);
     return ExitCode::Done;
   }
-  for (const StandaloneItemPtr& item : items) {
-    if (options.json) {
-      PrintLine(ItemJson(*item));
-    } else {
-      PrintFiles(*item);
-    }
+  const std::vector<std::int32_t> numbers = NumbersOf(*archive, items);
+  for (StandaloneItemPtr& item : items)
+    item = UnderOwnId(*archive, item);
+  if (!options.json) {
+    PrintLines(ItemTables(items, TerminalWidth(0), numbers));
+    return ExitCode::Done;
   }
+  for (const StandaloneItemPtr& item : items)
+    PrintLine(ItemJson(*item));
   return ExitCode::Done;
 }
 
