@@ -3,9 +3,11 @@
 
 usage: language_test.py PROGRAM ROOT [unittest arguments]
 """
+import contextlib
 import json
 import os
 import pty
+import sqlite3
 import subprocess
 import unittest
 
@@ -118,6 +120,23 @@ class LanguageTest(ProgramCase):
             self.assertTrue(lines[3].endswith(done), lines[3])
         self.expect(("import", f"{LOCAL}/Inbox/-", "--target", "en", "--dry-run"), 0, "to import 0 + already there 8",
                     "zu importieren 0 + schon da 8")
+
+    def test_what_can_not_be_read_is_counted_last(self):
+        places = self.samples / "AppData/Mozilla/FireFox/Profiles/k7f2m4ax.default/places.sqlite"
+        command = ("read", "firefox://default", "--json")
+        self.assertEqual(self.run_program(*command)[2], "")
+        for broken, code in (("id IN (SELECT id FROM moz_bookmarks WHERE type=1 LIMIT 1)", 1),
+                             ("id IN (SELECT id FROM moz_bookmarks WHERE type=1 LIMIT 1)", 1), ("type=1", 3)):
+            with contextlib.closing(sqlite3.connect(places)) as database:
+                database.execute("UPDATE moz_bookmarks SET type=32768 WHERE " + broken)
+                database.commit()
+                count = database.execute("SELECT count(*) FROM moz_bookmarks WHERE type=32768").fetchone()[0]
+            for language, each, total in (("en", "bookmark ", f"not read, or not whole: {count}"),
+                                          ("de", "Lesezeichen ", f"nicht oder nicht ganz gelesen: {count}")):
+                got, _, err = self.told(language, *command)
+                self.assertEqual((got, err.splitlines()[-1]), (code, total), err)
+                self.assertEqual(sum(f"places.sqlite: {each}" in line for line in err.splitlines()), count, err)
+        self.assertNotIn("gelesen", self.told("de", *command, "--rules", "windows")[2])
 
     def test_questions_take_answers_of_both(self):
         english, german = "as deleted? [y/N]", "als gelöscht markieren? [j/N]"

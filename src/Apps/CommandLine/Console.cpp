@@ -38,6 +38,8 @@ void Console::Remarked(const Cause& what) {
 }
 
 void Console::LocationUnreadable(const Cause& why) {
+  // All that lies in a file is told with that.
+  if (!why.path.empty()) ++unreadCount_;
   NoteError({CauseShown(why)});
 }
 

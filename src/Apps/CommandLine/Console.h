@@ -47,7 +47,12 @@ class Console : public HostObserver {
   // The errors that the component told since the last call of Forget.
   bool HasErrors() const { return !errors_.empty(); }
   const std::vector<ToldError>& Errors() const { return errors_; }
-  void Forget() { errors_.clear(); }
+  // How many mails, mailboxes, bookmarks and events of them could not be read, or not whole.
+  int UnreadCount() const { return unreadCount_; }
+  void Forget() {
+    errors_.clear();
+    unreadCount_ = 0;
+  }
 
   // While muted nothing is shown, but errors are still noted.
   void Mute(bool muted) { muted_ = muted; }
@@ -60,6 +65,7 @@ class Console : public HostObserver {
   bool muted_ = false;
   ProgressBar bar_;
   std::vector<ToldError> errors_;
+  int unreadCount_ = 0;
   std::set<std::string> remarks_;  // that were shown
 };
 

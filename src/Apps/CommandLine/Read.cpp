@@ -33,6 +33,7 @@ ExitCode Read(Session& session, const ReadOptions& options) {
   Print(*location, items, options);
   const bool failed = session.ComplainOfErrors();
   if (const std::string place = PlaceOf(*location); failed && !place.empty()) session.Output().Say(place);
+  if (const std::string sum = session.UnreadSum(); !sum.empty()) session.Output().Say(sum);
   if (!items.empty()) return failed ? ExitCode::Partly : ExitCode::Done;
   session.Output().Complain(InWords(Phrase::NoItems, {options.address}));
   return ExitCode::Partly;

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
@@ -160,13 +161,28 @@ StandaloneLocationPtr Session::Read(const std::string& address) {
   }
   const bool nothingRead = location->ItemCount() == 0;
   if (location->State() != LocationState::Read || (nothingRead && console_->HasErrors())) {
-    throw AppError(
-        ExitCode::Unreadable,
-        console_->HasErrors() ? console_->Errors().front().text : InWords(Phrase::NotRead, {Shown(address)}),
-        PlaceOf(*location));
+    throw NothingRead(*location, address);
   }
   if (nothingRead) CheckBookmarks(*location);
   return location;
+}
+
+AppError Session::NothingRead(StandaloneLocation& location, const std::string& address) {
+  if (!console_->HasErrors())
+    return {ExitCode::Unreadable, InWords(Phrase::NotRead, {Shown(address)}), PlaceOf(location)};
+  const std::vector<Console::ToldError>& errors = console_->Errors();
+  const std::string sum = UnreadSum();
+  if (errors.size() == 1 || sum.empty())
+    return {ExitCode::Unreadable, errors.front().text, PlaceOf(location)};
+  std::string last;
+  for (const Console::ToldError& error : errors) {
+    if (error.isOfDrive) continue;
+    if (!last.empty()) console_->Complain(last);
+    last = error.text;
+  }
+  std::string hint = PlaceOf(location);
+  if (!hint.empty()) hint += '\n';
+  return {ExitCode::Unreadable, last, hint + sum};
 }
 
 // A profile without bookmarks is none of the connector's errors.
@@ -193,6 +209,11 @@ std::string PlaceOf(StandaloneLocation& location) {
   const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
   if (connector == nullptr || connector->DatabaseFile().empty()) return {};
   return InWords(Phrase::BookmarksAreIn, {NativeShown(connector->DatabaseFile())});
+}
+
+std::string Session::UnreadSum() const {
+  const int count = console_->UnreadCount();
+  return count > 0 && BrokenItemsAreNamed() ? InWords(Phrase::UnreadSum, {std::to_string(count)}) : "";
 }
 
 bool Session::ComplainOfErrors() {

@@ -59,6 +59,10 @@ class Session {
   // component said why, and with ExitCode::Partly if a profile has no bookmarks' database.
   StandaloneLocationPtr Read(const std::string& address);
 
+  // The line that tells how much could not be read since the last Open; "" if all could, and by the rules of
+  // old.
+  std::string UnreadSum() const;
+
   // Shows the errors that the component told since the last Open, and returns whether there were any.
   bool ComplainOfErrors();
   // Whether any were shown in this run.
@@ -72,6 +76,8 @@ class Session {
   // Raises AppError for an address that names a folder without a mailbox, which the component passes over.
   void CheckMailboxes(StandaloneLocation& location);
   void CheckBookmarks(StandaloneLocation& location);
+  // Where nothing was read. Of several reasons, by today's rules, all but the last are shown before.
+  AppError NothingRead(StandaloneLocation& location, const std::string& address);
 
   GlobalOptions options_;
   std::shared_ptr<Console> console_;
