@@ -40,8 +40,9 @@ class StdMail::HeaderReader {
   bool TakeSearchLine();
   bool ReadHeaderBlock();
   void BeginHeaderBlock();
-  // Raises Overflow where the mailbox is too large for the rules in force.
-  void RequirePlaceInRange() const { Within32(lines_.Position()); }
+  // The position, from 1. Raises Overflow where the mailbox is too large for the rules in force.
+  std::int64_t Place() const;
+  void RequirePlaceInRange() const { static_cast<void>(Place()); }
   // An expunged mail's header ends with its status, unless its ID is wanted.
   bool IsHeaderWanted() const { return !expunged_ || mail_.notesExpunged_; }
   void TakeHeaderLine(std::string_view line);
@@ -161,10 +162,18 @@ bool StdMail::HeaderReader::FindMail() {
   return false;
 }
 
+std::int64_t StdMail::HeaderReader::Place() const {
+  try {
+    return Within32(lines_.Position());
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number(), Cause{.reason = failure.Reason(), .hint = Hint::CompactMailbox});
+  }
+}
+
 // The next line and its position; false at the end of the stream or if it can't be read.
 bool StdMail::HeaderReader::TakeSearchLine() {
   if (mail_.IsStreamDone()) return false;
-  start_ = Within32(lines_.Position());
+  start_ = Place();
   if (!mail_.ReadStep([&] { line_ = lines_.Read(); })) return false;
   ++mail_.lineCount_;
   return true;
