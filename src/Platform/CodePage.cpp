@@ -136,9 +136,10 @@ std::string WellFormed(std::string_view text) {
 }
 
 // Eight characters at a time.
+constexpr std::uint64_t kEach = 0x0101010101010101;
+constexpr std::uint64_t kHighBits = 0x80 * kEach;
+
 std::uint64_t LowerCaseOf(std::uint64_t word) {
-  constexpr std::uint64_t kEach = 0x0101010101010101;
-  constexpr std::uint64_t kHighBits = 0x80 * kEach;
   if ((word & kHighBits) != 0) {
     std::array<unsigned char, sizeof word> bytes;
     std::memcpy(bytes.data(), &word, sizeof word);
@@ -218,12 +219,8 @@ std::optional<std::string> ExactTextFromUtf8(std::string_view text) {
   return out;
 }
 
-// Without a branch for each character, so that it costs next to nothing beside the conversions it spares.
 bool IsAscii(std::string_view text) {
-  unsigned char bits = 0;
-  for (const char c : text)
-    bits |= static_cast<unsigned char>(c);
-  return bits < 0x80;
+  return utf8::AsciiLength(text) == text.size();
 }
 
 bool IsMultiByteUtf8(std::string_view text) {
@@ -269,15 +266,24 @@ std::string UpperCase(std::string_view text) {
 bool EqualNoCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   if (a == b) return true;
-  if (HoldsUtf8() && !(IsAscii(a) && IsAscii(b))) return LowerCase(a) == LowerCase(b);
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return codepage::ToLower(static_cast<unsigned char>(x)) ==
-           codepage::ToLower(static_cast<unsigned char>(y));
-  });
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const unsigned char x = codepage::Code(a[i]);
+    const unsigned char y = codepage::Code(b[i]);
+    if (x == y) continue;
+    // A letter of several bytes has its case as a whole.
+    if ((x | y) >= 0x80 && HoldsUtf8()) return LowerCase(a) == LowerCase(b);
+    if (codepage::ToLower(x) != codepage::ToLower(y)) return false;
+  }
+  return true;
 }
 
 std::size_t HashNoCase(std::string_view text) {
-  if (IsOfSingleBytes(text)) return HashOf(text, LowerCaseOf);
+  std::uint64_t bits = 0;
+  const std::size_t hash = HashOf(text, [&](std::uint64_t word) {
+    bits |= word;
+    return LowerCaseOf(word);
+  });
+  if ((bits & kHighBits) == 0 || !HoldsUtf8()) return hash;
   return HashOf(LowerCase(text), [](std::uint64_t word) { return word; });
 }
 

@@ -5,23 +5,6 @@
 
 namespace vorlent::utf8 {
 
-namespace {
-
-// Most text is ASCII for long stretches, which are passed eight characters at a time.
-std::size_t SkipAscii(std::string_view text, std::size_t at) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
-  std::uint64_t word = 0;
-  for (; text.size() - at >= sizeof word; at += sizeof word) {
-    std::memcpy(&word, text.data() + at, sizeof word);
-    if ((word & kHighBits) != 0) break;
-  }
-  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80)
-    ++at;
-  return at;
-}
-
-}  // namespace
-
 Decoded Decode(std::string_view text, std::size_t at) {
   const auto lead = static_cast<unsigned char>(text[at]);
   if (lead < 0x80) return {lead, 1};
@@ -38,12 +21,26 @@ Decoded Decode(std::string_view text, std::size_t at) {
   return {codePoint, length};
 }
 
+// Most text is ASCII for long stretches, which are passed eight characters at a time.
+std::size_t AsciiLength(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::size_t at = 0;
+  for (std::uint64_t word = 0; text.size() - at >= sizeof word; at += sizeof word) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if ((word & kHighBits) != 0) break;
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80)
+    ++at;
+  return at;
+}
+
 std::size_t WellFormedLength(std::string_view text) {
-  std::size_t at = SkipAscii(text, 0);
+  std::size_t at = AsciiLength(text);
   while (at < text.size()) {
     const std::size_t length = Decode(text, at).length;
     if (length == 0) break;
-    at = SkipAscii(text, at + length);
+    at += length;
+    at += AsciiLength(text.substr(at));
   }
   return at;
 }

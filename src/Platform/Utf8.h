@@ -16,6 +16,9 @@ struct Decoded {
 // 10FFFF.
 Decoded Decode(std::string_view text, std::size_t at);
 
+// How many characters of a text stand before the first that isn't ASCII.
+std::size_t AsciiLength(std::string_view text);
+
 // How many bytes of a text stand before the first that begins no well-formed character.
 std::size_t WellFormedLength(std::string_view text);
 

@@ -26,6 +26,11 @@ bool BeginsAtRoot(std::string_view text) {
   return text.starts_with('/') && text.find('\\') < std::min(text.find_first_of(kLineEnds), text.size());
 }
 
+// Most characters can't be the first of a path, which is asked for each.
+bool MayBePathAt(std::string_view text, std::size_t at) {
+  return text[at] == '/' || (at + 1 < text.size() && text[at + 1] == ':');
+}
+
 bool IsPathAt(std::string_view text, std::size_t at) {
   const char before = at == 0 ? ' ' : text[at - 1];
   if (BeginsWithDrive(text.substr(at))) return !IsLetter(before);
@@ -35,7 +40,7 @@ bool IsPathAt(std::string_view text, std::size_t at) {
 // Where the next path of a text begins, its end if there is none.
 std::size_t FindPath(std::string_view text, std::size_t from) {
   for (std::size_t at = from; at < text.size(); ++at) {
-    if (IsPathAt(text, at)) return at;
+    if (MayBePathAt(text, at) && IsPathAt(text, at)) return at;
   }
   return text.size();
 }
@@ -48,23 +53,33 @@ bool AreShownNative() {
   return CurrentRules().shownPaths == ShownPaths::Native;
 }
 
-}  // namespace
-
-std::string WithNativePaths(std::string_view text) {
+std::string WithPathsOf(NativePaths& paths, std::string_view text) {
   std::string shown;
   while (!text.empty()) {
     const std::size_t start = FindPath(text, 0);
     shown += DisplayUtf8(text.substr(0, start));
     text.remove_prefix(start);
     const std::size_t length = PathLength(text);
-    shown += NativePaths().Of(text.substr(0, length));
+    shown += paths.Of(text.substr(0, length));
     text.remove_prefix(std::min(length, text.size()));
   }
   return shown;
 }
 
+}  // namespace
+
+std::string WithNativePaths(std::string_view text) {
+  NativePaths paths;
+  return WithPathsOf(paths, text);
+}
+
 std::string WithShownPaths(std::string_view text) {
-  return AreShownNative() ? WithNativePaths(text) : DisplayUtf8(text);
+  NativePaths paths;
+  return WithShownPaths(text, paths);
+}
+
+std::string WithShownPaths(std::string_view text, NativePaths& paths) {
+  return AreShownNative() ? WithPathsOf(paths, text) : DisplayUtf8(text);
 }
 
 bool TakesPathsAsAddresses() {

@@ -38,12 +38,12 @@ std::string ShownText(const StandaloneItem& item) {
 }
 
 // A data field, UTF-8, with the paths that the component put into it; what else stands in a mail is its own.
-std::string ShownData(const StandaloneItem& item, const std::string_view key) {
+std::string ShownData(const StandaloneItem& item, const std::string_view key, NativePaths& paths) {
   std::string rest = item.DataText(key);
-  if (key == data_key::kSourceFile || key == data_key::kPath) return WithShownPaths(rest);
+  if (key == data_key::kSourceFile || key == data_key::kPath) return WithShownPaths(rest, paths);
   if (!DescribesFile(key)) return DisplayUtf8(rest);
   const std::string path = rest.substr(0, rest.find_first_of("\r\n"));
-  return WithShownPaths(path) + DisplayUtf8(std::string_view(rest).substr(path.size()));
+  return WithShownPaths(path, paths) + DisplayUtf8(std::string_view(rest).substr(path.size()));
 }
 
 using Cell = std::function<std::string(const StandaloneItem&)>;
@@ -92,7 +92,8 @@ const std::vector<TableKind>& TableKinds() {
       {kPlaceType,
        {{Phrase::HeadName, [](const StandaloneItem& item) { return Shown(TranslatedName(ShownText(item))); }},
         {Phrase::HeadAddress, Data(data_key::kLocation)},
-        {Phrase::HeadPath, [](const StandaloneItem& item) { return Shown(ShownData(item, data_key::kPath)); },
+        {Phrase::HeadPath,
+         [](const StandaloneItem& item) { return Shown(WithShownPaths(item.DataText(data_key::kPath))); },
          false, true}}},
       {"url",
        {{Phrase::HeadDate, DateCell},
@@ -207,10 +208,15 @@ std::string ItemTables(const std::vector<StandaloneItemPtr>& items, std::size_t 
 }
 
 std::string ItemJson(const StandaloneItem& item) {
+  NativePaths paths;
+  return ItemJson(item, paths);
+}
+
+std::string ItemJson(const StandaloneItem& item, NativePaths& paths) {
   nlohmann::ordered_json data = nlohmann::ordered_json::object();
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
-    data[DisplayUtf8(key)] = ShownData(item, key);
+    data[DisplayUtf8(key)] = ShownData(item, key, paths);
   }
   nlohmann::ordered_json object;
   const auto set = [&](std::string_view key, std::string_view value) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Standalone/ShownPaths.h"
 #include "Standalone/StandaloneItem.h"
 #include "Standalone/StandaloneLocation.h"
 
@@ -30,6 +31,8 @@ std::string ItemTables(const std::vector<StandaloneItemPtr>& items, std::size_t 
 
 // One UTF-8 object on one line, without its line feed.
 std::string ItemJson(const StandaloneItem& item);
+// The same of one of many items, whose paths are mostly of one folder.
+std::string ItemJson(const StandaloneItem& item, NativePaths& paths);
 
 // The nodes as an indented tree with their numbers of items and the items' texts below them.
 std::string TreeText(const Tree& root);

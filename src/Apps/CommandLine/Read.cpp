@@ -23,8 +23,9 @@ void Print(StandaloneLocation& location, const std::vector<StandaloneItemPtr>& i
     PrintLines(ItemTables(items, TerminalWidth(0)));
     return;
   }
+  NativePaths paths;
   for (const StandaloneItemPtr& item : items)
-    PrintLine(options.json ? ItemJson(*item) : item->Record());
+    PrintLine(options.json ? ItemJson(*item, paths) : item->Record());
 }
 
 ExitCode Read(Session& session, const ReadOptions& options) {
