@@ -32,8 +32,8 @@ Pipe MakePipe() {
   return pipe;
 }
 
-// The other process keeps the ends that it is given only: it would never hear of the end of a pipe of which it
-// holds both.
+// The other process keeps the ends that it is given only: it would never hear of the end of a pipe of which
+// it holds both.
 void KeepHere(HANDLE end) {
   SetHandleInformation(end, HANDLE_FLAG_INHERIT, 0);
 }

@@ -1,5 +1,5 @@
-// The wizard's windows are Qt's, which this program is built without: on Windows the wizard is a control of the
-// component's, and its host has the windows.
+// The wizard's windows are Qt's, which this program is built without: on Windows the wizard is a control of
+// the component's, and its host has the windows.
 #include "Apps/Wizard/WizardApp.h"
 
 #include "Apps/CommandLine/AppError.h"

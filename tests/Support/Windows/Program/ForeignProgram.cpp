@@ -1,5 +1,5 @@
-// The process behind ForeignProgram: opens the database that it is called with, and takes requests from standard
-// input, each after its size in four bytes.
+// The process behind ForeignProgram: opens the database that it is called with, and takes requests from
+// standard input, each after its size in four bytes.
 #include <windows.h>
 
 #include <cstdint>
