@@ -42,7 +42,8 @@ def transcripts_of(program, root, folder, launcher):
 
 
 def show_difference(name, mine, other):
-    for line in difflib.unified_diff(mine.splitlines(), other.splitlines(), name, name + " on Windows", lineterm="", n=1):
+    other_name = name + " on Windows"
+    for line in difflib.unified_diff(mine.splitlines(), other.splitlines(), name, other_name, lineterm="", n=1):
         print(line.encode("utf-8", "backslashreplace").decode())
 
 
