@@ -43,7 +43,7 @@ def path_from_windows(match):
 
 def from_windows(text):
     """What a program for Windows tells under Wine, with native paths as they are here: Z: is the root there."""
-    return re.sub(r"Z:\\[^'\":\r\n|]*|\b(out|archive)\\(?=\S)", path_from_windows, text)
+    return re.sub(r"Z:\\[^'\":\r\n|]*|\b(out|archive|restored|original)\\(?=\S)", path_from_windows, text)
 
 
 def file_size_limit(size):
@@ -98,7 +98,9 @@ class ProgramCase(unittest.TestCase):
         now = time.localtime()
         for moment in (r"%Y%m%d\d{6}", r"%d.%m.%Y \d\d:\d\d(:\d\d)?"):
             text = re.sub(time.strftime(moment, now), "NOW", text)
-        text = re.sub(r"\b1[789]\d{8}0{6}\b", "NOW", text)
+        text = re.sub(r"\b1[789]\d{8}0{6}\b|^ \d\d:\d\d:\d\d(?=:| finished)", "NOW", text, flags=re.M)
+        text = re.sub(r"in [\d,.]+ (Sekunden|seconds).*", "in TIME", text)
+        text = re.sub(r"/vorlent-\w{6}/", "/TEMPORARY/", text)
         text = re.sub(r"[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}", "GUID", text)
         with open(pathlib.Path(TRANSCRIPTS, self.id().removeprefix("__main__.")), "a", encoding="utf-8",
                   errors="surrogateescape") as transcript:
