@@ -173,7 +173,9 @@ std::size_t HashOf(std::string_view text, Prepare prepared) {
     hash = MultiplyAndFold(hash ^ prepared(word), seed.factor);
     text.remove_prefix(size);
   }
-  return hash;
+  // By a factor that is good for sure, as some seeds leave low bits alike.
+  constexpr std::uint64_t kLastFactor = 0x9e3779b97f4a7c15;
+  return MultiplyAndFold(hash, kLastFactor);
 }
 
 }  // namespace
