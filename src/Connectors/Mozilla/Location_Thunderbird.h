@@ -93,10 +93,11 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   // The way back (Location_Thunderbird_Restore.cpp).
   void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);
 
-  std::string tempFolder_;                                   // "" until first needed
-  FolderTrail trail_;                                        // of the present walk
-  std::unordered_map<std::string, std::int32_t> mailsOfId_;  // how many were read, by the ID in lower case
-  // As mailsOfId_, the expunged ones of the mailbox at hand that no mail of their ID has followed.
+  std::string tempFolder_;  // "" until first needed
+  FolderTrail trail_;       // of the present walk
+  // How many mails were read, by the ID in lower case; none of an ID that only one mail has had.
+  std::unordered_map<std::string, std::int32_t> mailsOfId_;
+  // As mailsOfId_, all expunged ones of the mailbox at hand that no mail of their ID has followed.
   std::unordered_map<std::string, std::int32_t> expungedOfId_;
   // The mailboxes found by InitLocation, and the address of each.
   KeyedList<std::string> mailFiles_;

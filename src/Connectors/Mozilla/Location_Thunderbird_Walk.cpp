@@ -300,9 +300,13 @@ std::string Location_Thunderbird::WithIdOfItsOwn(std::string record) {
   if (!IdsAreNumbered()) return record;
   const std::size_t begin = record_key::kId.size() + 1;
   const std::string id = record.substr(begin, record.find('|') - begin);
-  std::int32_t& number = mailsOfId_[LowerCase(id)];
+  const std::string key = LowerCase(id);
+  const bool isTaken = HasID(id);
+  if (!isTaken && !mailsOfId_.contains(key) && !expungedOfId_.contains(key)) return record;
+  // The mail that has the ID itself may not have been counted yet.
+  std::int32_t& number = mailsOfId_.try_emplace(key, isTaken ? 1 : 0).first->second;
   // A number stays with its mail when one before it in the mailbox is marked as deleted.
-  if (const auto expunged = expungedOfId_.extract(LowerCase(id))) number += expunged.mapped();
+  if (const auto expunged = expungedOfId_.extract(key)) number += expunged.mapped();
   std::string own;
   do {
     own = NumberedId(id, ++number);
