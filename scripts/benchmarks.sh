@@ -23,3 +23,4 @@ quick ./bench_ReadCalendar --quick
 quick ./bench_ReadBookmarks --quick
 quick ./bench_WizardSheets --quick
 quick ./bench_Growth --quick
+quick ../../../bench/read_json.py ./vorlent-mozilla --quick

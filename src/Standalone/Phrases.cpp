@@ -152,7 +152,7 @@ Language ProgramLanguage() {
   return chosenLanguage ? *chosenLanguage : LanguageOf(os::MessageLocale());
 }
 
-void ChooseLanguage(std::optional<Language> language) {
+void ChooseLanguage(Language language) {
   chosenLanguage = language;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <initializer_list>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,8 +17,7 @@ Language LanguageOf(std::string_view locale);
 
 // The language of the programs' own texts: the one chosen for this process, before that the user's.
 Language ProgramLanguage();
-// Nothing brings back the user's own.
-void ChooseLanguage(std::optional<Language> language);
+void ChooseLanguage(Language language);
 
 // The language of a window that shows the component's form: German where the rules in force leave its texts
 // as they are.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <string>
 
 #include "Platform/CodePage.h"
@@ -13,6 +12,8 @@
 
 namespace vorlent {
 namespace {
+
+using testing::MatchesRegex;
 
 constexpr char kPeople[] =
     "CREATE TABLE people(name TEXT, age INTEGER, note TEXT);"
@@ -126,7 +127,7 @@ TEST_F(qzelSQLiteTest, ClosingTellsWhetherItWasOpenedAndEndsTheConnection) {
 }
 
 TEST_F(qzelSQLiteTest, VersionIsThatOfTheLibrary) {
-  EXPECT_TRUE(std::regex_match(database_.Version(), std::regex("3\\.[0-9]+\\.[0-9.]+")));
+  EXPECT_THAT(database_.Version(), MatchesRegex("3\\.[0-9]+\\.[0-9.]+"));
 }
 
 // --- Results

@@ -1,10 +1,11 @@
 // A temporary folder in memory.
 #pragma once
 
-#include <filesystem>
-#include <optional>
+#include <stdlib.h>
 
-#include "Support/ScopedTemporaryPlace.h"
+#include <filesystem>
+#include <string>
+
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -13,14 +14,21 @@ namespace vorlent {
 class TemporaryPlaceInMemory {
  public:
   TemporaryPlaceInMemory() {
-    const std::filesystem::path memory = "/dev/shm";
-    if (std::filesystem::is_directory(memory)) place_.emplace(memory);
+    if (const char* value = getenv("TMPDIR")) previous_ = value;
+    if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 1);
+  }
+  ~TemporaryPlaceInMemory() {
+    if (previous_.empty()) {
+      unsetenv("TMPDIR");
+    } else {
+      setenv("TMPDIR", previous_.c_str(), 1);
+    }
   }
   TemporaryPlaceInMemory(const TemporaryPlaceInMemory&) = delete;
   TemporaryPlaceInMemory& operator=(const TemporaryPlaceInMemory&) = delete;
 
  private:
-  std::optional<ScopedTemporaryPlace> place_;
+  std::string previous_;
 };
 
 // An archive waits for the disk at every step, and its tests are about the steps, not about the disk.

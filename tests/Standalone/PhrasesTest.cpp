@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Connectors/Mozilla/WizardForm.h"
+#include "Support/ScopedEnvironment.h"
 #include "Support/ScopedRules.h"
 
 namespace vorlent {
@@ -60,12 +61,13 @@ std::string Filled(std::string form) {
 
 class PhrasesTest : public testing::Test {
  protected:
-  PhrasesTest() { SpeakEnglish(); }
-  ~PhrasesTest() override { ChooseLanguage(std::nullopt); }
+  static void Speak(const char* locale) { setenv("LC_ALL", locale, 1); }
+  static void SpeakEnglish() { Speak("C.UTF-8"); }
+  static void SpeakGerman() { Speak("de_DE.UTF-8"); }
 
-  static void SpeakEnglish() { ChooseLanguage(Language::English); }
-  static void SpeakGerman() { ChooseLanguage(Language::German); }
-
+  ScopedEnvironment all_{"LC_ALL", nullptr};
+  ScopedEnvironment messages_{"LC_MESSAGES", nullptr};
+  ScopedEnvironment lang_{"LANG", nullptr};
   ScopedRules rules_{Rules::Today()};
 };
 
@@ -76,6 +78,16 @@ TEST_F(PhrasesTest, EveryRowHasBothLanguagesAndTheirPlaces) {
       EXPECT_EQ(PlacesIn(english), PlacesIn(german)) << english;
     }
   }
+}
+
+TEST_F(PhrasesTest, LanguageIsThatOfTheMessages) {
+  EXPECT_EQ(ProgramLanguage(), Language::English);
+  const ScopedEnvironment lang("LANG", "de_AT.UTF-8");
+  EXPECT_EQ(ProgramLanguage(), Language::German);
+  const ScopedEnvironment messages("LC_MESSAGES", "fr_FR");
+  EXPECT_EQ(ProgramLanguage(), Language::English);
+  Speak("de");
+  EXPECT_EQ(ProgramLanguage(), Language::German);
 }
 
 TEST_F(PhrasesTest, EveryKindOfGermanIsGerman) {

@@ -1,9 +1,9 @@
 // A database file in the hands of another program.
 #pragma once
 
-#include <filesystem>
+#include <sys/types.h>
 
-#include "Support/ForeignProgram.h"
+#include <filesystem>
 
 namespace vorlent {
 
@@ -11,13 +11,13 @@ namespace vorlent {
 // until that many milliseconds have passed. The lock is in force when the constructor returns.
 class ForeignLock {
  public:
-  explicit ForeignLock(const std::filesystem::path& native, int milliseconds = 60000) : program_(native) {
-    program_.Run("BEGIN EXCLUSIVE");
-    program_.EndAfter(milliseconds);
-  }
+  explicit ForeignLock(const std::filesystem::path& native, int milliseconds = 60000);
+  ~ForeignLock();
+  ForeignLock(const ForeignLock&) = delete;
+  ForeignLock& operator=(const ForeignLock&) = delete;
 
  private:
-  ForeignProgram program_;
+  pid_t process_;
 };
 
 }  // namespace vorlent

@@ -1,23 +1,31 @@
 // A limit to the size of files, as on a full disk.
 #pragma once
 
-#include <cstdint>
-#include <limits>
+#include <sys/resource.h>
+
+#include <csignal>
 
 namespace vorlent {
-
-inline constexpr std::uint64_t kNoSizeLimit = std::numeric_limits<std::uint64_t>::max();
 
 // Files may grow to so many bytes only, as on a full disk.
 class ScopedSizeLimit {
  public:
-  explicit ScopedSizeLimit(std::uint64_t bytes);
-  ~ScopedSizeLimit();
+  explicit ScopedSizeLimit(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    signal_ = signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~ScopedSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    signal(SIGXFSZ, signal_);
+  }
   ScopedSizeLimit(const ScopedSizeLimit&) = delete;
   ScopedSizeLimit& operator=(const ScopedSizeLimit&) = delete;
 
  private:
-  std::uint64_t before_ = kNoSizeLimit;
+  rlimit before_ = {};
+  void (*signal_)(int) = nullptr;
 };
 
 }  // namespace vorlent

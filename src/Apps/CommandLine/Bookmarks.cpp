@@ -10,7 +10,6 @@
 #include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Platform/NativePaths.h"
-#include "Platform/StandardPaths.h"
 #include "Standalone/Phrases.h"
 
 namespace vorlent::app {
@@ -23,21 +22,20 @@ struct BookmarksOptions {
 };
 
 // Nothing shall be written at all if the copy can't be.
-void CheckPlace(const std::string& native) {
-  const std::filesystem::path file = os::StandardPath(native);
+void CheckPlace(const std::string& file) {
   const bool isThere = std::filesystem::exists(file);
   if (std::ofstream(file, std::ios::app)) {
     if (!isThere) std::filesystem::remove(file);
     return;
   }
-  throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {native, ToldShown(std::strerror(errno))}));
+  throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {file, ToldShown(std::strerror(errno))}));
 }
 
 void CopyExport(const std::string& from, const std::string& to) {
   std::error_code error;
-  std::filesystem::copy_file(os::StandardPath(from), os::StandardPath(to),
-                             std::filesystem::copy_options::overwrite_existing, error);
-  if (error) throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {to, ReasonShown(error)}));
+  std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+  if (error)
+    throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {to, ToldShown(error.message())}));
 }
 
 // Tells what couldn't be read, each with its row, and how many that were; whether there was any.

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "Apps/CommandLine/Verbs.h"
-#include "Platform/StandardPaths.h"
 
 namespace vorlent::app {
 
@@ -319,7 +318,7 @@ void DeclareDocuments(CLI::App& command, Action& action) {
   const CLI::App* program = command.get_parent();
   command.callback([folder, program, &action] {
     action = [folder, program](Session&) {
-      WriteDocuments(*program, os::StandardPath(*folder));
+      WriteDocuments(*program, *folder);
       return ExitCode::Done;
     };
   });

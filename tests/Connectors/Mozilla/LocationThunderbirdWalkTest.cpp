@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <filesystem>
 
 #include "Common/NumberText.h"
@@ -6,7 +8,6 @@
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
-#include "Support/OddEntries.h"
 #include "Support/ScopedRules.h"
 
 namespace vorlent {
@@ -467,8 +468,8 @@ TEST_F(LocationThunderbirdWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {
   const std::string inbox = tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
   const std::string sub = tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2", "two"));
   const fs::path inside = fs::path(os::ToNativePath(inbox)).concat(".sbd");
-  MAKE_OR_SKIP(MakeLink("..", inside / "Sub.sbd"));
-  MAKE_OR_SKIP(MakeLink(".", inside / "Self.sbd"));
+  fs::create_directory_symlink("..", inside / "Sub.sbd");
+  fs::create_directory_symlink(".", inside / "Self.sbd");
   tree.AddMailbox("p", "a", "Inbox.sbd/Self", MailOf("3", "three"));
   EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
   EXPECT_THAT(Mails(),
@@ -486,7 +487,7 @@ TEST_F(LocationThunderbirdWalkTest, FolderThatTwoLinksLeadToIsWalkedOnBothWays) 
   const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
   for (const std::string name : {"A", "B"}) {
     tree.AddMailbox("p", "a", name);
-    MAKE_OR_SKIP(MakeLink("x.sbd", account / (name + ".sbd")));
+    fs::create_directory_symlink("x.sbd", account / (name + ".sbd"));
   }
   EXPECT_EQ(Noted("thunderbird://p/a").size(), 2U);
 }
@@ -498,8 +499,8 @@ TEST_F(LocationThunderbirdWalkTest, WhatIsNoFileIsPassedOverAndToldAndTheRestIsR
   tree.AddFile("p", "a", "Pipe.msf");
   tree.AddMailbox("p", "a", "Sent", MailOf("2", "two"));
   const std::string account = tree.AccountFolder("p", "a");
-  MAKE_OR_SKIP(MakeLink("/dev/zero", os::ToNativePath(account + "Device")));
-  MAKE_OR_SKIP(MakePipe(os::ToNativePath(account + "Pipe")));
+  fs::create_symlink("/dev/zero", os::ToNativePath(account + "Device"));
+  ASSERT_EQ(mkfifo(os::ToNativePath(account + "Pipe").c_str(), 0600), 0);
   const auto told = [&](const std::string& name) {
     return Report(
         27, account + name + ": keine Datei, sondern Pipe, Socket oder Ger\xE4t; wird \xFC" + "bergangen!");
@@ -545,9 +546,9 @@ TEST_F(DiskWalkTest, FolderOfTheDisksIsReadWithAllThatIsBelowIt) {
 }
 
 TEST_F(DiskWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {
-  MAKE_OR_SKIP(MakeLink("..", disk.Native("d/plain/up")));
-  MAKE_OR_SKIP(MakeLink(".", disk.Native("d/void/self")));
-  MAKE_OR_SKIP(MakeLink("../plain", disk.Native("d/void/aside")));
+  fs::create_directory_symlink("..", disk.Native("d/plain/up"));
+  fs::create_directory_symlink(".", disk.Native("d/void/self"));
+  fs::create_directory_symlink("../plain", disk.Native("d/void/aside"));
   EXPECT_EQ(Read(address), LocationState::Read);
   EXPECT_EQ(Nodes(),
             "Account 'C' [Account=C]\n  d [d]\n    Inbox [Inbox]\n    plain [plain]\n      up [up]\n"

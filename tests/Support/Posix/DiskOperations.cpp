@@ -10,18 +10,55 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <limits>
 #include <string>
-
-#include "Support/DiskCalls.h"
+#include <utility>
 
 namespace {
 
 using vorlent::DiskCall;
+using vorlent::DiskPlan;
+using vorlent::DiskTrouble;
+using vorlent::DiskWatch;
 
-// True, with errno set, if a call that the plan is about shall fail.
+constexpr long kNever = std::numeric_limits<long>::max();
+
+// Without a constructor: calls come before the first of those has run.
+constinit DiskPlan planned = {};
+constinit char pathEnd[4096] = {};  // the plan's, of which the text may be gone
+constinit long callsSoFar = 0;
+constinit bool wasReached = false;
+
+constinit DiskCall watchedCalls = {};
+constinit const DiskWatch::Watcher* watcherOfCalls = nullptr;
+
+void Begin(const DiskPlan& plan) {
+  callsSoFar = 0;
+  wasReached = false;
+  planned = plan;
+  planned.pathEnd = std::string_view(pathEnd, plan.pathEnd.copy(pathEnd, sizeof pathEnd));
+}
+
+void End() {
+  planned = {};
+}
+
+bool IsAmong(DiskCall call, DiskCall calls) {
+  return (static_cast<unsigned>(calls) & static_cast<unsigned>(call)) != 0;
+}
+
+bool IsPlanned(DiskCall call) {
+  return IsAmong(call, planned.calls);
+}
+
+// Counts a call that the plan is about; true if it shall fail, with errno set.
 bool FailsNow() {
-  if (!vorlent::FailsNow()) return false;
-  errno = vorlent::PlannedError();
+  const long number = callsSoFar++;
+  if (number < planned.number || (number > planned.number && planned.trouble != DiskTrouble::FromHere))
+    return false;
+  if (planned.trouble == DiskTrouble::Death) kill(getpid(), SIGKILL);
+  wasReached = true;
+  errno = planned.error;
   return true;
 }
 
@@ -37,26 +74,27 @@ std::string_view PathOf(const char* path, const char (&)[4096]) {
 }
 
 template <class File>
-void NoteCall(DiskCall call, File file) {
-  if (!vorlent::IsWatched(call)) return;
+void TellWatcher(DiskCall call, File file) {
+  if (watcherOfCalls == nullptr || !IsAmong(call, watchedCalls)) return;
   const int number = errno;
+  const DiskWatch::Watcher& watcher = *std::exchange(watcherOfCalls, nullptr);
   char path[4096];
-  vorlent::TellWatcher(call, std::string(PathOf(file, path)));
+  watcher(call, std::string(PathOf(file, path)));
+  watcherOfCalls = &watcher;
   errno = number;
 }
 
 bool Fails(DiskCall call, const char* path) {
-  NoteCall(call, path);
-  return vorlent::IsPlanned(call) && std::string_view(path).ends_with(vorlent::PlannedPathEnd()) &&
-         FailsNow();
+  TellWatcher(call, path);
+  return IsPlanned(call) && std::string_view(path).ends_with(planned.pathEnd) && FailsNow();
 }
 
 bool Fails(DiskCall call, int fd) {
-  NoteCall(call, fd);
-  if (!vorlent::IsPlanned(call)) return false;
-  if (vorlent::PlannedPathEnd().empty()) return FailsNow();
+  TellWatcher(call, fd);
+  if (!IsPlanned(call)) return false;
+  if (planned.pathEnd.empty()) return FailsNow();
   char path[4096];
-  return PathOf(fd, path).ends_with(vorlent::PlannedPathEnd()) && FailsNow();
+  return PathOf(fd, path).ends_with(planned.pathEnd) && FailsNow();
 }
 
 template <class Result = int, class File, class... Arguments>
@@ -239,7 +277,39 @@ int futimens(int fd, const struct timespec times[2]) noexcept {
 }
 }
 
-void vorlent::Die() {
-  kill(getpid(), SIGKILL);
-  _exit(1);
+namespace vorlent {
+
+DiskFault::DiskFault(const DiskPlan& plan) {
+  Begin(plan);
 }
+
+DiskFault::~DiskFault() {
+  End();
+}
+
+bool DiskFault::WasReached() const {
+  return wasReached;
+}
+
+DiskCallCount::DiskCallCount(DiskCall calls, std::string_view pathEnd) {
+  Begin({.calls = calls, .number = kNever, .pathEnd = pathEnd});
+}
+
+DiskCallCount::~DiskCallCount() {
+  End();
+}
+
+long DiskCallCount::Count() const {
+  return callsSoFar;
+}
+
+DiskWatch::DiskWatch(DiskCall calls, Watcher watcher) : watcher_(std::move(watcher)) {
+  watchedCalls = calls;
+  watcherOfCalls = &watcher_;
+}
+
+DiskWatch::~DiskWatch() {
+  watcherOfCalls = nullptr;
+}
+
+}  // namespace vorlent

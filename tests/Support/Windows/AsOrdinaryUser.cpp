@@ -1,9 +1,0 @@
-#include "Support/AsOrdinaryUser.h"
-
-namespace vorlent {
-
-AsOrdinaryUser::AsOrdinaryUser() = default;
-
-AsOrdinaryUser::~AsOrdinaryUser() = default;
-
-}  // namespace vorlent
