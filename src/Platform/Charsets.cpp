@@ -1,7 +1,7 @@
 #include "Platform/Charsets.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 #include "Platform/CodePage.h"
 
@@ -9,41 +9,101 @@ namespace vorlent {
 
 namespace {
 
-// Mails tell the smaller of two charsets and use the larger, as their programs do.
-struct Superset {
+// Text that is called ASCII and is none may be UTF-8 as well, which is taken for Windows-1252 where it isn't.
+constexpr std::string_view kUtf8 = "UTF-8";
+constexpr std::string_view kPage = "Windows-1252";
+constexpr std::string_view kJapaneseMail = "ISO-2022-JP-3";  // with half-width kana
+
+// The charset that a mail means by a name, as the converters of all systems know it. Mails tell the smaller
+// of two charsets and use the larger, as their programs do; and they have names for charsets that browsers
+// know, but no converter.
+struct Alias {
   std::string_view told;
-  std::string_view used;
+  std::string_view meant;
 };
-constexpr std::array<Superset, 7> kSupersets = {{{"gb2312", "GB18030"},
-                                                 {"gbk", "GB18030"},
-                                                 {"shift_jis", "CP932"},
-                                                 {"x-sjis", "CP932"},
-                                                 {"euc-kr", "CP949"},
-                                                 {"ks_c_5601-1987", "CP949"},
-                                                 {"iso-8859-8-i", "ISO-8859-8"}}};
+constexpr Alias kAliases[] = {{"gb2312", "GB18030"},
+                              {"gb_2312", "GB18030"},
+                              {"gb_2312-80", "GB18030"},
+                              {"csgb2312", "GB18030"},
+                              {"iso-ir-58", "GB18030"},
+                              {"chinese", "GB18030"},
+                              {"gbk", "GB18030"},
+                              {"x-gbk", "GB18030"},
+                              {"cp936", "GB18030"},
+                              {"windows-936", "GB18030"},
+                              {"x-x-big5", "BIG5"},
+                              {"cn-big5", "BIG5"},
+                              {"shift_jis", "CP932"},
+                              {"shift-jis", "CP932"},
+                              {"sjis", "CP932"},
+                              {"x-sjis", "CP932"},
+                              {"ms_kanji", "CP932"},
+                              {"windows-31j", "CP932"},
+                              {"x-euc-jp", "EUC-JP"},
+                              {"iso-2022-jp", kJapaneseMail},
+                              {"cp50220", kJapaneseMail},
+                              {"cp50221", kJapaneseMail},
+                              {"csiso2022jp", kJapaneseMail},
+                              {"euc-kr", "CP949"},
+                              {"ks_c_5601-1987", "CP949"},
+                              {"ks_c_5601-1989", "CP949"},
+                              {"ksc5601", "CP949"},
+                              {"ksc_5601", "CP949"},
+                              {"korean", "CP949"},
+                              {"windows-949", "CP949"},
+                              {"iso-8859-8-i", "ISO-8859-8"},
+                              {"logical", "ISO-8859-8"},
+                              {"visual", "ISO-8859-8"},
+                              {"iso-8859-9", "CP1254"},
+                              {"latin5", "CP1254"},
+                              {"iso-8859-11", "CP874"},
+                              {"tis-620", "CP874"},
+                              {"dos-874", "CP874"},
+                              {"x-cp1250", "CP1250"},
+                              {"x-cp1251", "CP1251"},
+                              {"win-1251", "CP1251"},
+                              {"koi", "KOI8-R"},
+                              {"koi8", "KOI8-R"},
+                              {"koi8_r", "KOI8-R"},
+                              {"koi8-ru", "KOI8-U"},
+                              {"x-iso-8859-2", "ISO-8859-2"},
+                              {"cp-850", "CP850"},
+                              {"x-mac-roman", "MACINTOSH"},
+                              {"x-mac-cyrillic", "MAC-CYRILLIC"},
+                              {"x-mac-ukrainian", "MAC-CYRILLIC"},
+                              {"unicode-1-1-utf-8", kUtf8},
+                              {"x-unicode20utf8", kUtf8},
+                              {"utf-8-sig", kUtf8},
+                              {"utf8mb4", kUtf8},
+                              {"us-ascii", kUtf8},
+                              {"ascii", kUtf8},
+                              {"ansi_x3.4-1968", kUtf8},
+                              {"x-cp1252", kPage},
+                              {"cp1252", kPage},
+                              {"iso-8859-1", kPage},
+                              {"iso8859-1", kPage},
+                              {"iso_8859-1", kPage},
+                              {"iso88591", kPage},
+                              {"windows-28591", kPage},
+                              {"cp819", kPage},
+                              {"l1", kPage},
+                              {"latin1", kPage},
+                              {"latin-1", kPage}};
 
-constexpr std::array<std::string_view, 7> kPageNames = {"windows-1252", "cp1252",   "iso-8859-1", "iso8859-1",
-                                                        "latin1",       "us-ascii", "ascii"};
-
-template <class Names>
-bool Holds(const Names& names, std::string_view name) {
-  return std::ranges::any_of(names, [&](std::string_view each) { return EqualNoCase(each, name); });
-}
-
-std::string NameForConverter(std::string_view charset) {
-  for (const Superset& superset : kSupersets) {
-    if (EqualNoCase(superset.told, charset)) return std::string(superset.used);
-  }
-  return std::string(charset);
+std::string_view MeantBy(std::string_view charset) {
+  const auto* const alias =
+      std::ranges::find_if(kAliases, [&](const Alias& each) { return EqualNoCase(each.told, charset); });
+  return alias == std::end(kAliases) ? charset : alias->meant;
 }
 
 }  // namespace
 
 std::string FromCharset(std::string_view bytes, std::string_view charset) {
   if (!HoldsUtf8()) return std::string(bytes);
-  if (charset.empty() || EqualNoCase(charset, "utf-8")) return TextToUtf8(bytes);
-  if (Holds(kPageNames, charset)) return codepage::ToUtf8(bytes);
-  return os::CharsetToUtf8(bytes, NameForConverter(charset)).value_or(TextToUtf8(bytes));
+  const std::string_view meant = MeantBy(charset);
+  if (meant.empty() || EqualNoCase(meant, kUtf8)) return TextToUtf8(bytes);
+  if (EqualNoCase(meant, kPage)) return codepage::ToUtf8(bytes);
+  return os::CharsetToUtf8(bytes, std::string(meant)).value_or(TextToUtf8(bytes));
 }
 
 }  // namespace vorlent

@@ -44,6 +44,36 @@ TEST_F(CharsetsTest, TextOfTheWorldsCharsetsIsUnicode) {
     EXPECT_EQ(FromCharset(each.bytes, each.charset), each.text) << each.charset;
 }
 
+// Bytes printed by python3: "...".encode(charset).
+TEST_F(CharsetsTest, NamesThatOnlyBrowsersKnowAreKnown) {
+  const std::vector<CharsetCase> cases = {
+      {"windows-949", "\x8C\x63", "똠"},
+      {"x-cp1251", "\xE6", "ж"},
+      {"X-GBK", "\xE9\x46", "镕"},
+      {"x-euc-jp", "\xC6\xFC", "日"},
+      {"gb_2312-80", "\xD6\xD0", "中"},
+      {"x-mac-roman", "\x8E", "é"},
+      {"x-mac-cyrillic", "\xE6", "ж"},
+      {"dos-874", "\xE4", "ไ"},
+      {"x-x-big5", "\xC1\x63", "繁"},
+      {"x-sjis", "\x87\x40", "①"},
+      {"cp50220", "\x1B$BF|\x1B(B", "日"},
+      {"koi", "\xD6", "ж"},
+      {"visual", "\xF9", "ש"},
+      {"x-cp1252", "\x80", "€"},
+  };
+  for (const CharsetCase& each : cases)
+    EXPECT_EQ(FromCharset(each.bytes, each.charset), each.text) << each.charset;
+}
+
+TEST_F(CharsetsTest, JapaneseMailMayHaveKanaOfHalfWidth) {
+  EXPECT_EQ(FromCharset("\x1B$BF|\x1B(I1\x36\x1B(Bz", "iso-2022-jp"), "日ｱｶz");
+}
+
+TEST_F(CharsetsTest, WhatIsCalledAsciiAndIsUtf8IsUtf8) {
+  EXPECT_EQ(FromCharset("Gr\xC3\xBC\xC3\x9F\x65 \xFC", "us-ascii"), "Grüße ü");
+}
+
 TEST_F(CharsetsTest, Gb18030HoldsAllOfUnicode) {
   EXPECT_EQ(FromCharset("\xA8\xA6\x94\x39\xFC\x36", "gb2312"), "é😀");
 }

@@ -24,12 +24,12 @@ struct NamedPage {
 
 // The code pages of charsets that aren't called after them.
 constexpr NamedPage kPages[] = {
-    {"koi8-r", 20866},     {"koi8-u", 21866},      {"big5", 950},          {"big5-hkscs", 950},
-    {"gb18030", kGb18030}, {"hz-gb-2312", 52936},  {"hz", 52936},          {"euc-jp", 20932},
-    {"euc-cn", 936},       {"iso-2022-kr", 50225}, {"tis-620", 874},       {"macintosh", 10000},
-    {"utf-7", CP_UTF7},    {"iso-8859-2", 28592},  {"iso-8859-3", 28593},  {"iso-8859-4", 28594},
-    {"iso-8859-5", 28595}, {"iso-8859-6", 28596},  {"iso-8859-7", 28597},  {"iso-8859-8", 28598},
-    {"iso-8859-9", 28599}, {"iso-8859-13", 28603}, {"iso-8859-15", 28605},
+    {"koi8-r", 20866},       {"koi8-u", 21866},      {"big5", 950},          {"big5-hkscs", 950},
+    {"gb18030", kGb18030},   {"hz-gb-2312", 52936},  {"hz", 52936},          {"euc-jp", 20932},
+    {"euc-cn", 936},         {"iso-2022-kr", 50225}, {"tis-620", 874},       {"macintosh", 10000},
+    {"mac-cyrillic", 10007}, {"utf-7", CP_UTF7},     {"iso-8859-2", 28592},  {"iso-8859-3", 28593},
+    {"iso-8859-4", 28594},   {"iso-8859-5", 28595},  {"iso-8859-6", 28596},  {"iso-8859-7", 28597},
+    {"iso-8859-8", 28598},   {"iso-8859-9", 28599},  {"iso-8859-13", 28603}, {"iso-8859-15", 28605},
 };
 
 constexpr std::string_view kNumberedPrefixes[] = {"windows-", "cp", "ibm", "ms"};
@@ -101,6 +101,7 @@ class Converter {
 
 // --- ISO-2022-JP, which tells by escape sequences what the bytes after them are ---------------------------
 
+constexpr std::string_view kIso2022Jp = "iso-2022-jp";
 constexpr UINT kEucJp = 20932;
 
 bool IsGraphic(char c) {
@@ -112,9 +113,11 @@ std::string ConvertIso2022Jp(std::string_view bytes) {
   const Converter eucJp(kEucJp);
   std::string text;
   bool isDouble = false;
+  bool isKana = false;  // of half width
   while (!bytes.empty()) {
     if (bytes.size() >= 3 && bytes[0] == '\x1B' && (bytes[1] == '$' || bytes[1] == '(')) {
       isDouble = bytes[1] == '$';
+      isKana = bytes[1] == '(' && bytes[2] == 'I';
       bytes.remove_prefix(3);
       continue;
     }
@@ -122,6 +125,8 @@ std::string ConvertIso2022Jp(std::string_view bytes) {
     if (isPair) {
       const char pair[] = {static_cast<char>(bytes[0] | 0x80), static_cast<char>(bytes[1] | 0x80)};
       text += eucJp.Convert({pair, 2});
+    } else if (isKana && bytes[0] > 0x20 && bytes[0] < 0x60) {
+      utf8::Append(text, U'\uFF61' + static_cast<char32_t>(bytes[0] - 0x21));
     } else {
       text += codepage::ToUtf8(bytes.substr(0, 1));
     }
@@ -206,7 +211,7 @@ std::string ConvertWide(std::string_view bytes, WideForm form) {
 
 std::optional<std::string> CharsetToUtf8(std::string_view bytes, const std::string& charset) {
   if (const auto form = WideFormOf(charset)) return ConvertWide(bytes, *form);
-  if (EqualNoCase(charset, "iso-2022-jp")) return ConvertIso2022Jp(bytes);
+  if (EqualNoCase(charset.substr(0, kIso2022Jp.size()), kIso2022Jp)) return ConvertIso2022Jp(bytes);
   const std::optional<UINT> page = PageOf(charset);
   if (!page) return std::nullopt;
   const Converter converter(*page);
