@@ -72,7 +72,9 @@ std::string WithoutComments(std::string_view value) {
     if (c == '(' && !isQuoted) ++depth;
     if (depth == 0) plain += c;
     if (c == ')' && depth > 0) --depth;
-    if (c == '\\' && depth > 0) ++i;
+    if (c != '\\' || (depth == 0 && !isQuoted) || i + 1 == value.size()) continue;
+    ++i;
+    if (depth == 0) plain += value[i];
   }
   return TrimBlank(plain);
 }
@@ -146,8 +148,11 @@ std::optional<HeaderWord> WordFinder::WordAt(std::size_t begin, std::size_t& end
   end = dataEnd + 2;
   const std::string_view name = rest_.substr(charset, encoding - 1 - charset);
   const std::string_view text = rest_.substr(data, dataEnd - data);
-  return HeaderWord{.charset = name.substr(0, name.find('*')),
-                    .bytes = isBase64 ? BytesOfBase64(text) : BytesOfQ(std::string(text))};
+  HeaderWord word = {.charset = name.substr(0, name.find('*')),
+                     .bytes = isBase64 ? BytesOfBase64(text) : BytesOfQ(std::string(text))};
+  // Text that isn't encoded at all is to be read.
+  if (word.bytes.empty() && !text.empty()) return std::nullopt;
+  return word;
 }
 
 }  // namespace
@@ -195,6 +200,22 @@ std::string_view CutParameter(std::string_view& value) {
   const std::string_view parameter = value.substr(0, std::min(end, value.size()));
   value.remove_prefix(std::min(end + 1, value.size()));
   return parameter;
+}
+
+// Cuts the value that comes before the parameters, up to a ";" that isn't in a comment.
+void CutMainValue(std::string_view& value) {
+  int depth = 0;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (value[i] == '(') ++depth;
+    if (value[i] == ')' && depth > 0) --depth;
+    if (value[i] == '\\' && depth > 0) ++i;
+    if (i >= value.size() || value[i] != ';' || depth > 0) continue;
+    value.remove_prefix(i + 1);
+    return;
+  }
+  // A comment without its end is none.
+  const bool isOpen = depth > 0;
+  isOpen ? void(CutToken(value, ";")) : value.remove_prefix(value.size());
 }
 
 // The text of a value in quotes; of one without, the value itself. A backslash that hides neither a quote nor
@@ -290,12 +311,14 @@ std::string ParameterForms::Joined(const Sections& sections) {
 }  // namespace
 
 std::string HeaderParamByStandard(std::string_view value, std::string_view name) {
+  // Names of files are often written without quotes, and brackets are part of them.
+  const bool mayHaveComments = name != "filename" && name != "name";
   ParameterForms forms(name);
-  CutParameter(value);
+  CutMainValue(value);
   while (!value.empty()) {
     std::string_view text = CutParameter(value);
     const std::string key = LowerCase(TrimBlank(CutToken(text, "=")));
-    forms.Take(key, Unquoted(TrimBlank(text)));
+    forms.Take(key, Unquoted(mayHaveComments ? WithoutComments(text) : TrimBlank(text)));
   }
   return forms.Value();
 }

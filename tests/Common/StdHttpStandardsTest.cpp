@@ -46,6 +46,13 @@ TEST_F(StandardsTest, BadCodesStayAndRaiseNothing) {
             Base64Decode(std::string(20'000, 'Q')) + Base64Decode(std::string(20'000, 'Q')));
 }
 
+TEST_F(StandardsTest, Base64WithoutAnyLetterStays) {
+  EXPECT_EQ(DecodeEncodedWords("=?utf-8?B?!!!?="), "=?utf-8?B?!!!?=");
+  EXPECT_EQ(DecodeEncodedWords("a=?utf-8?B?"
+                               "?=b"),
+            "ab");
+}
+
 TEST_F(StandardsTest, WhatIsNoWordStays) {
   for (const std::string text : {"=?utf-8?X?abc?=", "=?utf-8?Q?abc", "?= =?",
                                  "=??Q?a?=", "=?a b?Q?c?=", "=?=", "=?", "=?x?", "=?x?Q", "=?x?Q?"})
@@ -136,6 +143,14 @@ TEST_F(StandardsTest, TypesAndEncodingsAreReadWithoutCommentsAndCase) {
   EXPECT_EQ(GetPartEncoding("Content-Transfer-Encoding:\r\n\tBase64 (as\r\n ever)\r\n"), "base64");
   EXPECT_EQ(GetPartDisposition("Content-Disposition: ATTACHMENT; filename=\"(1).txt\"\r\n"), "attachment");
   EXPECT_EQ(GetPartFileName("Content-Disposition: ATTACHMENT; filename=\"(1).txt\"\r\n"), "(1).txt");
+}
+
+TEST_F(StandardsTest, CommentsTellNothing) {
+  for (const std::string value : {"a/b (hi; boundary=Z) ; boundary=X (c)", "a/b; boundary=(c)X",
+                                  "a/b (open; boundary=X", "a/b (\\); boundary=Z); boundary=\"X\" (c)"})
+    EXPECT_EQ(GetHeaderParam(value, "boundary"), "X") << value;
+  EXPECT_EQ(GetHeaderParam("a/b; boundary=\"(x)\\\"(y)\"", "boundary"), "(x)\"(y)");
+  EXPECT_EQ(GetHeaderParam("attachment; filename=Report (1).pdf", "filename"), "Report (1).pdf");
 }
 
 TEST_F(StandardsTest, NameOfTheDispositionCountsWhereverItStands) {
