@@ -22,8 +22,7 @@ namespace vorlent {
 // goes once it is imported again.
 //
 // IDs may repeat, since mails without a Message-ID share one: a record of an ID that the archive has already
-// makes an item of its own, unless it turns out to be the same mail to the last byte, see
-// ArchiveItem::SetConnected.
+// makes an item of its own, unless it turns out to be the same mail, see ArchiveItem::SetConnected.
 class Archive : public LocationBase, public std::enable_shared_from_this<Archive> {
  public:
   explicit Archive(std::weak_ptr<StandaloneGlobal> global) : LocationBase(std::move(global)) {}

@@ -110,29 +110,12 @@ bool GoOnAlike(os::File& a, os::File& b, std::uint64_t count) {
   return true;
 }
 
-// Whether nothing but empty lines comes.
-bool IsEmptyFromHere(os::File& file) {
-  std::array<char, 256> block;
-  for (std::size_t count = block.size(); count == block.size();) {
-    count = file.Read(block.data(), block.size());
-    if (!std::all_of(block.data(), block.data() + count, [](char c) { return c == '\r' || c == '\n'; }))
-      return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 bool ArchiveFiles::HaveSameBytes(std::string_view path, std::string_view otherPath) {
   os::File a = os::File::Open(path, os::File::Mode::Read);
   os::File b = os::File::Open(otherPath, os::File::Mode::Read);
   return a.Length() == b.Length() && GoOnAlike(a, b, a.Length());
-}
-
-bool ArchiveFiles::HoldSameMail(std::string_view path, std::string_view otherPath) {
-  os::File a = os::File::Open(path, os::File::Mode::Read);
-  os::File b = os::File::Open(otherPath, os::File::Mode::Read);
-  return GoOnAlike(a, b, std::min(a.Length(), b.Length())) && IsEmptyFromHere(a) && IsEmptyFromHere(b);
 }
 
 void ArchiveFiles::SyncAll() const {

@@ -43,9 +43,6 @@ class ArchiveFiles {
   void Remove(std::int64_t item, std::string_view name);
   bool Exists(std::int64_t item, std::string_view name) const;
   static bool HaveSameBytes(std::string_view path, std::string_view otherPath);
-  // As HaveSameBytes, but empty lines at the end don't count: in a mailbox these go with what comes after the
-  // mail.
-  static bool HoldSameMail(std::string_view path, std::string_view otherPath);
 
   // The numbers of the folders that are there, and the names "<item> <name>" in one.
   std::set<std::int64_t> FolderNumbers() const;

@@ -10,6 +10,7 @@
 #include "Platform/Failure.h"
 #include "Platform/Files.h"
 #include "Standalone/Fingerprint.h"
+#include "Standalone/SameMail.h"
 
 namespace vorlent {
 
@@ -244,8 +245,7 @@ ArchiveItem::Fuller ArchiveItem::Compare(const StoredItem& twin) const {
     const bool isIn = own->second.state == File::State::In;
     // Someone may have taken a file out of the archive.
     const bool twinIsIn = !file.missing && files.Exists(twin.number, file.name);
-    const auto areAlike =
-        file.key == kMailFileKey ? &ArchiveFiles::HoldSameMail : &ArchiveFiles::HaveSameBytes;
+    const auto areAlike = file.key == kMailFileKey ? &HoldSameMail : &ArchiveFiles::HaveSameBytes;
     const bool differs =
         isIn && twinIsIn &&
         !areAlike(files.PathOf(number_, own->second.name), files.PathOf(twin.number, file.name));

@@ -34,9 +34,9 @@ class ArchiveItem : public StandaloneItem {
   void ImportRecord(std::string_view record) override;
 
   // True ends what began with PasteRecord: an item that the archive has already, to the last byte of its
-  // files, is not kept twice. The older one stays, with all that was done to it since and the keywords that
-  // were added to this one, and this object is that item from then on. Where files are lacking, the item goes
-  // that has none which the other lacks.
+  // files but for what the mail client rewrites in a mailbox, is not kept twice. The older one stays, with
+  // all that was done to it since and the keywords that were added to this one, and this object is that item
+  // from then on. Where files are lacking, the item goes that has none which the other lacks.
   void SetConnected(bool connected) override;
 
   std::string DataFile(std::string_view key, std::int32_t index) const override;

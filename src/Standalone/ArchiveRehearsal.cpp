@@ -9,19 +9,24 @@
 #include "Platform/Files.h"
 #include "Standalone/Archive.h"
 #include "Standalone/Fingerprint.h"
+#include "Standalone/SameMail.h"
 #include "Standalone/StandaloneGlobal.h"
 
 namespace vorlent {
 
 namespace {
 
-// A hash of an item with the bytes of its files.
+// A hash of an item with what its files hold.
 std::int64_t FullFingerprintOf(const RehearsedItem& item) {
   TextHash all;
   all.Add(std::to_string(item.Fingerprint()));
   std::array<char, 64 * 1024> block;
   for (const auto& [key, path] : item.Files()) {
     all.Add(key);
+    if (key == kMailFileKey) {
+      AddMail(all, path);
+      continue;
+    }
     os::File file = os::File::Open(path, os::File::Mode::Read);
     for (std::size_t count = block.size(); count == block.size();) {
       count = file.Read(block.data(), block.size());
@@ -89,8 +94,7 @@ bool ArchiveRehearsal::HasFilesOf(const StoredItem& stored, const RehearsedItem&
   if (stored.files.size() != item.Files().size()) return false;
   return std::all_of(stored.files.begin(), stored.files.end(), [&](const StoredFile& file) {
     const auto own = item.Files().find(file.key);
-    const auto areAlike =
-        file.key == kMailFileKey ? &ArchiveFiles::HoldSameMail : &ArchiveFiles::HaveSameBytes;
+    const auto areAlike = file.key == kMailFileKey ? &HoldSameMail : &ArchiveFiles::HaveSameBytes;
     return own != item.Files().end() && files_->Exists(stored.number, file.name) &&
            areAlike(own->second, files_->PathOf(stored.number, file.name));
   });

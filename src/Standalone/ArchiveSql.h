@@ -39,6 +39,9 @@ inline constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS files (item INTEGER NOT NULL, key TEXT NOT NULL, name TEXT NOT NULL,"
     " missing INTEGER NOT NULL, PRIMARY KEY (item, key)) WITHOUT ROWID;"
     "CREATE INDEX IF NOT EXISTS files_missing ON files (item) WHERE missing;"
+    // Today's fingerprints of the items that came in with others.
+    "CREATE TABLE IF NOT EXISTS renewed (item INTEGER PRIMARY KEY, fingerprint INTEGER NOT NULL);"
+    "CREATE INDEX IF NOT EXISTS renewed_by_fingerprint ON renewed (fingerprint);"
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS state (key TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;"
     // Words of what an item shows, and of the text of its mail, which never changes and so isn't kept here.
@@ -64,6 +67,15 @@ inline constexpr std::string_view kRemoveItem = "DELETE FROM items WHERE number 
 inline constexpr std::string_view kNumbersOfId = "SELECT number FROM items WHERE id = ? ORDER BY number";
 inline constexpr std::string_view kNumbersOfTwins =
     "SELECT number FROM items WHERE id = ? AND fingerprint = ? ORDER BY number";
+inline constexpr std::string_view kNumbersOfRenewed =
+    "SELECT item FROM renewed JOIN items ON number = item WHERE id = ? AND renewed.fingerprint = ?"
+    " ORDER BY item";
+inline constexpr std::string_view kRenew = "INSERT INTO renewed (item, fingerprint) VALUES (?, ?)";
+// For an archive that is only looked at, in memory.
+inline constexpr const char* kRenewedInMemory =
+    "PRAGMA temp_store = MEMORY;"
+    "CREATE TEMP TABLE renewed (item INTEGER PRIMARY KEY, fingerprint INTEGER NOT NULL);"
+    "CREATE INDEX temp.renewed_by_fingerprint ON renewed (fingerprint);";
 inline constexpr std::string_view kAllNumbers = "SELECT number FROM items ORDER BY number";
 inline constexpr std::string_view kHighestNumber = "SELECT max(number) FROM items";
 

@@ -26,6 +26,13 @@ void RefuseOtherFormat(SqliteDatabase& database, std::string_view path) {
   throw Failure(ErrorNumber::PathAccess, path, "is no archive, or one of another version of this program");
 }
 
+// Set once all items have today's fingerprints.
+constexpr std::string_view kRenewed = "renewed";
+
+bool IsRenewed(SqliteDatabase& database) {
+  return SqliteStatement(database, sql::kState).Bind(1, kRenewed).RunForNumber() != 0;
+}
+
 SqliteDatabase Opened(std::string_view path) {
   SqliteDatabase database(path, kLockTimeout);
   database.Execute(sql::kOwn);
@@ -41,6 +48,8 @@ SqliteDatabase Opened(std::string_view path) {
 SqliteDatabase OpenedToLook(std::string_view path) {
   SqliteDatabase database = SqliteDatabase::OpenToLook(path);
   RefuseOtherFormat(database, path);
+  if (IsRenewed(database)) return database;
+  database.Execute(sql::kRenewedInMemory);
   return database;
 }
 
@@ -126,13 +135,28 @@ ArchiveStore::ArchiveStore(std::string_view path, Access access)
       markFile_(database_, sql::kMarkFile),
       selectById_(database_, sql::kNumbersOfId),
       selectTwins_(database_, sql::kNumbersOfTwins),
+      selectRenewed_(database_, sql::kNumbersOfRenewed),
       selectNumbers_(database_, sql::kAllNumbers),
       selectHighest_(database_, sql::kHighestNumber),
       selectIncomplete_(database_, sql::kIncompleteNumbers),
       selectSetting_(database_, sql::kSetting),
       putSetting_(database_, sql::kPutSetting),
       selectState_(database_, sql::kState),
-      putState_(database_, sql::kPutState) {}
+      putState_(database_, sql::kPutState) {
+  if (!IsRenewed(database_)) RenewFingerprints(access);
+}
+
+// What stands in an item may have been added to since it came in, so that the fingerprint of then stays.
+void ArchiveStore::RenewFingerprints(Access access) {
+  SqliteTransaction transaction(database_);
+  SqliteStatement renew(database_, sql::kRenew);
+  for (const std::int64_t number : AllNumbers()) {
+    ItemRecord record;
+    if (ReadFields(number, record)) renew.Bind(1, number).Bind(2, FingerprintOf(record)).Run();
+  }
+  if (access == Access::Own) SetState(kRenewed, 1);
+  transaction.Commit();
+}
 
 std::int64_t ArchiveStore::Insert(const ItemRecord& record, std::int64_t fingerprint,
                                   const std::vector<StoredFile>& files) {
@@ -214,10 +238,20 @@ std::vector<std::int64_t> ArchiveStore::NumbersOf(std::string_view id, std::int6
   return Numbers(selectTwins_.Bind(1, stored).Bind(2, fingerprint));
 }
 
+std::vector<std::int64_t> ArchiveStore::NumbersOfRenewed(std::string_view id, std::int64_t fingerprint) {
+  const std::string stored = ToStored(id);
+  return Numbers(selectRenewed_.Bind(1, stored).Bind(2, fingerprint));
+}
+
 std::vector<std::int64_t> ArchiveStore::NumbersOfTwins(const ItemRecord& record) {
   const std::string id = record.Value(record_key::kId);
-  std::vector<std::int64_t> numbers = NumbersOf(id, FingerprintOf(record));
-  std::ranges::copy(NumbersOf(id, FingerprintWithSizesOf(record)), std::back_inserter(numbers));
+  const std::int64_t fingerprint = FingerprintOf(record);
+  std::vector<std::int64_t> numbers = NumbersOf(id, fingerprint);
+  std::ranges::copy(NumbersOfRenewed(id, fingerprint), std::back_inserter(numbers));
+  for (const std::int64_t old : FingerprintsOfOld(record))
+    std::ranges::copy(NumbersOf(id, old), std::back_inserter(numbers));
+  std::ranges::sort(numbers);
+  numbers.erase(std::ranges::unique(numbers).begin(), numbers.end());
   return numbers;
 }
 

@@ -54,6 +54,8 @@ class ArchiveStore {
   // form.
   std::vector<std::int64_t> NumbersOf(std::string_view id);
   std::vector<std::int64_t> NumbersOf(std::string_view id, std::int64_t fingerprint);
+  // The same as renewed for items that came in with another fingerprint.
+  std::vector<std::int64_t> NumbersOfRenewed(std::string_view id, std::int64_t fingerprint);
   // Those of items that may be the same as the one of a record, but for the bytes of their files.
   std::vector<std::int64_t> NumbersOfTwins(const ItemRecord& record);
   std::vector<std::int64_t> AllNumbers();
@@ -79,6 +81,7 @@ class ArchiveStore {
   void SetState(std::string_view key, std::int64_t value);
 
  private:
+  void RenewFingerprints(Access access);
   void WriteFiles(std::int64_t number, const std::vector<StoredFile>& files);
   bool ReadFields(std::int64_t number, ItemRecord& record);
   static std::vector<std::int64_t> Numbers(SqliteStatement& select);
@@ -86,7 +89,8 @@ class ArchiveStore {
   SqliteDatabase database_;
   SqliteStatement insertItem_, updateItem_, removeItem_, selectItem_;
   SqliteStatement putFile_, removeFiles_, selectFiles_, markFile_;
-  SqliteStatement selectById_, selectTwins_, selectNumbers_, selectHighest_, selectIncomplete_;
+  SqliteStatement selectById_, selectTwins_, selectRenewed_, selectNumbers_, selectHighest_,
+      selectIncomplete_;
   SqliteStatement selectSetting_, putSetting_, selectState_, putState_;
 };
 

@@ -1,8 +1,10 @@
 #include "Standalone/Fingerprint.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Common/StdModul.h"
 #include "Common/TextHash.h"
@@ -13,6 +15,24 @@
 namespace vorlent {
 
 namespace {
+
+// The name of a data field, "" for others.
+std::string_view DataName(std::string_view key) {
+  return key.starts_with(record_key::kDataPrefix) ? key.substr(record_key::kDataPrefix.size()) : "";
+}
+
+// Whether a field of a mail tells what the mail client or the reader's clock made of it.
+bool IsOfTheReader(std::string_view key) {
+  const std::string_view name = DataName(key);
+  return key == record_key::kDate || name == data_key::kAttribute || name == data_key::kSize;
+}
+
+// What counts of a description. One of a mail's file has the length of that.
+std::string CountedLines(std::string_view name, std::string_view description) {
+  std::string lines = "file=" + GetLineValue(description, "file");
+  if (name != kMailFileKey) lines += "\nsize=" + GetLineValue(description, "size");
+  return lines;
+}
 
 enum class Sizes { Count, AreLeftOut };
 
@@ -31,11 +51,10 @@ std::int64_t HashOf(const ItemRecord& record, Sizes sizes) {
   for (std::size_t i = 0; i < record.FieldCount(); ++i) {
     const std::string_view key = record.FieldKey(i);
     if (key == record_key::kLog) continue;
-    const bool isData = key.starts_with(record_key::kDataPrefix);
-    const std::string_view name = isData ? key.substr(record_key::kDataPrefix.size()) : "";
+    const std::string_view name = DataName(key);
     if (name == data_key::kSize && sizes == Sizes::AreLeftOut) continue;
     std::string value = record.FieldValue(i);
-    if (isData && DescribesFile(name)) CutLine(value);
+    if (DescribesFile(name)) CutLine(value);
     if (name == kMailFileKey && sizes == Sizes::AreLeftOut) value = WithoutSize(std::move(value));
     fingerprint.Add(key);
     // A mail is known again whichever rules it is read by.
@@ -47,11 +66,27 @@ std::int64_t HashOf(const ItemRecord& record, Sizes sizes) {
 }  // namespace
 
 std::int64_t FingerprintOf(const ItemRecord& record) {
-  return HashOf(record, Sizes::AreLeftOut);
+  const bool isMail = record.Value(record_key::kType) == "mail";
+  std::vector<std::pair<std::string, std::string>> fields;
+  for (std::size_t i = 0; i < record.FieldCount(); ++i) {
+    const std::string_view key = record.FieldKey(i);
+    if (key == record_key::kLog || (isMail && IsOfTheReader(key))) continue;
+    std::string value = record.FieldValue(i);
+    const std::string_view name = DataName(key);
+    if (DescribesFile(name)) value = CountedLines(name, value);
+    if (!value.empty()) fields.emplace_back(key, ToPageText(value));
+  }
+  std::ranges::sort(fields);
+  TextHash fingerprint;
+  for (const auto& [key, value] : fields) {
+    fingerprint.Add(key);
+    fingerprint.Add(value);
+  }
+  return static_cast<std::int64_t>(fingerprint.Value());
 }
 
-std::int64_t FingerprintWithSizesOf(const ItemRecord& record) {
-  return HashOf(record, Sizes::Count);
+std::array<std::int64_t, 2> FingerprintsOfOld(const ItemRecord& record) {
+  return {HashOf(record, Sizes::AreLeftOut), HashOf(record, Sizes::Count)};
 }
 
 }  // namespace vorlent

@@ -1,18 +1,21 @@
 // What tells mails of one ID apart.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "Standalone/ItemRecord.h"
 
 namespace vorlent {
 
-// A hash of all that makes two mails the same: every field but the time of import, and of a description of a
-// file all but its path. The sizes of the mail and of its file don't count: they go with the separator of the
-// next mail, if there is one, and with the empty lines before it.
+// A hash of what makes two mails the same, in whatever order a record has it: every field but the time of
+// import, and of a description of a file its name and size. What a mail gets only in its mailbox or by its
+// reader doesn't count: marks, the time of day as the reader's clock has it, the length, which goes with the
+// separator of the next mail.
 std::int64_t FingerprintOf(const ItemRecord& record);
 
-// As archives have it of the mails that came in when the sizes still counted.
-std::int64_t FingerprintWithSizesOf(const ItemRecord& record);
+// As archives have it of the mails that came in when nearly all of that counted: without and with the
+// lengths.
+std::array<std::int64_t, 2> FingerprintsOfOld(const ItemRecord& record);
 
 }  // namespace vorlent

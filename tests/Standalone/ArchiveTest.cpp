@@ -13,6 +13,7 @@
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Standalone/ArchiveRehearsal.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/Sqlite.h"
 #include "Support/DiskOperations.h"
@@ -435,6 +436,60 @@ TEST_F(ArchiveTest, TheSameMailInTwoFoldersIsKeptInBoth) {
   Import("ID=1|Keywords=Account=x,Inbox" + FileField("File", "mail.eml", "text"));
   Import("ID=1|Keywords=Account=x,Sent" + FileField("File", "mail.eml", "text"));
   EXPECT_EQ(archive_->ItemCount(), 2);
+}
+
+TEST_F(ArchiveTest, WhatTheMailClientRewritesMakesNoOtherMail) {
+  const std::string own = "From: a\r\nX-Mozilla-Keys-Of-Mine: 1\r\n\r\nFrom - x\r\nX-Mozilla-Keys: y";
+  const auto record = [&](const std::string& attribute, const std::string& date, const std::string& marks) {
+    return "ID=1|Type=mail|Text=a|Keywords=Inbox|DataAttribute=" + attribute +
+           "|DataSize=" + std::to_string(marks.size()) + FileField("File", "mail.eml", marks + own + "\r\n") +
+           "\\ndate=" + date + FileField("FileAttach1", "a.txt", "abc") + "\\ndate=" + date + "|Date=" + date;
+  };
+  const auto first = Import(record("", "05.01.2026 11:00:00", "From - Sat\r\nX-Mozilla-Status: 0000\r\n"));
+  for (const std::string marks :
+       {"From - Sat\r\nX-Mozilla-Status: 0005\r\nX-Mozilla-Status2: 10000000\r\n",
+        "From - Sun\r\nX-Mozilla-Status : 0001\r\nX-Mozilla-Keys: $label1\r\n  work\r\n",
+        "From a@b.c Mon Jan  5 10:00:00 2026\r\n", ""}) {
+    EXPECT_EQ(Import(record("RP", "05.01.2026 05:00:00", marks))->Number(), first->Number()) << marks;
+  }
+  EXPECT_EQ(archive_->ItemCount(), 1);
+}
+
+TEST_F(ArchiveTest, WhatTheSenderWroteMakesAnother) {
+  const std::string head = "ID=1|Type=mail|Text=a";
+  Import(head + FileField("File", "mail.eml", "From - \r\nX-A: 1\r\n\r\nX-Mozilla-Status: 1\r\n"));
+  Import(head + FileField("File", "mail.eml", "From - \r\nX-A: 2\r\n\r\nX-Mozilla-Status: 1\r\n"));
+  Import(head + FileField("File", "mail.eml", "From - \r\nX-A: 1\r\n\r\nX-Mozilla-Status: 2\r\n"));
+  Import(head + FileField("File", "mail.eml", "From - \r\nX-A: 1\r\n X-Mozilla-Status: 1\r\n"));
+  EXPECT_EQ(archive_->ItemCount(), 4);
+}
+
+TEST_F(ArchiveTest, MailsOfAnArchiveOfBeforeAreKnownAgain) {
+  const auto record = [&](const std::string& date) {
+    return "ID=1|Type=mail|Text=a|Keywords=Inbox" + FileField("File", "mail.eml", "text") +
+           "\\ndate=" + date + "|Date=" + date;
+  };
+  Import(record("05.01.2026 11:00:00"));
+  archive_->Close();
+  const auto makeOld = [&] {
+    SqliteDatabase(folder_.Path("archive\\archive.sqlite"), 0)
+        .Execute(
+            "DROP TABLE renewed; DELETE FROM state WHERE key = 'renewed'; UPDATE items SET fingerprint = 7");
+  };
+  makeOld();
+  {
+    const auto rehearsal =
+        std::make_shared<ArchiveRehearsal>(std::weak_ptr<StandaloneGlobal>(), folder_.Path("archive"));
+    const auto item = AsStandalone(rehearsal->PasteRecord(record("05.01.2026 05:00:00")));
+    item->TakeFile("File", folder_.Path("temp\\mail.eml"), "move", "file=mail.eml\r\nsize=4");
+    item->SetConnected(true);
+    EXPECT_TRUE(item->WasThere());
+  }
+  archive_->Open(folder_.Path("archive"));
+  EXPECT_TRUE(Import(record("05.01.2026 05:00:00"))->WasThere());
+  Reopen();
+  EXPECT_TRUE(Import(record("05.01.2026 17:00:00"))->WasThere());
+  EXPECT_EQ(archive_->ItemCount(), 1);
 }
 
 TEST_F(ArchiveTest, OnlyAMailThatIsThereAlreadyWasThere) {
