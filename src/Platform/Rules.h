@@ -245,6 +245,12 @@ enum class Widths {
   Ample,
 };
 
+// The end of a mail that is put back into a mailbox.
+enum class MailEnds {
+  GetALine,    // An empty line comes after it.
+  KeepTheirs,  // Only where it doesn't end in one.
+};
+
 // All differences by name. Each is asked for in the one place where it decides. What both sets can read they
 // read alike.
 struct Rules {

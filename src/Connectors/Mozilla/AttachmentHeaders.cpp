@@ -59,11 +59,16 @@ std::string SentName(std::string_view safeName) {
   return DisplayUtf8(name);
 }
 
+// Whether text may stand in a header as it is.
+bool IsPlainLine(std::string_view text) {
+  constexpr std::size_t kLongest = 900;  // RFC 5322: a line has at most 998 characters
+  return text.size() <= kLongest &&
+         std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < '\x7F'; });
+}
+
 bool IsPlainName(std::string_view name) {
   constexpr std::size_t kLongest = 60;
-  return name.size() <= kLongest && std::all_of(name.begin(), name.end(), [](char c) {
-           return c >= ' ' && c < '\x7F' && c != '"' && c != '\\';
-         });
+  return name.size() <= kLongest && IsPlainLine(name) && name.find_first_of("\"\\") == std::string_view::npos;
 }
 
 bool ContinuesCharacter(char c) {
@@ -109,31 +114,71 @@ std::string ExtendedParameter(const std::string& name, std::string_view utf8) {
   return parameter;
 }
 
+// The value of a header in a part's raw ones, if it is one that could be written again in a line; else "".
+std::string PlainValueIn(std::string_view partHeader, std::string_view name) {
+  std::string value;
+  bool isIt = false;
+  for (std::string rest(partHeader); !rest.empty();) {
+    const std::string line = CutLine(rest);
+    if (IsContinuation(line)) {
+      if (isIt) value += TrimView(line);
+      continue;
+    }
+    isIt = value.empty() && EqualNoCase(SplitHeaderLine(line).name, name);
+    if (isIt) value = SplitHeaderLine(line).value;
+  }
+  return IsPlainLine(value) ? value : "";
+}
+
+// A part that tells nothing else is shown where another refers to it.
+bool IsInline(std::string_view partHeader, std::string_view contentId) {
+  std::string disposition;
+  Swallow([&] { disposition = LowerCase(GetPartDisposition(partHeader)); });
+  return disposition == "inline" || (disposition.empty() && !contentId.empty());
+}
+
+std::string KeptLines(std::string_view partHeader, std::string_view boundary) {
+  std::string lines;
+  const auto keep = [&](std::string_view key, std::string_view value) {
+    if (!value.empty()) lines.append("\r\n").append(key).append("=").append(value);
+  };
+  std::string type;
+  Swallow([&] { type = ContentTypeIn(partHeader); });
+  const std::string contentId = PlainValueIn(partHeader, "content-id");
+  keep("type", type);
+  keep("contentid", contentId);
+  keep("disposition", IsInline(partHeader, contentId) ? "inline" : "");
+  keep("boundary", IsPlainLine(boundary) ? boundary : "");
+  return lines;
+}
+
 PartNaming NamingAsSent(std::string_view description, MailForm form) {
   std::string type = GetLineValue(description, "type");
   const bool isMail = type == "message/rfc822" && form == MailForm::AsItIs;
   if (type.empty() || !(isMail || MayBeEncoded(type))) type = kUnknownType;
   const std::string name = SentName(GetLineValue(description, "file"));
+  const std::string shown = GetLineValue(description, "disposition") == "inline" ? "inline" : "attachment";
+  const std::string contentId = GetLineValue(description, "contentid");
   if (IsPlainName(name)) {
-    return {type + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\"", isMail};
+    return {type + "; name=\"" + name + "\"", shown + "; filename=\"" + name + "\"", contentId, isMail};
   }
   return {type + ";\r\n name=\"" + EncodedWords(name) + "\"",
-          "attachment;" + ExtendedParameter("filename", name), isMail};
+          shown + ";" + ExtendedParameter("filename", name), contentId, isMail};
 }
 
 }  // namespace
 
-std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
+std::vector<std::string> KeptHeaderLines(const KeyedList<std::string>& parts,
+                                         const std::vector<std::string>& boundaries) {
   std::vector<std::string> lines;
   if (!AreHeadersKept()) return lines;
-  std::int32_t position = 0;
+  std::size_t position = 0;
   for (const std::string& header : parts) {
+    const std::string boundary = position < boundaries.size() ? boundaries[position] : "";
+    ++position;
     std::string name;
-    std::string type;
-    Swallow([&] { name = AttachmentName(header, ++position); });
-    if (name.empty()) continue;
-    Swallow([&] { type = ContentTypeIn(header); });
-    lines.push_back(type.empty() ? "" : "\r\ntype=" + type);
+    Swallow([&] { name = AttachmentName(header, static_cast<std::int32_t>(position)); });
+    if (!name.empty()) lines.push_back(KeptLines(header, boundary));
   }
   return lines;
 }
@@ -141,7 +186,16 @@ std::vector<std::string> ContentTypeLines(const KeyedList<std::string>& parts) {
 PartNaming NamingOf(std::string_view description, MailForm form) {
   if (AreHeadersKept()) return NamingAsSent(description, form);
   const std::string name = GetFileName(GetLineValue(description, "file"));
-  return {std::string(kUnknownType) + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\""};
+  return {std::string(kUnknownType) + "; name=\"" + name + "\"", "attachment; filename=\"" + name + "\"", "",
+          false};
+}
+
+bool HomesAreKept() {
+  return AreHeadersKept();
+}
+
+std::string HomeOf(std::string_view description) {
+  return GetLineValue(description, "boundary");
 }
 
 }  // namespace vorlent

@@ -128,7 +128,7 @@ void ImportRun::NoteForDeletion() {
 }
 
 void ImportRun::TakeFiles(Item& item) {
-  const std::vector<std::string> contentTypes = ContentTypeLines(*mail_.Attachments());
+  const std::vector<std::string> kept = KeptHeaderLines(*mail_.Attachments(), mail_.Ledger().boundaries);
   std::size_t attachment = 0;
   const std::int32_t count = item.DataCount();
   for (std::int32_t position = 1; position <= count; ++position) {
@@ -136,7 +136,7 @@ void ImportRun::TakeFiles(Item& item) {
     if (!DescribesFile(key)) continue;
     std::string metaData = item.DataText(key);
     const std::string path = mail_.Ledger().FileAt(key, CutLine(metaData));
-    if (DescribesAttachment(key) && attachment < contentTypes.size()) metaData += contentTypes[attachment++];
+    if (DescribesAttachment(key) && attachment < kept.size()) metaData += kept[attachment++];
     const auto take = [&] { item.TakeFile(key, path, "move|nofileattribute", metaData); };
     // A mail that has lost a file already counts as failed and ends no run.
     if (mail_.Ledger().IsWhole()) {

@@ -38,6 +38,9 @@ struct MailLedger {
   // each lies, by its data field.
   std::map<std::string, std::string, std::less<>> unmoved;
 
+  // The boundaries of the multiparts that its parts stand in, in their order.
+  std::vector<std::string> boundaries;
+
   // Mails before it that ReadHeader could not read and passed over.
   struct BrokenMail {
     std::int64_t offset;

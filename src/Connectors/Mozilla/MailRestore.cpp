@@ -1,5 +1,6 @@
 #include "Connectors/Mozilla/MailRestore.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Common/StdHttp.h"
@@ -105,36 +106,6 @@ void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode)
   Swallow([&] { mode == kBase64File ? WriteBase64(out, file) : WriteLines(out, file, mode); });
 }
 
-void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundaryLine) {
-  const std::int32_t count = itm.DataCount();
-  for (std::int32_t i = 1; i <= count; ++i) {
-    const std::string key = itm.DataKey(i);
-    if (!DescribesAttachment(key)) continue;
-    PartNaming naming = NamingOf(itm.DataText(key));
-    if (naming.isMail && !StandsAsItIs(itm.DataFile(key, 0), boundaryLine))
-      naming = NamingOf(itm.DataText(key), MailForm::AsBytes);
-    out.WriteLine(boundaryLine);
-    out.WriteLine("Content-Type: " + naming.contentType);
-    out.WriteLine(std::string("Content-Transfer-Encoding: ") + (naming.isMail ? "8bit" : "base64"));
-    out.WriteLine("Content-Disposition: " + naming.disposition);
-    out.WriteLine("");
-    const std::string file = itm.DataFile(key, 0);
-    if (naming.isMail) {
-      Swallow([&] { WriteAsItIs(out, file); });
-    } else {
-      WriteFileEncoded(out, file, kBase64File);
-    }
-  }
-}
-
-bool HasAttachments(const Item& itm) {
-  const std::int32_t count = itm.DataCount();
-  for (std::int32_t i = 1; i <= count; ++i) {
-    if (DescribesAttachment(itm.DataKey(i))) return true;
-  }
-  return false;
-}
-
 void EnsureMailboxPath(std::string_view mailbox) {
   MakePath(GetPath(mailbox));
   for (std::size_t at = mailbox.find(kSubfolderStep); at != std::string_view::npos;
@@ -146,7 +117,7 @@ void EnsureMailboxPath(std::string_view mailbox) {
 
 MailRestorer::MailRestorer(TextWriter& out, const Item& itm, StdMail* mail, bool shortcut)
     : out_(out), itm_(itm), mail_(mail), shortcut_(shortcut) {
-  Try([&] { hasAttachments_ = HasAttachments(itm_); });
+  if (!shortcut) Try([&] { CollectAttachments(); });
 }
 
 template <class Step>
@@ -162,13 +133,19 @@ bool MailRestorer::Restore(LineFile& source) {
     }
   });
   goesOn_ = false;
-  // A mail that got a new boundary, or whose closing line was not found.
-  if (!closeLine_.empty() && !attachmentsWritten_) {
-    PutAttachments();
-    Write(closeLine_);
-  }
-  Write("");
+  EndMail();
   return isWhole_;
+}
+
+void MailRestorer::CollectAttachments() {
+  const std::int32_t count = itm_.DataCount();
+  for (std::int32_t i = 1; i <= count; ++i) {
+    const std::string key = itm_.DataKey(i);
+    if (!DescribesAttachment(key)) continue;
+    std::string home;
+    if (HomesAreKept()) Try([&] { home = HomeOf(itm_.DataText(key)); });
+    attachments_.push_back({key, home});
+  }
 }
 
 // Begins the mail, unless it brings a separator of its own. A quoted one is none for a mail that is written.
@@ -184,6 +161,7 @@ void MailRestorer::TakeLine(LineFile& source) {
   const std::string_view line = source.ReadLine();
   if (std::exchange(goesOn_, source.LineGoesOn())) {
     if (stage_ == Stage::Body || header_ != kHeldBack) Write(line);
+    endsInEmptyLine_ = false;
   } else if (stage_ == Stage::Body) {
     TakeBodyLine(line);
   } else if (line.empty()) {
@@ -221,42 +199,96 @@ void MailRestorer::EndHeader() {
     return;
   }
   const std::string contentType = mail_ == nullptr ? "" : mail_->GetHeader("content-type", true);
-  if (hasAttachments_) BeginParts(contentType);
+  if (!attachments_.empty()) BeginParts(contentType);
   if (!contentType.empty()) Write(contentType);
   Write("");
   stage_ = Stage::Body;
 }
 
+// Whether attachments go into the mail's own multipart: a mixed one takes any, another one only such as stood
+// in it or in those nested there.
+bool MailRestorer::TakesAttachments(const std::string& contentType) const {
+  const std::string type = MainValue(contentType);
+  if (type == "multipart/mixed") return true;
+  return LowerCase(type).starts_with("multipart/") &&
+         std::ranges::all_of(attachments_, [](const Attachment& each) { return !each.home.empty(); });
+}
+
 // Attachments go into the mail's own parts where it has such, else the whole mail becomes the first part.
 void MailRestorer::BeginParts(const std::string& contentType) {
-  std::string boundary;
-  if (MainValue(contentType) == "multipart/mixed") {
-    Swallow([&] { boundary = GetHeaderParam(contentType, "boundary"); });
-  }
-  const bool isNew = boundary.empty();
-  if (isNew) boundary = NewBoundary();
-  startLine_ = "--" + boundary;
-  closeLine_ = startLine_ + "--";
+  if (TakesAttachments(contentType)) Swallow([&] { boundary_ = GetHeaderParam(contentType, "boundary"); });
+  const bool isNew = boundary_.empty();
+  if (isNew) boundary_ = NewBoundary();
+  ownLines_ = BoundaryPair(boundary_);
   if (isNew) {
-    Write("Content-Type: multipart/mixed; boundary=\"" + boundary + "\"");
+    Write("Content-Type: multipart/mixed; boundary=\"" + boundary_ + "\"");
     Write("");
-    Write(startLine_);
+    Write("--" + boundary_);
   }
 }
 
 void MailRestorer::TakeBodyLine(std::string_view line) {
-  if (!closeLine_.empty() && !attachmentsWritten_ && line == closeLine_) PutAttachments();
+  if (BoundaryPair::MayMatch(line)) PutAttachmentsBefore(line);
   Write(line);
 }
 
 // Of a line that goes on the end comes with its last piece.
 void MailRestorer::Write(std::string_view line) {
   Try([&] { goesOn_ ? out_.Write(line) : out_.WriteLine(line); });
+  endsInEmptyLine_ = line.empty();
 }
 
-void MailRestorer::PutAttachments() {
-  Try([&] { WriteAttachments(out_, itm_, startLine_); });
-  attachmentsWritten_ = true;
+// Puts those in their place for which the line closes it.
+void MailRestorer::PutAttachmentsBefore(std::string_view line) {
+  if (!boundary_.empty() && !isClosed_ && ownLines_.IsClosing(line)) {
+    PutAttachments(boundary_, [](const Attachment&) { return true; });
+    isClosed_ = true;
+    return;
+  }
+  const auto closed = std::ranges::find_if(attachments_, [&](const Attachment& attachment) {
+    return !attachment.home.empty() && BoundaryPair(attachment.home).IsClosing(line);
+  });
+  if (closed == attachments_.end()) return;
+  const std::string home = closed->home;
+  PutAttachments(home, [&](const Attachment& attachment) { return attachment.home == home; });
+}
+
+template <class IsTheirs>
+void MailRestorer::PutAttachments(const std::string& boundary, IsTheirs&& isTheirs) {
+  Try([&] {
+    for (const Attachment& attachment : attachments_) {
+      if (isTheirs(attachment)) WriteAttachment(attachment.key, "--" + boundary);
+    }
+  });
+  std::erase_if(attachments_, std::forward<IsTheirs>(isTheirs));
+}
+
+// A failed call of the item rises.
+void MailRestorer::WriteAttachment(const std::string& key, const std::string& boundaryLine) {
+  PartNaming naming = NamingOf(itm_.DataText(key));
+  if (naming.isMail && !StandsAsItIs(itm_.DataFile(key, 0), boundaryLine))
+    naming = NamingOf(itm_.DataText(key), MailForm::AsBytes);
+  out_.WriteLine(boundaryLine);
+  out_.WriteLine("Content-Type: " + naming.contentType);
+  out_.WriteLine(std::string("Content-Transfer-Encoding: ") + (naming.isMail ? "8bit" : "base64"));
+  if (!naming.contentId.empty()) out_.WriteLine("Content-ID: " + naming.contentId);
+  out_.WriteLine("Content-Disposition: " + naming.disposition);
+  out_.WriteLine("");
+  const std::string file = itm_.DataFile(key, 0);
+  if (naming.isMail) {
+    Swallow([&] { WriteAsItIs(out_, file); });
+  } else {
+    WriteFileEncoded(out_, file, kBase64File);
+  }
+}
+
+void MailRestorer::EndMail() {
+  // A mail that got a new boundary, or whose closing line was not found.
+  if (!boundary_.empty() && !isClosed_) {
+    PutAttachments(boundary_, [](const Attachment&) { return true; });
+    Write("--" + boundary_ + "--");
+  }
+  if (!endsInEmptyLine_ || CurrentRules().mailEnds == MailEnds::GetALine) Write("");
 }
 
 }  // namespace vorlent

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Common/LineFile.h"
 #include "Common/TextWriter.h"
 #include "Connectors/Mozilla/StdMail.h"
+#include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/Item.h"
 
 namespace vorlent {
@@ -24,19 +26,14 @@ bool ComesBackEmpty(std::uint64_t length);
 // the rules of old, a file of exactly 54 bytes comes out as one empty line.
 void WriteFileEncoded(TextWriter& out, std::string_view file, std::int16_t mode);
 
-// Writes each attachment of the item as a part after a boundary line, named by the rules in force
-// (AttachmentHeaders.h). A failed call of the item rises.
-void WriteAttachments(TextWriter& out, const Item& itm, std::string_view boundaryLine);
-
-// Whether the item has attachments; a failed call of the item rises.
-bool HasAttachments(const Item& itm);
-
 // Makes the folders of a mailbox, and an empty mailbox for each of its parent folders that has none; the
 // mailbox itself isn't made. Raises what the file system refuses.
 void EnsureMailboxPath(std::string_view mailbox);
 
 // Copies one stored mail line by line to a mailbox, with the item's attachments put back in, or its header
-// and a link to the item alone. Swallows every failure step by step: what can't be done is left out.
+// and a link to the item alone. Attachments go to the end of the multipart that they stood in, where that is
+// known, else of the whole mail, named by the rules in force (AttachmentHeaders.h). Swallows every failure
+// step by step: what can't be done is left out.
 class MailRestorer {
  public:
   // `mail` keeps the header, and may be nothing: the mail's own content type is lost then. All are used as
@@ -59,20 +56,34 @@ class MailRestorer {
   void BeginParts(const std::string& contentType);
   void TakeBodyLine(std::string_view line);
   void Write(std::string_view line);
-  void PutAttachments();
+  void CollectAttachments();
+  bool TakesAttachments(const std::string& contentType) const;
+  void PutAttachmentsBefore(std::string_view line);
+  template <class IsTheirs>
+  void PutAttachments(const std::string& boundary, IsTheirs&& isTheirs);
+  void WriteAttachment(const std::string& key, const std::string& boundaryLine);
+  void EndMail();
 
   TextWriter& out_;
   const Item& itm_;
   StdMail* const mail_;
   const bool shortcut_;
   bool isWhole_ = true;
-  bool hasAttachments_ = false;
-  bool attachmentsWritten_ = false;
+  bool endsInEmptyLine_ = false;
   Stage stage_ = Stage::Header;
   bool goesOn_ = false;  // more of the line at hand comes
   std::string header_;   // name of the header at hand, in lower case
-  std::string startLine_;
-  std::string closeLine_;  // "" unless the mail has parts that take attachments
+  // An attachment that isn't written yet: its data field, and the boundary of the multipart that it stood in,
+  // "" if that isn't known.
+  struct Attachment {
+    std::string key;
+    std::string home;
+  };
+  std::vector<Attachment> attachments_;
+  // Of the mail's own multipart, which takes those without a known home; "" unless there are attachments.
+  std::string boundary_;
+  BoundaryPair ownLines_;
+  bool isClosed_ = false;  // its closing line is written
 };
 
 }  // namespace vorlent

@@ -142,6 +142,7 @@ bool StdMail::HeaderReader::Read() {
   mail_.readCount_ = 0;
   mail_.lastLineEmpty_ = true;
   ledger_.nextSeparatorCount = 0;
+  ledger_.boundaries.clear();
   ledger_.loss = {};
   do {
     if (!FindMail()) return EndWithoutMail();
@@ -325,6 +326,8 @@ void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
   inPartHeader_ = true;
   encoding_ = PartEncoding::None;
   Parts().Add({});
+  constexpr std::size_t kDashes = 2;
+  ledger_.boundaries.emplace_back(WithoutTrailingBlanks(line).substr(kDashes));
   if (!save_) NumberPart();
 }
 

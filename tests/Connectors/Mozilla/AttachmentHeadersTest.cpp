@@ -20,7 +20,7 @@ class AttachmentHeadersTest : public testing::Test {
   static std::string LineOf(const std::string& contentType) {
     KeyedList<std::string> parts;
     parts.Add("Content-Type: " + contentType + "\r\nContent-Disposition: attachment; filename=a\r\n");
-    const Lines lines = ContentTypeLines(parts);
+    const Lines lines = KeptHeaderLines(parts, {});
     return lines.size() == 1 ? lines.front() : "(" + std::to_string(lines.size()) + " lines)";
   }
 
@@ -37,7 +37,8 @@ TEST_F(AttachmentHeadersTest, PlainIsWhatNobodyHasChosenOtherwise) {
   const ScopedRules plain(Rules::Windows());
   KeyedList<std::string> parts;
   parts.Add("Content-Type: image/png; name=a.png\r\n");
-  EXPECT_THAT(ContentTypeLines(parts), IsEmpty());
+  EXPECT_THAT(KeptHeaderLines(parts, {"b"}), IsEmpty());
+  EXPECT_FALSE(HomesAreKept());
   const PartNaming naming = NamingOf("x\r\nfile=sub\\R%C3%BC.png\r\ntype=image/png");
   EXPECT_EQ(naming.contentType, "application/octet-stream; name=\"R%C3%BC.png\"");
   EXPECT_EQ(naming.disposition, "attachment; filename=\"R%C3%BC.png\"");
@@ -70,7 +71,37 @@ TEST_F(AttachmentHeadersTest, LinesAreThoseOfThePartsWithAFileName) {
   // A name that can't be read makes no attachment.
   parts.Add("Content-Type: image/gif; name=\"=?utf-8?Q?=XY?=\"\r\n");
   parts.Add("Content-Type: audio/ogg; name=c.ogg\r\n");
-  EXPECT_THAT(ContentTypeLines(parts), ElementsAre("\r\ntype=image/png", "", "\r\ntype=audio/ogg"));
+  EXPECT_THAT(KeptHeaderLines(parts, {}), ElementsAre("\r\ntype=image/png", "", "\r\ntype=audio/ogg"));
+}
+
+TEST_F(AttachmentHeadersTest, WhatShowsAPictureInItsMailIsKept) {
+  const auto linesOf = [](const std::string& headers, const std::string& boundary) {
+    KeyedList<std::string> parts;
+    parts.Add("Content-Type: image/png; name=a.png\r\n" + headers);
+    return KeptHeaderLines(parts, {boundary}).front();
+  };
+  const std::string type = "\r\ntype=image/png";
+  EXPECT_EQ(
+      linesOf("Content-Disposition: INLINE; filename=a.png\r\nContent-Id:\r\n <part1.A@b.c>\r\n", "R x"),
+      type + "\r\ncontentid=<part1.A@b.c>\r\ndisposition=inline\r\nboundary=R x");
+  EXPECT_EQ(linesOf("Content-ID: <1>\r\nContent-ID: <2>\r\n", ""),
+            type + "\r\ncontentid=<1>\r\ndisposition=inline");
+  EXPECT_EQ(linesOf("Content-Disposition: attachment; filename=a\r\nContent-ID: <1>\r\n", ""),
+            type + "\r\ncontentid=<1>");
+  EXPECT_EQ(linesOf("Content-Disposition: inline; filename=a\r\n", ""), type + "\r\ndisposition=inline");
+  // What could not be written again.
+  EXPECT_EQ(linesOf("Content-ID: <a\x01>\r\n", "\xE4"), type);
+  EXPECT_EQ(linesOf("Content-ID: " + std::string(901, 'x') + "\r\n", std::string(901, 'x')), type);
+}
+
+TEST_F(AttachmentHeadersTest, PictureComesBackAsItWasShown) {
+  const PartNaming naming = Named("a.png", "\r\ncontentid=<1@x>\r\ndisposition=inline\r\nboundary=R=1");
+  EXPECT_EQ(naming.disposition, "inline; filename=\"a.png\"");
+  EXPECT_EQ(naming.contentId, "<1@x>");
+  EXPECT_EQ(Named("\xC3\xA4", "\r\ndisposition=inline").disposition, "inline;\r\n filename*=UTF-8''%C3%A4");
+  EXPECT_EQ(Named("a").contentId, "");
+  EXPECT_EQ(HomeOf("x\r\nfile=a\r\nboundary=R=1"), "R=1");
+  EXPECT_EQ(HomeOf("x\r\nfile=a"), "");
 }
 
 TEST_F(AttachmentHeadersTest, TypeAndPlainNameComeBackAsTheyWere) {

@@ -298,9 +298,9 @@ TEST_F(ImportRunTest, TargetIsToldTheTypesOfAttachmentsWhereTheHostHasChosenSo) 
   EXPECT_EQ(number, 0);
   EXPECT_THAT(host.Log.Only({"item1.TakeFile"}),
               ElementsAre(testing::Not(testing::HasSubstr("type=")),
-                          testing::EndsWith("originalfile=a.png\\r\\ntype=image/png\")"),
-                          testing::EndsWith("originalfile=b\")"),
-                          testing::EndsWith("originalfile=c.ogg\\r\\ntype=audio/ogg\")")));
+                          testing::EndsWith("originalfile=a.png\\r\\ntype=image/png\\r\\nboundary=b\")"),
+                          testing::EndsWith("originalfile=b\\r\\nboundary=b\")"),
+                          testing::EndsWith("originalfile=c.ogg\\r\\ntype=audio/ogg\\r\\nboundary=b\")")));
   // The record is what it always is.
   EXPECT_THAT(host.Items[0]->Record, testing::Not(testing::HasSubstr("type=")));
 }

@@ -380,6 +380,55 @@ TEST_F(RestoreTest, AttachmentsGoBackAsTheyWereSentWhereTheHostHasChosenSo) {
                 PartOf("own", "a.txt", "SGVsbG8=\r\n") + "--own--\r\n\r\n");
 }
 
+TEST_F(RestoreTest, AttachmentsGoBackIntoTheMultipartsThatTheyStoodIn) {
+  const ScopedRules today(Rules::Today());
+  const std::string head = "Subject: x\r\nContent-Type: Multipart/Related; boundary=R\r\n\r\n--R\r\n";
+  const std::string inner = "Content-Type: multipart/signed; boundary=S\r\n\r\n--S\r\n\r\ntext\r\n";
+  Store("From - \r\n" + head + inner + "--S-- \r\n--R--\t\r\n\r\n");
+  Attach("FileAttach1", "a.png\r\ntype=image/png\r\ncontentid=<1@x>\r\ndisposition=inline\r\nboundary=R",
+         "AAA");
+  Attach("FileAttach2", "smime.p7s\r\ntype=application/pkcs7-signature\r\nboundary=S", "AAA");
+  Attach("FileAttach3", "lost.txt\r\ntype=text/plain\r\nboundary=gone", "AAA");
+  const auto part = [](const std::string& boundary, const std::string& type, const std::string& name,
+                       const std::string& shown) {
+    return "--" + boundary + "\r\nContent-Type: " + type + "; name=\"" + name +
+           "\"\r\nContent-Transfer-Encoding: base64\r\n" + shown + "; filename=\"" + name +
+           "\"\r\n\r\nQUFB\r\n";
+  };
+  EXPECT_EQ(Restore(),
+            "From - \r\nSubject: x\r\nContent-Type: Multipart/Related; boundary=R\r\n\r\n--R\r\n" + inner +
+                part("S", "application/pkcs7-signature", "smime.p7s", "Content-Disposition: attachment") +
+                "--S-- \r\n" +
+                part("R", "image/png", "a.png", "Content-ID: <1@x>\r\nContent-Disposition: inline") +
+                part("R", "text/plain", "lost.txt", "Content-Disposition: attachment") + "--R--\t\r\n\r\n");
+}
+
+TEST_F(RestoreTest, AttachmentOfUnknownPlaceGoesBehindAMailThatIsNotMixed) {
+  const ScopedRules today(Rules::Today());
+  Store("Content-Type: multipart/related; boundary=R\r\n\r\n--R\r\n\r\ntext\r\n--R--\r\n");
+  Attach("FileAttach1", "a.png\r\ntype=image/png\r\nboundary=R", "AAA");
+  Attach("FileAttach2", "b.png\r\ntype=image/png", "AAA");
+  const std::string mail = Restore();
+  const std::string boundary = BoundaryIn(mail);
+  EXPECT_EQ(boundary.size(), 36U);
+  EXPECT_THAT(mail, testing::ContainsRegex("--R\r\nContent-Type: image/png; name=\"a.png\""));
+  EXPECT_THAT(mail, testing::HasSubstr("QUFB\r\n--R--\r\n--" + boundary +
+                                       "\r\nContent-Type: image/png; name=\"b.png\""));
+  EXPECT_THAT(mail, testing::EndsWith("QUFB\r\n--" + boundary + "--\r\n\r\n"));
+}
+
+TEST_F(RestoreTest, MailThatEndsInAnEmptyLineGetsNoOtherToday) {
+  const ScopedRules today(Rules::Today());
+  for (const std::string text : {"body\r\n\r\n", "body\r\n\r\n\r\n", "\r\n"}) {
+    std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/Inbox"));
+    Store("From - \r\nSubject: x\r\n\r\n" + text);
+    EXPECT_EQ(Restore(), "From - \r\nSubject: x\r\n\r\n" + text);
+  }
+  std::filesystem::remove(tree.Folder().Native("Thunderbird/Profiles/p/Mail/a/Inbox"));
+  Store("From - \r\nSubject: x\r\n\r\nbody");
+  EXPECT_EQ(Restore(), "From - \r\nSubject: x\r\n\r\nbody\r\n\r\n");
+}
+
 // --- Encoding a file
 
 class EncodeTest : public RestoreTest {
