@@ -58,7 +58,9 @@ std::string DecodeEncodedWords(std::string_view s);
 // The decoded value of a parameter of a header value; `name` in lower case.
 std::string GetHeaderParam(std::string_view value, std::string_view name);
 
-// Attachment file name of a part, safe for a file system; "" means that the part is no attachment.
+// Attachment file name of a part; "" means that the part is no attachment.
+std::string GetPartName(std::string_view headerBlock);
+// The same made safe for a file system.
 std::string GetPartFileName(std::string_view headerBlock);
 
 // Content type, disposition and transfer encoding up to the first ";", as written; by the standards

@@ -188,6 +188,10 @@ std::string NameIn(std::string_view headerBlock) {
 
 }  // namespace
 
+std::string GetPartName(std::string_view headerBlock) {
+  return NameIn(headerBlock);
+}
+
 std::string GetPartFileName(std::string_view headerBlock) {
   return EncodeFileName(NameIn(headerBlock));
 }

@@ -11,6 +11,7 @@
 #include "Platform/CodePage.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
+#include "Platform/Rules.h"
 #include "Standalone/FittingName.h"
 #include "Standalone/Phrases.h"
 
@@ -58,9 +59,11 @@ struct GivenName {
     front.resize(behind);
   }
 
-  // An attachment's own name was encoded twice.
+  // By the rules of old an attachment's own name was encoded twice.
   std::string Text() const {
-    return DisplayUtf8(DecodeFileName(front)) + DisplayUtf8(DecodeFileName(DecodeFileName(own)));
+    const bool isTwice = CurrentRules().attachmentHeaders == AttachmentHeaders::Plain;
+    const std::string name = DecodeFileName(own);
+    return DisplayUtf8(DecodeFileName(front)) + DisplayUtf8(isTwice ? DecodeFileName(name) : name);
   }
 
   std::string front, mark, own;
@@ -114,8 +117,9 @@ ExitCode Get(Session& session, const GetOptions& options) {
   const StandaloneLocationPtr location = session.Read(session.Address(options.address));
   const StandaloneItemPtr item = FindItem(*location, options.item);
   if (item == nullptr) {
+    const std::string hint = CopyHint(*location, options.item);
     throw AppError(ExitCode::Partly, InWords(Phrase::NoItem, {options.item, options.address}),
-                   InWords(Phrase::ListItems, {options.address}));
+                   hint.empty() ? InWords(Phrase::ListItems, {options.address}) : hint);
   }
   const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
   const std::vector<std::string> keys =

@@ -36,9 +36,25 @@ std::string ValueOf(Step&& step) {
   return value;
 }
 
-// The name of an attachment as the sender wrote it, as a line of the description; "" if the part's header has
-// none.
+bool NamesAreAsSent() {
+  return CurrentRules().attachmentHeaders == AttachmentHeaders::AsSent;
+}
+
+// A name in one line, as control characters say nothing.
+std::string InOneLine(std::string name) {
+  std::ranges::replace_if(
+      name, [](char c) { return codepage::Code(c) < ' '; }, ' ');
+  return name;
+}
+
+// The name of an attachment as the sender gave it, as a line of the description; "" if the part's header has
+// none. By the rules of old it is what stands there, up to the end of the word or of the line.
 std::string OriginalFileLine(std::string_view header) {
+  if (NamesAreAsSent()) {
+    std::string name;
+    Swallow([&] { name = GetPartName(header); });
+    return name.empty() ? "" : "\noriginalfile=" + InOneLine(name);
+  }
   for (const std::string_view mark : {"filename=", "name="}) {
     const std::size_t found = header.find(mark);
     if (found == std::string_view::npos) continue;
@@ -69,10 +85,12 @@ class StdMail::RecordWriter {
 
   std::string Decoded(std::string_view header) const;
   std::string Identity() const;
+  double Size() const;
   std::string Attributes() const;
   std::string DescribeMailFile(std::string_view savedName, std::string_view extension) const;
   std::string DescribeAttachment(std::int32_t position, const std::string& name);
   std::string NumberOf(std::int32_t position) const;
+  std::string NameToBe(std::int32_t position, const std::string& name) const;
   std::string MoveAttachment(std::int32_t position, const std::string& name);
   std::string PathFor(const std::string& name, const std::string& source);
   void NoteUnmoved(const std::string& source, const std::string& name) const;
@@ -104,7 +122,7 @@ std::string StdMail::RecordWriter::Write(std::string_view kw) {
   AddDataIfAny(data_key::kCc, Decoded("cc"));
   AddDataIfAny(data_key::kBcc, Decoded("bcc"));
   AddData(data_key::kAttribute, ValueOf([&] { return Attributes(); }));
-  AddData(data_key::kSize, NumberText(mail_.readCount_));
+  AddData(data_key::kSize, NumberText(Size()));
   Add(record_key::kDate, date_);
   AddData(kMailFileKey, ValueOf([&] { return DescribeMailFile("mail.eml", ".eml"); }));
   if (mail_.hasHTML_) AddData(kHtmlFileKey, ValueOf([&] { return DescribeMailFile("mail.html", ".html"); }));
@@ -148,6 +166,12 @@ std::string StdMail::RecordWriter::Identity() const {
   return identity;
 }
 
+// By the rules of old with the separator of the next mail.
+double StdMail::RecordWriter::Size() const {
+  const bool isItsOwn = CurrentRules().readAhead == ReadAhead::Keeps;
+  return mail_.readCount_ - (isItsOwn ? mail_.ledger_.nextSeparatorCount : 0);
+}
+
 std::string StdMail::RecordWriter::Attributes() const {
   const std::int32_t status = ReadHexNumber(mail_.GetHeader("x-mozilla-status"));
   std::string attributes;
@@ -169,8 +193,13 @@ std::string StdMail::RecordWriter::DescribeMailFile(std::string_view savedName,
 std::string StdMail::RecordWriter::DescribeAttachment(std::int32_t position, const std::string& name) {
   const std::string original = OriginalFileLine(mail_.attachments_->Item(position));
   if (saved_) return EscapeValue(MoveAttachment(position, name) + "\ndate=" + date_ + original);
-  const std::string file = EncodeFileName(identity_ + "#" + NumberOf(position) + "_" + name);
-  return EscapeValue(file + "\ndate=" + date_ + original);
+  return EscapeValue(NameToBe(position, name) + "\ndate=" + date_ + original);
+}
+
+// The name was made safe once already; by the rules of old it is so again.
+std::string StdMail::RecordWriter::NameToBe(std::int32_t position, const std::string& name) const {
+  const std::string front = identity_ + "#" + NumberOf(position) + "_";
+  return NamesAreAsSent() ? EncodeFileName(front) + name : EncodeFileName(front + name);
 }
 
 // By which the part is brought out. Where the mail was split into files, its position.

@@ -68,12 +68,13 @@ class Finds {
 
 // --- Mails
 
-// Those of today but for what is meant to differ in any mailbox: the line end before a boundary, and the last
-// line, which no mail brought out by the others has.
+// Those of today but for what is meant to differ in any mailbox: the line end before a boundary, the last
+// line, which no mail brought out by the others has, and the name of an attachment as it was sent.
 Rules TodaysRulesOfReading() {
   Rules rules = Rules::Today();
   rules.partLineEnds = PartLineEnds::CrLf;
   rules.readAhead = ReadAhead::Loses;
+  rules.attachmentHeaders = AttachmentHeaders::Plain;
   return rules;
 }
 

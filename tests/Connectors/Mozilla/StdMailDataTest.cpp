@@ -1,6 +1,7 @@
 // The item record of a mail.
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Support/ScopedRules.h"
 #include "Support/ScopedTimeZone.h"
 
 namespace vorlent {
@@ -361,6 +362,46 @@ INSTANTIATE_TEST_SUITE_P(
                     OriginalRow{"Content-Disposition: a; filename*=utf-8''a%20b", ""},
                     OriginalRow{"Content-Disposition: a; FILENAME=f", ""},
                     OriginalRow{"Content-Type: a; Name=f", ""}));
+
+TEST_F(StdMailDataTest, DescriptionHasTheNameThatTheSenderGaveToday) {
+  const ScopedRules today(Rules::Today());
+  struct Row {
+    std::string header;
+    std::string name;
+    std::string safe;
+  };
+  for (const Row& row :
+       {Row{"Content-Disposition: a; filename=a.bin;", "a.bin", "a.bin"},
+        Row{"Content-Disposition: a; filename=\"a\\\"b.bin\"", "a\"b.bin", "a%22b.bin"},
+        Row{"Content-Disposition: a; filename=\"100%.bin\"", "100%.bin", "100%25.bin"},
+        Row{"Content-Disposition: a; filename=\"=?UTF-8?Q?a=C3?=\n =?UTF-8?Q?=A4?=\"", "aä", "aä"},
+        Row{"Content-Disposition: a; filename*=UTF-8''%C3%A4%0D%0Ab", "ä  b", "ä%0D%0Ab"},
+        Row{"Content-Disposition: a; FILENAME=f", "f", "f"}}) {
+    const std::string description = UnescapeValue(
+        Field(RecordOfParts("--B\n" + row.header + "\n\nx\n--B--\n", false), "DataFileAttach1"));
+    EXPECT_EQ(GetLineValue(description, "originalfile"), row.name);
+    EXPECT_THAT(description, HasSubstr("#1_" + row.safe + "\r\n"));
+  }
+  const std::string nameless = RecordOfParts("--B\nContent-Type: image/png\n\nx\n--B--\n", false);
+  EXPECT_THAT(Field(nameless, "DataFileAttach1"), Not(HasSubstr("originalfile")));
+}
+
+TEST_F(StdMailDataTest, SizeIsThatOfTheMailAloneToday) {
+  const auto sizes = [&] {
+    MailboxBuilder box;
+    box.Mail(kPlainHeaders).Mail(kPlainHeaders);
+    Open(box.Text() + "\r\n");
+    std::vector<double> read;
+    while (mail_.ReadHeader(false))
+      read.push_back(ReadNumber(Field(mail_.GetData("", false), "DataSize")));
+    return read;
+  };
+  const std::vector<double> old = sizes();
+  ASSERT_EQ(old.size(), 2U);
+  EXPECT_GT(old[0], old[1]);
+  const ScopedRules today(Rules::Today());
+  EXPECT_THAT(sizes(), testing::ElementsAre(old[1], old[1]));
+}
 
 TEST_F(StdMailDataTest, HtmlTextIsDescribedIfTheMailHasOne) {
   const std::string parts = "--B\nContent-Type: text/html\n\n<p>\n--B--\n";
