@@ -57,8 +57,10 @@ ExitCode Delete(Session& session, const DeleteOptions& options) {
   const auto connector = std::dynamic_pointer_cast<MailConnector>(location->Connector());
   // Numbers mean places in the list before anything is deleted.
   const FoundItems found = FindItems(*location, options.items);
-  for (const std::string& missing : found.missing)
+  for (const std::string& missing : found.missing) {
     session.Output().Complain(InWords(Phrase::NoItem, {missing, options.address}));
+    if (const std::string hint = CopyHint(*location, missing); !hint.empty()) session.Output().Say(hint);
+  }
   bool isWhole = found.missing.empty();
   for (const StandaloneItemPtr& item : found.items) {
     const std::string file = item->DataText(data_key::kSourceFile);

@@ -10,6 +10,7 @@
 #include "Apps/CommandLine/EndingSignals.h"
 #include "Apps/CommandLine/Terminal.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Host/FileKeys.h"
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
@@ -168,6 +169,14 @@ std::vector<StandaloneItemPtr> ItemsOf(Location& location) {
 
 StandaloneItemPtr FindItem(Location& location, const std::string& wanted) {
   return ItemFinder(ItemsOf(location)).Find(wanted);
+}
+
+std::string CopyHint(Location& location, const std::string& wanted) {
+  for (const StandaloneItemPtr& item : ItemsOf(location)) {
+    const auto copy = MailOfNumberedId(item->ID());
+    if (copy && DisplayUtf8(copy->id) == wanted) return InWords(Phrase::CopyIsThere, {Shown(item->ID())});
+  }
+  return {};
 }
 
 FoundItems FindItems(Location& location, const std::vector<std::string>& wanted) {

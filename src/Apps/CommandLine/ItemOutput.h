@@ -16,6 +16,10 @@ std::vector<StandaloneItemPtr> ItemsOf(Location& location);
 // The item of that ID, or with that number in the list; null if there is none. `wanted` is UTF-8.
 StandaloneItemPtr FindItem(Location& location, const std::string& wanted);
 
+// What helps where no mail has the ID that is wanted: that of a later one of several, if there is one; else
+// "".
+std::string CopyHint(Location& location, const std::string& wanted);
+
 // What FindItem finds for each of those, every item once.
 struct FoundItems {
   std::vector<StandaloneItemPtr> items;

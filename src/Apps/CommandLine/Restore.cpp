@@ -94,6 +94,19 @@ struct Target {
   std::string verb;
 };
 
+// Why nothing was appended, as far as opening the mailbox tells it.
+AppError NotAppended(const Target& target, const std::string& text) {
+  const std::string mailbox = NativeShown(target.mailbox);
+  try {
+    os::File::Open(target.mailbox, os::File::Mode::Append);
+  } catch (const Failure& failure) {
+    const std::string reason = ToldShown(failure.Reason());
+    return {ExitCode::Partly, InWords(Phrase::NotAppendedFor, {mailbox, text, reason}),
+            std::string(InWords(failure.Why().hint))};
+  }
+  return {ExitCode::Partly, InWords(Phrase::NotAppended, {mailbox, text})};
+}
+
 // Runs an action of the mail connector for an archived mail. It reports nothing of what goes wrong on the
 // way, so what can be checked is checked before a byte is written, and the rest afterwards. Raises AppError.
 void PutBack(Session& session, const Target& target, const StandaloneItemPtr& item) {
@@ -109,8 +122,7 @@ void PutBack(Session& session, const Target& target, const StandaloneItemPtr& it
     session.Host().Global().ChooseItem(item);
     target.connector.ExecuteAction(target.verb + ":" + item->ID());
   }
-  if (LengthOf(target.mailbox) == before)
-    throw AppError(ExitCode::Partly, InWords(Phrase::NotAppended, {mailbox, text}));
+  if (LengthOf(target.mailbox) == before) throw NotAppended(target, text);
   StdMail mail;
   mail.SetMailboxFile(target.mailbox);
   bool isFound = false;

@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/AddressedLocation.h"
@@ -13,6 +12,7 @@
 #include "Connectors/Mozilla/MailPump.h"
 #include "Connectors/Mozilla/MailRunTeller.h"
 #include "Connectors/Mozilla/Profiles.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Connector.h"
@@ -81,7 +81,6 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   void ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit);
   void ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit);
   void ReadMailbox(const Place& mailbox, Visit visit);
-  void CountExpunged(const StdMail& mail);
   std::string WithIdOfItsOwn(std::string record);
 
   // A new reader; all of one connector share its temporary folder.
@@ -95,10 +94,7 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
 
   std::string tempFolder_;  // "" until first needed
   FolderTrail trail_;       // of the present walk
-  // How many mails were read, by the ID in lower case; none of an ID that only one mail has had.
-  std::unordered_map<std::string, std::int32_t> mailsOfId_;
-  // As mailsOfId_, all expunged ones of the mailbox at hand that no mail of their ID has followed.
-  std::unordered_map<std::string, std::int32_t> expungedOfId_;
+  MailIds mailIds_;
   // The mailboxes found by InitLocation, and the address of each.
   KeyedList<std::string> mailFiles_;
   KeyedList<std::string> mailAddresses_;

@@ -1,5 +1,7 @@
 // From an address to mailboxes, and from mailboxes to items.
 
+#include <utility>
+
 #include "Common/NumberText.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/BrokenItems.h"
@@ -104,7 +106,7 @@ std::string Location_Thunderbird::CutScheme(std::string& address) {
 }
 
 bool Location_Thunderbird::ReadAddress(std::string path) {
-  mailsOfId_.clear();
+  mailIds_.Clear();
   const bool subfolders = CutSubfolderMark(path);
   const std::string profile = CutToken(path, "/");
   return profile.empty() ? ReadAllProfiles(Visit::Read) : ReadProfile(profile, path, subfolders, Visit::Read);
@@ -275,12 +277,12 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   HostGlobal& host = HostObjects::Current().Global();
   mail->SetMailboxFile(mailbox.dir);
   mail->NoteExpunged(IdsAreNumbered());
-  expungedOfId_.clear();
+  mailIds_.BeginMailbox();
   if (!OpenToRead(*mail)) return;
   host.Report(report::kProgress, "0/100:Thunderbird " + mailbox.dir, nullptr);
   while (mail->ReadHeader(false, true)) {
     TellBroken(*mail);
-    CountExpunged(*mail);
+    mailIds_.NoteExpunged(mail->Ledger().expungedIds);
     PasteItem(WithIdOfItsOwn(mail->GetData(mailbox.keywords, false)), false);
     TellLost(*mail, PasteLoss());
     host.Report(report::kProgress, NumberText(mail->Percent() * 100), nullptr);
@@ -290,28 +292,9 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   host.Report(report::kProgress, "", nullptr);
 }
 
-void Location_Thunderbird::CountExpunged(const StdMail& mail) {
-  for (const std::string& id : mail.Ledger().expungedIds)
-    ++expungedOfId_[LowerCase(id)];
-}
-
-// The record with an ID that no item of the Location has. The ID is the record's first field.
+// The record with an ID that no item of the Location has.
 std::string Location_Thunderbird::WithIdOfItsOwn(std::string record) {
-  if (!IdsAreNumbered()) return record;
-  const std::size_t begin = record_key::kId.size() + 1;
-  const std::string id = record.substr(begin, record.find('|') - begin);
-  const std::string key = LowerCase(id);
-  const bool isTaken = HasID(id);
-  if (!isTaken && !mailsOfId_.contains(key) && !expungedOfId_.contains(key)) return record;
-  // The mail that has the ID itself may not have been counted yet.
-  std::int32_t& number = mailsOfId_.try_emplace(key, isTaken ? 1 : 0).first->second;
-  // A number stays with its mail when one before it in the mailbox is marked as deleted.
-  if (const auto expunged = expungedOfId_.extract(key)) number += expunged.mapped();
-  std::string own;
-  do {
-    own = NumberedId(id, ++number);
-  } while (HasID(own));
-  return record.replace(begin, id.size(), own);
+  return mailIds_.WithIdOfItsOwn(std::move(record), [this](std::string_view id) { return HasID(id); });
 }
 
 }  // namespace vorlent

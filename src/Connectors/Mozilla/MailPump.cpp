@@ -8,6 +8,8 @@
 #include "Common/Width.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Host/HostObjects.h"
+#include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
 #include "Platform/Platform.h"
 
 namespace vorlent {
@@ -106,6 +108,8 @@ void MailPump::OpenMailbox() {
     Report(report::kStatus, Title() + ": " + file);
   });
   Reader().SetMailboxFile(file);
+  Reader().NoteExpunged(IdsAreNumbered());
+  ids_.BeginMailbox();
   source_.teller.Open(*mail_);
   keywords_ = GetKeywordsOfFile(file);
   if (HasObject(tree_)) tree_->AddKeywordPath(keywords_);
@@ -142,7 +146,8 @@ void MailPump::ReportProgress(double bytes) const {
 
 void MailPump::Deliver(std::string& record) {
   const std::string& address = source_.addresses.Item(index_);
-  record = mail_->GetData(keywords_, saveAttachments_);
+  ids_.NoteExpunged(mail_->Ledger().expungedIds);
+  record = WithIdOfItsOwn(mail_->GetData(keywords_, saveAttachments_));
   record += "|Source=" + EscapeValue(address);
   place_ = ReadNumber(mail_->GetHeader("Address", false));
   ++delivered_;
@@ -153,6 +158,15 @@ void MailPump::Deliver(std::string& record) {
     needsMailbox_ = true;
     index_ = source_.files.Count();
   }
+}
+
+// The record with an ID that no mail of the run was given.
+std::string MailPump::WithIdOfItsOwn(std::string record) {
+  if (!IdsAreNumbered()) return record;
+  record = ids_.WithIdOfItsOwn(std::move(record),
+                               [this](std::string_view id) { return givenIds_.contains(LowerCase(id)); });
+  givenIds_.insert(LowerCase(GetParam(record, record_key::kId)));
+  return record;
 }
 
 // A mail that isn't there whole stays where it is complete.

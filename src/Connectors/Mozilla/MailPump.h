@@ -5,10 +5,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/MailRunTeller.h"
+#include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Tree.h"
 
@@ -47,6 +49,7 @@ class MailPump {
   void FinishMailbox();
   void MarkNoted();
   void Deliver(std::string& record);
+  std::string WithIdOfItsOwn(std::string record);
   void ReportProgress(double bytes) const;
   void End();
   // Raises ObjectNotSet where the run hasn't started, or has ended.
@@ -76,6 +79,8 @@ class MailPump {
   // Address. Only when it is marked is one found to be no offset at all.
   std::vector<double> noted_;
   double place_ = 0;  // of the mail delivered last
+  MailIds ids_;
+  std::unordered_set<std::string> givenIds_;  // in lower case, where IDs are numbered
 };
 
 }  // namespace vorlent

@@ -8,6 +8,7 @@
 #include "Common/TextWriter.h"
 #include "Common/Width.h"
 #include "Host/RecordKeys.h"
+#include "Platform/CodePage.h"
 #include "Platform/Failure.h"
 #include "Platform/Rules.h"
 
@@ -58,6 +59,29 @@ bool IdsAreNumbered() {
   return CurrentRules().equalIds == EqualIds::Numbered;
 }
 
+void MailIds::NoteExpunged(const std::vector<std::string>& ids) {
+  for (const std::string& id : ids)
+    ++expunged_[LowerCase(id)];
+}
+
+std::string MailIds::WithIdOfItsOwn(std::string record, const IsTaken& isTaken) {
+  if (!IdsAreNumbered()) return record;
+  const std::size_t begin = record_key::kId.size() + 1;
+  const std::string id = record.substr(begin, record.find('|') - begin);
+  const std::string key = LowerCase(id);
+  const bool hasOther = isTaken(id);
+  if (!hasOther && !mails_.contains(key) && !expunged_.contains(key)) return record;
+  // The mail that has the ID itself may not have been counted yet.
+  std::int32_t& number = mails_.try_emplace(key, hasOther ? 1 : 0).first->second;
+  // A number stays with its mail when one before it in the mailbox is marked as deleted.
+  if (const auto expunged = expunged_.extract(key)) number += expunged.mapped();
+  std::string own;
+  do {
+    own = NumberedId(id, ++number);
+  } while (isTaken(own));
+  return record.replace(begin, id.size(), own);
+}
+
 std::optional<NumberedMail> MailOfNumberedId(std::string_view numbered) {
   const std::size_t mark = std::min(numbered.rfind(kNumberMark), numbered.size());
   NumberedMail mail = {std::string(numbered.substr(0, mark)), 0};
@@ -74,8 +98,8 @@ bool RecordedMail::Is(StdMail& mail) const {
   MailFields fields = FieldsIn(mail.GetData("", false));
   if (IsNumbered(fields_.front(), fields.front())) fields.front() = fields_.front();
   if (fields != fields_) return false;
-  // The recorded size counts the separator of the next mail, if there was one; that may have gone since, or
-  // another have come after an empty line.
+  // By the rules of old the recorded size counts the separator of the next mail, if there was one. That may
+  // have gone since, or another have come after an empty line.
   const double ownSize = mail.ReadCount() - mail.Ledger().nextSeparatorCount;
   return ownSize <= ReadNumber(size_) + static_cast<double>(kLineEnd.size());
 }

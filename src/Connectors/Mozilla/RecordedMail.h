@@ -4,9 +4,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/Item.h"
@@ -18,6 +21,25 @@ std::string NumberedId(const std::string& id, std::int32_t number);
 
 // Whether the mails of one ID are items of their own.
 bool IdsAreNumbered();
+
+// Gives mails that are read one after the other IDs of their own, where IDs are numbered.
+class MailIds {
+ public:
+  // Nothing was read.
+  void Clear() { mails_.clear(); }
+  void BeginMailbox() { expunged_.clear(); }
+  // These came in the mailbox since the mail before.
+  void NoteExpunged(const std::vector<std::string>& ids);
+  // The record of the next mail with an ID that isn't taken. The ID is the record's first field.
+  using IsTaken = std::function<bool(std::string_view)>;
+  std::string WithIdOfItsOwn(std::string record, const IsTaken& isTaken);
+
+ private:
+  // How many mails were read, by the ID in lower case; none of an ID that only one mail has had.
+  std::unordered_map<std::string, std::int32_t> mails_;
+  // As mails_, all expunged ones of the mailbox at hand that no mail of their ID has followed.
+  std::unordered_map<std::string, std::int32_t> expunged_;
+};
 
 // A mail among those of one ID.
 struct NumberedMail {

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "Common/NumberText.h"
+#include "Common/StdModul.h"
 #include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Support/DiskOperations.h"
@@ -175,6 +176,23 @@ TEST_F(LocationThunderbirdPumpTest, SwitchOfTheLogIsBroughtBack) {
   Stream();
   EXPECT_THAT(host.Log.Lines(), Not(testing::Contains("Global.SetLogEnabled(false)")));
   EXPECT_TRUE(host.Global.IsLogEnabled);
+}
+
+TEST_F(LocationThunderbirdPumpTest, MailsOfOneIdAreNumberedAsTheyAreListed) {
+  const std::string expunged = OrdinaryMail{.subject = "a", .status = "0009", .body = "gone\r\n"}.Bytes();
+  tree.AddMailbox("p", "a", "Inbox", expunged + MailOf("1", "b") + MailOf("2") + MailOf("1", "c"));
+  tree.AddMailbox("p", "a", "Sent", MailOf("1", "d"));
+  const auto ids = [&] {
+    Prepare("thunderbird://p/a");
+    std::vector<std::string> found;
+    for (const std::string& record : Stream())
+      found.push_back(GetParam(record, "ID"));
+    return found;
+  };
+  const std::string one = "20100509143005-1@x", two = "20100509143005-2@x";
+  EXPECT_THAT(ids(), ElementsAre(one, two, one, one));
+  const ScopedRules rules({.equalIds = EqualIds::Numbered});
+  EXPECT_THAT(ids(), ElementsAre(one + "~2", two, one + "~3", one + "~4"));
 }
 
 TEST_F(LocationThunderbirdPumpTest, RunCanBeRepeated) {
