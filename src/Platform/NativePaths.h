@@ -10,6 +10,10 @@
 
 namespace vorlent::os {
 
+// Stands for a backslash in a name of a system that lets names hold one, where text can hold it: U+F05C, as
+// others write such names on Windows.
+inline constexpr std::string_view kBackslashOfName = "\xEF\x81\x9C";
+
 // The native path that a Windows path stands for, as libraries open it and as people read it. Names that
 // aren't there as written are looked for without regard to case, component by component, and stay as written
 // where none is found. "" for a path that can't stand for anything: an empty one, one of a drive that isn't

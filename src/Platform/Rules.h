@@ -30,7 +30,8 @@ enum class AttachmentHeaders {
 enum class ProfileSections {
   AllButFirst,  // All from the second on, in the order of the file.
   ByName,       // Those called "Profile" and a number that have a name and a path. The profile in use comes
-                // first: the one that an "Install" section names, else the one marked as default.
+                // first: the one that an "Install" section names, else the one marked as default. Each has
+                // a name of its own.
 };
 
 // Whose list of profiles ends with the pseudo-profile of the local disks.
@@ -64,10 +65,16 @@ enum class BookmarkOrder {
   OfBrowser,  // Everything as the browser has it, and what has come in since then behind that.
 };
 
+// What the preferences of a profile tell of its mail accounts.
+enum class MailAccounts {
+  AsWritten,  // Name and folder of each, up to the first quote.
+  AsShown,    // What Thunderbird makes of them: a name for each, and its folder wherever the profile lies.
+};
+
 // By which name a mail folder goes.
 enum class MailFolderNames {
   OfFiles,  // That of its file.
-  Shown,    // That by which Thunderbird shows it; an address may have either.
+  Shown,    // That by which Thunderbird shows it, whatever is in it; an address may have either.
 };
 
 // Whose subfolders are mail folders.
@@ -171,6 +178,12 @@ enum class SameNames {
 enum class MailboxOpening {
   ForWriting,  // It is made if it is missing; one that may not be written can't be read.
   ForReading,
+};
+
+// Which files of a folder are mailboxes.
+enum class MailboxFiles {
+  WithSummary,    // Those beside which their summary lies.
+  OfThunderbird,  // These, and what is empty or begins like a mailbox and is no other file of the client's.
 };
 
 // The mailbox's summary file, after a mail was to be marked.

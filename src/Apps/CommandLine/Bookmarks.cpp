@@ -45,6 +45,33 @@ bool ComplainOfLeftOut(Session& session) {
   return true;
 }
 
+// Writes the profile's own file, and tells why it can't be. False if it can't be where it needn't be, since
+// there is to be a copy.
+bool WriteIntoProfile(Session& session, Location_FireFox& connector, bool isCopied) {
+  try {
+    connector.Save();
+    return true;
+  } catch (const Failure& failure) {
+    if (!isCopied) throw;
+    session.Output().Say(CauseShown(failure.Why()));
+    return false;
+  }
+}
+
+// The profile's own file, and a copy if there is to be one.
+void WriteExports(Session& session, Location_FireFox& connector, const std::string& file,
+                  const std::string& output) {
+  const bool isCopied = !output.empty();
+  const bool isInProfile = WriteIntoProfile(session, connector, isCopied);
+  if (!isCopied) return;
+  if (isInProfile) {
+    CopyExport(os::ToNativePath(file), output);
+    session.Output().Say(InWords(Phrase::WrittenIntoProfile, {NativeShown(file)}));
+  } else {
+    connector.SaveInto(ComponentPath(std::filesystem::absolute(output).string()));
+  }
+}
+
 ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const std::string address = session.Address(options.address);
   if (!address.starts_with(Location_FireFox::kScheme) || address.ends_with("/*")) {
@@ -68,11 +95,7 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const std::string shown = NativeShown(file);
   const bool isWhole = !ComplainOfLeftOut(session);
   if (FileExists(file) && !session.Confirm(InWords(Phrase::ReplaceFile, {shown}))) return ExitCode::Cancelled;
-  connector->Save();
-  if (!options.output.empty()) {
-    CopyExport(os::ToNativePath(file), options.output);
-    session.Output().Say(InWords(Phrase::WrittenIntoProfile, {shown}));
-  }
+  WriteExports(session, *connector, file, options.output);
   std::puts(options.output.empty() ? shown.c_str() : options.output.c_str());
   return isWhole ? ExitCode::Done : ExitCode::Partly;
 }
@@ -86,8 +109,9 @@ void DeclareBookmarks(CLI::App& command, Action& action) {
                   "Whose bookmarks, such as firefox://PROFILE/ or firefox://PROFILE/FOLDER/")
       ->required();
   command
-      .add_option("--output", options->output,
-                  "A copy for yourself. The bookmarks.html in the profile folder is written in any case")
+      .add_option(
+          "--output", options->output,
+          "A copy for yourself. The bookmarks.html in the profile folder is written, too, if it may be")
       ->type_name("FILE");
   command.callback(
       [options, &action] { action = [options](Session& session) { return Bookmarks(session, *options); }; });

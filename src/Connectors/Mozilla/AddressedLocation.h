@@ -9,6 +9,8 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/LocationFrame.h"
 #include "Connectors/Mozilla/LocationRecord.h"
+#include "Connectors/Mozilla/Profiles.h"
+#include "Connectors/Mozilla/Schemes.h"
 
 namespace vorlent {
 
@@ -62,6 +64,11 @@ class AddressedLocation : public LocationFrame<Interface> {
 
   // Tells why a Location could not be read.
   virtual void TellMissing(std::string_view text) { frame::ShowUnreadable(text); }
+
+  // Tells that an application has none.
+  void TellNoProfile(const Scheme& scheme) {
+    frame::ReportUnreadable({ProfilesFileOf(scheme.appFolder), "kein Profil gefunden"});
+  }
 
   void TellMissingProfile(std::string_view name) {
     TellMissing("Profil '" + std::string(name) + "' nicht gefunden!");

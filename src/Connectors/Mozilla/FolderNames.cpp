@@ -6,6 +6,7 @@
 
 #include "Common/JsonReader.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/ImapNames.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
@@ -14,6 +15,8 @@
 namespace vorlent {
 
 namespace {
+
+static_assert(kSummary.size() == kSubfolders.size());
 
 // Thousands of folders need a few megabytes. Of a larger file as much is read.
 constexpr std::uint64_t kMostOfCache = 64 << 20;
@@ -43,8 +46,13 @@ std::string WithSlash(std::string native) {
 
 }  // namespace
 
+std::string KeywordsOfRecord(std::string_view keywords) {
+  return FoldersHaveShownNames() ? EscapeValue(keywords) : std::string(keywords);
+}
+
 void FolderNames::TurnTo(std::string_view profileFolder) {
   profile_ = profileFolder;
+  foldersOfServers_.clear();
   isUpToDate_ = false;
 }
 
@@ -52,7 +60,7 @@ std::string FolderNames::Shown(std::string_view folder, const std::string& name)
   if (!FoldersHaveShownNames() || profile_.empty()) return name;
   BringUpToDate();
   const std::string* told = Find(folder, name);
-  return told == nullptr ? name : os::ToWindowsName(*told);
+  return told == nullptr ? NameByServer(folder, name) : os::ToWindowsName(*told);
 }
 
 std::string FolderNames::OnDisk(std::string_view folder, const std::string& name) {
@@ -61,13 +69,25 @@ std::string FolderNames::OnDisk(std::string_view folder, const std::string& name
   if (IsAnywhere(path) || IsAnywhere(path + std::string(kSubfolders))) return name;
   std::optional<std::string> found;
   Swallow([&] {
-    for (std::string summary : os::ListNames(folder, "*.*", 0)) {
-      if (!HasEnding(summary, kSummary)) continue;
-      summary.resize(summary.size() - kSummary.size());
-      if (!found && Shown(folder, summary) == name) found = std::move(summary);
+    for (std::string file : os::ListNames(folder, "*.*", os::kDirectory)) {
+      if (HasEnding(file, kSummary) || HasEnding(file, kSubfolders))
+        file.resize(file.size() - kSummary.size());
+      if (!found && Shown(folder, file) == name) found = std::move(file);
     }
   });
   return found.value_or(name);
+}
+
+std::string FolderNames::NameByServer(std::string_view folder, const std::string& name) const {
+  const bool isByServer = name.find('&') != std::string::npos &&
+                          std::ranges::any_of(foldersOfServers_, [&](const std::string& account) {
+                            return folder.starts_with(account);
+                          });
+  const auto meant = isByServer ? FromImapName(name) : std::nullopt;
+  if (meant && MayBeShown(*meant)) return os::ToWindowsName(*meant);
+  std::string shown = name;
+  ReplaceText(shown, os::kBackslashOfName, "\\");
+  return shown;
 }
 
 void FolderNames::BringUpToDate() {

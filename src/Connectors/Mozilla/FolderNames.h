@@ -5,14 +5,20 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "Platform/Time.h"
 
 namespace vorlent {
 
+// A keyword path as the value of a record: the names in it that are shown may hold anything.
+std::string KeywordsOfRecord(std::string_view keywords);
+
 // The names of a profile's folders as Thunderbird shows them, by its folderCache.json. The files can't always
 // be called so: a name that is long or holds certain characters is hashed. By the rules of old a folder is
-// shown by the name of its file, and so it is today where the profile tells nothing of it that can be read.
+// shown by the name of its file, and so it is today where the profile tells nothing of it that can be read;
+// in IMAP accounts, what that means to the server.
 //
 // Folders are given with their closing separator, names are those of mailboxes.
 class FolderNames {
@@ -24,6 +30,10 @@ class FolderNames {
   // Turns to another profile folder, "" for none. What it tells is read when it is first needed, and again
   // after it was changed.
   void TurnTo(std::string_view profileFolder);
+
+  // The folders of accounts whose files are called as servers write the names of folders. They hold until the
+  // next turn.
+  void ServersNameThoseIn(std::vector<std::string> folders) { foldersOfServers_ = std::move(folders); }
 
   // The name to show for the mailbox `name` in a folder.
   std::string Shown(std::string_view folder, const std::string& name);
@@ -43,9 +53,11 @@ class FolderNames {
   void ReadCache(const std::string& file);
   void Learn(std::string key, std::string name);
   void Forget();
+  std::string NameByServer(std::string_view folder, const std::string& name) const;
   const std::string* Find(std::string_view folder, const std::string& name) const;
 
   std::string profile_;
+  std::vector<std::string> foldersOfServers_;
   bool isUpToDate_ = false;
   Stamp stamp_;                // of what was read last
   std::string nativeProfile_;  // of that, with its closing separator

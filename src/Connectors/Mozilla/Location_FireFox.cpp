@@ -6,6 +6,7 @@
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Profiles.h"
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
@@ -91,7 +92,10 @@ bool Location_FireFox::ReadAddress(std::string path) {
   std::string profile = CutToken(path, "/");
   if (profile.empty()) {
     const KeyedList<std::string> profiles = GetProfiles("*");
-    if (profiles.IsEmpty()) return true;
+    if (profiles.IsEmpty()) {
+      if (BrokenItemsAreNamed()) TellNoProfile(kFireFoxScheme);
+      return !BrokenItemsAreNamed();
+    }
     profile = ProfileOfEntry(profiles.Item(1));
     path.clear();
   }
@@ -121,8 +125,8 @@ KeyedList<std::string> Location_FireFox::GetProfiles(std::string_view name) {
   KeyedList<std::string> profiles;
   for (const MozillaProfile& profile : ReadMozillaProfiles(kFireFoxScheme.appFolder)) {
     if (name == "*") {
-      profiles.Add("Profil '" + profile.name + "'\n" + std::string(kScheme) + profile.name + "/");
-    } else if (name == profile.name) {
+      profiles.Add("Profil '" + profile.name + "'\n" + std::string(kScheme) + profile.segment + "/");
+    } else if (name == profile.segment) {
       profiles.Add(profile.path);
       break;
     }
@@ -164,7 +168,13 @@ void Location_FireFox::Connect(std::string_view profileFolder, const std::functi
     return;
   }
   RemarkSnapshot(*database_);
-  if (!walk()) ShowConnectFailure("\n\n" + database_->LastError());
+  if (walk()) return;
+  if (BrokenItemsAreNamed()) {
+    // It is there and open: no closing of the browser would help.
+    frame::ReportUnreadable({databaseFile_, database_->LastError()});
+  } else {
+    ShowConnectFailure("\n\n" + database_->LastError());
+  }
 }
 
 }  // namespace vorlent

@@ -40,6 +40,8 @@ class Location_FireFox final : public AddressedLocation<BookmarkConnector> {
   // first read, replacing what is there. A file that can't be written raises, and may be left written in
   // part.
   void Save() override;
+  // The same into a file.
+  void SaveInto(std::string_view path);
 
   // Failures are swallowed; nothing if the host gives no list.
   std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr& expr) override;

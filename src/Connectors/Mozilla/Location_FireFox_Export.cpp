@@ -344,10 +344,14 @@ void WriteSeparator(TextWriter& file, std::string_view indent) {
 }  // namespace
 
 void Location_FireFox::Save() {
+  SaveInto(profileFolder_ + "bookmarks.html");
+}
+
+void Location_FireFox::SaveInto(std::string_view path) {
   Tree()->ClearItems();
   for (const ItemPtr& item : ItemStore())
     Tree()->AddItem(item);
-  TextWriter file(profileFolder_ + "bookmarks.html", os::File::Mode::Create);
+  TextWriter file(path, os::File::Mode::Create);
   WriteHeader(file);
   if (outline_.IsKept()) {
     SaveOutline(file);

@@ -7,6 +7,7 @@
 #include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/Location_Thunderbird.h"
+#include "Connectors/Mozilla/MailboxFiles.h"
 #include "Connectors/Mozilla/RecordedMail.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/Thunderbird_Module.h"
@@ -26,17 +27,61 @@ bool CutSubfolderMark(std::string& path) {
   return false;
 }
 
-// A file is a mailbox if its summary lies beside it.
-bool IsMailbox(const std::string& path) {
+bool HasSummary(const std::string& path) {
   return FileExists(path + std::string(kSummary));
 }
 
+// One that may not be listed counts by the rules of today: it is told when it is entered.
+bool IsFolderToEnter(const std::string& path) {
+  if (!BrokenItemsAreNamed()) return FolderExists(path);
+  const std::int32_t attributes = GetFileAttr(path);
+  return attributes >= 0 && (attributes & os::kDirectory) != 0;
+}
+
+// Whether the walk can go into a folder. By the rules of today one that may not be listed is told.
+bool MayBeEntered(const std::string& folder) {
+  if (!BrokenItemsAreNamed() || os::MayList(folder)) return true;
+  try {
+    os::ListNames(folder, "*.*", 0);
+  } catch (const Failure& failure) {
+    frame::ReportUnreadable(failure.Why());
+  }
+  return false;
+}
+
+// Whether a link that leads to nothing stands for a mailbox. It is told then, by the rules of today.
+bool LeadsNowhere(const std::string& path) {
+  if (!BrokenItemsAreNamed()) return false;
+  const std::int32_t attributes = GetFileAttr(path);
+  if (attributes < 0 || (attributes & os::kLink) == 0 || (attributes & os::kDirectory) != 0) return false;
+  try {
+    os::FileLength(path);
+    return false;
+  } catch (const Failure& failure) {
+    frame::ReportUnreadable(failure.Why());
+    return true;
+  }
+}
+
 // Told, not skipped in silence: its mails are there, and none of them is read.
-bool PassesOverMaildir(std::string_view account) {
-  if (!IsMaildir(account)) return false;
-  frame::ReportUnreadable({.reason = "Account '" + std::string(account) +
+bool PassesOverMaildir(std::string_view segment) {
+  const MailAccount* const account = FindMailAccount(segment);
+  if (account == nullptr || !IsToldAsMaildir(*account)) return false;
+  frame::ReportUnreadable({.reason = "Account '" + account->name +
                                      "': Maildir, jede Mail in eigener Datei; wird nicht gelesen!"});
   return true;
+}
+
+// The segment that an entry found below `prefix` is addressed by.
+std::string SegmentOf(const DiscoveryEntry& entry, std::string_view prefix) {
+  std::string rest = entry.location.substr(prefix.size());
+  return CutToken(rest, "/");
+}
+
+// The name that an account of the profile read last is shown by.
+std::string NameOfAccount(const std::string& segment) {
+  const MailAccount* const account = FindMailAccount(segment);
+  return account == nullptr ? segment : account->name;
 }
 
 std::string WithoutSubfolderSuffix(std::string_view name) {
@@ -63,6 +108,28 @@ void TellLost(const StdMail& mail, const Cause& why) {
 void TellUnreadRest(const StdMail& mail) {
   if (!BrokenItemsAreNamed() || mail.Ledger().IsWhole()) return;
   ReportUnread(mail, mail.Ledger().offset, mail.Ledger().loss);
+}
+
+// Of a mailbox in which no mail was found.
+void TellSomethingElse(const std::string& mailbox) {
+  if (BrokenItemsAreNamed() && HoldsSomethingElse(mailbox))
+    frame::ReportUnreadable({mailbox, std::string(kNoMailInIt)});
+}
+
+// Whether the reading of all profiles leaves the disks out, of which no mailbox is read without a path.
+bool DisksAreNoMail() {
+  return CurrentRules().disksProfile == DisksProfile::OfMail;
+}
+
+// As GetAccounts. By the rules of today a profile whose preferences can't be read is told.
+KeyedList<std::string> AccountsToRead(std::string_view filter, const std::string& profilePath) {
+  try {
+    return GetAccounts("", filter, profilePath);
+  } catch (const Failure& failure) {
+    if (!BrokenItemsAreNamed()) throw;
+    frame::ReportUnreadable(failure.Why());
+    return {};
+  }
 }
 
 // Whether an address on the disks names no mailbox, but a folder in which there may be some.
@@ -129,17 +196,23 @@ KeyedList<std::string> Location_Thunderbird::DiscoverAccounts(const BrowsePoint&
   KeyedList<std::string> named;
   for (const std::string& entry : found) {
     DiscoveryEntry account = SplitDiscoveryEntry(entry);
-    if (IsMaildir(account.text)) account.text += " (Maildir)";
+    const MailAccount* const told = FindMailAccount(SegmentOf(account, point.prefix));
+    if (told != nullptr && IsToldAsMaildir(*told)) account.text += " (Maildir)";
     named.Add(JoinDiscoveryEntry(account));
   }
   return named;
 }
 
 bool Location_Thunderbird::ReadAllProfiles(Visit visit) {
+  bool isAny = false;
   for (const std::string& entry : GetMozillaProfiles("", "*", kThunderbirdScheme.appFolder)) {
-    if (!ReadProfile(NameOfDiscoveryEntry(entry), "", true, visit)) return false;
+    const std::string name = NameOfDiscoveryEntry(entry);
+    if (name == kDisks && DisksAreNoMail()) continue;
+    isAny = true;
+    if (!ReadProfile(name, "", true, visit) && !BrokenItemsAreNamed()) return false;
   }
-  return true;
+  if (!isAny) TellNoProfile(kThunderbirdScheme);
+  return isAny;
 }
 
 bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest, bool subfolders,
@@ -149,17 +222,20 @@ bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest
     TellMissingProfile(name);
     return false;
   }
-  const MozillaProfile profile = {name, paths.Item(1)};
+  const MozillaProfile profile = {name, paths.Item(1), name};
   const auto readAccount = [&](const std::string& account, bool withSubfolders) {
-    const TreePtr child = Tree()->AddChild("Account '" + account + "'", "Account=" + account);
+    const std::string shown = NameOfAccount(account);
+    const TreePtr child = Tree()->AddChild("Account '" + shown + "'", "Account=" + shown);
     ReadAccount(profile, account, rest, withSubfolders, child, visit);
   };
   const std::string token = CutToken(rest, "/");
   if (token == "*" || token.empty()) {
-    for (const std::string& entry : GetAccounts("", "*", profile.path)) {
-      readAccount(SplitDiscoveryEntry(entry).text, true);
+    for (const std::string& entry : AccountsToRead("*", profile.path)) {
+      const DiscoveryEntry account = SplitDiscoveryEntry(entry);
+      readAccount(name == kDisks ? account.text : SegmentOf(account, ""), true);
     }
   } else {
+    if (AccountsAreAsShown()) AccountsToRead(token, profile.path);
     readAccount(token, subfolders);
   }
   return true;
@@ -167,7 +243,7 @@ bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest
 
 void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std::string& account,
                                        std::string rest, bool subfolders, const TreePtr& tree, Visit visit) {
-  const KeyedList<std::string> paths = GetAccounts("", account, profile.path);
+  const KeyedList<std::string> paths = AccountsToRead(account, profile.path);
   if (paths.IsEmpty()) {
     TellMissingAccount(profile.name, account);
     return;
@@ -177,7 +253,7 @@ void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std:
   if (profile.name == kDisks) {
     ReadDrivePlace(std::move(place), std::move(rest), subfolders, tree, visit);
   } else {
-    place.keywords = "Account=" + account;
+    place.keywords = "Account=" + NameOfAccount(account);
     ReadMailPlace(std::move(place), std::move(rest), subfolders, tree, visit);
   }
 }
@@ -224,11 +300,11 @@ void Location_Thunderbird::ReadDrivePlace(Place place, std::string rest, bool su
   ReadDriveFolder(place, child, visit);
 }
 
-// The plain files tell what is there: a mailbox has its ".msf" beside it, a folder with subfolders its
-// ".sbd". The address handed down keeps the folder's name alone.
+// The plain files tell what is there: those that are mailboxes, and with subfolders those that have a ".sbd"
+// beside them. The address handed down keeps the folder's name alone.
 void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tree, Visit visit) {
   const FolderTrail::Step step(trail_, folder.dir);
-  if (step.LeadsBack()) return;
+  if (step.LeadsBack() || !MayBeEntered(folder.dir)) return;
   const auto readSubfolders = [&](const std::string& name, const std::string& shown) {
     const TreePtr child = tree->AddChild(shown, shown);
     ReadMailFolder(
@@ -238,8 +314,9 @@ void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tr
   for (const std::string& name : os::ListNames(folder.dir, "*.*", 0)) {
     const std::string path = folder.dir + name;
     const std::string shown = ShownFolderName(folder.dir, name);
-    if (IsMailbox(path)) ReadMailbox({path, folder.location + name, folder.keywords + "," + shown}, visit);
-    if (FolderExists(path + std::string(kSubfolders))) readSubfolders(name, shown);
+    if (IsMailbox(folder.dir, name, HasSummary(path), MailboxPlace::Account))
+      ReadMailbox({path, folder.location + name, folder.keywords + "," + shown}, visit);
+    if (IsFolderToEnter(path + std::string(kSubfolders))) readSubfolders(name, shown);
   }
   for (const std::string& name : NamesOfSubfoldersOnly(folder.dir))
     readSubfolders(name, ShownFolderName(folder.dir, name));
@@ -248,13 +325,13 @@ void Location_Thunderbird::ReadMailFolder(const Place& folder, const TreePtr& tr
 // Every subfolder gets a node, whether it holds mail or not, and the address keeps the whole path.
 void Location_Thunderbird::ReadDriveFolder(const Place& folder, const TreePtr& tree, Visit visit) {
   const FolderTrail::Step step(trail_, folder.dir);
-  if (step.LeadsBack()) return;
+  if (step.LeadsBack() || !MayBeEntered(folder.dir)) return;
   KeyedList<std::string> files;
   KeyedList<std::string> folders;
   ListFolder(folder.dir, &files, &folders, "*.*");
   for (const std::string& name : files) {
     const std::string path = folder.dir + name;
-    if (!IsMailbox(path)) continue;
+    if (!IsMailbox(folder.dir, name, HasSummary(path), MailboxPlace::Disks)) continue;
     ReadMailbox({path, folder.location + name, folder.keywords + "," + name}, visit);
   }
   for (const std::string& name : folders) {
@@ -267,7 +344,7 @@ void Location_Thunderbird::ReadDriveFolder(const Place& folder, const TreePtr& t
 
 void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   const auto mail = GetMailObject();
-  if (frame::PassesOver(mailbox.dir)) return;
+  if (frame::PassesOver(mailbox.dir) || LeadsNowhere(mailbox.dir)) return;
   if (visit == Visit::Note) {
     mailFiles_.Add(mailbox.dir);
     mailAddresses_.Add(mailbox.location);
@@ -280,7 +357,9 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   mailIds_.BeginMailbox();
   if (!OpenToRead(*mail)) return;
   host.Report(report::kProgress, "0/100:Thunderbird " + mailbox.dir, nullptr);
+  bool isOfMails = false;
   while (mail->ReadHeader(false, true)) {
+    isOfMails = true;
     TellBroken(*mail);
     mailIds_.NoteExpunged(mail->Ledger().expungedIds);
     PasteItem(WithIdOfItsOwn(mail->GetData(mailbox.keywords, false)), false);
@@ -289,6 +368,7 @@ void Location_Thunderbird::ReadMailbox(const Place& mailbox, Visit visit) {
   }
   TellBroken(*mail);
   TellUnreadRest(*mail);
+  if (!isOfMails) TellSomethingElse(mailbox.dir);
   host.Report(report::kProgress, "", nullptr);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Connectors/Mozilla/BrokenItems.h"
+#include "Connectors/Mozilla/MailboxFiles.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Host/MailRunObserver.h"
 #include "Platform/Failure.h"
@@ -23,10 +24,12 @@ class MailRunTeller {
   // Opens the reader's mailbox for a run. By the rules of today one that can't be opened counts as a mail
   // that failed, and reads as empty.
   void Open(StdMail& mail) const {
+    isOfMails_ = false;
     try {
       mail.InitStream(0);
     } catch (const Failure& failure) {
       if (!BrokenItemsAreNamed()) throw;
+      isOfMails_ = true;
       Observer().MailFailed({mail.MailboxFile(), 0}, failure.Why());
     }
   }
@@ -98,6 +101,10 @@ class MailRunTeller {
     }
     tellPassedOver();
     if (!found) TellLoss(mail);
+    isOfMails_ = isOfMails_ || found;
+    if (!isOfMails_ && mail.Ledger().IsWhole() && BrokenItemsAreNamed() &&
+        HoldsSomethingElse(mail.MailboxFile()))
+      Observer().MailFailed({mail.MailboxFile(), 0}, {.reason = std::string(kNoMailInIt)});
     return found;
   }
 
@@ -118,6 +125,7 @@ class MailRunTeller {
 
   MailRunObserver* observer_ = nullptr;
   mutable DeliveryFailures failures_;
+  mutable bool isOfMails_ = false;  // the mailbox that was opened last
 };
 
 }  // namespace vorlent

@@ -6,7 +6,9 @@
 #include "Common/StdIni.h"
 #include "Common/StdModul.h"
 #include "Common/StdRegistry.h"
+#include "Connectors/Mozilla/AddressSegments.h"
 #include "Platform/CodePage.h"
+#include "Platform/Files.h"
 #include "Platform/Rules.h"
 
 namespace vorlent {
@@ -27,10 +29,46 @@ bool IsProfileSection(std::string_view name) {
   return name.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+constexpr std::string_view kProfilesFile = "profiles.ini";
+
+// The folder of an application's data.
+std::string BaseOf(std::string_view appFolder) {
+  return AddPathSep(AppDataFolder()).append(appFolder) + "\\";
+}
+
+bool GoByName() {
+  return CurrentRules().profiles == ProfileSections::ByName;
+}
+
+// The text of the file without the mark of its encoding, and without blanks around lines and keys.
+std::string TidyText(const std::string& file) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  os::File source = os::File::Open(file, os::File::Mode::Read);
+  std::string bytes(source.Length(), '\0');
+  bytes.resize(source.Read(bytes.data(), bytes.size()));
+  std::string_view rest = bytes;
+  if (rest.starts_with(kMark)) rest.remove_prefix(kMark.size());
+  std::string tidy;
+  while (!rest.empty()) {
+    std::string value = TrimBlank(CutLine(rest));
+    const bool isEntry = !value.starts_with('[') && value.find('=') != std::string::npos;
+    const std::string key = isEntry ? TrimBlank(CutToken(value, "=")) + "=" : "";
+    tidy.append(key).append(TrimBlank(value)).append("\r\n");
+  }
+  return tidy;
+}
+
 // The profiles.ini of an application.
 class ProfilesFile {
  public:
-  explicit ProfilesFile(std::string base) : base_(std::move(base)) { ini_.Load(base_ + "profiles.ini"); }
+  explicit ProfilesFile(std::string base) : base_(std::move(base)) {
+    const std::string file = base_ + std::string(kProfilesFile);
+    if (!GoByName()) {
+      ini_.Load(file);
+    } else if (FileExists(file)) {
+      ini_.LoadString(TidyText(file));
+    }
+  }
 
   // The first section is taken for the general one: it is passed over for its place, not for its name.
   std::vector<MozillaProfile> AllButFirst() const {
@@ -40,15 +78,19 @@ class ProfilesFile {
     return profiles;
   }
 
-  // The sections that are profiles by their names, wherever they stand. The profile in use comes first.
+  // The sections that are profiles by their names, wherever they stand. The profile in use comes first. Names
+  // are given in the order of the file, as another profile may be in use tomorrow.
   std::vector<MozillaProfile> ByName() const {
     std::vector<MozillaProfile> profiles;
+    OwnNames names;
     for (std::int32_t pos = 1; pos <= ini_.Count(); ++pos) {
       const std::string section = ini_.GetSection(pos);
       // Of two sections of one name only the first can be asked.
       if (!IsProfileSection(section) || ini_.GetSectionNr(section) != pos) continue;
       if (Value(section, "Name").empty() || Value(section, "Path").empty()) continue;
       profiles.push_back(Profile(section));
+      profiles.back().name = names.Take(profiles.back().name);
+      profiles.back().segment = AddressSegment(profiles.back().name);
     }
     for (const std::string& folder : FoldersInUse()) {
       const auto inUse = std::find_if(profiles.begin(), profiles.end(),
@@ -81,7 +123,8 @@ class ProfilesFile {
   }
 
   MozillaProfile Profile(const std::string& section) const {
-    return {Value(section, "Name"), Folder(Value(section, "path"))};
+    const std::string name = Value(section, "Name");
+    return {name, Folder(Value(section, "path")), name};
   }
 
   std::string Folder(std::string path) const {
@@ -100,8 +143,12 @@ class ProfilesFile {
 }  // namespace
 
 std::vector<MozillaProfile> ReadMozillaProfiles(std::string_view appFolder) {
-  const ProfilesFile file(AddPathSep(AppDataFolder()).append(appFolder) + "\\");
-  return CurrentRules().profiles == ProfileSections::ByName ? file.ByName() : file.AllButFirst();
+  const ProfilesFile file(BaseOf(appFolder));
+  return GoByName() ? file.ByName() : file.AllButFirst();
+}
+
+std::string ProfilesFileOf(std::string_view appFolder) {
+  return BaseOf(appFolder).append(kProfilesFile);
 }
 
 }  // namespace vorlent

@@ -11,6 +11,7 @@
 #include "Common/NumberText.h"
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/FolderNames.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/FileKeys.h"
@@ -116,7 +117,7 @@ std::string StdMail::RecordWriter::Write(std::string_view kw) {
   Add(record_key::kId, identity_);
   Add(record_key::kType, "mail");
   Add(record_key::kText, Decoded("subject"));
-  Add(record_key::kKeywords, kw);
+  Add(record_key::kKeywords, KeywordsOfRecord(kw));
   AddData(data_key::kFrom, Decoded("from"));
   AddData(data_key::kTo, Decoded("to"));
   AddDataIfAny(data_key::kCc, Decoded("cc"));

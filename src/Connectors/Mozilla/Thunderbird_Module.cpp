@@ -2,13 +2,17 @@
 
 #include <algorithm>
 
+#include "Common/JsonReader.h"
 #include "Common/LineFile.h"
 #include "Common/StdModul.h"
+#include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/FolderNames.h"
 #include "Connectors/Mozilla/LocationRecord.h"
+#include "Connectors/Mozilla/MailboxFiles.h"
 #include "Connectors/Mozilla/Profiles.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/SiblingNames.h"
+#include "Platform/NativePaths.h"
 #include "Platform/Platform.h"
 #include "Platform/Rules.h"
 
@@ -23,6 +27,7 @@ constexpr std::string_view kDisksMark = "://./";
 // One profile's preferences are in memory at a time.
 KeyedList<std::string> prefNames;
 KeyedList<std::string> prefValues;
+std::vector<MailAccount> mailAccounts;
 FolderNames folderNames;
 
 std::string Joined(std::string_view a, std::string_view b, std::string_view c = {}) {
@@ -38,6 +43,14 @@ std::string AccountFolders(std::string_view prefix, std::string_view profilePath
     folders += AddPathSep(SplitDiscoveryEntry(account).path) + '|';
   }
   DropRight(folders, 1);
+  return folders;
+}
+
+// By the rules of today a profile that can't be read hides no other one: it is told when it is read itself.
+std::string AccountFoldersOrNone(std::string_view prefix, std::string_view profilePath) {
+  std::string folders;
+  const auto ask = [&] { folders = AccountFolders(prefix, profilePath); };
+  BrokenItemsAreNamed() ? static_cast<void>(Swallow(ask)) : ask();
   return folders;
 }
 
@@ -62,8 +75,16 @@ std::string_view CutAtQuote(std::string_view& text) {
   return token;
 }
 
-// Takes lines of the form user_pref("<name>", "<value>"); as far as they go. A number or a truth value takes
-// the value of the quoted preference above it, which does no harm: only texts are ever asked for.
+// The value as the program that wrote it meant it; as it stands if it is no text.
+std::string WholeValue(std::string_view written) {
+  if (const auto text = JsonReader(written).TakeText()) return os::ToWindowsName(*text);
+  if (written.starts_with('"')) written.remove_prefix(1);
+  return std::string(written.substr(0, written.find_first_of("\")")));
+}
+
+// Takes lines of the form user_pref("<name>", "<value>"); as far as they go. By the rules of old a number or
+// a truth value takes the value of the quoted preference above it, which does no harm: only texts are ever
+// asked for.
 void ReadPrefs(std::string_view file) {
   constexpr std::string_view kLead = "user_pref(\"";
   LineFile lines(file, os::File::Mode::Read);
@@ -75,7 +96,10 @@ void ReadPrefs(std::string_view file) {
     const std::string name(CutAtQuote(line));
     if (line.starts_with(',')) line.remove_prefix(1);
     line = TrimView(line);
-    if (line.starts_with('"')) {
+    if (AccountsAreAsShown()) {
+      value = WholeValue(line);
+      prefValues.TryRemove(LowerCase(name));
+    } else if (line.starts_with('"')) {
       line.remove_prefix(1);
       value = CutAtQuote(line);
     }
@@ -108,29 +132,36 @@ std::string FolderEntry(std::string_view prefix, const std::string& text, const 
   return JoinDiscoveryEntry({text, location, Joined(folder, name)});
 }
 
-// The mailboxes of a folder, told by the summary files beside them.
 void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::string_view folder,
                   const KeyedList<std::string>& files, const KeyedList<std::string>& folders) {
+  const bool onDisks = prefix.find(kDisksMark) != std::string_view::npos;
   const SiblingNames summaries(files, kSummary);
   const SiblingNames subfolders(folders, kSubfolders);
   // Only after a closed path do the names that are asked for lie among those listed.
   const bool isListed = folder.ends_with('\\');
   for (const std::string& name : files) {
     const std::string file = Joined(folder, name);
-    if (isListed ? !summaries.StandBeside(name) : !FileExists(Joined(file, kSummary))) continue;
+    const bool hasSummary = isListed ? summaries.StandBeside(name) : FileExists(Joined(file, kSummary));
+    if (!IsMailbox(folder, name, hasSummary, onDisks ? MailboxPlace::Disks : MailboxPlace::Account)) continue;
     const bool mayHaveEntries = !isListed || subfolders.StandBeside(name);
     list.Add(FolderEntry(prefix, ShownFolderName(folder, name), name, folder,
                          mayHaveEntries && FolderHasEntries(Joined(file, kSubfolders))));
   }
 }
 
-// The server of an account; "" for an account without one.
-std::string ServerOf(const std::string& account) {
-  return GetPref("mail.account." + account + ".server");
-}
-
-std::string ServerPref(const std::string& server, std::string_view name) {
-  return GetPref(Joined("mail.server." + server, ".", name));
+// Of a profile folder, whose preferences are read anew.
+void ReadMailAccounts(std::string_view profilePath) {
+  mailAccounts.clear();
+  prefNames.Clear();
+  prefValues.Clear();
+  const std::string prefs = AddPathSep(profilePath) + "prefs.js";
+  if (FileExists(prefs)) ReadPrefs(prefs);
+  mailAccounts = MailAccountsOf(profilePath, GetPref);
+  std::vector<std::string> foldersOfImap;
+  for (const MailAccount& account : mailAccounts) {
+    if (account.isImap) foldersOfImap.push_back(account.folder);
+  }
+  folderNames.ServersNameThoseIn(std::move(foldersOfImap));
 }
 
 }  // namespace
@@ -140,9 +171,9 @@ KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_v
   KeyedList<std::string> list;
   for (const MozillaProfile& profile : ReadMozillaProfiles(appFolder)) {
     if (filter == kAll) {
-      list.Add(JoinDiscoveryEntry({"Profil '" + profile.name + "'", Joined(prefix, profile.name, "/*"),
-                                   AccountFolders(prefix, profile.path)}));
-    } else if (filter == profile.name) {
+      list.Add(JoinDiscoveryEntry({"Profil '" + profile.name + "'", Joined(prefix, profile.segment, "/*"),
+                                   AccountFoldersOrNone(prefix, profile.path)}));
+    } else if (filter == profile.segment) {
       list.Add(profile.path);
       return list;
     }
@@ -158,25 +189,17 @@ KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_v
 KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view filter,
                                    std::string_view profilePath) {
   folderNames.TurnTo(profilePath == kDisks ? "" : profilePath);
-  if (profilePath == kDisks) return GetDrives(prefix, filter);
-  prefNames.Clear();
-  prefValues.Clear();
-  const std::string prefs = AddPathSep(profilePath) + "prefs.js";
-  if (FileExists(prefs)) ReadPrefs(prefs);
-
+  if (profilePath == kDisks) {
+    mailAccounts.clear();
+    return GetDrives(prefix, filter);
+  }
+  ReadMailAccounts(profilePath);
   KeyedList<std::string> list;
-  std::string accounts = GetPref("mail.accountmanager.accounts");
-  while (!accounts.empty()) {
-    const std::string server = ServerOf(CutToken(accounts, ","));
-    if (server.empty()) continue;
-    const std::string name = ServerPref(server, "name");
-    std::string folder = ServerPref(server, "directory");
-    ReplaceText(folder, "\\\\", "\\");
-    folder = AddPathSep(folder);
+  for (const MailAccount& account : mailAccounts) {
     if (filter == kAll) {
-      list.Add(JoinDiscoveryEntry({name, Joined(prefix, name, "/*"), folder}));
-    } else if (filter == name) {
-      list.Add(folder);
+      list.Add(JoinDiscoveryEntry({account.name, Joined(prefix, account.segment, "/*"), account.folder}));
+    } else if (filter == account.segment) {
+      list.Add(account.folder);
       break;
     }
   }
@@ -246,15 +269,13 @@ KeyedList<std::string> NamesOfSubfoldersOnly(std::string_view folder) {
   return names;
 }
 
-bool IsMaildir(std::string_view account) {
-  if (CurrentRules().mailStores == MailStores::NotAsked) return false;
-  std::string accounts = GetPref("mail.accountmanager.accounts");
-  while (!accounts.empty()) {
-    const std::string server = ServerOf(CutToken(accounts, ","));
-    if (server.empty() || ServerPref(server, "name") != account) continue;
-    return ServerPref(server, "storeContractID").find("maildir") != std::string::npos;
-  }
-  return false;
+const MailAccount* FindMailAccount(std::string_view segment) {
+  const auto found = std::ranges::find(mailAccounts, segment, &MailAccount::segment);
+  return found == mailAccounts.end() ? nullptr : &*found;
+}
+
+bool IsToldAsMaildir(const MailAccount& account) {
+  return CurrentRules().mailStores == MailStores::Told && account.isMaildir;
 }
 
 std::string GetPref(std::string_view key) {

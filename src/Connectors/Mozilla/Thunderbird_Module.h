@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "Common/KeyedList.h"
+#include "Connectors/Mozilla/MailAccounts.h"
 
 namespace vorlent {
 
@@ -28,8 +29,8 @@ KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_v
 KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view filter,
                                    std::string_view profilePath);
 
-// The mail folders in a folder given with its closing separator. A mailbox is listed if its ".msf" lies
-// beside it, yet found by name without. It may be shown by another name than that of its address, and is
+// The mail folders in a folder given with its closing separator. Mailboxes are listed (MailboxFiles.h), yet
+// any file is found by name. It may be shown by another name than that of its address, and is
 // found by either. The path found is that of its ".sbd" folder, whether it exists or not. A prefix that holds
 // "://./" is on the disks: there the subfolders come first, and only they are found by name.
 KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view filter,
@@ -47,9 +48,12 @@ bool HasSubfoldersOnly(const std::string& path);
 // The names in a folder that have subfolders beside no mailbox, as where only a server holds the mails.
 KeyedList<std::string> NamesOfSubfoldersOnly(std::string_view folder);
 
-// Whether an account of the profile read last keeps each mail in a file of its own, which no mailbox reader
-// finds. By the rules of old this isn't asked.
-bool IsMaildir(std::string_view account);
+// The account of the profile read last that a segment of an address names; null if there is none.
+const MailAccount* FindMailAccount(std::string_view segment);
+
+// Whether it is to be told of an account that it keeps each mail in a file of its own, which no mailbox
+// reader finds. By the rules of old this isn't asked.
+bool IsToldAsMaildir(const MailAccount& account);
 
 // A preference of the profile read last, "" if it has none of that name; letter case doesn't count.
 std::string GetPref(std::string_view key);

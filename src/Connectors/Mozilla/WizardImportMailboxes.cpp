@@ -3,6 +3,7 @@
 
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/LocationFrame.h"
+#include "Connectors/Mozilla/MailboxFiles.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Connectors/Mozilla/WizardImport.h"
@@ -51,7 +52,7 @@ void WizardImport::AddMailboxRow(const std::string& path) {
   mailboxes_.AddRow(path, "file", 0, false, Sheet::kAppend, "", CheckState::Ticked);
 }
 
-// A mail file shows itself by its summary file or its name.
+// A mail file shows itself as a mailbox does, or by its name.
 void WizardImport::AddFolderMailboxes(const std::string& folder) {
   const FolderTrail::Step step(trail_, folder);
   if (step.LeadsBack()) return;
@@ -62,7 +63,8 @@ void WizardImport::AddFolderMailboxes(const std::string& folder) {
   const SiblingNames summaries(files, kSummary);
   for (const std::string& name : files) {
     if (HasEnding(name, kSummary)) continue;
-    const bool isMailFile = HasEnding(name, ".mbox") || summaries.StandBeside(name);
+    const bool isMailFile =
+        HasEnding(name, ".mbox") || IsMailbox(folder, name, summaries.StandBeside(name), MailboxPlace::Disks);
     if (isMailFile && !frame::PassesOver(folder + name)) AddMailboxRow(folder + name);
   }
   for (const std::string& name : folders) {

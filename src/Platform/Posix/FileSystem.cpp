@@ -154,7 +154,8 @@ bool IsFolder(DIR* listing, const dirent& entry) {
 
 // Whether a listing with these attributes shows an entry, whose name can be said in a Windows path.
 bool IsShown(std::string_view name, bool isFolder, int attributes) {
-  if (name == "." || name == ".." || name.find('\\') != std::string_view::npos) return false;
+  if (name == "." || name == "..") return false;
+  if (name.find('\\') != std::string_view::npos && !SaysBackslashes()) return false;
   if (IsHiddenName(name) && (attributes & kHidden) == 0) return false;
   return (attributes & kDirectory) != 0 || !isFolder;
 }
@@ -178,7 +179,7 @@ std::vector<FolderEntry> ListEntries(std::string_view folder, std::string_view p
   while (const dirent* entry = readdir(listing.get())) {
     const bool isFolder = IsFolder(listing.get(), *entry);
     if (IsShown(entry->d_name, isFolder, attributes)) {
-      std::string name = ToWindowsName(entry->d_name);
+      std::string name = NameOfEntry(entry->d_name);
       if (NameMatches(name, pattern)) found.push_back({std::move(name), isFolder});
     }
     errno = 0;

@@ -23,6 +23,14 @@ bool IsPathSeparator(char c) {
   return c == '\\' || c == '/';
 }
 
+// Every `old` in a text replaced, where names hold backslashes.
+std::string Replaced(std::string text, std::string_view old, std::string_view by) {
+  if (!SaysBackslashes()) return text;
+  for (std::size_t at = text.find(old); at != std::string::npos; at = text.find(old, at + by.size()))
+    text.replace(at, old.size(), by);
+  return text;
+}
+
 // The names of a path, each converted, put after `native` with single slashes; a closing separator stays.
 void AppendNames(std::string& native, std::string_view names) {
   for (std::size_t at = 0; at < names.size();) {
@@ -37,7 +45,7 @@ void AppendNames(std::string& native, std::string_view names) {
     if (IsAscii(name)) {
       native += name;
     } else {
-      native += ToNativeName(name);
+      native += Replaced(ToNativeName(name), kBackslashOfName, "\\");
     }
     at = end;
   }
@@ -150,6 +158,14 @@ std::string ToNewNativePath(std::string_view path) {
 
 // --- From native to Windows ------------------------------------------------------------------------------
 
+bool SaysBackslashes() {
+  return HoldsUtf8();
+}
+
+std::string NameOfEntry(std::string_view nativeName) {
+  return Replaced(ToWindowsName(nativeName), "\\", kBackslashOfName);
+}
+
 std::string ToWindowsPath(std::string_view nativePath) {
   if (nativePath.empty()) return "";
   const std::string native = std::filesystem::absolute(nativePath).string();
@@ -164,7 +180,7 @@ std::string ToWindowsPath(std::string_view nativePath) {
     drive = DriveName(i);
     rootSize = folder->size();
   }
-  const std::string names = ToWindowsNames(std::string_view(native).substr(rootSize));
+  const std::string names = ToWindowsNames(Replaced(native.substr(rootSize), "\\", kBackslashOfName));
   return drive + (names.empty() ? "\\" : names);
 }
 

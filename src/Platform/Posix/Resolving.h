@@ -11,6 +11,10 @@ namespace vorlent::os {
 std::string AsWritten(std::string_view path);
 std::string AsFound(std::string native);
 
+// Whether names that hold a backslash can be said in a Windows path; and the name of an entry in one.
+bool SaysBackslashes();
+std::string NameOfEntry(std::string_view nativeName);
+
 // Whether there is an entry of exactly that native path, be it a link that leads nowhere. If not, errno tells
 // the reason.
 bool EntryExists(const std::string& native);

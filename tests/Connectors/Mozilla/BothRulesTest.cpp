@@ -75,6 +75,7 @@ Rules TodaysRulesOfReading() {
   rules.partLineEnds = PartLineEnds::CrLf;
   rules.readAhead = ReadAhead::Loses;
   rules.attachmentHeaders = AttachmentHeaders::Plain;
+  rules.disksProfile = DisksProfile::Everywhere;
   return rules;
 }
 

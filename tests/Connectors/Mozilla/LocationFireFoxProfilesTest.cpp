@@ -305,6 +305,13 @@ TEST_P(UnreadableDatabase, IsToldWithItsReasonAndLeavesTheLocationEmpty) {
   EXPECT_EQ(TreeText(), "");
 }
 
+TEST_P(UnreadableDatabase, IsToldByItsFileTodayWhereNothingHasToBeClosed) {
+  const ScopedRules today({.brokenItems = BrokenItems::AreNamed});
+  EXPECT_EQ(Open("firefox://x/")->Count(), 0);
+  EXPECT_THAT(Boxes(), IsEmpty());
+  EXPECT_THAT(Reports(), ElementsAre(testing::HasSubstr("places.sqlite: " + std::string(GetParam().error))));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Of, UnreadableDatabase,
     testing::Values(

@@ -586,6 +586,19 @@ TEST_F(LocationThunderbirdPumpTest, ObserverHearsWhatBecameOfEveryMail) {
   EXPECT_EQ(Stream().size(), 3U);
 }
 
+TEST_F(LocationThunderbirdPumpTest, MailboxThatIsNoneCountsAsFailedToday) {
+  std::string expunged = MailOf("0");
+  expunged[expunged.find("Status: 0001") + 11] = '9';
+  tree.AddMailbox("p", "a", "A", std::string(1000, '\0'));
+  tree.AddMailbox("p", "a", "B", MailOf("1"));
+  tree.AddMailbox("p", "a", "C", expunged);
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  Prepare("thunderbird://p/a");
+  EXPECT_EQ(Stream().size(), 1U);
+  EXPECT_THAT(observer.events, ElementsAre("failed A at 0: kein Postfach; keine Mail darin",
+                                           "delivered B at 0", "expunged 1"));
+}
+
 TEST_F(LocationThunderbirdPumpTest, MailThatRaisesIsToldWithItsReason) {
   const std::string bad = "From - x\r\nContent-Type: a; boundary==?x?Q?=ZZ?=\r\n\r\nbody\r\n\r\n";
   std::string expunged = MailOf("0");

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "Common/NumberText.h"
 #include "Connectors/Mozilla/RecordedMail.h"
@@ -8,6 +9,7 @@
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
+#include "Support/AsOrdinaryUser.h"
 #include "Support/ScopedRules.h"
 
 namespace vorlent {
@@ -268,6 +270,61 @@ TEST_F(LocationThunderbirdWalkTest, WalkNeedsTheSummaryButAnAddressDoesNot) {
   EXPECT_THAT(Mails(), ElementsAre("Account=a,Raw one"));
 }
 
+TEST_F(LocationThunderbirdWalkTest, MailboxesNeedNoSummaryToday) {
+  tree.AddProfile("p", {"a"});
+  tree.AddFile("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "a", "With", MailOf("2", "two"));
+  tree.AddFile("p", "a", "Void");
+  tree.AddFile("p", "a", "Void.sbd/Sub", MailOf("3", "three"));
+  for (const char* other : {".hidden", "popstate.dat", "filterlog.html", "a.log", "feeds.json", "Inbox~"})
+    tree.AddFile("p", "a", other, MailOf("4"));
+  tree.AddFile("p", "a", ".hidden.msf");
+  tree.AddFile("p", "a", "notes", "From here on there are notes.\r\nmore\r\n");
+  tree.AddFile("p", "a", "zeros", std::string(100000, '\0'));
+
+  const ScopedRules today({.mailboxes = MailboxFiles::OfThunderbird, .brokenItems = BrokenItems::AreNamed});
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Void,Sub three", "Account=a,With two"));
+  EXPECT_EQ(Noted("thunderbird://p/a").size(), 3U);
+  EXPECT_EQ(Read("thunderbird://p/a/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre(StartsWith("Inbox thunderbird://p/a/Inbox/ "),
+                                    StartsWith("Void thunderbird://p/a/Void/* "),
+                                    StartsWith("With thunderbird://p/a/With/ ")));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), IsEmpty());
+
+  // Its summary goes with a mark, and the other mails stay in sight.
+  tree.AddMailbox("p", "a", "With", MailOf("2", "two") + MailOf("5", "five"));
+  Read("thunderbird://p/a/With/-");
+  ASSERT_TRUE(connector->DeleteItem(connector->Item(1)));
+  Read("thunderbird://p/a");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Void,Sub three", "Account=a,With five"));
+}
+
+TEST_F(LocationThunderbirdWalkTest, ClosedFolderIsToldAndTheNextOneIsRead) {
+  tree.AddProfile("p", {"a", "b", "c"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "b", "Box", MailOf("2", "two"));
+  tree.AddMailbox("p", "b", "Box.sbd/Sub", MailOf("3"));
+  tree.AddMailbox("p", "c", "Inbox", MailOf("4", "four"));
+  for (const auto& entry : fs::recursive_directory_iterator(os::ToNativePath(tree.Path())))
+    fs::permissions(entry.path(), fs::perms(0755));
+  fs::permissions(os::ToNativePath(tree.Path()), fs::perms(0755));
+  for (const std::string& folder : {tree.AccountFolder("p", "a"), tree.AccountFolder("p", "b") + "Box.sbd"})
+    fs::permissions(os::ToNativePath(folder), fs::perms(0));
+  const AsOrdinaryUser user;
+  if (os::MayList(tree.AccountFolder("p", "a"))) GTEST_SKIP() << "the system closes no folders";
+  EXPECT_NE(SwallowedNumber([&] { Read("thunderbird://p"); }), 0);
+
+  const ScopedRules today(
+      {.mailboxOpening = MailboxOpening::ForReading, .brokenItems = BrokenItems::AreNamed});
+  EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=b,Box two", "Account=c,Inbox four"));
+  EXPECT_THAT(
+      host.Log.Only({"Global.Report(27"}),
+      ElementsAre(StartsWith("Global.Report(27," + test::Quoted(tree.AccountFolder("p", "a")).substr(0, 20)),
+                  testing::HasSubstr("Box.sbd")));
+}
+
 TEST_F(LocationThunderbirdWalkTest, EmptyFolderOfSubfoldersHasANodeYetHiddenFilesHaveNone) {
   tree.AddProfile("p", {"a"});
   tree.AddMailbox("p", "a", "Inbox");
@@ -436,6 +493,132 @@ TEST_F(LocationThunderbirdWalkTest, SubfoldersBesideNoMailboxAreReadToday) {
   EXPECT_EQ(connector->MailFiles().Count(), 1);
 }
 
+// --- Accounts by the rules of today
+
+class TodaysAccountsTest : public LocationThunderbirdWalkTest {
+ protected:
+  ScopedRules today{{.accounts = MailAccounts::AsShown,
+                     .folderNames = MailFolderNames::Shown,
+                     .brokenItems = BrokenItems::AreNamed}};
+};
+
+TEST_F(TodaysAccountsTest, TwoOfANameAreEachRead) {
+  tree.AddProfile("p", {"a", "b", "c"});
+  for (const char* server : {"1", "2"})
+    tree.AddPref("p", "mail.server.server" + std::string(server) + ".name", "anna@x.org");
+  tree.AddPref("p", "mail.server.server3.name", "");
+  tree.AddPref("p", "mail.server.server3.userName", "ben");
+  tree.AddPref("p", "mail.server.server3.hostname", "y.org");
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "b", "Inbox", MailOf("2", "two"));
+  tree.AddMailbox("p", "c", "Inbox", MailOf("3", "three"));
+  EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=anna@x.org,Inbox one", "Account=anna@x.org~2,Inbox two",
+                                   "Account=ben@y.org,Inbox three"));
+  EXPECT_EQ(Read("thunderbird://p/anna@x.org~2/Inbox/-"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=anna@x.org~2,Inbox two"));
+  EXPECT_EQ(Read("thunderbird://p/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre(StartsWith("anna@x.org thunderbird://p/anna@x.org/* "),
+                                    StartsWith("anna@x.org~2 thunderbird://p/anna@x.org~2/* "),
+                                    StartsWith("ben@y.org thunderbird://p/ben@y.org/* ")));
+  EXPECT_EQ(GetKeywordsOfFile(tree.AccountFolder("p", "b") + "Inbox"), "Account=anna@x.org~2,Inbox");
+
+  const ScopedRules windows(Rules::Windows());
+  tree.AddProfile("twins", {"t", "t"});
+  tree.AddMailbox("twins", "t", "Inbox", MailOf("4", "four"));
+  Read("thunderbird://twins");
+  EXPECT_EQ(connector->Count(), 1) << "the first one came twice";
+}
+
+TEST_F(TodaysAccountsTest, NamesMayHoldAnything) {
+  tree.AddProfile("p", {"a"});
+  tree.AddPref("p", "mail.server.server1.name", R"(Firma \"M|N\" 1/2 \\ *)");
+  tree.AddMailbox("p", "a", "in|out", MailOf("1", "one"));
+  const std::string address = R"(thunderbird://p/Firma "M|N" 1%2F2 \ %2A)";
+  EXPECT_EQ(Read("thunderbird://p/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre(StartsWith(R"(Firma "M|N" 1/2 \ * )" + address + "/* ")));
+  for (const std::string& each : {std::string("thunderbird://p"), address, address + "/in|out"}) {
+    EXPECT_EQ(Read(each), LocationState::Read);
+    ASSERT_EQ(connector->Count(), 1) << each;
+    EXPECT_EQ(GetParam(host.Items.back()->Record, "Keywords"), R"(Account=Firma "M|N" 1/2 \ *,in|out)");
+  }
+}
+
+TEST_F(TodaysAccountsTest, FoldersMayHoldABackslash) {
+  if (fs::path::preferred_separator == '\\') GTEST_SKIP() << "the system has no such names";
+  const ScopedRules rules(Rules::Today());
+  tree.AddProfile("p", {"a"});
+  const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
+  fs::create_directory(account / "x\\y.sbd");
+  std::ofstream(account / "x\\y") << MailOf("1", "one");
+  std::ofstream(account / "x\\y.sbd" / "Sub") << MailOf("2", "two");
+  EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
+  ASSERT_EQ(connector->Count(), 2);
+  EXPECT_EQ(GetParam(host.Items.back()->Record, "Keywords"), "Account=a,x\\y,Sub");
+  for (const char* address : {"thunderbird://p/a/x\\y/-", "thunderbird://p/a/x\xEF\x81\x9Cy/-"}) {
+    EXPECT_EQ(Read(address), LocationState::Read);
+    ASSERT_EQ(connector->Count(), 1) << address;
+    EXPECT_EQ(GetParam(host.Items.back()->Record, "Keywords"), "Account=a,x\\y");
+  }
+}
+
+TEST_F(TodaysAccountsTest, ProfileMayHaveMoved) {
+  tree.AddProfile("p", {"a", "b", "c"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "b", "Inbox", MailOf("2", "two"));
+  tree.AddMailbox("p", "c", "Inbox", MailOf("3", "three"));
+  tree.AddPref("p", "mail.server.server1.directory", "/old/home/Mail/a");
+  tree.AddPref("p", "mail.server.server1.directory-rel", "[ProfD]Mail/a");
+  tree.AddPref("p", "mail.server.server2.directory", "");
+  tree.AddPref("p", "mail.server.server2.directory-rel", "[ProfD]Mail/b");
+  tree.AddPref("p", "mail.server.server3.directory", "");
+  tree.AddPref("p", "mail.server.server3.hostname", "c");
+  EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=b,Inbox two", "Account=c,Inbox three"));
+}
+
+TEST_F(TodaysAccountsTest, FoldersOfServersAreCalledAsTheyMeanIt) {
+  tree.AddProfile("p", {"imap", "pop"});
+  tree.AddPref("p", "mail.server.server1.type", "imap");
+  for (const char* account : {"imap", "pop"}) {
+    tree.AddMailbox("p", account, "Entw&APw-rfe", MailOf("1"));
+    tree.AddMailbox("p", account, "Entw&APw-rfe.sbd/R&D", MailOf("2"));
+  }
+  tree.WriteShownNames("p", "imap", {{"Entw&APw-rfe", ""}});
+  EXPECT_EQ(Read("thunderbird://p/imap"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=imap,Entw\xFCrfe S", "Account=imap,Entw\xFCrfe,R&D S"));
+  EXPECT_EQ(Read("thunderbird://p/imap/Entw\xFCrfe/-"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=imap,Entw\xFCrfe S"));
+  EXPECT_EQ(Read("thunderbird://p/pop/Entw&APw-rfe/-"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=pop,Entw&APw-rfe S"));
+}
+
+TEST_F(TodaysAccountsTest, ProfileThatCannotBeReadIsToldAndTheNextOneIsRead) {
+  tree.AddProfile("p", {"a"});
+  tree.AddProfile("q", {"b"});
+  tree.AddMailbox("q", "b", "Inbox", MailOf("1"));
+  const fs::path prefs = tree.Folder().Native("Thunderbird/Profiles/p/prefs.js");
+  fs::remove(prefs);
+  ASSERT_EQ(mkfifo(prefs.c_str(), 0600), 0);
+  EXPECT_EQ(Read("thunderbird://"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=b,Inbox S"));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}), ElementsAre(testing::HasSubstr("prefs.js: ")));
+  EXPECT_EQ(Read("thunderbird://*"), LocationState::Read);
+  EXPECT_EQ(connector->Count(), 3);
+}
+
+TEST_F(LocationThunderbirdWalkTest, AllProfilesAreNoDisksToday) {
+  const ScopedRules today({.disksProfile = DisksProfile::OfMail});
+  EXPECT_EQ(Read("thunderbird://"), LocationState::Unreadable);
+  EXPECT_THAT(host.Log.Only({"Global.Report(27", "Error"}),
+              ElementsAre(Report(27, tree.Path() + "\\Thunderbird\\profiles.ini: kein Profil gefunden")));
+  tree.AddProfile("p", {"a"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1"));
+  EXPECT_EQ(Read("thunderbird://"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox S"));
+  EXPECT_THAT(Raises(), IsEmpty());
+}
+
 TEST_F(LocationThunderbirdWalkTest, MaildirIsToldToday) {
   tree.AddProfile("p", {"files", "box"});
   tree.AddFile("p", "files", "Inbox.msf");
@@ -578,6 +761,19 @@ TEST_F(DiskWalkTest, FolderOfTheDisksIsNotedForAMailboxOnlyByTheRulesOfOld) {
                                           outer + "\\plain\\Other " + address + "/plain/Other"));
   EXPECT_EQ(Read(address), LocationState::Read);
   EXPECT_THAT(Mails(), ElementsAre(",Inbox one", ",Inbox,Sub two", ",plain,Other three"));
+}
+
+TEST_F(DiskWalkTest, MailboxesNeedNoSummaryToday) {
+  disk.Write("d/plain/Raw", MailOf("4", "four"));
+  disk.Write("d/plain/empty", "");
+  disk.Write("d/plain/Other.dat", MailOf("5"));
+  EXPECT_EQ(Read(address + "/plain"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre(",Other three"));
+  const ScopedRules today({.mailboxes = MailboxFiles::OfThunderbird});
+  EXPECT_EQ(Read(address + "/plain"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre(",Other three", ",Raw four"));
+  EXPECT_EQ(Read(address + "/plain/*"), LocationState::Read);
+  EXPECT_THAT(Places(), ElementsAre(StartsWith("Other "), StartsWith("Raw ")));
 }
 
 TEST_F(DiskWalkTest, MailboxOfTheDisksHasNoKeywords) {
@@ -840,6 +1036,39 @@ TEST_F(ReadMailboxTest, MailboxThatCannotBeOpenedIsToldAndTheNextOneIsRead) {
   EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
   EXPECT_THAT(Mails(), ElementsAre("Account=a,B two"));
   EXPECT_THAT(host.Log.Lines(), testing::Contains(StartsWith("Global.Report(27,")));
+}
+
+TEST_F(ReadMailboxTest, LinkThatLeadsNowhereIsToldAndTheNextOneIsRead) {
+  tree.AddFile("p", "a", "A.msf");
+  fs::create_symlink("nowhere", os::ToNativePath(tree.AccountFolder("p", "a") + "A"));
+  tree.AddMailbox("p", "a", "B", MailOf("1"));
+  EXPECT_NE(SwallowedNumber([&] { Noted("thunderbird://p/a"); }), 0);
+  host.Log.Clear();
+
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,B S"));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27,"}), ElementsAre(testing::HasSubstr("\\A: ")));
+  host.Log.Clear();
+  EXPECT_EQ(Noted("thunderbird://p/a").size(), 1U);
+  EXPECT_THAT(host.Log.Only({"Global.Report(27,"}), ElementsAre(testing::HasSubstr("\\A: ")));
+}
+
+TEST_F(ReadMailboxTest, MailboxThatIsNoneIsTold) {
+  std::string expunged = MailOf("1");
+  expunged[expunged.find("Status: 0001") + 11] = '9';
+  tree.AddMailbox("p", "a", "Blank", "\r\n");
+  tree.AddMailbox("p", "a", "Expunged", expunged);
+  tree.AddMailbox("p", "a", "Lead", "text before\r\n\r\n" + MailOf("2"));
+  const std::string file = tree.AddMailbox("p", "a", "Zeros", std::string(100000, '\0'));
+  Read("thunderbird://p/a");
+  EXPECT_THAT(host.Log.Only({"Global.Report(27,"}), IsEmpty());
+
+  const ScopedRules rules({.brokenItems = BrokenItems::AreNamed});
+  Read("thunderbird://p/a");
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Lead S"));
+  EXPECT_THAT(host.Log.Only({"Global.Report(27,"}),
+              ElementsAre(Report(27, file + ": kein Postfach; keine Mail darin")));
 }
 
 TEST_F(ReadMailboxTest, FailedReportRisesAndTheItemsReadSoFarStay) {

@@ -63,6 +63,21 @@ TEST_F(ProfilesTest, NothingElseIsAProfile) {
   EXPECT_THAT(Names("Name=a\nPath=a\n"), IsEmpty());
 }
 
+TEST_F(ProfilesTest, BlanksAndTheMarkOfTheEncodingDoNotCount) {
+  EXPECT_THAT(Names("\xEF\xBB\xBF[Profile0]\r\nName=a\r\nPath=a\r\n"), ElementsAre("a"));
+  EXPECT_THAT(Names("; one\n# two\n  [Profile0] \n Name = b c \n\tPath =b\n"), ElementsAre("b c"));
+}
+
+TEST_F(ProfilesTest, TwoOfANameHaveNamesOfTheirOwnWhicheverIsInUse) {
+  const std::string profiles =
+      "[Profile0]\nName=same\nPath=a\n[Profile1]\nName=same\nPath=b\n[Profile2]\nName=x/y\nPath=c\n";
+  EXPECT_THAT(Names(profiles), ElementsAre("same", "same~2", "x/y"));
+  EXPECT_EQ(ReadMozillaProfiles(kApp)[2].segment, "x%2Fy");
+  EXPECT_THAT(Names(profiles + "[Install1]\nDefault=b\n"), ElementsAre("same~2", "same", "x/y"));
+  const ScopedRules windows(Rules::Windows());
+  EXPECT_THAT(Names("[General]\n" + profiles), ElementsAre("same", "same", "x/y"));
+}
+
 TEST_F(ProfilesTest, FirstOfTwoSectionsOfOneNameCounts) {
   EXPECT_THAT(Names("[Profile0]\nName=a\nPath=a\n[Profile0]\nName=b\nPath=b\n"), ElementsAre("a"));
 }

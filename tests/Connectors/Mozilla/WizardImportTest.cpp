@@ -9,6 +9,7 @@
 #include "Platform/Failure.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
+#include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -510,6 +511,15 @@ TEST_F(WizardMailboxesTest, MailFilesShowThemselvesByIndexOrName) {
   folder.Write("x.mbox.msf", "");
   List(folder.Path() + "\\");
   EXPECT_THAT(MailboxTexts(), ElementsAre(At("Inbox"), At("old.mbox"), At("OLDER.MBOX"), At("Sent")));
+}
+
+TEST_F(WizardMailboxesTest, MailboxesNeedNoSummaryToday) {
+  Mailbox("Inbox");
+  folder.Write("Raw", "From - \r\nSubject: S\r\n\r\n");
+  folder.Write("notes.txt", "notes\r\n");
+  const ScopedRules today({.mailboxes = MailboxFiles::OfThunderbird});
+  List(folder.Path() + "\\");
+  EXPECT_THAT(MailboxTexts(), ElementsAre(At("Inbox"), At("Raw")));
 }
 
 TEST_F(WizardMailboxesTest, OnlySbdFoldersAreSearched) {

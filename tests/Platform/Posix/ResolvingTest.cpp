@@ -8,6 +8,7 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -20,6 +21,7 @@
 #include "Platform/Posix/PathsTest.h"
 #include "Platform/Settings.h"
 #include "Support/DiskOperations.h"
+#include "Support/ScopedRules.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -99,6 +101,20 @@ TEST_F(ResolvingTest, NameThatHoldsABackslashIsNotListed) {
   fs::create_directory(folder_.Native() / "a\\b");
   folder_.Write("a", "");
   EXPECT_THAT(os::ListNames(folder_.Path(), "*", os::kDirectory), ElementsAre("a"));
+}
+
+TEST_F(ResolvingTest, NameThatHoldsABackslashIsSaidWhereTextIsUnicode) {
+  const ScopedRules today({.text = TextEncoding::Utf8});
+  const std::string native = (folder_.Native() / "a\\b").string();
+  fs::create_directory(native);
+  std::ofstream(native + "/c\\d") << "x";
+  const auto names = os::ListNames(folder_.Path(), "*", os::kDirectory);
+  ASSERT_EQ(names.size(), 1U);
+  EXPECT_EQ(os::ToNativePath(folder_.Path(names[0])), native);
+  EXPECT_EQ(os::ToWindowsPath(native), folder_.Path(names[0]));
+  const auto within = os::ListNames(folder_.Path(names[0]) + "\\", "*", 0);
+  ASSERT_EQ(within.size(), 1U);
+  EXPECT_EQ(os::FileLength(folder_.Path(names[0]) + "\\" + within[0]), 1U);
 }
 
 // --- Letter case -----------------------------------------------------------------------------------------
