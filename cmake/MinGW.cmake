@@ -16,5 +16,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # What is built needs the system's own libraries only.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+# A program's stack is as large as on other systems: what is nested deep is read step within step.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--stack,8388608")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")

@@ -156,16 +156,22 @@ WHERE s.properties='shared';
 CREATE INDEX temp.common_names ON common(name);
 )sql";
 
-// What is shared stays when one of the items goes.
-constexpr char kProperties[] = R"sql(
+constexpr char kOwnProperties[] = R"sql(
 CREATE TEMP VIEW cal_properties AS
 SELECT s.name AS item_id, p.key AS key, p.value AS value, p.rowid AS row, s.uuid AS uuid, 0 AS shared
 FROM shown s CROSS JOIN main.cal_properties p ON p.cal_id=s.uuid AND p.item_id=s.id
 WHERE s.properties='own' AND p.recurrence_id IS NULL
+)sql";
+
+// Follows that where there are some: each of thousands of queries takes its time to prepare.
+constexpr char kAndSharedProperties[] = R"sql(
 UNION ALL
 SELECT c.name, p.key, p.value, p.rowid, p.cal_id, 1
-FROM common c CROSS JOIN main.cal_properties p ON p.rowid=c.row;
+FROM common c CROSS JOIN main.cal_properties p ON p.rowid=c.row
+)sql";
 
+// What is shared stays when one of the items goes.
+constexpr char kPropertyTriggers[] = R"sql(
 CREATE TEMP TRIGGER property_gone INSTEAD OF DELETE ON cal_properties BEGIN
   INSERT INTO notes(what, row, uuid) SELECT 'property gone', OLD.row, OLD.uuid WHERE NOT OLD.shared;
 END;
@@ -310,6 +316,13 @@ void NameItems(SqliteDatabase& database, LightningNames& names) {
   }
 }
 
+void AddProperties(SqliteDatabase& database) {
+  database.Execute(kCommon);
+  const bool areShared = SqliteStatement(database, "SELECT count(*) FROM common").RunForNumber() > 0;
+  database.Execute(std::string(kOwnProperties) + (areShared ? kAndSharedProperties : ""));
+  database.Execute(kPropertyTriggers);
+}
+
 bool HasTable(SqliteDatabase& database, std::string_view name) {
   SqliteStatement rows(database, "SELECT count(*) FROM main.sqlite_master WHERE type='table' AND name=?");
   rows.Bind(1, name);
@@ -323,8 +336,9 @@ void AddTablesOfOld(SqliteDatabase& database, const LightningRegistry& registry,
   database.Execute(kNotes);
   AddCalendars(database, registry.calendars.empty() ? CalendarsOfRows(database, registry.zone) : registry);
   NameItems(database, names);
-  for (const char* statements : {kCommon, kEvents, kTodos, kProperties})
+  for (const char* statements : {kEvents, kTodos})
     database.Execute(statements);
+  AddProperties(database);
 }
 
 void ApplyToThunderbirdsTables(SqliteDatabase& database) {

@@ -152,7 +152,7 @@ Language ProgramLanguage() {
   return chosenLanguage ? *chosenLanguage : LanguageOf(os::MessageLocale());
 }
 
-void ChooseLanguage(Language language) {
+void ChooseLanguage(std::optional<Language> language) {
   chosenLanguage = language;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,7 +18,8 @@ Language LanguageOf(std::string_view locale);
 
 // The language of the programs' own texts: the one chosen for this process, before that the user's.
 Language ProgramLanguage();
-void ChooseLanguage(Language language);
+// Nothing brings back the user's own.
+void ChooseLanguage(std::optional<Language> language);
 
 // The language of a window that shows the component's form: German where the rules in force leave its texts
 // as they are.

@@ -1,18 +1,29 @@
-"""What the tests of the command line share: the program, a copy of the samples, and a place to work in."""
+"""What the tests of the command line share: the program, a copy of the samples, and a place to work in.
+
+Two variables let two_systems.py run them for a program of another system: VORLENT_LAUNCHER starts it,
+VORLENT_TRANSCRIPTS names the folder in which each test leaves what it called the program with and what came.
+VORLENT_RULES names the rules where a test asks for none.
+"""
 import os
 import pathlib
+import re
 import resource
+import shlex
 import shutil
 import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 PROGRAM = pathlib.Path(sys.argv.pop(1)).resolve()
 ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
 INBOX = "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox"
 LOCAL = "thunderbird://default/Local Folders"
+LAUNCHER = shlex.split(os.environ.get("VORLENT_LAUNCHER", ""))
+RULES = os.environ.get("VORLENT_RULES")
+TRANSCRIPTS = os.environ.get("VORLENT_TRANSCRIPTS")
 
 
 def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
@@ -23,6 +34,16 @@ def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001
 
 def tree_bytes(folder):
     return {str(path.relative_to(folder)): path.read_bytes() for path in sorted(folder.rglob("*")) if path.is_file()}
+
+
+def path_from_windows(match):
+    path = match.group(0)
+    return path.removeprefix("Z:").replace("\\\\" if path.startswith("Z:\\\\") else "\\", "/")
+
+
+def from_windows(text):
+    """What a program for Windows tells under Wine, with native paths as they are here: Z: is the root there."""
+    return re.sub(r"Z:\\[^'\":\r\n|]*|\b(out|archive|restored|original)\\(?=\S)", path_from_windows, text)
 
 
 def file_size_limit(size):
@@ -52,10 +73,35 @@ class ProgramCase(unittest.TestCase):
 
     def command(self, *arguments, sample=True):
         given = ["--appdata", str(self.samples / "AppData"), "--drive", f"S={self.samples}"] if sample else []
-        return [PROGRAM, *given, *arguments]
+        if RULES and "--rules" not in arguments:
+            given += ["--rules", RULES]
+        if LAUNCHER:
+            given += ["--drive", "C=/"]  # as it is on a system without drives
+        return [*LAUNCHER, PROGRAM, *given, *arguments]
 
     def run_program(self, *arguments, sample=True, home=None, **options):
         done = subprocess.run(self.command(*arguments, sample=sample), cwd=self.work, env=self.environment(home),
                               timeout=60, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               **options)
-        return done.returncode, done.stdout.decode("utf-8", "surrogateescape"), done.stderr.decode("utf-8")
+        told = [done.stdout.decode("utf-8", "surrogateescape"), done.stderr.decode("utf-8", "surrogateescape")]
+        if LAUNCHER:
+            told = [from_windows(text) for text in told]
+        if TRANSCRIPTS:
+            self.keep_transcript(arguments, done.returncode, *told)
+        return done.returncode, *told
+
+    def keep_transcript(self, arguments, code, out, err):
+        """What differs from run to run is left out: the folder, the moment, identities."""
+        text = "\n".join(["$ " + shlex.join(map(str, arguments)), out, err, f"= {code}", ""])
+        for place in (str(self.work), str(self.work).replace("/", "\\"), str(self.work).replace("/", "\\\\")):
+            text = text.replace(place, "WORK")
+        now = time.localtime()
+        for moment in (r"%Y%m%d\d{6}", r"%d.%m.%Y \d\d:\d\d(:\d\d)?"):
+            text = re.sub(time.strftime(moment, now), "NOW", text)
+        text = re.sub(r"\b1[789]\d{8}0{6}\b|^ \d\d:\d\d:\d\d(?=:| finished)", "NOW", text, flags=re.M)
+        text = re.sub(r"in [\d,.]+ (Sekunden|seconds).*", "in TIME", text)
+        text = re.sub(r"/vorlent-\w{6}/", "/TEMPORARY/", text)
+        text = re.sub(r"[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}", "GUID", text)
+        with open(pathlib.Path(TRANSCRIPTS, self.id().removeprefix("__main__.")), "a", encoding="utf-8",
+                  errors="surrogateescape") as transcript:
+            transcript.write(text)

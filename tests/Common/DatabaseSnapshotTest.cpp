@@ -15,8 +15,8 @@
 #include "Support/DiskOperations.h"
 #include "Support/ForeignProgram.h"
 #include "Support/RecordingPlatform.h"
-#include "Support/ScopedEnvironment.h"
 #include "Support/ScopedRules.h"
+#include "Support/ScopedTemporaryPlace.h"
 #include "Support/SqliteFile.h"
 #include "Support/TemporaryFolder.h"
 
@@ -59,7 +59,7 @@ class DatabaseSnapshotTest : public testing::Test {
 
   TemporaryFolder folder_;
   TemporaryFolder temporary_;
-  ScopedEnvironment environment_{"TMPDIR", temporary_.Native().c_str()};
+  ScopedTemporaryPlace place_{temporary_.Native()};
   ScopedRecordingPlatform platform_;
   ScopedRules today_{{.databaseInUse = DatabaseInUse::Copied}};
   std::string asOf_;  // of the last Names

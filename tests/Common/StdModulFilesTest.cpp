@@ -1,17 +1,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Common/StdModul.h"
+#include "Platform/AtEnd.h"
 #include "Platform/CodePage.h"
+#include "Platform/Files.h"
 #include "Platform/Settings.h"
 #include "Support/AsOrdinaryUser.h"
 #include "Support/DiskOperations.h"
+#include "Support/OddEntries.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedEnvironment.h"
 #include "Support/TemporaryFolder.h"
@@ -32,20 +35,18 @@ std::vector<std::string> Values(const KeyedList<std::string>& list) {
 
 class StdModulFilesTest : public testing::Test {
  protected:
-  void Permit(std::string_view name, mode_t permissions) {
-    ASSERT_EQ(chmod(folder_.Native(name).c_str(), permissions), 0);
+  void Permit(std::string_view name, unsigned permissions) {
+    fs::permissions(folder_.Native(name), static_cast<fs::perms>(permissions));
   }
-  mode_t PermissionsOf(std::string_view name) {
-    struct stat status;
-    EXPECT_EQ(stat(folder_.Native(name).c_str(), &status), 0);
-    return status.st_mode & 07777;
+  unsigned PermissionsOf(std::string_view name) {
+    return static_cast<unsigned>(fs::status(folder_.Native(name)).permissions());
   }
   // All that the folder holds, as paths with "/" that folders end in too.
   std::vector<std::string> Tree() {
     std::vector<std::string> tree;
     for (const auto& entry : fs::recursive_directory_iterator(folder_.Native())) {
       const bool isFolder = entry.is_directory() && !entry.is_symlink();
-      tree.push_back(fs::relative(entry.path(), folder_.Native()).string() + (isFolder ? "/" : ""));
+      tree.push_back(fs::relative(entry.path(), folder_.Native()).generic_string() + (isFolder ? "/" : ""));
     }
     std::sort(tree.begin(), tree.end());
     return tree;
@@ -240,7 +241,7 @@ TEST_F(StdModulFilesTest, LinkThatCannotGoKeepsNothingElse) {
   folder_.MakeFolder("elsewhere");
   folder_.Write("top/file", "");
   folder_.MakeFolder("top/sub");
-  fs::create_directory_symlink(folder_.Native("elsewhere"), folder_.Native("top/link"));
+  MAKE_OR_SKIP(MakeLink(folder_.Native("elsewhere"), folder_.Native("top/link")));
   {
     const DiskFault fault({.calls = DiskCall::Remove, .error = EPERM, .pathEnd = "/link"});
     DeleteFolder(folder_.Path("top"), true, false);
@@ -284,9 +285,9 @@ TEST_F(StdModulFilesTest, DeleteFolderDoesNotFollowLinksOutOfIt) {
   folder_.Write("locked", "keep");
   Permit("locked", 0444);
   folder_.Write("top/file", "");
-  fs::create_directory_symlink(folder_.Native("mail"), folder_.Native("top/link"));
-  fs::create_symlink(folder_.Native("locked"), folder_.Native("top/tolocked"));
-  fs::create_symlink("none", folder_.Native("top/broken"));
+  MAKE_OR_SKIP(MakeLink(folder_.Native("mail"), folder_.Native("top/link")));
+  MAKE_OR_SKIP(MakeLink(folder_.Native("locked"), folder_.Native("top/tolocked")));
+  MAKE_OR_SKIP(MakeLink("none", folder_.Native("top/broken")));
   DeleteFolder(folder_.Path("top"), true, true);
   EXPECT_THAT(Tree(), ElementsAre("locked", "mail/", "mail/Inbox"));
   EXPECT_EQ(PermissionsOf("locked"), 0444u);
@@ -382,7 +383,7 @@ TEST_F(StdModulFilesTest, ListsOfAFolderThatCannotBeReadAreEmpty) {
 }
 
 TEST_F(StdModulFilesTest, EntryWithoutAttributesCountsAsAFile) {
-  ASSERT_EQ(mkfifo(folder_.Native("pipe").c_str(), 0600), 0);
+  MAKE_OR_SKIP(MakePipe(folder_.Native("pipe")));
   EXPECT_EQ(GetFileAttr(folder_.Path("pipe")), 0);
   KeyedList<std::string> files;
   KeyedList<std::string> folders;
@@ -409,41 +410,41 @@ class MoveFileTest : public StdModulFilesTest {
   }
 
   // Which file the name stands for: a renamed one stays the same, a copy is another.
-  ino_t Inode(std::string_view name) {
-    struct stat status {};
-    EXPECT_EQ(stat(folder_.Native(name).c_str(), &status), 0);
-    return status.st_ino;
-  }
+  std::uint64_t Number(std::string_view name) { return os::TryIdentify(folder_.Path(name)).value().number; }
 
   ScopedEnvironment zone_{"TZ", "UTC"};
 };
 
 TEST_F(MoveFileTest, RenamesOnOneDrive) {
-  const ino_t before = Inode("source");
+  const std::uint64_t before = Number("source");
   MoveFile(LowerCase(folder_.Path("new\\deep\\target")).replace(0, 1, "C"), folder_.Path("source"));
   EXPECT_THAT(Tree(), ElementsAre("new/", "new/deep/", "new/deep/target"));
   EXPECT_EQ(folder_.Read("new/deep/target"), "abc");
   EXPECT_EQ(GetFileDate(folder_.Path("new\\deep\\target")), "09.05.2010 14:30:05");
-  EXPECT_EQ(Inode("new/deep/target"), before);
+  EXPECT_EQ(Number("new/deep/target"), before);
 }
 
 TEST_F(MoveFileTest, CopiesToAnotherDrive) {
-  const ino_t before = Inode("source");
+  const std::uint64_t before = Number("source");
   MoveFile(ByOtherDrive("new\\target"), folder_.Path("source"));
   EXPECT_THAT(Tree(), ElementsAre("new/", "new/target"));
   EXPECT_EQ(folder_.Read("new/target"), "abc");
   EXPECT_EQ(GetFileDate(folder_.Path("new\\target")), "09.05.2010 14:30:05");
-  EXPECT_NE(Inode("new/target"), before);
+  EXPECT_NE(Number("new/target"), before);
 }
 
 TEST_F(MoveFileTest, CopiesWherePathsHaveNoDrive) {
-  const ino_t before = Inode("source");
+  // A system with drives of its own takes the one of the current folder.
+  const fs::path current = fs::current_path();
+  fs::current_path(folder_.Native());
+  const AtEnd goBack([&] { fs::current_path(current); });
+  const std::uint64_t before = Number("source");
   const std::string source = folder_.Path("source").substr(2);
   const std::string target = folder_.Path("target").substr(2);
   MoveFile(target, source);
   EXPECT_THAT(Tree(), ElementsAre("target"));
   EXPECT_EQ(folder_.Read("target"), "abc");
-  EXPECT_NE(Inode("target"), before);
+  EXPECT_NE(Number("target"), before);
 }
 
 TEST_F(MoveFileTest, ReplacesTheTargetReadOnlyOrNot) {
@@ -534,7 +535,7 @@ TEST_F(MoveFileTest, CopyThatCannotBeMadeReadOnlyIsMovedNevertheless) {
 TEST_F(MoveFileTest, FailedCopyHasDeletedTheTargetAlready) {
   folder_.Write("target", "old");
   // A source that exists but can't be opened as a plain file.
-  ASSERT_EQ(mkfifo(folder_.Native("pipe").c_str(), 0600), 0);
+  MAKE_OR_SKIP(MakePipe(folder_.Native("pipe")));
   MoveFile(ByOtherDrive("target"), folder_.Path("pipe"));
   EXPECT_THAT(Tree(), ElementsAre("pipe", "source"));
 }

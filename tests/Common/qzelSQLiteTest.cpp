@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
 #include <string>
 
 #include "Platform/CodePage.h"
@@ -12,8 +13,6 @@
 
 namespace vorlent {
 namespace {
-
-using testing::MatchesRegex;
 
 constexpr char kPeople[] =
     "CREATE TABLE people(name TEXT, age INTEGER, note TEXT);"
@@ -127,7 +126,7 @@ TEST_F(qzelSQLiteTest, ClosingTellsWhetherItWasOpenedAndEndsTheConnection) {
 }
 
 TEST_F(qzelSQLiteTest, VersionIsThatOfTheLibrary) {
-  EXPECT_THAT(database_.Version(), MatchesRegex("3\\.[0-9]+\\.[0-9.]+"));
+  EXPECT_TRUE(std::regex_match(database_.Version(), std::regex("3\\.[0-9]+\\.[0-9.]+")));
 }
 
 // --- Results

@@ -165,6 +165,13 @@ TEST_F(FilesTest, WriteToAFileOpenedForReadingRaises) {
   EXPECT_EQ(folder_.Read("f"), "abc");
 }
 
+TEST_F(FilesTest, SyncSucceedsOnAFileThatIsOpenForReadingOnly) {
+  folder_.Write("f", "abc");
+  EXPECT_NO_THROW(File::Open(folder_.Path("f"), File::Mode::Read).Sync());
+  fs::permissions(folder_.Native("f"), fs::perms::owner_read);
+  EXPECT_NO_THROW(File::Open(folder_.Path("f"), File::Mode::Read).Sync());
+}
+
 TEST_F(FilesTest, SyncSucceedsOnAnOpenFileAndOnAFolder) {
   File file = File::Open(folder_.Path("f"), File::Mode::Create);
   file.Write("x", 1);

@@ -12,7 +12,7 @@
 #include "Standalone/MovingImport.h"
 #include "Support/MailboxBuilder.h"
 #include "Support/RecordingPlatform.h"
-#include "Support/ScopedEnvironment.h"
+#include "Support/ScopedTemporaryPlace.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -73,7 +73,7 @@ class ArchiveProofTest : public testing::Test {
 
   ScopedRecordingPlatform platform_;
   TemporaryFolder folder_;
-  ScopedEnvironment temporary_{"TMPDIR", folder_.Native("").c_str()};
+  ScopedTemporaryPlace temporary_{folder_.Native()};
 };
 
 TEST_F(ArchiveProofTest, ArchiveThatIsThereLetsTheMailsGo) {

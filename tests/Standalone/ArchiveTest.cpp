@@ -13,6 +13,7 @@
 #include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
+#include "Platform/NativePaths.h"
 #include "Standalone/ArchiveRehearsal.h"
 #include "Standalone/MemoryFolder.h"
 #include "Standalone/Sqlite.h"
@@ -185,7 +186,7 @@ TEST_F(ArchiveTest, WithoutMoveTheSourceStays) {
 TEST_F(ArchiveTest, AFileFromAnotherFileSystemIsTakenToo) {
   const std::filesystem::path place = std::filesystem::current_path() / "archive-test-source.txt";
   std::filesystem::remove(place);
-  const std::string path = "C:" + place.string();
+  const std::string path = os::ToWindowsPath(place.string());
   WriteBytes(path, "abc");
   std::filesystem::permissions(place, std::filesystem::perms::owner_read);
   const ItemPtr item = archive_->PasteRecord("ID=1");

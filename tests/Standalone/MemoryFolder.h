@@ -1,11 +1,10 @@
 // A temporary folder in memory.
 #pragma once
 
-#include <stdlib.h>
-
 #include <filesystem>
-#include <string>
+#include <optional>
 
+#include "Support/ScopedTemporaryPlace.h"
 #include "Support/TemporaryFolder.h"
 
 namespace vorlent {
@@ -14,21 +13,14 @@ namespace vorlent {
 class TemporaryPlaceInMemory {
  public:
   TemporaryPlaceInMemory() {
-    if (const char* value = getenv("TMPDIR")) previous_ = value;
-    if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 1);
-  }
-  ~TemporaryPlaceInMemory() {
-    if (previous_.empty()) {
-      unsetenv("TMPDIR");
-    } else {
-      setenv("TMPDIR", previous_.c_str(), 1);
-    }
+    const std::filesystem::path memory = "/dev/shm";
+    if (std::filesystem::is_directory(memory)) place_.emplace(memory);
   }
   TemporaryPlaceInMemory(const TemporaryPlaceInMemory&) = delete;
   TemporaryPlaceInMemory& operator=(const TemporaryPlaceInMemory&) = delete;
 
  private:
-  std::string previous_;
+  std::optional<ScopedTemporaryPlace> place_;
 };
 
 // An archive waits for the disk at every step, and its tests are about the steps, not about the disk.

@@ -1,9 +1,9 @@
 // A database file in the hands of another program.
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
+
+#include "Support/ForeignProgram.h"
 
 namespace vorlent {
 
@@ -11,13 +11,13 @@ namespace vorlent {
 // until that many milliseconds have passed. The lock is in force when the constructor returns.
 class ForeignLock {
  public:
-  explicit ForeignLock(const std::filesystem::path& native, int milliseconds = 60000);
-  ~ForeignLock();
-  ForeignLock(const ForeignLock&) = delete;
-  ForeignLock& operator=(const ForeignLock&) = delete;
+  explicit ForeignLock(const std::filesystem::path& native, int milliseconds = 60000) : program_(native) {
+    program_.Run("BEGIN EXCLUSIVE");
+    program_.EndAfter(milliseconds);
+  }
 
  private:
-  pid_t process_;
+  ForeignProgram program_;
 };
 
 }  // namespace vorlent

@@ -1,9 +1,8 @@
 // Another program that works on a database file.
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
+#include <memory>
 #include <string_view>
 
 namespace vorlent {
@@ -20,9 +19,12 @@ class ForeignProgram {
   // Runs statements there and waits for their end. Raises std::runtime_error if they fail.
   void Run(std::string_view sql) const;
 
+  // Ends it after so many milliseconds, whatever happens here meanwhile.
+  void EndAfter(int milliseconds) const;
+
  private:
-  pid_t process_;
-  int channel_ = -1;
+  struct Process;
+  std::unique_ptr<Process> process_;
 };
 
 }  // namespace vorlent

@@ -1,31 +1,23 @@
 // A limit to the size of files, as on a full disk.
 #pragma once
 
-#include <sys/resource.h>
-
-#include <csignal>
+#include <cstdint>
+#include <limits>
 
 namespace vorlent {
+
+inline constexpr std::uint64_t kNoSizeLimit = std::numeric_limits<std::uint64_t>::max();
 
 // Files may grow to so many bytes only, as on a full disk.
 class ScopedSizeLimit {
  public:
-  explicit ScopedSizeLimit(rlim_t bytes) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    signal_ = signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit = {bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~ScopedSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    signal(SIGXFSZ, signal_);
-  }
+  explicit ScopedSizeLimit(std::uint64_t bytes);
+  ~ScopedSizeLimit();
   ScopedSizeLimit(const ScopedSizeLimit&) = delete;
   ScopedSizeLimit& operator=(const ScopedSizeLimit&) = delete;
 
  private:
-  rlimit before_ = {};
-  void (*signal_)(int) = nullptr;
+  std::uint64_t before_ = kNoSizeLimit;
 };
 
 }  // namespace vorlent

@@ -10,6 +10,7 @@
 #include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Platform/NativePaths.h"
+#include "Platform/StandardPaths.h"
 #include "Standalone/Phrases.h"
 
 namespace vorlent::app {
@@ -22,20 +23,21 @@ struct BookmarksOptions {
 };
 
 // Nothing shall be written at all if the copy can't be.
-void CheckPlace(const std::string& file) {
+void CheckPlace(const std::string& native) {
+  const std::filesystem::path file = os::StandardPath(native);
   const bool isThere = std::filesystem::exists(file);
   if (std::ofstream(file, std::ios::app)) {
     if (!isThere) std::filesystem::remove(file);
     return;
   }
-  throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {file, ToldShown(std::strerror(errno))}));
+  throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {native, ToldShown(std::strerror(errno))}));
 }
 
 void CopyExport(const std::string& from, const std::string& to) {
   std::error_code error;
-  std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
-  if (error)
-    throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {to, ToldShown(error.message())}));
+  std::filesystem::copy_file(os::StandardPath(from), os::StandardPath(to),
+                             std::filesystem::copy_options::overwrite_existing, error);
+  if (error) throw AppError(ExitCode::Unreadable, InWords(Phrase::Unwritten, {to, ReasonShown(error)}));
 }
 
 // Tells what couldn't be read, each with its row, and how many that were; whether there was any.
@@ -68,7 +70,7 @@ void WriteExports(Session& session, Location_FireFox& connector, const std::stri
     CopyExport(os::ToNativePath(file), output);
     session.Output().Say(InWords(Phrase::WrittenIntoProfile, {NativeShown(file)}));
   } else {
-    connector.SaveInto(ComponentPath(std::filesystem::absolute(output).string()));
+    connector.SaveInto(ComponentPath(AbsolutePath(output)));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "Apps/CommandLine/Session.h"
+#include "Apps/CommandLine/System.h"
 #include "Standalone/Phrases.h"
 #include "Standalone/ShownPaths.h"
 
@@ -90,8 +91,14 @@ MessageAnswer ConsolePlatform::ShowMessage(std::string_view text, std::string_vi
     console_.BoxShown(text, title, icon != MessageIcon::Question);
     return MessageAnswer::Ok;
   }
+  const std::string question = Translated(WithShownPaths(text));
   console_.Say("");
-  return SystemPlatform::ShowMessage(Translated(WithShownPaths(text)), ToldShown(title), icon, buttons);
+  // A box of the system's would wait for an answer that nobody gives.
+  if (!IsTerminal(stdin) || !IsTerminal(stderr)) {
+    console_.Say(ToldShown(title) + ": " + question);
+    return MessageAnswer::Cancel;
+  }
+  return SystemPlatform::ShowMessage(question, ToldShown(title), icon, buttons);
 }
 
 std::string ConsolePlatform::ChoiceOfAnswers() const {

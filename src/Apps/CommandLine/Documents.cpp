@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Apps/CommandLine/Verbs.h"
+#include "Platform/StandardPaths.h"
 
 namespace vorlent::app {
 
@@ -318,7 +319,7 @@ void DeclareDocuments(CLI::App& command, Action& action) {
   const CLI::App* program = command.get_parent();
   command.callback([folder, program, &action] {
     action = [folder, program](Session&) {
-      WriteDocuments(*program, *folder);
+      WriteDocuments(*program, os::StandardPath(*folder));
       return ExitCode::Done;
     };
   });

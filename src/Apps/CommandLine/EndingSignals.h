@@ -17,6 +17,9 @@ class EndingSignals {
   EndingSignals& operator=(const EndingSignals&) = delete;
 };
 
+// Notes that a signal has come, as the system's handlers do.
+void NoteEndingSignal(int signal);
+
 // The first of the signals that came, 0 before that.
 int EndingSignal();
 

@@ -12,6 +12,7 @@
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
 #include "Platform/Rules.h"
+#include "Platform/StandardPaths.h"
 #include "Standalone/FittingName.h"
 #include "Standalone/Phrases.h"
 
@@ -76,9 +77,10 @@ std::vector<WantedFile> PlacesFor(const StandaloneItem& item, const std::vector<
   std::vector<WantedFile> files;
   for (const std::string& key : keys) {
     const std::string name = names.Take(GivenName(item, key).Text());
-    files.push_back({key, std::filesystem::path(options.output) / name});
+    files.push_back({key, os::StandardPath(options.output) / os::StandardPath(name)});
     if (!options.force && std::filesystem::exists(std::filesystem::symlink_status(files.back().target))) {
-      throw AppError(ExitCode::Unreadable, InWords(Phrase::IsThereAlready, {files.back().target.string()}),
+      throw AppError(ExitCode::Unreadable,
+                     InWords(Phrase::IsThereAlready, {os::NativeText(files.back().target)}),
                      InWords(Phrase::ForceReplaces));
     }
   }
@@ -98,9 +100,10 @@ void BringOut(MailConnector& connector, const StandaloneItem& item, const Wanted
                    InWords(Phrase::NotBroughtOut, {Shown(wanted.key), Shown(item.ID()),
                                                    NativeShown(item.DataText(data_key::kSourceFile))}));
   }
-  os::Copy(file, os::ToWindowsPath(wanted.target.string()));
+  const std::string target = os::NativeText(wanted.target);
+  os::Copy(file, os::ToWindowsPath(target));
   RemoveExactFile(file);
-  std::puts(wanted.target.c_str());
+  std::puts(target.c_str());
 }
 
 // What stands elsewhere can't be brought out by its place.
@@ -130,7 +133,7 @@ ExitCode Get(Session& session, const GetOptions& options) {
   }
   RequireAtItsPlace(*item);
   const std::vector<WantedFile> files = PlacesFor(*item, keys, options);
-  std::filesystem::create_directories(options.output);
+  std::filesystem::create_directories(os::StandardPath(options.output));
   for (const WantedFile& file : files)
     BringOut(*connector, *item, file);
   return ExitCode::Done;

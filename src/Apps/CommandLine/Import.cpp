@@ -9,6 +9,7 @@
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/ImportCommand.h"
 #include "Host/Connector.h"
+#include "Platform/StandardPaths.h"
 #include "Standalone/ArchiveImport.h"
 #include "Standalone/ArchiveRehearsal.h"
 #include "Standalone/Phrases.h"
@@ -41,12 +42,13 @@ class ChosenCommand : public HostDialogs {
 // The mailboxes of an address, or the one that a native path names.
 std::vector<std::string> MailboxesOf(Session& session, const std::string& source) {
   if (source.find("://") == std::string::npos) {
-    if (!std::filesystem::is_regular_file(source)) {
-      const bool isThere = std::filesystem::exists(source);
+    const std::filesystem::path path = os::StandardPath(source);
+    if (!std::filesystem::is_regular_file(path)) {
+      const bool isThere = std::filesystem::exists(path);
       throw AppError(ExitCode::Unreadable,
                      InWords(isThere ? Phrase::IsNoFile : Phrase::NoSuchMailbox, {source}));
     }
-    return {ComponentPath(std::filesystem::absolute(source).lexically_normal().string())};
+    return {ComponentPath(NormalPath(source))};
   }
   const StandaloneLocationPtr location = session.OpenMailboxes(session.Address(source));
   const auto connector = RequireAs<MailConnector>(location->Connector());
@@ -96,7 +98,7 @@ void PrepareTarget(Session& session, const ImportOptions& options, const std::st
 
 ExitCode Import(Session& session, const ImportOptions& options) {
   // Mailboxes first: a wrong address makes no archive.
-  const std::string folder = ComponentPath(std::filesystem::absolute(options.target).string());
+  const std::string folder = ComponentPath(AbsolutePath(options.target));
   const ImportCommand command = CommandOf(session, options, Archive::NameOf(folder));
   if (command.mailboxes.empty()) throw AppError(ExitCode::Partly, InWords(Phrase::NoMailboxes));
   if (!ConfirmMove(session, command)) return ExitCode::Cancelled;

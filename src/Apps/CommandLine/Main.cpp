@@ -1,11 +1,17 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Apps/CommandLine/Commands.h"
+#include "Apps/CommandLine/System.h"
+#include "Platform/StandardPaths.h"
 #include "Standalone/Phrases.h"
 
 namespace vorlent::app {
@@ -92,19 +98,21 @@ ExitCode RunAction(const GlobalOptions& options, const Action& action) {
     PrintError(ErrorOf(failure));
     return ExitCode::Unreadable;
   } catch (const std::filesystem::filesystem_error& error) {
-    PrintError({ExitCode::Unreadable,
-                "'" + error.path1().string() + "': " + ToldShown(error.code().message()),
+    PrintError({ExitCode::Unreadable, "'" + os::NativeText(error.path1()) + "': " + ReasonShown(error.code()),
                 std::string(InWords(HintFor(error.code())))});
     return ExitCode::Unreadable;
   }
 }
 
-int Main(int argc, char** argv) {
+int Main(std::vector<std::string> arguments) {
+  PrepareStreams();
   std::setlocale(LC_ALL, "");
   CLI::App app("Mails, bookmarks and calendars out of Mozilla profiles, and back.", "vorlent-mozilla");
   app.set_version_flag("--version", "vorlent-mozilla " VORLENT_VERSION);
   app.require_subcommand(1);
   app.fallthrough();
+  // A slash begins a path on every system.
+  app.allow_windows_style_options(false);
   GlobalOptions options;
   DeclareGlobalOptions(app, options);
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
@@ -119,7 +127,9 @@ int Main(int argc, char** argv) {
   // After the subcommands, which would take it over.
   app.footer(Footer());
   try {
-    app.parse(argc, argv);
+    // It takes them from the end.
+    std::reverse(arguments.begin(), arguments.end());
+    app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
     if (const std::string unknown = UnknownCommand(app); error.get_exit_code() != 0 && !unknown.empty()) {
       PrintError(
@@ -138,5 +148,5 @@ int Main(int argc, char** argv) {
 }  // namespace vorlent::app
 
 int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape): ends the program
-  return vorlent::app::Main(argc, argv);
+  return vorlent::app::Main(vorlent::app::ProgramArguments(argc, argv));
 }

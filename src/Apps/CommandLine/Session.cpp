@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "Apps/CommandLine/System.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
@@ -15,6 +16,7 @@
 #include "Platform/NativePaths.h"
 #include "Platform/Rules.h"
 #include "Platform/Settings.h"
+#include "Platform/StandardPaths.h"
 #include "Platform/WorkFolder.h"
 #include "Standalone/Phrases.h"
 #include "Standalone/ShownPaths.h"
@@ -39,7 +41,7 @@ void ApplyDrives(const std::vector<std::string>& drives) {
       throw AppError(ExitCode::Usage, InWords(Phrase::DriveForm, {drive}));
     }
     const std::string folder = drive.substr(2);
-    if (!std::filesystem::is_directory(folder)) {
+    if (!IsFolder(folder)) {
       throw AppError(ExitCode::Usage, InWords(Phrase::NoSuchFolderOfOption, {"--drive " + drive, folder}));
     }
     os::SetDrive(drive[0], folder);
@@ -53,9 +55,10 @@ std::string AddressOfPath(const std::string& text) {
     if (place.ends_with(mark)) place.remove_suffix(mark.size());
   }
   std::error_code ignored;
-  const bool isPath = text.starts_with('/') || std::filesystem::exists(place, ignored);
+  const bool isPath = os::StandardPath(text).has_root_directory() ||
+                      std::filesystem::exists(os::StandardPath(place), ignored);
   if (!isPath || !TakesPathsAsAddresses()) return {};
-  std::string path = ComponentPath(std::filesystem::absolute(text).lexically_normal().string());
+  std::string path = ComponentPath(NormalPath(text));
   if (path.substr(1, 2) != ":\\") return {};
   path.erase(1, 1);
   ReplaceText(path, "\\", "/");
@@ -75,7 +78,7 @@ Session::Session(const GlobalOptions& options)
     : options_(options), console_(std::make_shared<Console>(options.verbose, options.databaseLog)) {
   ApplyDrives(options.drives);
   if (!options.appData.empty()) {
-    if (!std::filesystem::is_directory(options.appData)) {
+    if (!IsFolder(options.appData)) {
       throw AppError(ExitCode::Usage, InWords(Phrase::NoSuchFolderOfOption, {"--appdata", options.appData}));
     }
     os::SetAppDataFolder(options.appData);
@@ -142,7 +145,7 @@ StandaloneLocationPtr Session::OpenMailboxes(const std::string& address) {
 }
 
 ArchivePtr Session::OpenArchive(const std::string& nativeFolder) {
-  const std::string folder = ComponentPath(std::filesystem::absolute(nativeFolder).string());
+  const std::string folder = ComponentPath(AbsolutePath(nativeFolder));
   if (!Archive::IsArchive(folder))
     throw AppError(ExitCode::Unreadable, InWords(Phrase::NoArchive, {nativeFolder}));
   return host_->Global().OpenArchive(folder);
@@ -243,6 +246,23 @@ std::string ComponentPath(const std::string& native) {
 std::string NativeShown(std::string_view path) {
   const std::string native = os::ToNativePath(path);
   return Shown(native.empty() ? path : native);
+}
+
+// Of all of the systems the library's own categories tell in the same words.
+std::string ReasonShown(const std::error_code& error) {
+  return ToldShown(error.default_error_condition().message());
+}
+
+bool IsFolder(const std::string& native) {
+  return std::filesystem::is_directory(os::StandardPath(native));
+}
+
+std::string AbsolutePath(const std::string& native) {
+  return os::NativeText(std::filesystem::absolute(os::StandardPath(native)));
+}
+
+std::string NormalPath(const std::string& native) {
+  return os::NativeText(os::StandardPath(AbsolutePath(native)).lexically_normal());
 }
 
 std::string CauseShown(const Cause& why) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "Apps/CommandLine/AppError.h"
@@ -98,6 +99,16 @@ std::string NativeShown(std::string_view path);
 
 // What the component or the system tells, in the user's language and with paths as they are shown, UTF-8.
 std::string ToldShown(std::string_view text);
+
+// Why the system refused something, in the user's language, UTF-8.
+std::string ReasonShown(const std::error_code& error);
+
+// Whether a native path leads to a folder.
+bool IsFolder(const std::string& native);
+
+// A native path from the root on, and the same without dots. Raise filesystem_error for "".
+std::string AbsolutePath(const std::string& native);
+std::string NormalPath(const std::string& native);
 
 // Why something failed, with the path as people write it here, UTF-8.
 std::string CauseShown(const Cause& why);

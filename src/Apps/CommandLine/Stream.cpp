@@ -15,6 +15,7 @@
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
+#include "Platform/StandardPaths.h"
 #include "Standalone/FileDescription.h"
 #include "Standalone/FittingName.h"
 #include "Standalone/Phrases.h"
@@ -41,17 +42,23 @@ std::string FolderName(const std::string& id) {
 
 // The path of a folder, as the user gave it, in the component's form.
 std::string PathOf(const fs::path& folder) {
-  return os::ToWindowsName(folder.string());
+  return os::ToWindowsName(os::NativeText(folder));
+}
+
+std::string WindowsPathOf(const fs::path& path) {
+  return os::ToWindowsPath(os::NativeText(path));
 }
 
 // A new folder for a mail; mails of one ID get numbers after it.
 fs::path NewMailFolder(const fs::path& parent, const std::string& id) {
   const std::string name = FolderName(id);
-  fs::path folder = parent / name;
+  fs::path folder = parent / os::StandardPath(name);
   std::error_code error;
   for (int number = 2; !fs::create_directory(folder, error); ++number) {
-    if (error) throw Failure(ErrorNumber::PathAccess, PathOf(folder), error.message(), HintFor(error));
-    folder = parent / (name + "-" + std::to_string(number));
+    if (error)
+      throw Failure(ErrorNumber::PathAccess, PathOf(folder), error.default_error_condition().message(),
+                    HintFor(error));
+    folder = parent / os::StandardPath(name + "-" + std::to_string(number));
   }
   return folder;
 }
@@ -116,7 +123,7 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
   std::map<std::string, std::string> namesOfSources;
   NamesByField names;
   KeptMail kept;
-  kept.folder.name = folder.filename().string();
+  kept.folder.name = os::NativeText(folder.filename());
   for (std::int32_t i = 1; i <= item.DataCount(); ++i) {
     const std::string key = item.DataKey(i);
     if (!DescribesFile(key)) continue;
@@ -131,17 +138,17 @@ KeptMail Keep(const StandaloneItem& item, const std::string& record, const fs::p
     names[std::string(record_key::kDataPrefix).append(key)] = os::ToWindowsName(name->second);
     if (!isNew) continue;
     if (FileExists(source)) {
-      os::Rename(source, os::ToWindowsPath((folder / name->second).string()));
+      os::Rename(source, WindowsPathOf(folder / os::StandardPath(name->second)));
       ++kept.folder.files;
     } else {
       kept.isWhole = false;
     }
   }
-  TextWriter writer(os::ToWindowsPath((folder / kRecord).string()), os::File::Mode::Create);
+  TextWriter writer(WindowsPathOf(folder / kRecord), os::File::Mode::Create);
   writer.Write(WithFilesIn("", names, record));
   writer.Close();
   ++kept.folder.files;
-  kept.record = WithFilesIn(AddPathSep(os::ToWindowsPath(folder.string())), names, record);
+  kept.record = WithFilesIn(AddPathSep(WindowsPathOf(folder)), names, record);
   return kept;
 }
 
@@ -167,7 +174,7 @@ class StreamTally : public RunTally {
   // What was kept of the mails to be marked must be there still.
   void MarkingBegins(const std::string&) override {
     for (const auto& [name, files] : std::exchange(toBeMarked_, {})) {
-      const fs::path folder = output_ / name;
+      const fs::path folder = output_ / os::StandardPath(name);
       if (CountFiles(folder) < files)
         throw Failure(ErrorNumber::FileNotFound, PathOf(folder), "files of it are gone");
     }
@@ -256,8 +263,9 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
     return ExitCode::Cancelled;
   }
   const bool keep = !options.output.empty();
-  if (keep) fs::create_directories(options.output);
-  StreamTally tally(options.output);
+  const fs::path output = os::StandardPath(options.output);
+  if (keep) fs::create_directories(output);
+  StreamTally tally(output);
   const RunObservation observation(*connector, tally);
   connector->SourceInit(nullptr, keep);
   Cause failure;
@@ -265,7 +273,7 @@ ExitCode Stream(Session& session, const StreamOptions& options) {
     for (std::string record; connector->SourceGetNext(record);) {
       StandaloneItem item;
       item.ImportRecord(record);
-      if (keep && !KeepOrNote(item, record, options.output, tally)) continue;
+      if (keep && !KeepOrNote(item, record, output, tally)) continue;
       Print(item, options);
       if (options.remove) Remove(*connector, tally);
       session.Output().CountMail();

@@ -1,8 +1,6 @@
 #include "Apps/CommandLine/Terminal.h"
 
 #include <fmt/format.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +10,7 @@
 
 #include "Apps/CommandLine/AppError.h"
 #include "Apps/CommandLine/EndingSignals.h"
+#include "Apps/CommandLine/System.h"
 #include "Platform/Characters.h"
 #include "Platform/CodePage.h"
 #include "Standalone/Phrases.h"
@@ -51,6 +50,7 @@ void Narrow(std::vector<std::size_t>& widths, const std::vector<std::size_t>& cu
 }
 
 [[noreturn]] void RaiseUnwritten(int error) {
+  if (IsOfNoReader(error)) NoteEndingSignal(kNoReader);
   StopIfAsked();
   const std::string reason =
       error == 0 ? "" : ": " + Shown(Translated(std::generic_category().message(error)));
@@ -65,15 +65,9 @@ std::string ShownDuration(double seconds) {
 
 }  // namespace
 
-bool IsTerminal(std::FILE* stream) {
-  return isatty(fileno(stream)) == 1;
-}
-
 std::size_t TerminalWidth(std::size_t otherwise) {
-  for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
-    winsize size{};
-    if (isatty(descriptor) == 1 && ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
-      return size.ws_col;
+  for (std::FILE* const stream : {stdout, stderr}) {
+    if (const auto columns = ColumnsOfTerminal(stream)) return *columns;
   }
   return otherwise;
 }

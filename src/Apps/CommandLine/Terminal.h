@@ -10,9 +10,6 @@
 
 namespace vorlent::app {
 
-// Whether the stream is a terminal.
-bool IsTerminal(std::FILE* stream);
-
 // Columns of the terminal behind standard output or error, `otherwise` where there is none.
 std::size_t TerminalWidth(std::size_t otherwise);
 

@@ -296,7 +296,12 @@ void SyncFilesBelow(const std::wstring& folder, std::string_view path) {
       SyncFilesBelow(native, path);
     } else if ((entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) == 0) {
       const Handle file = OpenEntry(native, GENERIC_WRITE, OfLink::Itself);
-      if (file.IsOpen()) FlushFileBuffers(file.Get());
+      // What somebody else holds alone is his.
+      if (file.IsOpen() && FlushFileBuffers(file.Get()) == 0) {
+        const DWORD error = LastError();
+        FindClose(search);
+        RaiseSystemFailure(error, path);
+      }
     }
   } while (FindNextFileW(search, &entry) != 0);
   FindClose(search);

@@ -130,8 +130,14 @@ std::uint64_t File::Length() const {
   return LengthOf(AsHandle(handle_), path_);
 }
 
+// The system flushes by handles that may write only. None may on a read-only file, which is left to it.
 void File::Sync() {
-  Require(FlushFileBuffers(AsHandle(handle_)) != 0, path_);
+  if (FlushFileBuffers(AsHandle(handle_)) != 0) return;
+  const DWORD error = LastError();
+  if (error != ERROR_ACCESS_DENIED) RaiseSystemFailure(error, path_);
+  if (IsReadOnly(AsHandle(handle_))) return;
+  const Handle writing = OpenEntry(CallPathOf(path_), GENERIC_WRITE, OfLink::Target);
+  Require(writing.IsOpen() && FlushFileBuffers(writing.Get()) != 0, path_);
 }
 
 void File::Close() {

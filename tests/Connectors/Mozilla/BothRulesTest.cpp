@@ -44,7 +44,7 @@ class Finds {
   void AddFiles(const std::filesystem::path& folder) {
     std::map<std::string, std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-      if (entry.is_regular_file()) files[entry.path()] = ReadBytes(entry.path().string());
+      if (entry.is_regular_file()) files[entry.path().string()] = ReadBytes(entry.path().string());
     }
     for (const auto& [name, bytes] : files)
       AddBytes(name + ": " + bytes);

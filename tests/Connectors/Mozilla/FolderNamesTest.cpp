@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "Common/StdModul.h"
 #include "Platform/CodePage.h"
 #include "Platform/NativePaths.h"
 #include "Support/DiskOperations.h"
@@ -23,9 +24,11 @@ class FolderNamesTest : public testing::Test {
     names_.TurnTo(folder_.Path("p"));
   }
 
-  // The native path of an entry in the account's folder.
+  // The native path of an entry in the account's folder, as JSON writes it.
   std::string In(const std::string& name) const {
-    return (folder_.Native("p/Mail/Local Folders") / name).string();
+    std::string path = (folder_.Native("p/Mail/Local Folders") / name).make_preferred().string();
+    ReplaceText(path, "\\", "\\\\");
+    return path;
   }
 
   void WriteCache(std::string_view json) { folder_.Write("p/folderCache.json", json); }

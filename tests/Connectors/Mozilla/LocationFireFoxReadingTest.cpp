@@ -1,5 +1,6 @@
 // The walks over the bookmarks: items and tree of what is read, and the folders that are listed.
 
+#include <regex>
 #include <utility>
 
 #include "Connectors/Mozilla/FireFoxFixture.h"
@@ -95,8 +96,8 @@ TEST_F(LocationFireFoxReadingTest, SecondReadReplacesTheFirstUnderNewIDs) {
 
 TEST_F(LocationFireFoxReadingTest, IDsAreBracedGuids) {
   AddMenu();
-  EXPECT_THAT(Open("firefox://x/")->Item(1)->ID(),
-              testing::MatchesRegex("\\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\}"));
+  const std::regex guid("\\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\}");
+  EXPECT_TRUE(std::regex_match(Open("firefox://x/")->Item(1)->ID(), guid));
 }
 
 TEST_F(LocationFireFoxReadingTest, OwnerIsWrittenUnescaped) {

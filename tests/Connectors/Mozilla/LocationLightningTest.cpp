@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <regex>
 
 #include "Platform/EpochTime.h"
 #include "SunbirdTest.h"
@@ -863,9 +864,11 @@ TEST_F(LightningTest, FileInUseIsReadAsOfAMomentAndNotChanged) {
   item->DisplayText = "Neu";
   item->Modified = "22.11.2026 18:00:00";
   connector_->RedoAction(item, "20261122180000", kTitleChanged, "");
-  EXPECT_THAT(
-      host_.Log.Only({"Global.Report(27"}),
-      ElementsAre(testing::ContainsRegex("local.sqlite: in Gebrauch durch test_[a-z]+ .Prozess [0-9]+.")));
+  // Not every system tells who holds a lock.
+  const std::regex inUse(
+      "local.sqlite: in Gebrauch durch (test_[a-z]+ .Prozess [0-9]+.|ein anderes Programm)");
+  EXPECT_THAT(host_.Log.Only({"Global.Report(27"}),
+              ElementsAre(testing::Truly([&](const auto& told) { return std::regex_search(told, inUse); })));
   EXPECT_THAT(host_.Log.Only({"Global.Report(30,\"5<-"}), testing::SizeIs(1));
   thunderbird.Run("UPDATE cal_events SET title='x' WHERE title='Nur im Log'");
 }

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <fstream>
 
@@ -10,6 +8,7 @@
 #include "Platform/Files.h"
 #include "Platform/NativePaths.h"
 #include "Support/AsOrdinaryUser.h"
+#include "Support/OddEntries.h"
 #include "Support/ScopedRules.h"
 
 namespace vorlent {
@@ -599,7 +598,7 @@ TEST_F(TodaysAccountsTest, ProfileThatCannotBeReadIsToldAndTheNextOneIsRead) {
   tree.AddMailbox("q", "b", "Inbox", MailOf("1"));
   const fs::path prefs = tree.Folder().Native("Thunderbird/Profiles/p/prefs.js");
   fs::remove(prefs);
-  ASSERT_EQ(mkfifo(prefs.c_str(), 0600), 0);
+  MAKE_OR_SKIP(MakePipe(prefs));
   EXPECT_EQ(Read("thunderbird://"), LocationState::Read);
   EXPECT_THAT(Mails(), ElementsAre("Account=b,Inbox S"));
   EXPECT_THAT(host.Log.Only({"Global.Report(27"}), ElementsAre(testing::HasSubstr("prefs.js: ")));
@@ -651,8 +650,8 @@ TEST_F(LocationThunderbirdWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {
   const std::string inbox = tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
   const std::string sub = tree.AddMailbox("p", "a", "Inbox.sbd/Sub", MailOf("2", "two"));
   const fs::path inside = fs::path(os::ToNativePath(inbox)).concat(".sbd");
-  fs::create_directory_symlink("..", inside / "Sub.sbd");
-  fs::create_directory_symlink(".", inside / "Self.sbd");
+  MAKE_OR_SKIP(MakeLink("..", inside / "Sub.sbd"));
+  MAKE_OR_SKIP(MakeLink(".", inside / "Self.sbd"));
   tree.AddMailbox("p", "a", "Inbox.sbd/Self", MailOf("3", "three"));
   EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
   EXPECT_THAT(Mails(),
@@ -670,7 +669,7 @@ TEST_F(LocationThunderbirdWalkTest, FolderThatTwoLinksLeadToIsWalkedOnBothWays) 
   const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
   for (const std::string name : {"A", "B"}) {
     tree.AddMailbox("p", "a", name);
-    fs::create_directory_symlink("x.sbd", account / (name + ".sbd"));
+    MAKE_OR_SKIP(MakeLink("x.sbd", account / (name + ".sbd")));
   }
   EXPECT_EQ(Noted("thunderbird://p/a").size(), 2U);
 }
@@ -682,8 +681,8 @@ TEST_F(LocationThunderbirdWalkTest, WhatIsNoFileIsPassedOverAndToldAndTheRestIsR
   tree.AddFile("p", "a", "Pipe.msf");
   tree.AddMailbox("p", "a", "Sent", MailOf("2", "two"));
   const std::string account = tree.AccountFolder("p", "a");
-  fs::create_symlink("/dev/zero", os::ToNativePath(account + "Device"));
-  ASSERT_EQ(mkfifo(os::ToNativePath(account + "Pipe").c_str(), 0600), 0);
+  MAKE_OR_SKIP(MakeLink("/dev/zero", os::ToNativePath(account + "Device")));
+  MAKE_OR_SKIP(MakePipe(os::ToNativePath(account + "Pipe")));
   const auto told = [&](const std::string& name) {
     return Report(
         27, account + name + ": keine Datei, sondern Pipe, Socket oder Ger\xE4t; wird \xFC" + "bergangen!");
@@ -729,9 +728,9 @@ TEST_F(DiskWalkTest, FolderOfTheDisksIsReadWithAllThatIsBelowIt) {
 }
 
 TEST_F(DiskWalkTest, LinkThatLeadsBackUpIsNotWalkedAgain) {
-  fs::create_directory_symlink("..", disk.Native("d/plain/up"));
-  fs::create_directory_symlink(".", disk.Native("d/void/self"));
-  fs::create_directory_symlink("../plain", disk.Native("d/void/aside"));
+  MAKE_OR_SKIP(MakeLink("..", disk.Native("d/plain/up")));
+  MAKE_OR_SKIP(MakeLink(".", disk.Native("d/void/self")));
+  MAKE_OR_SKIP(MakeLink("../plain", disk.Native("d/void/aside")));
   EXPECT_EQ(Read(address), LocationState::Read);
   EXPECT_EQ(Nodes(),
             "Account 'C' [Account=C]\n  d [d]\n    Inbox [Inbox]\n    plain [plain]\n      up [up]\n"
@@ -1040,7 +1039,7 @@ TEST_F(ReadMailboxTest, MailboxThatCannotBeOpenedIsToldAndTheNextOneIsRead) {
 
 TEST_F(ReadMailboxTest, LinkThatLeadsNowhereIsToldAndTheNextOneIsRead) {
   tree.AddFile("p", "a", "A.msf");
-  fs::create_symlink("nowhere", os::ToNativePath(tree.AccountFolder("p", "a") + "A"));
+  MAKE_OR_SKIP(MakeLink("nowhere", os::ToNativePath(tree.AccountFolder("p", "a") + "A")));
   tree.AddMailbox("p", "a", "B", MailOf("1"));
   EXPECT_NE(SwallowedNumber([&] { Noted("thunderbird://p/a"); }), 0);
   host.Log.Clear();

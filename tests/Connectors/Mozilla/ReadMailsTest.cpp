@@ -1,7 +1,6 @@
 #include "Connectors/Mozilla/ReadMails.h"
 
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include "Common/LineFile.h"
 #include "Support/MailboxBuilder.h"
@@ -30,20 +29,6 @@ TEST(ReadMailsTest, LaterHashOfAnOffsetCountsAndOrderDoesNotMatter) {
   for (const std::int32_t offset : {10, 20, 50, 70})
     EXPECT_EQ(mails.HashAt(offset), static_cast<std::uint64_t>(offset));
   EXPECT_EQ(mails.HashAt(30), 31U);
-}
-
-TEST(ReadMailsTest, MailTakesAtMost16Bytes) {
-  constexpr std::size_t kMails = 100'000;
-  const std::size_t before = mallinfo2().uordblks;
-  ReadMails mails;
-  for (std::size_t i = 0; i < kMails; ++i) {
-    mails.Add(static_cast<std::int32_t>(i), i);
-    // Whenever that is asked, beside a first piece.
-    if (i % 1000 == 0) {
-      EXPECT_LE(mallinfo2().uordblks, before + 2048 + 16 * i);
-    }
-  }
-  EXPECT_LE(mallinfo2().uordblks, before + 16 * kMails);
 }
 
 std::uint64_t HashOf(std::initializer_list<std::string_view> lines, bool isWhole = true) {

@@ -5,6 +5,7 @@
 #include "Connectors/Mozilla/MimeTree.h"
 #include "Connectors/Mozilla/StdMailTest.h"
 #include "Support/ErrorNumbers.h"
+#include "Support/OddEntries.h"
 
 namespace vorlent {
 namespace {
@@ -537,7 +538,7 @@ TEST_F(StdMailReadHeaderTest, MailboxThatCannotBeReadIsAtItsEnd) {
 }
 
 TEST_F(StdMailReadHeaderTest, FullDiskRaisesInTheHeaderBlock) {
-  std::filesystem::create_symlink("/dev/full", folder_.Native("tmp/mail.eml"));
+  MAKE_OR_SKIP(MakeFullDevice(folder_.Native("tmp/mail.eml")));
   OpenLines("From - x\nSubject: 1\nX-Long: " + std::string(100'000, 'x') +
             "\n\nbody\n\nFrom - y\nSubject: 2\n\nend\n");
   EXPECT_EQ(NumberOf([&] { mail_.ReadHeader(true); }), static_cast<int>(ErrorNumber::DiskFull));
@@ -548,7 +549,7 @@ TEST_F(StdMailReadHeaderTest, FullDiskRaisesInTheHeaderBlock) {
 }
 
 TEST_F(StdMailReadHeaderTest, FullDiskIsPassedOverFromTheBodyOn) {
-  std::filesystem::create_symlink("/dev/full", folder_.Native("tmp/mail.eml"));
+  MAKE_OR_SKIP(MakeFullDevice(folder_.Native("tmp/mail.eml")));
   OpenLines("From - x\nSubject: 1\n\nbody\n\nFrom - y\nSubject: 2\n\n" + std::string(100'000, 'x') + "\n");
   for (const char* subject : {"1", "2"}) {
     ASSERT_TRUE(mail_.ReadHeader(true));

@@ -2,11 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 
 #include "Platform/Failure.h"
+#include "Support/OddEntries.h"
 #include "Support/RecordingHost.h"
 #include "Support/RecordingPlatform.h"
 #include "Support/ScopedRules.h"
@@ -538,7 +538,7 @@ TEST_F(WizardMailboxesTest, OnlySbdFoldersAreSearched) {
 TEST_F(WizardMailboxesTest, LinkThatLeadsBackUpIsNotSearchedAgain) {
   Mailbox("Inbox");
   Mailbox("Inbox.sbd/a");
-  fs::create_directory_symlink("..", folder.Native("Inbox.sbd/up.sbd"));
+  MAKE_OR_SKIP(MakeLink("..", folder.Native("Inbox.sbd/up.sbd")));
   List(folder.Path() + "\\");
   EXPECT_THAT(MailboxTexts(), ElementsAre(At("Inbox"), At("Inbox.sbd\\a")));
 }
@@ -546,7 +546,7 @@ TEST_F(WizardMailboxesTest, LinkThatLeadsBackUpIsNotSearchedAgain) {
 TEST_F(WizardMailboxesTest, WhatIsNoFileIsPassedOverAndTold) {
   Mailbox("Inbox");
   folder.Write("Pipe.msf", "");
-  ASSERT_EQ(mkfifo(folder.Native("Pipe").c_str(), 0600), 0);
+  MAKE_OR_SKIP(MakePipe(folder.Native("Pipe")));
   List(folder.Path() + "\\");
   EXPECT_THAT(MailboxTexts(), ElementsAre(At("Inbox")));
   EXPECT_EQ(host.Log.Only({"Global.Report(27"}).size(), 1U);

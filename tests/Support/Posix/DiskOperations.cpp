@@ -10,55 +10,18 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <limits>
 #include <string>
-#include <utility>
+
+#include "Support/DiskCalls.h"
 
 namespace {
 
 using vorlent::DiskCall;
-using vorlent::DiskPlan;
-using vorlent::DiskTrouble;
-using vorlent::DiskWatch;
 
-constexpr long kNever = std::numeric_limits<long>::max();
-
-// Without a constructor: calls come before the first of those has run.
-constinit DiskPlan planned = {};
-constinit char pathEnd[4096] = {};  // the plan's, of which the text may be gone
-constinit long callsSoFar = 0;
-constinit bool wasReached = false;
-
-constinit DiskCall watchedCalls = {};
-constinit const DiskWatch::Watcher* watcherOfCalls = nullptr;
-
-void Begin(const DiskPlan& plan) {
-  callsSoFar = 0;
-  wasReached = false;
-  planned = plan;
-  planned.pathEnd = std::string_view(pathEnd, plan.pathEnd.copy(pathEnd, sizeof pathEnd));
-}
-
-void End() {
-  planned = {};
-}
-
-bool IsAmong(DiskCall call, DiskCall calls) {
-  return (static_cast<unsigned>(calls) & static_cast<unsigned>(call)) != 0;
-}
-
-bool IsPlanned(DiskCall call) {
-  return IsAmong(call, planned.calls);
-}
-
-// Counts a call that the plan is about; true if it shall fail, with errno set.
+// True, with errno set, if a call that the plan is about shall fail.
 bool FailsNow() {
-  const long number = callsSoFar++;
-  if (number < planned.number || (number > planned.number && planned.trouble != DiskTrouble::FromHere))
-    return false;
-  if (planned.trouble == DiskTrouble::Death) kill(getpid(), SIGKILL);
-  wasReached = true;
-  errno = planned.error;
+  if (!vorlent::FailsNow()) return false;
+  errno = vorlent::PlannedError();
   return true;
 }
 
@@ -74,27 +37,26 @@ std::string_view PathOf(const char* path, const char (&)[4096]) {
 }
 
 template <class File>
-void TellWatcher(DiskCall call, File file) {
-  if (watcherOfCalls == nullptr || !IsAmong(call, watchedCalls)) return;
+void NoteCall(DiskCall call, File file) {
+  if (!vorlent::IsWatched(call)) return;
   const int number = errno;
-  const DiskWatch::Watcher& watcher = *std::exchange(watcherOfCalls, nullptr);
   char path[4096];
-  watcher(call, std::string(PathOf(file, path)));
-  watcherOfCalls = &watcher;
+  vorlent::TellWatcher(call, std::string(PathOf(file, path)));
   errno = number;
 }
 
 bool Fails(DiskCall call, const char* path) {
-  TellWatcher(call, path);
-  return IsPlanned(call) && std::string_view(path).ends_with(planned.pathEnd) && FailsNow();
+  NoteCall(call, path);
+  return vorlent::IsPlanned(call) && std::string_view(path).ends_with(vorlent::PlannedPathEnd()) &&
+         FailsNow();
 }
 
 bool Fails(DiskCall call, int fd) {
-  TellWatcher(call, fd);
-  if (!IsPlanned(call)) return false;
-  if (planned.pathEnd.empty()) return FailsNow();
+  NoteCall(call, fd);
+  if (!vorlent::IsPlanned(call)) return false;
+  if (vorlent::PlannedPathEnd().empty()) return FailsNow();
   char path[4096];
-  return PathOf(fd, path).ends_with(planned.pathEnd) && FailsNow();
+  return PathOf(fd, path).ends_with(vorlent::PlannedPathEnd()) && FailsNow();
 }
 
 template <class Result = int, class File, class... Arguments>
@@ -277,39 +239,7 @@ int futimens(int fd, const struct timespec times[2]) noexcept {
 }
 }
 
-namespace vorlent {
-
-DiskFault::DiskFault(const DiskPlan& plan) {
-  Begin(plan);
+void vorlent::Die() {
+  kill(getpid(), SIGKILL);
+  _exit(1);
 }
-
-DiskFault::~DiskFault() {
-  End();
-}
-
-bool DiskFault::WasReached() const {
-  return wasReached;
-}
-
-DiskCallCount::DiskCallCount(DiskCall calls, std::string_view pathEnd) {
-  Begin({.calls = calls, .number = kNever, .pathEnd = pathEnd});
-}
-
-DiskCallCount::~DiskCallCount() {
-  End();
-}
-
-long DiskCallCount::Count() const {
-  return callsSoFar;
-}
-
-DiskWatch::DiskWatch(DiskCall calls, Watcher watcher) : watcher_(std::move(watcher)) {
-  watchedCalls = calls;
-  watcherOfCalls = &watcher_;
-}
-
-DiskWatch::~DiskWatch() {
-  watcherOfCalls = nullptr;
-}
-
-}  // namespace vorlent

@@ -37,7 +37,7 @@
 #include "Standalone/StandaloneHost.h"
 #include "Support/DiskOperations.h"
 #include "Support/RecordingPlatform.h"
-#include "Support/ScopedEnvironment.h"
+#include "Support/ScopedTemporaryPlace.h"
 #include "Support/SqliteFile.h"
 
 namespace vorlent {
@@ -751,7 +751,7 @@ class Round {
   Chance chance_;
   MailMaker maker_;
   MemoryFolder folder_;
-  ScopedEnvironment temporary_{"TMPDIR", folder_.Native("tmp").c_str()};
+  ScopedTemporaryPlace temporary_{folder_.Native("tmp")};
   ScopedRecordingPlatform platform_;
   std::vector<std::string> mailboxes_;
   std::map<std::string, std::size_t> sizes_;  // of the mailboxes before

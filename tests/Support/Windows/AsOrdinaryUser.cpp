@@ -1,0 +1,9 @@
+#include "Support/AsOrdinaryUser.h"
+
+namespace vorlent {
+
+AsOrdinaryUser::AsOrdinaryUser() = default;
+
+AsOrdinaryUser::~AsOrdinaryUser() = default;
+
+}  // namespace vorlent
