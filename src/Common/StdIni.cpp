@@ -17,7 +17,7 @@ constexpr char kComment = '\'';
 // The file in one piece.
 std::string ReadText(std::string_view path) {
   os::File file = os::File::Open(path, os::File::Mode::Read);
-  std::string text(file.Length(), '\0');
+  std::string text(static_cast<std::size_t>(file.Length()), '\0');
   text.resize(file.Read(text.data(), text.size()));
   return text;
 }

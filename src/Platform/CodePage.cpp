@@ -41,11 +41,23 @@ struct HashSeed {
 };
 
 // Every bit of the result depends on every bit of both.
+#ifdef __SIZEOF_INT128__
 std::uint64_t MultiplyAndFold(std::uint64_t a, std::uint64_t b) {
   __extension__ using Wide = unsigned __int128;
   const Wide product = static_cast<Wide>(a) * b;
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
+#else
+// By halves, on a machine of 32 bits.
+std::uint64_t MultiplyAndFold(std::uint64_t a, std::uint64_t b) {
+  constexpr std::uint64_t kHalf = 0xFFFFFFFF;
+  const std::uint64_t low = (a & kHalf) * (b & kHalf);
+  const std::uint64_t right = (a >> 32) * (b & kHalf) + (low >> 32);
+  const std::uint64_t left = (a & kHalf) * (b >> 32) + (right & kHalf);
+  const std::uint64_t high = (a >> 32) * (b >> 32) + (right >> 32) + (left >> 32);
+  return high ^ (left << 32 | (low & kHalf));
+}
+#endif
 
 // Upper-case forms of the page's characters.
 constexpr std::array<char, 256> kPageUpperCase = [] {
@@ -175,7 +187,7 @@ std::size_t HashOf(std::string_view text, Prepare prepared) {
   }
   // By a factor that is good for sure, as some seeds leave low bits alike.
   constexpr std::uint64_t kLastFactor = 0x9e3779b97f4a7c15;
-  return MultiplyAndFold(hash, kLastFactor);
+  return static_cast<std::size_t>(MultiplyAndFold(hash, kLastFactor));
 }
 
 }  // namespace

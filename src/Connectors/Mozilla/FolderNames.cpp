@@ -105,7 +105,7 @@ void FolderNames::BringUpToDate() {
 // An object that has for each summary file, by its path, an object with the name of the folder among others.
 void FolderNames::ReadCache(const std::string& file) {
   os::File source = os::File::Open(file, os::File::Mode::Read);
-  std::string text(std::min(source.Length(), kMostOfCache), '\0');
+  std::string text(static_cast<std::size_t>(std::min(source.Length(), kMostOfCache)), '\0');
   text.resize(source.Read(text.data(), text.size()));
   JsonReader json(text);
   if (!json.EnterObject()) return;
