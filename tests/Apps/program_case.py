@@ -43,7 +43,7 @@ def path_from_windows(match):
 
 def from_windows(text):
     """What a program for Windows tells under Wine, with native paths as they are here: Z: is the root there."""
-    return re.sub(r"Z:\\[^'\":\r\n|]*|\b(out|archive|restored|original)\\(?=\S)", path_from_windows, text)
+    return re.sub(r"Z:\\[^'\":\r\n|]*|^(out|archive|restored|original)\\(?=\S)", path_from_windows, text, flags=re.M)
 
 
 def file_size_limit(size):

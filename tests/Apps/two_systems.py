@@ -23,7 +23,21 @@ SUITES = (["command_line_test"], ["language_test"], ["lightning_test"], ["shown_
 SECONDS = 1200  # for a suite
 
 # What differs, with the reason.
+DRIVE = "Wine has the drive Z: besides"
 DIFFERENT = {
+    "CommandLine.test_a_dry_run_of_an_import_tells_what_would_come_and_changes_nothing":
+        "Wine makes files in the home, and the test ends at that",
+    "CommandLine.test_a_path_that_can_not_be_is_told_with_its_reason":
+        "Windows doesn't tell a name that is too long from one that isn't there",
+    "CommandLine.test_an_export_that_can_not_be_written_is_told": "a folder in a file's place is told in our own words",
+    "CommandLine.test_browse_lists_profiles_and_the_drives": DRIVE,
+    "LanguageTest.test_what_is_listed_has_its_name": DRIVE,
+    "ShownPathsTest.test_by_the_other_rules_lists_show_drives": DRIVE,
+    "ShownPathsTest.test_lists_show_native_paths": DRIVE,
+    "TodaysDiskTest.test_profiles_are_the_sections_called_so_and_the_one_in_use_comes_first": DRIVE,
+    "LanguageTest.test_what_the_system_tells": "a file in a folder's place is a place that isn't there",
+    "Lightning.test_a_file_that_may_not_be_written_is_read_and_not_said_to_be_in_use":
+        "the other user whom the test makes has no Wine",
 }
 
 
