@@ -67,7 +67,8 @@ class ArchiveTest : public ::testing::Test {
     std::vector<std::string> names;
     const auto root = folder_.Native("archive/files");
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-      if (entry.is_regular_file()) names.push_back(std::filesystem::relative(entry.path(), root).string());
+      if (entry.is_regular_file())
+        names.push_back(std::filesystem::relative(entry.path(), root).generic_string());
     }
     std::sort(names.begin(), names.end());
     return names;
