@@ -16,6 +16,7 @@ enum class Marking {
   Marked,
   NoStatus,     // it has no header X-Mozilla-Status, and stays as it was
   BadStatus,    // the last character of its status was changed, and still it doesn't count as deleted
+  NoNumber,     // its status is no number, and stays as it was
   OtherMail,    // what was read there doesn't stand there any more, and what does stays as it is
   HiddenPlace,  // its own header Address hides its place in the mailbox
   KeptByUser,   // Thunderbird is running, and the user wants it to stay so

@@ -12,8 +12,9 @@
 namespace vorlent::test {
 
 inline std::string_view NameOf(Marking marking) {
-  static constexpr std::array<std::string_view, 8> kNames = {
-      "Marked", "NoStatus", "BadStatus", "OtherMail", "HiddenPlace", "KeptByUser", "Unreadable", "ReadOnly"};
+  static constexpr std::array<std::string_view, 9> kNames = {"Marked",     "NoStatus",   "BadStatus",
+                                                             "NoNumber",   "OtherMail",  "HiddenPlace",
+                                                             "KeptByUser", "Unreadable", "ReadOnly"};
   return kNames.at(static_cast<std::size_t>(marking));
 }
 

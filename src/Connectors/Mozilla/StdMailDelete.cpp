@@ -1,6 +1,9 @@
 // Marking a mail as deleted, the way the mail client itself does it.
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -51,12 +54,20 @@ char MarkExpunged(char digit) {
   return "0123456789ABCDEF"[ReadHexNumber(std::string_view(&digit, 1)) | kExpunged];
 }
 
-// How far a status line goes up to the digit that is changed; 0 if it has none. By the rules of old that is
-// the line's last character, whatever it is.
+// How far a status line goes up to the digit that is changed. By the rules of old that is the line's last
+// character, whatever it is.
 std::size_t EndOfStatus(std::string_view line) {
-  if (!FirstStatusCounts()) return line.size();
-  const std::string_view status = WithoutTrailingBlanks(line);
-  return status.ends_with(':') ? 0 : status.size();
+  return FirstStatusCounts() ? WithoutTrailingBlanks(line).size() : line.size();
+}
+
+// Whether a status line has no digit to be changed, and why. By the rules of old every character is one.
+std::optional<Marking> ReasonToLeave(std::string_view line) {
+  if (!FirstStatusCounts()) return std::nullopt;
+  const std::string_view status = WithoutTrailingBlanks(SplitHeaderLine(line).value);
+  if (status.empty()) return Marking::NoStatus;
+  const bool isNumber =
+      std::ranges::all_of(status, [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; });
+  return isNumber ? std::nullopt : std::optional(Marking::NoNumber);
 }
 
 // Changes the status digit of the mail that begins at the present position.
@@ -66,8 +77,8 @@ Marking MarkMail(LineFile& mailbox) {
     const std::string_view line = mailbox.ReadLine();
     if (line.empty()) return Marking::NoStatus;
     if (IsStatusLine(line)) {
+      if (const std::optional<Marking> reason = ReasonToLeave(line)) return *reason;
       const std::size_t end = EndOfStatus(line);
-      if (end == 0) return Marking::NoStatus;
       const char digit = MarkExpunged(line[end - 1]);
       mailbox.Seek(mailbox.Position() - mailbox.LineEnd().size() - 1 - (line.size() - end));
       mailbox.WriteByte(digit);

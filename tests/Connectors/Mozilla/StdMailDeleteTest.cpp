@@ -171,6 +171,19 @@ TEST_F(StdMailDeleteTest, FirstStatusOfAMailIsMarked) {
   EXPECT_FALSE(mail_.ReadHeader(false));
 }
 
+TEST_F(StdMailDeleteTest, StatusThatIsNoNumberStaysToday) {
+  ChooseRules(Rules::Today());
+  for (const std::string status : {"zzzz", "000g", "0x08", "?", "00 1"}) {
+    const std::string mail = "From - x\nX-Mozilla-Status: " + status + "\nA: b\n\nend\n";
+    Open(mail);
+    ASSERT_TRUE(mail_.ReadHeader(false));
+    folder_.Write("Inbox.msf", "");
+    EXPECT_EQ(mail_.DeleteMail(0), Marking::NoNumber) << status;
+    EXPECT_EQ(Mailbox(), mail);
+    EXPECT_TRUE(folder_.Exists("Inbox.msf"));
+  }
+}
+
 TEST_F(StdMailDeleteTest, WhatIsReadAsTheStatusIsMarkedToday) {
   ChooseRules(Rules::Today());
   for (const std::string status : {"X-Mozilla-Status : 000", "x-mozilla-status:000"}) {
