@@ -77,7 +77,8 @@ std::string GetPartCharset(std::string_view headerBlock);
 
 // --- Dates (StdHttpMailDate.cpp) ---------------------------------------------------------------------------
 
-// Display text of a mail date, whose zone is ignored.
+// Display text of a mail date, whose zone is ignored; "" for a text that is none, of which the rules of old
+// make some date.
 std::string MailDateToDisplay(std::string s);
 
 // Display text of a mail date as a person is shown it: the same, or by the person's own clock (MailTimes in

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Common/MailDateWords.h"
 #include "Common/NumberText.h"
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
@@ -21,14 +22,6 @@ namespace {
 constexpr std::string_view kMonthNames = "JanFebMarAprMayJunJulAugSepOctNovDec";
 constexpr std::string_view kDayNames = "MonTueWedThuFriSatSun";
 
-// The fields of a mail date as they are written.
-struct DateFields {
-  std::string day;
-  std::string month;
-  std::string year;
-  std::string time;
-};
-
 // Position of a token in the month names, 0 if it isn't there; an empty token stands at 1.
 int MonthPosition(std::string_view token) {
   const std::size_t offset = kMonthNames.find(token);
@@ -36,8 +29,8 @@ int MonthPosition(std::string_view token) {
 }
 
 // yyyy-mm-dd time
-DateFields ReadDashed(std::string s) {
-  DateFields date;
+MailDateFields ReadDashed(std::string s) {
+  MailDateFields date;
   date.year = CutToken(s, "-");
   date.month = CutToken(s, "-");
   date.day = CutToken(s, " ");
@@ -46,14 +39,14 @@ DateFields ReadDashed(std::string s) {
 }
 
 // yyyy/mm/dd time, mm/dd/yyyy time, dd/mm/yyyy time
-DateFields ReadSlashed(std::string s) {
-  DateFields date;
+MailDateFields ReadSlashed(std::string s) {
+  MailDateFields date;
   date.year = CutToken(s, "/");
   date.month = CutToken(s, "/");
   date.day = CutToken(s, " ");
   date.time = s;
   if (ReadNumber(date.day) > 31) {
-    const DateFields read = date;
+    const MailDateFields read = date;
     date.month = read.year;
     date.day = read.month;
     date.year = read.day;
@@ -63,7 +56,7 @@ DateFields ReadSlashed(std::string s) {
 }
 
 // The year field turned out to be the time, as in "May 9 14:30:05 GMT 2010".
-void ReadYearBehindTime(DateFields& date, std::string& rest) {
+void ReadYearBehindTime(MailDateFields& date, std::string& rest) {
   date.time = date.year;
   date.year = CutTrimmedToken(rest, " ");
   if (ReadNumber(date.year) != 0) return;
@@ -72,7 +65,7 @@ void ReadYearBehindTime(DateFields& date, std::string& rest) {
 }
 
 // Puts the number in place of the month's name, which may stand first.
-void NumberMonth(DateFields& date) {
+void NumberMonth(MailDateFields& date) {
   int position = MonthPosition(date.month);
   if (position == 0) {
     position = MonthPosition(date.day);
@@ -87,7 +80,7 @@ void NumberMonth(DateFields& date) {
 }
 
 // RFC 822: [weekday,] day month year time zone, and what mail programs have made of it.
-DateFields ReadRfc822(std::string s) {
+MailDateFields ReadRfc822(std::string s) {
   if (s.find(',') != std::string::npos) {
     CutTrimmedToken(s, ",");
   } else {
@@ -95,7 +88,7 @@ DateFields ReadRfc822(std::string s) {
   }
   if (kDayNames.find(s.substr(0, 3)) != std::string_view::npos) s = s.size() > 3 ? Trim(s.substr(3)) : "";
 
-  DateFields date;
+  MailDateFields date;
   date.day = CutTrimmedToken(s, " ");
   date.month = CutTrimmedToken(s, " ");
   date.year = CutTrimmedToken(s, " ");
@@ -108,11 +101,17 @@ DateFields ReadRfc822(std::string s) {
   return date;
 }
 
-DateFields ReadFields(std::string s) {
+// By the rules of old some date is made of anything.
+MailDateFields ReadFields(std::string s) {
   const std::string_view start = std::string_view(s).substr(0, 8);
   if (start.find('-') != std::string_view::npos) return ReadDashed(std::move(s));
   if (start.find('/') != std::string_view::npos) return ReadSlashed(std::move(s));
   return ReadRfc822(std::move(s));
+}
+
+std::optional<MailDateFields> FieldsOf(std::string s) {
+  if (CurrentRules().mailDates == MailDates::OfAnyProgram) return ReadDateWords(s);
+  return ReadFields(std::move(s));
 }
 
 // RFC 5322: two digits below 50 are of this century, other two or three digits count from 1900.
@@ -169,7 +168,7 @@ std::string ZoneOf(std::string_view time) {
   return zone.substr(0, zone.find_first_of(" ("));
 }
 
-std::string DisplayOf(const DateFields& date) {
+std::string DisplayOf(const MailDateFields& date) {
   std::string display = PaddedNumber(ReadNumber(date.day), 2) + '.' +
                         PaddedNumber(ReadNumber(date.month), 2) + '.' + YearText(date.year);
   std::string_view time = date.time;
@@ -188,14 +187,16 @@ std::string InZoneOfReader(std::string display, std::chrono::minutes ahead) {
 }  // namespace
 
 std::string MailDateToDisplay(std::string s) {
-  return DisplayOf(ReadFields(std::move(s)));
+  const std::optional<MailDateFields> date = FieldsOf(std::move(s));
+  return date ? DisplayOf(*date) : "";
 }
 
 std::string ShownMailDate(std::string s) {
-  const DateFields date = ReadFields(std::move(s));
-  std::string display = DisplayOf(date);
+  const std::optional<MailDateFields> date = FieldsOf(std::move(s));
+  if (!date) return {};
+  std::string display = DisplayOf(*date);
   if (CurrentRules().mailTimes == MailTimes::OfTheSender) return display;
-  const std::optional<std::chrono::minutes> ahead = OffsetOf(ZoneOf(date.time));
+  const std::optional<std::chrono::minutes> ahead = OffsetOf(ZoneOf(date->time));
   return ahead ? InZoneOfReader(std::move(display), *ahead) : display;
 }
 

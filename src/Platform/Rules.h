@@ -144,6 +144,12 @@ enum class HeaderValues {
   Standard,  // By RFC 2045, 2047 and 2231. Bad codes stay, and the first header tells.
 };
 
+// Which dates of mails are read, and what stands in for one that isn't there or can't be read.
+enum class MailDates {
+  OfOldPrograms,  // Those that the programs of old wrote; of all others some date is made.
+  OfAnyProgram,   // Those that a person can read. Else that of the topmost trace, else of the separator.
+};
+
 // The years of mails.
 enum class MailYears {
   From1980,   // Earlier ones are 1980, so those that two digits tell from 50 on.
@@ -166,6 +172,12 @@ enum class PartLineEnds {
 enum class NamelessParts {
   Inline,    // They stay in the mail's text as they stand.
   Attached,  // They are attachments of made names.
+};
+
+// A mail that is one file, without parts and without text.
+enum class SoleFiles {
+  Text,      // It is the text of the mail as it stands.
+  Attached,  // It is the mail's only attachment.
 };
 
 // Attachments of one name in a mail.

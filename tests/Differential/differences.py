@@ -13,7 +13,7 @@ EXPLAINED = {}
 # Explained if both agree once the lines in headers that are no fields are left out.
 JUNK = {"no-field", "no-empty-line"}
 # Of these mails each is compared in a way of its own (random_mails.py).
-TAKEN_INTO_ACCOUNT = {"line-in-body", "marked-as-deleted", "nameless", "message", "whole-mail-is-file"}
+TAKEN_INTO_ACCOUNT = {"line-in-body", "marked-as-deleted", "nameless", "message", "named-text"}
 
 
 def explains(*aspects):

@@ -465,8 +465,12 @@ class Maker:
 
     def single(self):
         if self.chance(15):
-            self.traits.add("whole-mail-is-file")
-            return self.file_part()
+            part = self.file_part()
+            header = part.header.lower()
+            if self.files[0] and b"type: text/" in header and b"disposition: attachment" not in header:
+                self.traits.add("named-text")
+                self.files = []
+            return part
         return self.text_part()
 
 

@@ -108,6 +108,11 @@ def leaves(message):
         yield message
 
 
+def unquoted(text):
+    """A mail as it was before its lines that would separate mails were quoted."""
+    return re.sub(rb"(?m)^>(>*From )", rb"\1", text)
+
+
 def is_file(part):
     """Whether the part is one that the component brings out."""
     if part.get_filename():
@@ -116,6 +121,12 @@ def is_file(part):
     if disposition == "attachment" or content_type == "message/rfc822":
         return True
     return "content-type" in part and part.get_content_maintype() not in ("text", "message", "multipart")
+
+
+def is_sole_file(message):
+    """The same of a mail without parts, of which a named text is to be read."""
+    is_text = message.get_content_type().startswith("text/")
+    return is_file(message) and (not is_text or message.get_content_disposition() == "attachment")
 
 
 def bytes_of(part):
@@ -211,11 +222,14 @@ def explained(compared):
 
 def differences(mail, text, record, cleaned):
     """All aspects of a mail in which the component and Python differ."""
+    text = unquoted(text)
     message = email.message_from_bytes(text)
-    kept = email.message_from_bytes(cleaned(record.mail_file()))
+    kept = email.message_from_bytes(unquoted(cleaned(record.mail_file())))
     is_multipart = message.is_multipart()
-    parts = list(leaves(message)) if is_multipart else []
-    files = [part for part in parts if is_file(part)]
+    if is_multipart:
+        files = [part for part in leaves(message) if is_file(part)]
+    else:
+        files = [message] if is_sole_file(message) else []
     found = [Compared("subject", mail, record.subject, text_of(header_of(message, "subject")), strip(mail.subject)),
              Compared("sender", mail, record.sender, text_of(header_of(message, "from")), strip(mail.sender)),
              Compared("files", mail, len(record.files), len(files), len(mail.files)),
@@ -240,7 +254,7 @@ def strip(text):
 
 def texts_of(message, is_multipart):
     if not is_multipart:
-        return [text_part(message)]
+        return [] if is_sole_file(message) else [text_part(message)]
     return [text_part(part) for part in leaves(message) if not is_file(part)]
 
 

@@ -8,6 +8,7 @@
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/SiblingNames.h"
+#include "Connectors/Mozilla/StdMailPart.h"
 #include "Host/FileKeys.h"
 #include "Platform/CodePage.h"
 #include "Platform/Failure.h"
@@ -22,6 +23,8 @@ constexpr std::string_view kSeparator = "From - ";
 
 // Written when it is known whether the mail gets parts.
 constexpr std::string_view kHeldBack = "content-type";
+// Written anew where the mail's content is.
+constexpr std::string_view kEncoding = "content-transfer-encoding";
 
 // Base64 lines of 72 characters.
 constexpr std::size_t kBase64Chunk = std::size_t{72} / 4 * 3;
@@ -60,26 +63,29 @@ void WriteLines(TextWriter& out, std::string_view file, std::int16_t mode) {
   }
 }
 
-// Whether a file may stand in a part as it is: none of its lines ends the part, or may end the mail.
+// Whether a file may stand in a part as it is: none of its lines ends the part.
 bool StandsAsItIs(std::string_view file, std::string_view boundaryLine) {
   bool stands = true;
   Swallow([&] {
     LineFile in(file, os::File::Mode::Read);
     while (stands && !in.AtEnd()) {
-      const std::string_view line = in.ReadLine();
-      stands = !line.starts_with("From ") && !line.starts_with(boundaryLine);
+      stands = !in.ReadLine().starts_with(boundaryLine);
     }
   });
   return stands;
 }
 
-// The line end after it belongs to the boundary that follows.
+// Quoted as in every mailbox. The line end after it belongs to the boundary that follows.
 void WriteAsItIs(TextWriter& out, std::string_view file) {
-  os::File in = os::File::Open(file, os::File::Mode::Read);
-  std::string block(std::size_t{64} * 1024, '\0');
-  for (std::size_t count = in.Read(block.data(), block.size()); count > 0;
-       count = in.Read(block.data(), block.size()))
-    out.Write(std::string_view(block.data(), count));
+  LineFile in(file, os::File::Mode::Read);
+  bool goesOn = false;
+  while (!in.AtEnd()) {
+    const std::string_view line = in.ReadLine();
+    if (!goesOn && (line.starts_with("From ") || IsQuotedFrom(line))) out.Write(">");
+    out.Write(line);
+    out.Write(in.LineEnd());
+    goesOn = in.LineGoesOn();
+  }
   out.WriteLine("");
 }
 
@@ -126,6 +132,7 @@ void MailRestorer::Try(Step&& step) {
 }
 
 bool MailRestorer::Restore(LineFile& source) {
+  Try([&] { isSoleFile_ = !shortcut_ && IsSoleFile(source); });
   Try([&] { WriteMissingSeparator(source); });
   Try([&] {
     while (stage_ != Stage::Done && !source.AtEnd()) {
@@ -148,6 +155,31 @@ void MailRestorer::CollectAttachments() {
   }
 }
 
+// Whether the mail was one file, which is its only attachment now, so that nothing is left of it but its
+// header.
+bool MailRestorer::IsSoleFile(LineFile& source) const {
+  if (!SoleFilesAreAttached() || attachments_.size() != 1) return false;
+  StdMail mail;
+  bool inHeader = true, isEmpty = true;
+  while (isEmpty && !source.AtEnd()) {
+    const std::string_view line = source.ReadLine();
+    isEmpty = inHeader || line.empty();
+    inHeader = inHeader && !line.empty();
+    if (inHeader) mail.AddHeader(line);
+  }
+  source.Seek(1);
+  return isEmpty && !HeaderOfSoleFile(*mail.Headers()).empty();
+}
+
+void MailRestorer::WriteSoleFile() {
+  Write("Content-Transfer-Encoding: base64");
+  Write("");
+  endsInEmptyLine_ = false;
+  Try([&] { WriteFileEncoded(out_, itm_.DataFile(attachments_.front().key, 0), kBase64File); });
+  attachments_.clear();
+  stage_ = Stage::Done;
+}
+
 // Begins the mail, unless it brings a separator of its own. A quoted one is none for a mail that is written.
 void MailRestorer::WriteMissingSeparator(LineFile& source) {
   if (source.AtEnd()) return;
@@ -160,7 +192,7 @@ void MailRestorer::WriteMissingSeparator(LineFile& source) {
 void MailRestorer::TakeLine(LineFile& source) {
   const std::string_view line = source.ReadLine();
   if (std::exchange(goesOn_, source.LineGoesOn())) {
-    if (stage_ == Stage::Body || header_ != kHeldBack) Write(line);
+    if (stage_ == Stage::Body || !IsHeldBack()) Write(line);
     endsInEmptyLine_ = false;
   } else if (stage_ == Stage::Body) {
     TakeBodyLine(line);
@@ -171,10 +203,15 @@ void MailRestorer::TakeLine(LineFile& source) {
   }
 }
 
+// Whether the header at hand isn't written in its place.
+bool MailRestorer::IsHeldBack() const {
+  return header_ == kHeldBack || (isSoleFile_ && header_ == kEncoding);
+}
+
 // What is held back stays so with its folded lines.
 void MailRestorer::TakeHeaderLine(std::string_view line) {
   if (!line.starts_with(' ') && !line.starts_with('\t')) header_ = LowerCase(Trim(PeekToken(line, ":")));
-  if (header_ != kHeldBack) Write(line);
+  if (!IsHeldBack()) Write(line);
   if (mail_ != nullptr) mail_->AddHeader(line);
 }
 
@@ -199,8 +236,12 @@ void MailRestorer::EndHeader() {
     return;
   }
   const std::string contentType = mail_ == nullptr ? "" : mail_->GetHeader("content-type", true);
-  if (!attachments_.empty()) BeginParts(contentType);
+  if (!attachments_.empty() && !isSoleFile_) BeginParts(contentType);
   if (!contentType.empty()) Write(contentType);
+  if (isSoleFile_) {
+    WriteSoleFile();
+    return;
+  }
   Write("");
   stage_ = Stage::Body;
 }

@@ -49,6 +49,9 @@ class MailRestorer {
 
   template <class Step>
   void Try(Step&& step);
+  bool IsHeldBack() const;
+  bool IsSoleFile(LineFile& source) const;
+  void WriteSoleFile();
   void WriteMissingSeparator(LineFile& source);
   void TakeLine(LineFile& source);
   void TakeHeaderLine(std::string_view line);
@@ -70,6 +73,7 @@ class MailRestorer {
   const bool shortcut_;
   bool isWhole_ = true;
   bool endsInEmptyLine_ = false;
+  bool isSoleFile_ = false;  // the mail is nothing but its only attachment
   Stage stage_ = Stage::Header;
   bool goesOn_ = false;  // more of the line at hand comes
   std::string header_;   // name of the header at hand, in lower case

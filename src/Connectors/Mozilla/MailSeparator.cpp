@@ -30,8 +30,20 @@ bool IsMonth(std::string_view word) {
   return std::ranges::find(kMonths, word) != kMonths.end();
 }
 
+bool IsNumber(std::string_view word, std::size_t size) {
+  return word.size() == size && std::ranges::all_of(word, IsDigit);
+}
+
 bool IsYear(std::string_view word) {
-  return word.size() == 4 && std::ranges::all_of(word, IsDigit);
+  return IsNumber(word, 4);
+}
+
+bool IsDayOfMonth(std::string_view word) {
+  return IsNumber(word, 1) || IsNumber(word, 2);
+}
+
+bool HasAddress(std::string_view text) {
+  return CutWordView(text).find('@') != std::string_view::npos;
 }
 
 // "9:05", "14:30", "14:30:05"
@@ -42,16 +54,19 @@ bool IsTime(std::string_view word) {
 }
 
 // A month, a time and a year, as in "Sat Nov 21 14:59:15 2026", in whatever order and with whatever zone. The
-// mail client's dash tells enough to let the month be of any language.
+// mail client's dash tells enough to let the month be of any language. After an address, two digits at the
+// end are a year as well, and a day may stand for the time.
 bool HasDate(std::string_view text) {
-  bool hasMonth = text.starts_with("- "), hasTime = false, hasYear = false;
+  const bool hasAddress = HasAddress(text);
+  bool hasMonth = text.starts_with("- "), hasTime = false, hasYear = false, hasDay = false;
   while (!text.empty()) {
     const std::string_view word = CutWordView(text);
+    hasYear = hasYear || IsYear(word) || (hasAddress && hasTime && text.empty() && IsNumber(word, 2));
     hasMonth = hasMonth || IsMonth(word);
     hasTime = hasTime || IsTime(word);
-    hasYear = hasYear || IsYear(word);
+    hasDay = hasDay || (hasAddress && IsDayOfMonth(word));
   }
-  return hasMonth && hasTime && hasYear;
+  return hasMonth && hasYear && (hasTime || hasDay);
 }
 
 // The sender alone: an address, or after the dash of the mail client any word.
@@ -60,7 +75,7 @@ bool IsSender(std::string_view text) {
   std::string_view word = CutWordView(rest);
   const bool isDashed = word == "-";
   if (isDashed) word = CutWordView(rest);
-  return CutWordView(rest).empty() && (isDashed || word.empty() || word.find('@') != std::string_view::npos);
+  return CutWordView(rest).empty() && (isDashed || word.empty() || HasAddress(word));
 }
 
 }  // namespace

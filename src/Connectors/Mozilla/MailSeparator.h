@@ -1,6 +1,7 @@
 // What divides the mails of a mailbox.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -12,6 +13,13 @@ namespace vorlent {
 // Whether a line could separate by either set of rules. Spares nearly all lines all further tests.
 inline bool MayBeSeparator(std::string_view line) {
   return line.starts_with("From ") || line.starts_with(">From - ");
+}
+
+// Whether a line is "From " with quotes before it, as what begins so is written into a mailbox.
+inline bool IsQuotedFrom(std::string_view line) {
+  if (!line.starts_with('>')) return false;
+  line.remove_prefix(std::min(line.find_first_not_of('>'), line.size()));
+  return line.starts_with("From ");
 }
 
 // "From - " or ">From - ", whatever follows.

@@ -1,8 +1,10 @@
 #include "Connectors/Mozilla/PartContent.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Common/StdHttp.h"
+#include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Platform/Base64Blocks.h"
 #include "Platform/CodePage.h"
@@ -38,11 +40,13 @@ PartEncoding PartContent::Begin(PartEncoding before) {
 void PartContent::Clear() {
   pendingLineEnd_ = {};
   isAfterEmptyLine_ = false;
+  goesOn_ = false;
   base64_ = {};
 }
 
 void PartContent::WriteLine(TextWriter& file, std::string_view line, std::string_view lineEnd,
                             PartEncoding encoding) {
+  if (!std::exchange(goesOn_, lineEnd.empty())) line = Unquoted(line);
   if (lineEnds_ == PartLineEnds::CrLf) lineEnd = kLineEnd;
   switch (encoding) {
     case PartEncoding::Base64:
@@ -64,6 +68,12 @@ void PartContent::WriteLine(TextWriter& file, std::string_view line, std::string
       WriteText(file, line, lineEnd);
       break;
   }
+}
+
+// A line that would separate mails is quoted by one more ">" in a mailbox than its sender wrote.
+std::string_view PartContent::Unquoted(std::string_view line) const {
+  if (separators_ == Separators::Envelopes && IsQuotedFrom(line)) line.remove_prefix(1);
+  return line;
 }
 
 // RFC 2046: the line end before a boundary belongs to that.

@@ -35,15 +35,18 @@ class PartContent {
 
  private:
   void Clear();
+  std::string_view Unquoted(std::string_view line) const;
   void WriteText(TextWriter& file, std::string_view line, std::string_view lineEnd);
   std::string_view DecodeQuotedPrintable(std::string_view line);
   void DecodeBase64(TextWriter& file, std::string_view text);
 
   const TransferEncodings encodings_ = CurrentRules().transferEncodings;
+  const Separators separators_ = CurrentRules().separators;
   const PartLineEnds lineEnds_ = CurrentRules().partLineEnds;
   std::string decoded_;              // kept from line to line for its memory
   std::string_view pendingLineEnd_;  // of the line written last, until another one follows
   bool isAfterEmptyLine_ = false;
+  bool goesOn_ = false;  // more comes of the line written last
   Base64Reader base64_;
 };
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Common/StdHttp.h"
+#include "Common/StdHttpStandards.h"
 #include "Common/StdModul.h"
 #include "Common/TextWriter.h"
 #include "Connectors/Mozilla/StdMailPart.h"
@@ -204,6 +205,38 @@ void StdMail::AddHeader(std::string_view a) {
   StoreHeader(*headers_, std::move(line), lastHeaderKey_);
 }
 
+namespace {
+
+// The first date that `read` finds in the traces of a mail's way, the last of which stands first; "" if there
+// is none. RFC 5322: the date stands after the last ";".
+template <class Read>
+std::string DateInTraces(const KeyedList<std::string>& headers, Read&& read) {
+  for (const std::string& header : headers) {
+    if (!EqualNoCase(SplitHeaderLine(header).name, "received")) continue;
+    const std::string trace = WithoutComments(header);
+    const std::size_t mark = trace.rfind(';');
+    if (mark == std::string::npos) continue;
+    if (std::string date = read(trace.substr(mark + 1)); !date.empty()) return date;
+  }
+  return {};
+}
+
+// What stands in the separator after the sender.
+std::string DateInSeparator(const KeyedList<std::string>& headers) {
+  constexpr std::string_view kFrom = "From ";
+  if (headers.IsEmpty() || !headers.Item(1).starts_with(kFrom)) return {};
+  std::string_view rest = std::string_view(headers.Item(1)).substr(kFrom.size());
+  CutToken(rest, " ");
+  return ShownMailDate(std::string(rest));
+}
+
+}  // namespace
+
+std::string StdMail::SentDate() const {
+  const std::string date = MailDateToDisplay(GetHeader("Date"));
+  return date.empty() && headers_ != nullptr ? DateInTraces(*headers_, MailDateToDisplay) : date;
+}
+
 std::string StdMail::GetDate() const {
   // It is asked for with every file of the mail.
   std::string header = GetHeader("Date");
@@ -211,7 +244,9 @@ std::string StdMail::GetDate() const {
     std::string display = ShownMailDate(header);
     lastDate_ = {std::move(header), std::move(display)};
   }
-  return lastDate_->display;
+  if (!lastDate_->display.empty() || headers_ == nullptr) return lastDate_->display;
+  const std::string date = DateInTraces(*headers_, ShownMailDate);
+  return date.empty() ? DateInSeparator(*headers_) : date;
 }
 
 // --- Files

@@ -113,7 +113,11 @@ class StdMail : public Object {
   void NoteExpunged(bool note) { notesExpunged_ = note; }
 
   // Display text of the mail's date, by the sender's clock or the reader's (MailTimes in Platform/Rules.h).
+  // By the rules of today, where its own header tells none, that of the topmost trace which does, else of
+  // the separator; "" if there is none either.
   std::string GetDate() const;
+  // The same by the sender's clock and without the separator's, which mail clients write anew.
+  std::string SentDate() const;
 
   // Makes an empty file of `file`.
   void Delete(std::string_view file) const;

@@ -17,6 +17,7 @@
 #include "Host/FileKeys.h"
 #include "Host/HostObjects.h"
 #include "Host/RecordKeys.h"
+#include "Platform/Charsets.h"
 #include "Platform/CodePage.h"
 #include "Platform/Files.h"
 #include "Platform/Rules.h"
@@ -61,7 +62,7 @@ std::string OriginalFileLine(std::string_view header) {
     if (found == std::string_view::npos) continue;
     std::string rest(header.substr(found + mark.size()));
     std::string line = CutLine(rest);
-    return "\noriginalfile=" + CutWord(line);
+    return "\noriginalfile=" + FromCharset(CutWord(line), "");
   }
   return {};
 }
@@ -160,8 +161,9 @@ std::string StdMail::RecordWriter::Decoded(std::string_view header) const {
 
 // It has the sender's time in any case, so that a mail keeps it in every zone.
 std::string StdMail::RecordWriter::Identity() const {
-  const std::string sent = MailDateToDisplay(mail_.GetHeader("Date"));
-  std::string identity = DisplayToStamp(sent) + "-" + mail_.GetHeader("message-id");
+  const std::string sent = mail_.SentDate();
+  const std::string stamp = sent.empty() ? "00000000000000" : DisplayToStamp(sent);
+  std::string identity = stamp + "-" + FromCharset(mail_.GetHeader("message-id"), "");
   std::erase_if(identity,
                 [](char c) { return std::string_view("%\\/:*?\"<>| #_").find(c) != std::string_view::npos; });
   return identity;

@@ -136,7 +136,43 @@ std::string EndingFor(const std::string& partHeader) {
   return isPlain && ending.size() <= kLongest ? "." + ending : "";
 }
 
+// Spares nearly all mails the decoding of their headers: they are text that is to be read.
+bool MayBeSoleFile(const KeyedList<std::string>& headers) {
+  for (const std::string& header : headers) {
+    if (header.empty() || (header.front() != 'C' && header.front() != 'c')) continue;
+    if (BeginsNoCase(header, "content-disposition")) return true;
+    if (BeginsNoCase(header, "content-type") && !BeginsNoCase(SplitHeaderLine(header).value, "text/"))
+      return true;
+  }
+  return false;
+}
+
+// RFC 2045: the fields that tell what content is begin so. No other part shows a whole mail by its ID.
+std::string ContentFields(const KeyedList<std::string>& headers) {
+  std::string fields;
+  for (const std::string& header : headers) {
+    if (BeginsNoCase(header, "content-") && !BeginsNoCase(header, "content-id"))
+      fields.append(header).append(kLineEnd);
+  }
+  return fields;
+}
+
 }  // namespace
+
+bool SoleFilesAreAttached() {
+  return CurrentRules().soleFiles == SoleFiles::Attached;
+}
+
+std::string HeaderOfSoleFile(const KeyedList<std::string>& headers) {
+  if (!SoleFilesAreAttached() || !MayBeSoleFile(headers)) return {};
+  std::string fields = ContentFields(headers);
+  const std::string type = GetPartContentType(fields);
+  const bool isText = type.empty() || type.starts_with("text/");
+  if (type.starts_with("multipart/") || type.starts_with("message/")) return {};
+  if (isText && GetPartDisposition(fields) != "attachment") return {};
+  constexpr std::int32_t kPosition = 1;
+  return AttachmentName(fields, kPosition).empty() ? "" : fields;
+}
 
 std::string AttachmentName(const std::string& partHeader, std::int32_t position) {
   if (CurrentRules().namelessParts == NamelessParts::Inline) return GetPartFileName(partHeader);

@@ -67,6 +67,13 @@ std::string BoundaryIn(std::string_view contentType);
 // part's position.
 std::string AttachmentName(const std::string& partHeader, std::int32_t position);
 
+// Whether a mail that is one file is an attachment.
+bool SoleFilesAreAttached();
+
+// The lines that tell what a mail without parts is, if it is one file and that an attachment; "" for others,
+// such as text that is meant to be read. Each line ends in CR LF, as in the header of a part.
+std::string HeaderOfSoleFile(const KeyedList<std::string>& headers);
+
 // The two lines that separate the parts of a multipart. Those of a pair that was never set match no line.
 class BoundaryPair {
  public:

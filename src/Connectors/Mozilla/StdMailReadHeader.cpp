@@ -53,6 +53,7 @@ class StdMail::HeaderReader {
   void ReadBody();
   bool NextBodyLine(std::string_view& line);
   bool TakeBodyLine(std::string_view line);
+  void BeginSoleFile();
   void TakeOpeningBoundary(std::string_view line);
   bool BeginEpilogue();
   bool HasEpilogue();
@@ -272,6 +273,7 @@ void StdMail::HeaderReader::ReadBody() {
   boundary_ = BoundaryIn(mail_.GetHeader("content-type"));
   boundaries_.Begin(boundary_);
   inPartHeader_ = false;
+  if (boundary_.empty()) BeginSoleFile();
   const std::uint64_t start = lines_.Position();
   std::string_view line;
   while (NextBodyLine(line)) {
@@ -301,7 +303,7 @@ bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
 // Handles a line of the body by its class. False if the mail ends with it.
 bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
   if (boundary_.empty()) {
-    WriteToMailFile(line);
+    TakeContentLine(line);
   } else if (boundaries_.TakeOpening(line)) {
     TakeOpeningBoundary(line);
   } else if (boundaries_.TakeClosing(line)) {
@@ -329,6 +331,17 @@ void StdMail::HeaderReader::TakeOpeningBoundary(std::string_view line) {
   constexpr std::size_t kDashes = 2;
   ledger_.boundaries.emplace_back(WithoutTrailingBlanks(line).substr(kDashes));
   if (!save_) NumberPart();
+}
+
+// A mail that is one file has it for its only part.
+void StdMail::HeaderReader::BeginSoleFile() {
+  const std::string header = HeaderOfSoleFile(*mail_.headers_);
+  if (header.empty()) return;
+  content_.Begin(encoding_);
+  encoding_ = EncodingOfPart(header, PartEncoding::None);
+  Parts().Add(header);
+  ledger_.boundaries.emplace_back();
+  save_ ? BeginAttachment() : NumberPart();
 }
 
 // As ReadStream counts them.

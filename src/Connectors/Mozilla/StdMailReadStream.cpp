@@ -37,6 +37,7 @@ class StdMail::StreamReader {
  private:
   void TakeHeaderLine(std::string_view line);
   void FinishHeader();
+  void BeginSoleFile();
   bool TellsContentType(std::string_view header);
   void TakeBodyLine(std::string_view line);
   void HandleBodyLine(std::string_view line);
@@ -56,6 +57,7 @@ class StdMail::StreamReader {
   bool inHeader_ = true;
   bool headerOpen_ = false;  // the last header isn't known to be complete
   bool hasContentType_ = false;
+  bool hasParts_ = false;
   MailBoundaries boundaries_;
   std::string openingLine_;
   bool inPartHeader_ = false;
@@ -103,6 +105,7 @@ void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
   if (WritesWholeMail()) mail_.WriteStreamLine(file_, line);
   if (line.empty()) {
     inHeader_ = false;
+    BeginSoleFile();
     return;
   }
   std::string text;
@@ -117,7 +120,21 @@ void StdMail::StreamReader::TakeHeaderLine(std::string_view line) {
 void StdMail::StreamReader::FinishHeader() {
   if (!std::exchange(headerOpen_, false)) return;
   const std::string& header = Headers().Item(Headers().Count());
-  if (TellsContentType(header)) boundaries_.Begin(BoundaryIn(header));
+  if (!TellsContentType(header)) return;
+  const std::string boundary = BoundaryIn(header);
+  hasParts_ = !boundary.empty();
+  boundaries_.Begin(boundary);
+}
+
+// A mail that is one file has it for its only part.
+void StdMail::StreamReader::BeginSoleFile() {
+  if (hasParts_) return;
+  const std::string header = HeaderOfSoleFile(Headers());
+  if (header.empty()) return;
+  encoding_ = EncodingOfPart(header, PartEncoding::None);
+  Parts().Add(header);
+  part_ = lastPart_ = lastPart_.Next(false);
+  partIsInline_ = false;
 }
 
 bool StdMail::StreamReader::TellsContentType(std::string_view header) {

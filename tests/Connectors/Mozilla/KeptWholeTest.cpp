@@ -1,7 +1,9 @@
 // What is kept of a mail's parts by the rules of today, in both readers.
 #include <gmock/gmock.h>
 
+#include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Platform/CodePage.h"
 
 namespace vorlent {
 namespace {
@@ -421,6 +423,101 @@ TEST_F(KeptWholeTest, AttachmentsOfOneNameAreAllKept) {
   EXPECT_THAT(record, HasSubstr("a.b (2).txt\\nfile=a.b.txt\\n"));
   mail_.DeleteLastTempfiles();
   EXPECT_FALSE(HasTempFile("a.b (2).txt"));
+}
+
+// --- Lines that would separate mails
+
+TEST_F(KeptWholeTest, QuotesOfLinesThatWouldSeparateAreTakenAway) {
+  const std::string stored = ">From the start\n>>From here\n> From\n>From: x\nx >From y\n>From";
+  const std::string sent = "From the start\n>From here\n> From\n>From: x\nx >From y\n>From";
+  const std::string html = "Content-Type: text/html\n";
+  for (const std::string encoding : {"7bit", "quoted-printable"}) {
+    Read(File("f", encoding, stored) + Part(html, stored) + "--B--\n");
+    EXPECT_EQ(TempFile("att1"), sent) << encoding;
+    EXPECT_EQ(BroughtOut("1"), sent) << encoding;
+    EXPECT_EQ(TempFile("mail.html"), sent);
+    EXPECT_THAT(TempFile("mail.eml"), HasSubstr(Crlf(html + "\n" + stored))) << "goes into a mailbox again";
+  }
+}
+
+TEST_F(KeptWholeTest, QuotesStayByTheRulesOfOld) {
+  ChooseRules({.lines = LineRule::Native});
+  Read(File("f", "7bit", ">From here") + "--B--\n");
+  EXPECT_EQ(TempFile("att1"), ">From here\r\n");
+}
+
+// --- Mails that are one file
+
+constexpr char kScanHeader[] =
+    "Subject: scan\nContent-Type: application/pdf;\n name=scan.pdf\nContent-ID: <1@x>\n"
+    "Content-Transfer-Encoding : base64\n";
+
+TEST_F(KeptWholeTest, MailThatIsOneFileIsItsAttachment) {
+  const std::string header = std::string("From - \nX-Mozilla-Status: 0001\n") + kScanHeader + "\n";
+  ASSERT_TRUE(Open(header + "JVBE\nRg==\n\n" + kNext).ReadHeader(true));
+  EXPECT_EQ(TempFile("mail.eml"), Crlf(header));
+  EXPECT_EQ(TempFile("att1"), "%PDF");
+  EXPECT_THAT(mail_.GetData("", true), HasSubstr("scan.pdf\\nfile=scan.pdf\\nsize=4"));
+  EXPECT_THAT(KeptHeaderLines(*mail_.Attachments(), mail_.Ledger().boundaries),
+              ElementsAre("\r\ntype=application/pdf"));
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(mail_.GetHeader("subject"), "next");
+  EXPECT_EQ(mail_.Attachments()->Count(), 0);
+  ASSERT_TRUE(Reread());
+  EXPECT_THAT(mail_.GetData("", false), HasSubstr("#1_scan.pdf"));
+  EXPECT_EQ(BroughtOut("1"), "%PDF");
+  EXPECT_EQ(BroughtOut("-2"), Crlf(header));
+}
+
+TEST_F(KeptWholeTest, MailIsOneFileByItsTypeOrDisposition) {
+  struct Row {
+    std::string header, name;
+  };
+  const Row rows[] = {{"Content-Type: image/png\n", "part1.png"},
+                      {"Content-Type: text/csv\nContent-Disposition: attachment; filename=t.csv\n", "t.csv"},
+                      {"Content-Disposition: attachment\n", "part1.txt"},
+                      {"Content-Type: text/plain; name=t.txt\n", ""},
+                      {"Content-Type: text/html\nContent-Disposition: inline\n", ""},
+                      {"Content-Type: multipart/mixed\nContent-Disposition: attachment\n", ""},
+                      {"Content-Type: message/rfc822\n", ""},
+                      {"Content-Transfer-Encoding: 8bit\n", ""},
+                      {"", ""}};
+  for (const Row& row : rows) {
+    Open("From - \nSubject: a\n" + row.header + "\nA line\nand one\n\n");
+    ASSERT_TRUE(mail_.ReadHeader(true));
+    EXPECT_EQ(mail_.Attachments()->Count(), row.name.empty() ? 0 : 1) << row.header;
+    if (row.name.empty()) continue;
+    EXPECT_THAT(mail_.GetData("", true), HasSubstr("file=" + row.name)) << row.header;
+    EXPECT_EQ(TempFile(row.name), "A line\nand one\n");
+    EXPECT_EQ(BroughtOut("1"), "A line\nand one\n");
+  }
+}
+
+TEST_F(KeptWholeTest, MailThatIsOneFileIsTextByTheRulesOfOld) {
+  ChooseRules({.lines = LineRule::Native});
+  const std::string mail = std::string("From - \n") + kScanHeader + "\nJVBERg==\n";
+  ASSERT_TRUE(Open(mail).ReadHeader(true));
+  EXPECT_EQ(TempFile("mail.eml"), Crlf(mail));
+  EXPECT_EQ(mail_.Attachments()->Count(), 0);
+}
+
+// --- Headers
+
+TEST_F(KeptWholeTest, BlanksBeforeTheColonOfTheTypeHideNoPart) {
+  Open("From - \nContent-Type : multipart/mixed; boundary=B\n\n" + File("f", "base64", "QUFB") + "--B--\n");
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  EXPECT_EQ(TempFile("att1"), "AAA");
+  EXPECT_EQ(BroughtOut("1"), "AAA");
+}
+
+TEST_F(KeptWholeTest, RecordIsTextWhateverBytesHeadersHold) {
+  Open("From - \nMessage-ID: <\xE9@x>\nContent-Type: multipart/mixed; boundary=B\n\n" +
+       Part("Content-Type: application/x; name=\"caf\xE9.bin\"\n", "A") + "--B--\n");
+  ASSERT_TRUE(mail_.ReadHeader(true));
+  const std::string record = mail_.GetData("", true);
+  EXPECT_EQ(TextToUtf8(record), record);
+  EXPECT_THAT(record, HasSubstr("\\nfile=café.bin\\n"));
+  EXPECT_THAT(record, HasSubstr("originalfile=café.bin"));
 }
 
 }  // namespace

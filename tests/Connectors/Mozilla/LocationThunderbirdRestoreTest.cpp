@@ -1,6 +1,7 @@
 #include <cstdint>
 
 #include "Common/StdHttp.h"
+#include "Common/StdModul.h"
 #include "Connectors/Mozilla/MailRestore.h"
 #include "Connectors/Mozilla/ThunderbirdFixture.h"
 #include "Platform/Rules.h"
@@ -546,10 +547,46 @@ TEST_F(RestoreTest, ForwardedMailGoesBackAsOne) {
                                        BoundaryIn(mail) + "--\r\n"));
 }
 
+TEST_F(RestoreTest, LinesOfAForwardedMailThatWouldSeparateAreQuoted) {
+  const ScopedRules today(Rules::Today());
+  Store("Subject: x\r\n\r\ntext\r\n");
+  Attach("FileAttach1", "part2.eml", "Subject: inner\n\nFrom here\n>From there\r\n>to\n");
+  item->Data.back().second += "\r\ntype=message/rfc822";
+  EXPECT_THAT(Restore(),
+              testing::HasSubstr("\r\n\r\nSubject: inner\n\n>From here\n>>From there\r\n>to\n\r\n--"));
+}
+
+TEST_F(RestoreTest, MailThatIsOneFileComesBackAsOne) {
+  const ScopedRules today(Rules::Today());
+  const std::string before = "Subject: scan\r\nX-Content: a\r\n";
+  const std::string type = "Content-Type: application/pdf;\r\n name=scan.pdf\r\n";
+  const std::string rest = "\r\nJVBERg==\r\n\r\n";
+  for (const std::string encoding :
+       {"", "Content-Transfer-Encoding: base64\r\n", "content-transfer-encoding:\r\n quoted-printable\r\n"}) {
+    RemoveExactFile(mailbox);
+    Store(before + type + encoding + "To: b\r\n\r\n");
+    Attach("FileAttach1", "scan.pdf", "%PDF");
+    EXPECT_EQ(Restore(),
+              "From - \r\n" + before + "To: b\r\n" + type + "Content-Transfer-Encoding: base64\r\n" + rest);
+  }
+}
+
+TEST_F(RestoreTest, MailOfAFileWithMoreBesideItGetsParts) {
+  const ScopedRules today(Rules::Today());
+  const std::string header = "Subject: scan\r\nContent-Type: application/pdf\r\n\r\n";
+  Store(header + "JVBERg==\r\n");
+  Attach("FileAttach1", "note.txt", "note");
+  EXPECT_THAT(Restore(), testing::HasSubstr("Content-Type: application/pdf\r\n\r\nJVBERg==\r\n"));
+  Store(header);
+  Attach("FileAttach1", "note.txt", "note");
+  Attach("FileAttach2", "scan.pdf", "%PDF");
+  EXPECT_NE(BoundaryIn(Restore()), "");
+}
+
 TEST_F(RestoreTest, ForwardedMailThatWouldDivideItsMailGoesBackAsBytes) {
   const ScopedRules today(Rules::Today());
-  const std::string inner = "Subject: inner\n\nFrom anna@x Sat Nov 21 14:59:15 2026\nA: b\n";
-  Store("Subject: x\r\n\r\ntext\r\n");
+  const std::string inner = "Subject: inner\n\n--X\nA: b\n";
+  Store("Subject: x\r\nContent-Type: multipart/mixed; boundary=X\r\n\r\n--X\r\n\r\ntext\r\n--X--\r\n");
   Attach("FileAttach1", "part2.eml", inner);
   item->Data.back().second += "\r\ntype=message/rfc822";
   const std::string mail = Restore();

@@ -1,7 +1,9 @@
 // The stream, the header store and its accessors.
 #include <memory>
 
+#include "Common/StdModul.h"
 #include "Connectors/Mozilla/StdMailTest.h"
+#include "Support/ScopedTimeZone.h"
 
 namespace vorlent {
 namespace {
@@ -143,7 +145,8 @@ TEST_F(EnvelopeSeparatorTest, ALineOfAnEnvelopeBeforeAHeaderBeginsAMail) {
        {"From - Sat Nov 21 14:59:15 2026", "From alice@example.org Mon Jan  5 10:00:00 1998", "From ",
         "From -", "From - ", "From alice@example.org", "From - alice",
         "From alice Mon, 5 Jan 1998 10:00:00 +0200", "From joe at example.org  Mon Jan  5 10:00 MET 1998",
-        "From Mon Jan  5 9:00:00 1998", "From - Mo Okt 12 14:59:15 2026"}) {
+        "From Mon Jan  5 9:00:00 1998", "From - Mo Okt 12 14:59:15 2026", "From a@b.c 5 Jan 1998",
+        "From a@b.c Mon Jan  5 10:00:00 98", "From a@b.c Mon Jan  5 10:00 MET 98"}) {
     for (const std::string next : {"Subject: a\n\ntext\n", "X-A : b\n\ntext\n", "\ntext\n", ""}) {
       EXPECT_THAT(SeparatorsIn(separator + "\n" + next), ElementsAre(separator)) << next;
       EXPECT_THAT(SeparatorsIn("From - \nA: b\n\ntext\n\n" + separator + "\n" + next),
@@ -173,7 +176,8 @@ TEST_F(EnvelopeSeparatorTest, ALineThatOnlyBeginsLikeOneIsText) {
   for (const std::string line :
        {"From now on", "From Monday", "From - him: what he said", "From alice@example.org and others",
         "from - ", "From Jan 5 to Feb 6 2010", "From Mo Okt 12 14:59:15 2026", "From", "From:", " From - ",
-        ">From - Sat Nov 21 14:59:15 2026"}) {
+        ">From - Sat Nov 21 14:59:15 2026", "From May 5 2010 on", "From Jan 5 at 10:00 to 11",
+        "From a@b.c in Jan 1998", "From a@b.c at 10:00 in Jan", "From a@b.c on Jan 5"}) {
     EXPECT_THAT(SeparatorsIn("From - \nA: b\n\n" + line + "\nNote: c\n"), ElementsAre("From - ")) << line;
   }
 }
@@ -200,6 +204,46 @@ TEST_F(EnvelopeSeparatorTest, LastMailHasNotGrownByAnEnvelopeButByText) {
     EXPECT_EQ(mail_.DeleteMail(0),
               later.find("field") == std::string::npos ? Marking::Marked : Marking::OtherMail);
   }
+}
+
+// --- Date
+
+TEST_F(StdMailStreamTest, MailWithoutADateIsOfTheDayItCame) {
+  ChooseRules(Rules::Today());
+  const ScopedTimeZone zone("Europe/Berlin");
+  const std::string received =
+      "Received: from a by b id 1 (x; y);\n Mon, 5 Jan 2026 10:00:00 +0000 (UTC; z)\n"
+      "Received: from c; Sun, 4 Jan 2026 10:00:00 +0000\n";
+  struct Row {
+    std::string separator, header, shown, sent;
+  };
+  const Row rows[] = {
+      {"From - Sat Nov 21 14:59:15 2026", "Date: 6 jan 2026 09:00:00 +0000\n" + received,
+       "06.01.2026 10:00:00", "06.01.2026 09:00:00"},
+      {"From - Sat Nov 21 14:59:15 2026", received, "05.01.2026 11:00:00", "05.01.2026 10:00:00"},
+      {"From - Sat Nov 21 14:59:15 2026", "Date: some day\n" + received, "05.01.2026 11:00:00",
+       "05.01.2026 10:00:00"},
+      {"From - Sat Nov 21 14:59:15 2026", "Received: from a by b\nReceived: from c; 4 Jan 2026 10:00:00 Z\n",
+       "04.01.2026 11:00:00", "04.01.2026 10:00:00"},
+      {"From - Sat Nov 21 14:59:15 2026", "", "21.11.2026 14:59:15", ""},
+      {"From a@b.c Mon Jan  5 10:00:00 1998 -0800", "", "05.01.1998 19:00:00", ""},
+      {"From may@june.2026", "", "", ""},
+      {"From - ", "", "", ""},
+  };
+  for (const Row& row : rows) {
+    Open(row.separator + "\n" + row.header + "Message-ID: <m>\n\ntext\n");
+    ASSERT_TRUE(mail_.ReadHeader(false));
+    EXPECT_EQ(mail_.GetDate(), row.shown) << row.separator << row.header;
+    EXPECT_EQ(mail_.SentDate(), row.sent) << row.separator << row.header;
+  }
+  EXPECT_EQ(GetParam(mail_.GetData("", false), "Date"), "");
+  EXPECT_EQ(GetParam(mail_.GetData("", false), "ID"), "00000000000000-m");
+}
+
+TEST_F(StdMailStreamTest, MailWithoutADateHasSomeByTheRulesOfOld) {
+  Open("From - Sat Nov 21 14:59:15 2026\r\nReceived: a; 5 Jan 2026 10:00:00 +0000\r\n\r\n");
+  ASSERT_TRUE(mail_.ReadHeader(false));
+  EXPECT_EQ(mail_.GetDate(), "00.01.2000 00:00:00");
 }
 
 // --- Header store

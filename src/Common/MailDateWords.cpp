@@ -1,0 +1,184 @@
+#include "Common/MailDateWords.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "Common/NumberText.h"
+#include "Common/StdHttpStandards.h"
+#include "Common/StdModul.h"
+#include "Platform/CodePage.h"
+
+namespace vorlent {
+
+namespace {
+
+constexpr std::string_view kMonths[] = {"january",   "february", "march",    "april",
+                                        "may",       "june",     "july",     "august",
+                                        "september", "october",  "november", "december"};
+
+bool IsDecimal(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool IsDecimalNumber(std::string_view word) {
+  constexpr std::size_t kMostDigits = 5;
+  return !word.empty() && word.size() <= kMostDigits && std::ranges::all_of(word, IsDecimal);
+}
+
+// 1 to 12 for the name of a month or its beginning, 0 for other words.
+int MonthOf(std::string_view word) {
+  constexpr std::size_t kLeast = 3;
+  if (word.ends_with('.')) word.remove_suffix(1);
+  const std::string name = LowerCase(word);
+  if (name.size() < kLeast) return 0;
+  const auto* const month = std::ranges::find_if(kMonths, [&](std::string_view each) {
+    return each.starts_with(name) || (name == "sept" && each.starts_with(name.substr(0, kLeast)));
+  });
+  return month == std::end(kMonths) ? 0 : static_cast<int>(month - std::begin(kMonths)) + 1;
+}
+
+// RFC 3339: a colon may stand in the zone.
+bool IsZone(std::string_view word) {
+  if (!word.starts_with('+') && !word.starts_with('-')) return false;
+  word.remove_prefix(1);
+  return std::ranges::all_of(word, [](char c) { return IsDecimal(c) || c == ':'; }) &&
+         std::ranges::count_if(word, IsDecimal) == 4;
+}
+
+// Takes the words of a date one by one.
+class DateWords {
+ public:
+  void Take(std::string_view word);
+  std::optional<MailDateFields> Fields() const;
+
+ private:
+  void TakeTime(std::string_view word);
+  bool TakeDivided(std::string_view word, char divider);
+  bool TakeHalfOfDay(std::string_view word);
+  void TakeZone(std::string_view word);
+  std::string Hour() const;
+
+  std::vector<std::string> numbers_;
+  int month_ = 0;
+  std::string day_, year_;  // of one that is divided by "-" or "/"
+  std::string time_;
+  char half_ = ' ';  // of the day: "a" or "p"
+  std::string zone_;
+};
+
+void DateWords::Take(std::string_view word) {
+  // ISO 8601: date T time
+  const std::size_t mark = word.find_first_of("Tt");
+  if (mark > 0 && mark != std::string_view::npos && IsDecimal(word[mark - 1]) && mark + 1 < word.size()) {
+    Take(word.substr(0, mark));
+    Take(word.substr(mark + 1));
+  } else if (IsZone(word)) {
+    TakeZone(word);
+  } else if (word.find(':') != std::string_view::npos && IsDecimal(word.front())) {
+    TakeTime(word);
+  } else if (TakeHalfOfDay(word) || TakeDivided(word, '-') || TakeDivided(word, '/')) {
+    return;
+  } else if (IsDecimalNumber(word)) {
+    numbers_.emplace_back(word);
+  } else if (const int month = MonthOf(word); month > 0 && month_ == 0) {
+    month_ = month;
+  } else if (!time_.empty()) {
+    TakeZone(word);
+  }
+}
+
+// "9:05", "14:30:05", "9:05PM", "14:30:05.123Z", "14:30:05+02:00"
+void DateWords::TakeTime(std::string_view word) {
+  if (!time_.empty()) return;
+  const std::size_t end = std::min(word.find_first_not_of("0123456789:."), word.size());
+  time_ = word.substr(0, std::min(word.find('.'), end));
+  word.remove_prefix(end);
+  if (!word.empty()) Take(word);
+}
+
+// "AM", "p.m."
+bool DateWords::TakeHalfOfDay(std::string_view word) {
+  std::string half = LowerCase(word);
+  std::erase(half, '.');
+  if (time_.empty() || (half != "am" && half != "pm")) return false;
+  half_ = half.front();
+  return true;
+}
+
+// "2026-01-05", "05-Jan-26", "2026/01/05", "01/05/2026", and "13/01/2026" as no month has such a number.
+bool DateWords::TakeDivided(std::string_view word, char divider) {
+  if (std::ranges::count(word, divider) != 2) return false;
+  std::string_view rest = word;
+  const std::string_view separator(&divider, 1);
+  const std::string_view first = CutToken(rest, separator);
+  const std::string_view second = CutToken(rest, separator);
+  const int named = MonthOf(second);
+  if (!IsDecimalNumber(first) || !IsDecimalNumber(rest) || (named == 0 && !IsDecimalNumber(second)))
+    return false;
+  const auto month = [](std::string_view number) { return static_cast<int>(ReadNumber(number)); };
+  const bool isYearFirst = named > 0 ? first.size() > 2 : ReadNumber(rest) <= 31;
+  year_ = isYearFirst ? first : rest;
+  day_ = isYearFirst ? rest : first;
+  month_ = named > 0 ? named : month(second);
+  if (!isYearFirst && named == 0 && divider == '/') {
+    day_ = second;
+    month_ = month(first);
+  }
+  if (month_ > 12) day_ = NumberText(std::exchange(month_, month(day_)));
+  return true;
+}
+
+// The first one tells, and one of numbers before names: "+0100", "CET", "GMT+0100".
+void DateWords::TakeZone(std::string_view word) {
+  const std::size_t sign = std::min(word.find_first_of("+-"), word.size());
+  if (IsZone(word.substr(sign))) word.remove_prefix(sign);
+  if (IsZone(zone_) || (!zone_.empty() && !IsZone(word))) return;
+  zone_ = UpperCase(word);
+  std::erase(zone_, ':');
+}
+
+// The hour by the clock of 24 hours.
+std::string DateWords::Hour() const {
+  const std::string hour = PeekToken(time_, ":");
+  const double number = ReadNumber(hour);
+  if (half_ == ' ' || number > 12) return hour;
+  const double twelve = number == 12 ? 0 : number;
+  return NumberText(half_ == 'p' ? twelve + 12 : twelve);
+}
+
+// Of two numbers the day comes first, unless it can't be one; a month and a year alone mean the first.
+std::optional<MailDateFields> DateWords::Fields() const {
+  constexpr double kLastDay = 31;
+  MailDateFields date = {day_, NumberText(month_), year_, ""};
+  std::vector<std::string> numbers = numbers_;
+  if (date.year.empty() && numbers.size() == 1 && ReadNumber(numbers[0]) > kLastDay)
+    numbers.insert(numbers.begin(), "1");
+  if (date.year.empty() && numbers.size() > 1) {
+    if (ReadNumber(numbers[0]) > kLastDay) std::swap(numbers[0], numbers[1]);
+    date.day = numbers[0];
+    date.year = numbers[1];
+  }
+  const double day = ReadNumber(date.day);
+  if (month_ < 1 || month_ > 12 || day < 1 || day > kLastDay || date.year.empty()) return std::nullopt;
+  date.time = Hour() + time_.substr(std::min(time_.find(':'), time_.size())) + " " + zone_;
+  return date;
+}
+
+}  // namespace
+
+std::optional<MailDateFields> ReadDateWords(std::string_view text) {
+  constexpr std::size_t kLongestWord = 40;
+  DateWords words;
+  const std::string plain = WithoutComments(text);
+  std::string_view rest = plain;
+  while (!rest.empty()) {
+    const std::size_t end = std::min(rest.find_first_of(" \t\r\n,"), rest.size());
+    if (end > 0 && end <= kLongestWord) words.Take(rest.substr(0, end));
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  return words.Fields();
+}
+
+}  // namespace vorlent
