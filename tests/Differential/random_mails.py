@@ -176,8 +176,8 @@ class Record:
         return unquote_to_bytes(name.encode()).decode().strip(" \t")
 
     def names(self):
-        """The names of the files, encoded."""
-        return [re.search(r"(?m)^file=(.*?)\r?$", value)[1] for value in self.files]
+        """The names of the files."""
+        return [unquote(re.search(r"(?m)^file=(.*?)\r?$", value)[1]) for value in self.files]
 
     def listed_names(self):
         """The same of a mail that is only listed, where each has the mail's ID and the part's number before it."""

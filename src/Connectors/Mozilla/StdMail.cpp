@@ -223,9 +223,9 @@ std::string DateInTraces(const KeyedList<std::string>& headers, Read&& read) {
 
 // What stands in the separator after the sender.
 std::string DateInSeparator(const KeyedList<std::string>& headers) {
-  constexpr std::string_view kFrom = "From ";
-  if (headers.IsEmpty() || !headers.Item(1).starts_with(kFrom)) return {};
-  std::string_view rest = std::string_view(headers.Item(1)).substr(kFrom.size());
+  constexpr std::string_view kBeforeSender = "From ";
+  if (headers.IsEmpty() || !headers.Item(1).starts_with(kBeforeSender)) return {};
+  std::string_view rest = std::string_view(headers.Item(1)).substr(kBeforeSender.size());
   CutToken(rest, " ");
   return ShownMailDate(std::string(rest));
 }
