@@ -229,8 +229,8 @@ void MailRestorer::EndHeader() {
     Write("Content-Type: text/html" + CharsetOfText());
     Write("");
     Try([&] {
-      out_.WriteLine("<A HREF=\"sendarium:" + UrlEncode(itm_.Address()) + "\">" +
-                     std::string("Mail aus Archiv öffnen</A>"_cp));
+      Write("<A HREF=\"sendarium:" + UrlEncode(itm_.Address()) + "\">" +
+            std::string("Mail aus Archiv öffnen</A>"_cp));
     });
     stage_ = Stage::Done;
     return;
