@@ -74,13 +74,12 @@ void DateWords::Take(std::string_view word) {
   if (mark > 0 && mark != std::string_view::npos && IsDecimal(word[mark - 1]) && mark + 1 < word.size()) {
     Take(word.substr(0, mark));
     Take(word.substr(mark + 1));
-  } else if (IsZone(word)) {
-    TakeZone(word);
-  } else if (word.find(':') != std::string_view::npos && IsDecimal(word.front())) {
-    TakeTime(word);
-  } else if (TakeHalfOfDay(word) || TakeDivided(word, '-') || TakeDivided(word, '/')) {
     return;
-  } else if (IsDecimalNumber(word)) {
+  }
+  if (IsZone(word)) return TakeZone(word);
+  if (word.find(':') != std::string_view::npos && IsDecimal(word.front())) return TakeTime(word);
+  if (TakeHalfOfDay(word) || TakeDivided(word, '-') || TakeDivided(word, '/')) return;
+  if (IsDecimalNumber(word)) {
     numbers_.emplace_back(word);
   } else if (const int month = MonthOf(word); month > 0 && month_ == 0) {
     month_ = month;

@@ -15,6 +15,7 @@ using testing::ElementsAre;
 std::vector<std::string> NamesOf(LightningNames& names, std::vector<LightningItem> items) {
   names.GiveNames(items);
   std::vector<std::string> given;
+  given.reserve(items.size());
   for (const LightningItem& item : items)
     given.push_back(item.name);
   return given;

@@ -13,7 +13,7 @@ constexpr long kNever = std::numeric_limits<long>::max();
 
 // Without a constructor: calls come before the first of those has run.
 constinit DiskPlan planned = {};
-constinit char pathEnd[4096] = {};  // the plan's, of which the text may be gone
+constinit char plannedEnd[4096] = {};  // the plan's, of which the text may be gone
 constinit long callsSoFar = 0;
 constinit bool wasReached = false;
 
@@ -24,7 +24,7 @@ void Begin(const DiskPlan& plan) {
   callsSoFar = 0;
   wasReached = false;
   planned = plan;
-  planned.pathEnd = std::string_view(pathEnd, plan.pathEnd.copy(pathEnd, sizeof pathEnd));
+  planned.pathEnd = std::string_view(plannedEnd, plan.pathEnd.copy(plannedEnd, sizeof plannedEnd));
 }
 
 void End() {

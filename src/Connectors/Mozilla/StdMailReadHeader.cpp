@@ -302,14 +302,13 @@ bool StdMail::HeaderReader::NextBodyLine(std::string_view& line) {
 
 // Handles a line of the body by its class. False if the mail ends with it.
 bool StdMail::HeaderReader::TakeBodyLine(std::string_view line) {
-  if (boundary_.empty()) {
-    TakeContentLine(line);
-  } else if (boundaries_.TakeOpening(line)) {
+  const bool hasParts = !boundary_.empty();
+  if (hasParts && boundaries_.TakeOpening(line)) {
     TakeOpeningBoundary(line);
-  } else if (boundaries_.TakeClosing(line)) {
+  } else if (hasParts && boundaries_.TakeClosing(line)) {
     TakeClosingBoundary(line);
     return !boundaries_.ClosesMail(line) || BeginEpilogue();
-  } else if (inPartHeader_) {
+  } else if (hasParts && inPartHeader_) {
     TakePartHeaderLine(line);
   } else {
     TakeContentLine(line);
