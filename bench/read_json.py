@@ -57,7 +57,7 @@ def seconds(program, rules, folder):
 def main():
     program = str(pathlib.Path(sys.argv[1]).resolve())
     quick = "--quick" in sys.argv[2:]
-    megabytes, rounds, bound = (32, 11, 1.2) if quick else (92, 31, 1.1)
+    megabytes, rounds, bound = (32, 11, 1.45) if quick else (92, 31, 1.1)
     shared = "/dev/shm" if os.path.isdir("/dev/shm") else None
     with tempfile.TemporaryDirectory(dir=os.environ.get("TMPDIR", shared)) as folder:
         mails = write_mailbox(pathlib.Path(folder, "Inbox"), megabytes << 20)
