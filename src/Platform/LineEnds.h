@@ -43,9 +43,9 @@ inline const char* FindLineEnd(const char* from, const char* to) {
 inline bool MayHoldLoneReturn(const char* from, const char* to) {
   if (from == to) return false;
   // Without a branch for each byte, so that it costs little beside the search that it spares.
-  unsigned lone = to[-1] == '\r';
+  unsigned char lone = to[-1] == '\r' ? 1 : 0;
   for (const char* at = from; at + 1 < to; ++at)
-    lone |= static_cast<unsigned>(at[0] == '\r') & static_cast<unsigned>(at[1] != '\n');
+    lone |= static_cast<unsigned char>((at[0] == '\r' ? 1U : 0U) & (at[1] != '\n' ? 1U : 0U));
   return lone != 0;
 }
 
