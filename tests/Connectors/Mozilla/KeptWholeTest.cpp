@@ -1,6 +1,7 @@
 // What is kept of a mail's parts by the rules of today, in both readers.
 #include <gmock/gmock.h>
 
+#include "Common/StdModul.h"
 #include "Connectors/Mozilla/AttachmentHeaders.h"
 #include "Connectors/Mozilla/StdMailTest.h"
 #include "Platform/CodePage.h"
