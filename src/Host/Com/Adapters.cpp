@@ -22,6 +22,15 @@ std::shared_ptr<Contract> AdoptValue(Value value) {
   return Adopt<Contract>(ToObject(std::move(value)).Get());
 }
 
+// For what the contract never gives as nothing: the component uses it unasked. A host that gives nothing all
+// the same fails where a call on it would.
+template <class Contract>
+std::shared_ptr<Contract> AdoptNeeded(Value value) {
+  auto adopted = AdoptValue<Contract>(std::move(value));
+  Require(adopted);
+  return adopted;
+}
+
 template <class Contract>
 KeyedList<std::shared_ptr<Contract>> AdoptAll(Value collection) {
   KeyedList<std::shared_ptr<Contract>> list;
@@ -106,7 +115,7 @@ class TreeAdapter final : public Adapter<Tree> {
   KeyedList<TreePtr> Children() const override { return AdoptAll<Tree>(host_.Call(L"Children")); }
   void Clear() override { host_.Call(L"Clear"); }
   TreePtr AddChild(std::string_view text, std::string_view keyword) override {
-    return AdoptValue<Tree>(host_.Call(L"AddChild", Value(text), Value(keyword)));
+    return AdoptNeeded<Tree>(host_.Call(L"AddChild", Value(text), Value(keyword)));
   }
   void ClearItems() override { host_.Call(L"ClearItems"); }
   void AddItem(const ItemPtr& item) override { host_.Call(L"AddItem", ObjectValue(item)); }
@@ -135,7 +144,7 @@ class HostErrorAdapter final : public Adapter<HostError> {
 class HostErrorFactoryAdapter final : public Adapter<HostErrorFactory> {
  public:
   using Adapter::Adapter;
-  std::shared_ptr<HostError> Error() override { return AdoptValue<HostError>(host_.Call(L"Error")); }
+  std::shared_ptr<HostError> Error() override { return AdoptNeeded<HostError>(host_.Call(L"Error")); }
 };
 
 class TopicsAdapter final : public Adapter<TopicsConnector> {
@@ -160,18 +169,18 @@ class LocationAdapter final : public Adapter<Location> {
   ItemPtr ParameterItem() const override { return AdoptValue<Item>(host_.Call(L"ParameterItem")); }
   void SetParameterItem(const ItemPtr& item) override { host_.Put(L"ParameterItem", ObjectValue(item)); }
   std::shared_ptr<HostErrorFactory> ErrorFactory() override {
-    return AdoptValue<HostErrorFactory>(host_.Call(L"ErrorFactory"));
+    return AdoptNeeded<HostErrorFactory>(host_.Call(L"ErrorFactory"));
   }
   LocationState Open(std::string_view address) override {
     return static_cast<LocationState>(ToNumber(host_.Call(L"Open", Value(address))));
   }
   void Close() override { host_.Call(L"Close"); }
   ItemPtr PasteRecord(std::string_view record) override {
-    return AdoptValue<Item>(host_.Call(L"PasteRecord", Value(record)));
+    return AdoptNeeded<Item>(host_.Call(L"PasteRecord", Value(record)));
   }
   std::string Name() const override { return TextOf(L"Name"); }
   ItemPtr ItemAt(std::int32_t pos) override {
-    return AdoptValue<Item>(host_.Call(L"ItemAt", Value(LONG{pos})));
+    return AdoptNeeded<Item>(host_.Call(L"ItemAt", Value(LONG{pos})));
   }
   std::int32_t ItemCount() const override { return NumberOf(L"ItemCount"); }
   std::string GetSetting(std::string_view key) override {
@@ -249,7 +258,7 @@ class HostDatabaseAdapter final : public Adapter<HostDatabase> {
     return ToTruth(host_.Call(L"Open", Value(kind), Value(connection)));
   }
   HostRecordsetPtr Query(std::string_view sql, std::int32_t value) override {
-    return AdoptValue<HostRecordset>(host_.Call(L"Query", Value(sql), Value(LONG{value})));
+    return AdoptNeeded<HostRecordset>(host_.Call(L"Query", Value(sql), Value(LONG{value})));
   }
   bool Execute(std::string_view sql) override { return ToTruth(host_.Call(L"Execute", Value(sql))); }
   void Close() override { host_.Call(L"Close"); }
@@ -260,7 +269,7 @@ class HostMainWindowAdapter final : public Adapter<HostMainWindow> {
   using Adapter::Adapter;
 
   TreePtr GetPaneTree(std::int32_t pane) override {
-    return AdoptValue<Tree>(host_.Call(L"GetPaneTree", Value(LONG{pane})));
+    return AdoptNeeded<Tree>(host_.Call(L"GetPaneTree", Value(LONG{pane})));
   }
   void SetPaneTree(std::int32_t pane, const TreePtr& tree) override {
     host_.Call(L"SetPaneTree", Value(LONG{pane}), ObjectValue(tree));
@@ -300,7 +309,7 @@ class HostGlobalAdapter final : public Adapter<HostGlobal> {
     return ToText(host_.Call(L"ActionName", Value(LONG{msg})));
   }
   std::shared_ptr<HostErrorFactory> ErrorFactory() override {
-    return AdoptValue<HostErrorFactory>(host_.Call(L"ErrorFactory"));
+    return AdoptNeeded<HostErrorFactory>(host_.Call(L"ErrorFactory"));
   }
 };
 

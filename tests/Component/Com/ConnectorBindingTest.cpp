@@ -215,18 +215,107 @@ void UseConnector(LateBound connector, const ComPtr<ScriptedObject>& location, c
   connector.Put(L"LocObject", Value(static_cast<IDispatch*>(nullptr)));
 }
 
-TEST_F(ConnectorBindingTest, EveryCallOfTheHostMayFailOnceOrFromThenOn) {
-  for (const bool failsOn : {false, true}) {
-    for (int call = 1; call <= 60; ++call) {
-      const ComPtr<_Location_Thunderbird> made = NewConnector();
-      const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
-      host_->failing = call;
-      host_->failsOn = failsOn;
-      UseConnector(LateBound(made.Get()), location, address_);
-      host_->failing = 0;
+TEST_F(ConnectorBindingTest, EveryCallOfTheHostMayGoWrongOnceOrFromThenOn) {
+  for (const Wrong wrong : {Wrong::Fails, Wrong::GivesNothing, Wrong::GivesAnotherType}) {
+    for (const bool failsOn : {false, true}) {
+      bool isReached = true;
+      int call = 1;
+      for (; isReached && call < 500; ++call) {
+        const ComPtr<_Location_Thunderbird> made = NewConnector();
+        const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
+        host_->wrong = wrong;
+        host_->failing = call;
+        host_->failsOn = failsOn;
+        UseConnector(LateBound(made.Get()), location, address_);
+        isReached = failsOn ? host_->failing == 1 : host_->failing == 0;
+        host_->failing = 0;
+      }
+      EXPECT_GT(call, 30) << "hardly a call was made";
+      EXPECT_FALSE(isReached) << "not every call went wrong";
+      EXPECT_EQ(server_.CanUnloadNow(), S_OK);
     }
   }
-  EXPECT_EQ(server_.CanUnloadNow(), S_OK);
+}
+
+TEST_F(ConnectorBindingTest, LocationMayBeAClassOfAScript) {
+  const ComPtr<_Location_Thunderbird> connector = NewConnector();
+  const ComPtr<ScriptedObject> out = ScriptedObject::Make();
+  out->Set(L"Text", Value());
+  ScriptHost script(L"VBScript");
+  script.Name(L"connector", connector.Get());
+  script.Name(L"out", out.Get());
+  EXPECT_EQ(
+      script.Run("Class HostLocation\r\n"
+                 "  Public ItemCounter\r\n  Public LastItemTimer\r\n  Public Changed\r\n  Public Kept\r\n"
+                 "  Public Property Set parameterITEM(given)\r\n    Set Kept = given\r\n  End Property\r\n"
+                 "  Public Property Get name\r\n    name = \"" +
+                 address_ +
+                 "\"\r\n  End Property\r\n"
+                 "End Class\r\n"
+                 "Dim l\r\nSet l = New HostLocation\r\nl.ItemCounter = 0\r\n"
+                 "Set connector.LocObject = l\r\n"
+                 "connector.InitLocation l.Name\r\n"
+                 "out.Text = connector.OpenLocation(l.Name) & \" \" & connector.Count & \" \" & l.ItemCounter"
+                 " & \" \" & l.Kept.Type\r\n"
+                 "connector.Clear\r\nSet connector.LocObject = Nothing\r\n"),
+      "");
+  EXPECT_EQ(TextOf(out->Get(L"Text").bstrVal), "1 2 2 parameter");
+}
+
+class OtherClassesBindingTest : public ConnectorBindingTest {
+ protected:
+  ComPtr<IDispatch> New(REFCLSID id) {
+    ComPtr<IClassFactory> factory;
+    ComPtr<IDispatch> made;
+    server_.GetClassObject(id, IID_IClassFactory, reinterpret_cast<void**>(factory.GetAddressOf()));
+    factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(made.GetAddressOf()));
+    return made;
+  }
+};
+
+TEST_F(OtherClassesBindingTest, ActionsAreOneEntryWithoutAKey) {
+  LateBound actions(New(__uuidof(::Actions)).Get());
+  LateBound list(ToObject(actions.Call(L"GetActions")).Get());
+  EXPECT_EQ(ToNumber(list.Call(L"Count")), 1);
+  EXPECT_EQ(ToText(list.Call(L"Item", Value(LONG{1}))), "importmails|newfile#Import: Thunderbird Mails");
+  actions.Call(L"execute", Value("another"));
+}
+
+TEST_F(OtherClassesBindingTest, WizardHasFourPagesAndACommand) {
+  LateBound wizard(New(__uuidof(::WizardImport)).Get());
+  EXPECT_EQ(ToNumber(wizard.Call(L"Pages")), 4);
+  wizard.Put(L"Pages", Value(LONG{3}));
+  EXPECT_EQ(ToNumber(wizard.Call(L"Pages")), 3);
+  EXPECT_TRUE(ToTruth(wizard.Call(L"Finish")));
+  wizard.Put(L"Parameter", Value("has no effect"));
+  EXPECT_EQ(ToText(wizard.Call(L"Parameter")),
+            "target \r\naction copy\r\nkeyword #subpath\r\noption tree\r\n");
+}
+
+TEST_F(OtherClassesBindingTest, WizardThatCannotAskTheHostIsNotMade) {
+  host_->failing = 1;
+  ComPtr<IClassFactory> factory;
+  ASSERT_EQ(server_.GetClassObject(__uuidof(::WizardImport), IID_IClassFactory,
+                                   reinterpret_cast<void**>(factory.GetAddressOf())),
+            S_OK);
+  ComPtr<IDispatch> made;
+  EXPECT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(made.GetAddressOf())),
+            static_cast<HRESULT>(0x800A0046));
+  EXPECT_EQ(made.Get(), nullptr);
+}
+
+TEST_F(OtherClassesBindingTest, BookmarkAndCalendarConnectorsHoldItemsAlike) {
+  for (const CLSID& id : {__uuidof(::Location_FireFox), __uuidof(::Location_Sunbird)}) {
+    const ComPtr<ScriptedObject> location = host_->NewLocation("firefox://*");
+    LateBound connector(New(id).Get());
+    connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
+    const ComPtr<IDispatch> item =
+        ToObject(connector.Call(L"PasteItem", Value("ID=x|Type=url"), Value(false)));
+    EXPECT_TRUE(AreSame(item.Get(), ToObject(connector.Call(L"GetItem", Value("X"))).Get()));
+    EXPECT_EQ(ToNumber(connector.Call(L"Count")), 1);
+    connector.Call(L"Clear");
+    EXPECT_FALSE(ToTruth(connector.Call(L"HasID", Value("x"))));
+  }
 }
 
 }  // namespace

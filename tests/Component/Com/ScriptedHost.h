@@ -37,13 +37,17 @@ class ScriptedFactory final : public IClassFactory {
   std::function<ComPtr<ScriptedObject>()> make_;
 };
 
+// What a call does that goes wrong.
+enum class Wrong { Fails, GivesNothing, GivesAnotherType };
+
 class ScriptedHost {
  public:
   // What was called, as "Item.Ready" or "Global.Report 33 text".
   std::vector<std::string> calls;
-  // The call from now on, from 1, that fails; 0 for none. All after it fail too if `failsOn`.
+  // The call from now on, from 1, that goes wrong; 0 for none. All after it do so too if `failsOn`.
   int failing = 0;
   bool failsOn = false;
+  Wrong wrong = Wrong::Fails;
 
   explicit ScriptedHost(std::string tempPath) : tempPath_(std::move(tempPath)) {
     Serve(__uuidof(::Item), [this] { return NewItem(); });
@@ -108,7 +112,15 @@ class ScriptedHost {
     served_.push_back(served);
   }
 
-  bool Fails() {
+  // Gives what a call that goes wrong gives.
+  HRESULT GoWrong(Value& result) const {
+    if (wrong == Wrong::Fails) return static_cast<HRESULT>(0x800A0046);
+    if (wrong == Wrong::GivesAnotherType)
+      result = Value(static_cast<IDispatch*>(ScriptedObject::Make().Get()));
+    return S_OK;
+  }
+
+  bool GoesWrong() {
     if (failing == 0) return false;
     if (failing > 1) {
       --failing;
@@ -127,7 +139,7 @@ class ScriptedHost {
                           : argument.vt == VT_I4 ? " " + std::to_string(argument.lVal)
                                                  : "";
                 calls.push_back(line);
-                if (Fails()) return static_cast<HRESULT>(0x800A0046);
+                if (GoesWrong()) return GoWrong(result);
                 result = body(arguments);
                 return S_OK;
               });
@@ -177,6 +189,11 @@ class ScriptedHost {
            [this](const auto&) { return Value(std::string_view(tempPath_)); });
     Method(*global.Get(), "Global", L"Cancelled", [](const auto&) { return Value(false); });
     Method(*global.Get(), "Global", L"Report", [](const auto&) { return Value(); });
+    Method(*global.Get(), "Global", L"Locations", [](const auto&) {
+      const ComPtr<ScriptedObject> none = ScriptedObject::Make();
+      none->Set(L"Count", Value(LONG{0}));
+      return Value(static_cast<IDispatch*>(none.Get()));
+    });
     Method(*global.Get(), "Global", L"GetObject",
            [](const auto&) { return Value(static_cast<IDispatch*>(nullptr)); });
     Method(*global.Get(), "Global", L"ErrorFactory", [this](const auto&) { return ErrorFactory(); });

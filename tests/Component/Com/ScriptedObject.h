@@ -63,7 +63,8 @@ class ScriptedObject final : public IDispatch {
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* given, VARIANT* result,
                                    EXCEPINFO* exception, UINT*) override {
-    Member& member = members_[static_cast<std::size_t>(id)];
+    if (id < 1 || id > static_cast<DISPID>(members_.size())) return DISP_E_MEMBERNOTFOUND;
+    Member& member = members_[static_cast<std::size_t>(id) - 1];
     if ((flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0) return member.Put(given->rgvarg[0]);
     Value outcome;
     HRESULT status = VariantCopy(outcome.Place(), member.value.Place());
@@ -104,9 +105,9 @@ class ScriptedObject final : public IDispatch {
   }
 
   Member& Entry(const std::wstring& name) {
-    const auto [at, isNew] = ids_.try_emplace(name, static_cast<DISPID>(members_.size()));
+    const auto [at, isNew] = ids_.try_emplace(name, static_cast<DISPID>(members_.size() + 1));
     if (isNew) members_.emplace_back();
-    return members_[static_cast<std::size_t>(at->second)];
+    return members_[static_cast<std::size_t>(at->second) - 1];
   }
 
   static inline int living = 0;

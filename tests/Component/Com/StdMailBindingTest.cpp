@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "Component/Com/ScriptHost.h"
@@ -128,6 +129,28 @@ TEST_F(StdMailBindingTest, ScriptReadsAMailbox) {
                    "  r = r & mail.GetHeader(\"Subject\") & \" \" & mail.LineCount & \";\"\r\n"
                    "Loop"),
             "Erste 8;Zweite 5;");
+}
+
+TEST_F(StdMailBindingTest, ScriptInAnotherLanguageReadsAMailbox) {
+  ScriptHost host(L"JScript");
+  host.Name(L"mail", mail_.Get());
+  std::string path = path_;
+  std::replace(path.begin(), path.end(), '\\', '/');
+  EXPECT_EQ(
+      host.Run("var r = '', h;\n"
+               "mail.MailboxFile = '" +
+               path +
+               "';\n"
+               "mail.InitStream();\n"
+               "while (mail.ReadHeader(false)) {\n"
+               "  r += mail.GetHeader('Subject') + mail.Headers.Count;\n"
+               "  for (h = new Enumerator(mail.Headers); !h.atEnd(); h.moveNext()) r += h.item().charAt(0);\n"
+               "  r += mail.Headers.Item('SUBJECT').length;\n"
+               "}\n"
+               "mail.mailtmppfad = r;\n"
+               "h = null;\nCollectGarbage();\n"),
+      "");
+  EXPECT_EQ(ToText(ByName().Call(L"mailtmppfad")), "Erste5FXSF:14Zweite4FXS:15");
 }
 
 TEST_F(StdMailBindingTest, ScriptPassesItsVariablesByReference) {
