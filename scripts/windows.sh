@@ -8,8 +8,8 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/scripts/packages.sh"
 
-programs=(test_platform test_common test_host test_component test_connectors test_standalone)
-declare -A seconds=([test_connectors]=900 [test_standalone]=900)
+programs=(test_platform test_common test_host test_component test_connectors test_standalone test_com)
+declare -A seconds=([test_connectors]=900 [test_standalone]=900 [test_com]=600)
 secondsForOthers=300
 secondsForCommands=1800
 
@@ -85,6 +85,39 @@ runTests() {
   for name in "${!lacking[@]}"; do echo "  $name: ${lacking[$name]}"; done
 }
 
+# What programs wrote into the registry; the rest is the system's own affair.
+registry() {
+  local key
+  for key in HKEY_LOCAL_MACHINE HKEY_CURRENT_USER; do
+    runUnderWine "$work/regedit.log" 60 regedit /E 'C:\registry.reg' "$key\\Software"
+    iconv -f UTF-16 -t UTF-8 "$WINEPREFIX/drive_c/registry.reg"
+  done
+}
+
+# The server is registered as the system's own program does it, and leaves nothing once that is taken back.
+registersAndLeavesNothing() {
+  local class
+  cp "$root/build/windows/bin/Vorlent_Mozilla.ocx" "$WINEPREFIX/drive_c"
+  registry >"$work/before.txt"
+  runUnderWine "$work/register.log" 60 regsvr32 /s 'C:\Vorlent_Mozilla.ocx' || return 1
+  registry >"$work/between.txt"
+  runUnderWine "$work/register.log" 60 regsvr32 /u /s 'C:\Vorlent_Mozilla.ocx' || return 1
+  registry >"$work/after.txt"
+  for class in Location_Thunderbird Location_FireFox Location_Sunbird Actions WizardImport StdMail; do
+    grep -qF "Classes\\VorlentMozilla.$class\\CLSID]" "$work/between.txt" || return 1
+  done
+  diff "$work/before.txt" "$work/after.txt"
+}
+
+tryRegistration() {
+  if registersAndLeavesNothing; then
+    echo "The registry is as it was once the server was registered and taken back."
+  else
+    echo "The registry isn't as it was before the server was registered, or lacks a class while it is." >&2
+    failed=1
+  fi
+}
+
 # The zip as a user has it: the component registers where it was unpacked, and the program runs.
 tryPackage() {
   local log=$work/package.log place=$work/unpacked zip register
@@ -125,6 +158,7 @@ unset DISPLAY
 failed=0
 startWine
 runTests
+tryRegistration
 tryPackage
 compareCommands
 exit $failed

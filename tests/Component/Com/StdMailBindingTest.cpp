@@ -82,6 +82,19 @@ class StdMailBindingTest : public testing::Test {
   }
 };
 
+// Up to so many entries from where an enumeration stands, "end" if there were fewer.
+std::string Walked(IEnumVARIANT& walk, ULONG count) {
+  VARIANT entries[10] = {};
+  ULONG fetched = 0;
+  const HRESULT status = walk.Next(count, entries, &fetched);
+  std::string text;
+  for (ULONG i = 0; i < fetched; ++i) {
+    text += TextOf(entries[i].bstrVal) + ";";
+    VariantClear(&entries[i]);
+  }
+  return status == S_FALSE ? text + "end" : text;
+}
+
 TEST_F(StdMailBindingTest, SlotsReadAMailbox) {
   BSTR path = NewBstr(path_);
   ASSERT_EQ(mail_->put_MailboxFile(path), S_OK);
@@ -136,26 +149,27 @@ TEST_F(StdMailBindingTest, ScriptInAnotherLanguageReadsAMailbox) {
   host.Name(L"mail", mail_.Get());
   std::string path = path_;
   std::replace(path.begin(), path.end(), '\\', '/');
-  EXPECT_EQ(
-      host.Run("var r = '', h;\n"
-               "mail.MailboxFile = '" +
-               path +
-               "';\n"
-               "mail.InitStream();\n"
-               "while (mail.ReadHeader(false)) {\n"
-               "  r += mail.GetHeader('Subject') + mail.Headers.Count;\n"
-               "  for (h = new Enumerator(mail.Headers); !h.atEnd(); h.moveNext()) r += h.item().charAt(0);\n"
-               "  r += mail.Headers.Item('SUBJECT').length;\n"
-               "}\n"
-               "mail.mailtmppfad = r;\n"
-               "h = null;\nCollectGarbage();\n"),
-      "");
+  EXPECT_EQ(host.Run("var r = '', h;\n"
+                     "mail.MailboxFile = '" +
+                     path +
+                     "';\n"
+                     "mail.InitStream();\n"
+                     "while (mail.ReadHeader(false)) {\n"
+                     "  r += mail.GetHeader('Subject') + mail.Headers.Count;\n"
+                     "  for (h = 1; h <= mail.Headers.Count; h++) r += mail.Headers.Item(h).charAt(0);\n"
+                     "  r += mail.Headers.Item('SUBJECT').length;\n"
+                     "}\n"
+                     "mail.mailtmppfad = r;\n"),
+            "");
   EXPECT_EQ(ToText(ByName().Call(L"mailtmppfad")), "Erste5FXSF:14Zweite4FXS:15");
 }
 
 TEST_F(StdMailBindingTest, ScriptPassesItsVariablesByReference) {
   EXPECT_EQ(Script("Dim p, k, w\r\np = \"" + path_ +
                    "\"\r\nk = \"from\"\r\nw = True\r\n"
+                   "mail.mailtmppfad = \"" +
+                   folder_.MakeFolder("temp") +
+                   "\\\"\r\n"
                    "mail.MailboxFile = p\r\nmail.InitStream\r\nmail.ReadHeader w, w\r\n"
                    "r = mail.GetHeader(k) & TypeName(w) & TypeName(k)"),
             "anna@example.orgBooleanString");
@@ -168,6 +182,25 @@ TEST_F(StdMailBindingTest, CollectionIsWalkedAskedByPositionAndByKey) {
              "For Each h In mail.Headers\r\n  r = r & Len(h) & \",\"\r\nNext\r\n"
              "r = r & mail.Headers.Count & \" \" & mail.Headers.Item(3) & \" \" & mail.Headers(\"FROM\")"),
       "31,22,14,22,2,5 Subject: Erste From: anna@example.org");
+}
+
+TEST_F(StdMailBindingTest, EnumerationSkipsStartsAgainAndIsCopied) {
+  Open();
+  LateBound mail = ByName();
+  mail.Call(L"ReadHeader", Value(false));
+  const ComPtr<IDispatch> headers = ToObject(mail.Call(L"Headers"));
+  const Value unknown = LateBound(headers.Get()).Call(L"_NewEnum");
+  ComPtr<IEnumVARIANT> walk, copy;
+  ASSERT_EQ(
+      unknown.Raw().punkVal->QueryInterface(IID_IEnumVARIANT, reinterpret_cast<void**>(walk.GetAddressOf())),
+      S_OK);
+  ASSERT_EQ(walk->Skip(3), S_OK);
+  ASSERT_EQ(walk->Clone(&copy), S_OK);
+  ASSERT_EQ(walk->Reset(), S_OK);
+  EXPECT_EQ(Walked(*walk.Get(), 2), "From - Mon Jan 01 10:00:00 2007;X-Mozilla-Status: 0001;");
+  EXPECT_EQ(Walked(*copy.Get(), 9), "From: anna@example.org;:0;end");
+  EXPECT_EQ(walk->Skip(9), S_FALSE);
+  EXPECT_EQ(Walked(*walk.Get(), 1), "end");
 }
 
 TEST_F(StdMailBindingTest, CollectionIsTheSameObjectAndLive) {
