@@ -1,4 +1,5 @@
 // A list of texts as a collection.
+#include <algorithm>
 #include <cwchar>
 #include <iterator>
 #include <string>
@@ -35,7 +36,7 @@ class Enumeration final : public Counted<IEnumVARIANT> {
   HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* entries, ULONG* fetched) override {
     ULONG given = 0;
     const HRESULT status = Answer(IID_IEnumVARIANT, L"", [&] {
-      for (; given < count && passed_ < list_->Count(); ++given) {
+      for (; given < count && Left() > 0; ++given) {
         VARIANT& entry = At(entries + given);
         VariantInit(&entry);
         entry.bstrVal = NewBstr(list_->Item(passed_ + 1));
@@ -48,7 +49,7 @@ class Enumeration final : public Counted<IEnumVARIANT> {
     return given == count ? S_OK : S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
-    const auto left = static_cast<ULONG>(std::max(list_->Count() - passed_, 0));
+    const auto left = static_cast<ULONG>(Left());
     passed_ += static_cast<std::int32_t>(std::min(count, left));
     return count <= left ? S_OK : S_FALSE;
   }
@@ -60,7 +61,12 @@ class Enumeration final : public Counted<IEnumVARIANT> {
     return Answer(IID_IEnumVARIANT, L"", [&] { At(result) = new Enumeration(list_, passed_); });
   }
 
+ protected:
+  void LetGo() override { list_ = nullptr; }
+
  private:
+  std::int32_t Left() const { return list_ == nullptr ? 0 : std::max(list_->Count() - passed_, 0); }
+
   TextListPtr list_;
   std::int32_t passed_;
 };
@@ -107,7 +113,6 @@ class Collection final : public Counted<IDispatch, ISupportErrorInfo> {
   explicit Collection(TextListPtr list) : list_(std::move(list)) {
     FaceList<TextList>::Current().Add(list_, this);
   }
-  ~Collection() override { FaceList<TextList>::Current().Remove(list_.get(), this); }
 
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
@@ -127,7 +132,8 @@ class Collection final : public Counted<IDispatch, ISupportErrorInfo> {
                                    EXCEPINFO* exception, UINT*) override {
     if (given == nullptr) return E_POINTER;
     if (given->cNamedArgs > 0) return DISP_E_NONAMEDARGS;
-    const ComPtr<IDispatch> held(this);
+    if (list_ == nullptr) return CO_E_OBJNOTCONNECTED;
+    const Running running(*this);
     const Arguments arguments(*given);
     HRESULT refused = S_OK;
     Value outcome;
@@ -141,6 +147,12 @@ class Collection final : public Counted<IDispatch, ISupportErrorInfo> {
 
   HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID id) override {
     return IsEqualIID(id, IID_IDispatch) ? S_OK : S_FALSE;
+  }
+
+ protected:
+  void LetGo() override {
+    FaceList<TextList>::Current().Remove(list_.get(), this);
+    list_ = nullptr;
   }
 
  private:

@@ -1,6 +1,8 @@
 // The counting of references that all objects here share.
 #pragma once
 
+#include <memory>
+
 #include "Component/Com/Module.h"
 #include "Host/Com/WindowsApi.h"
 
@@ -8,18 +10,26 @@ namespace vorlent::com {
 
 // An object with its interfaces, the first of which is its identity. It begins with one reference, its
 // maker's, and keeps the library loaded.
+//
+// Once the last reference is gone it lets go of what it holds, but not before the member that is running has
+// ended. What remains of it bears further calls for a while: a host that releases too often gets a status.
 template <class Main, class... Others>
-class Counted : public Main, public Others... {
+class Counted : public Main, public Others..., public Remains {
  public:
   Counted() { Module::Current().Hold(); }
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
-  virtual ~Counted() { Module::Current().Release(); }
+  ~Counted() override {
+    if (!isGone_) Module::Current().Release();
+  }
 
-  ULONG STDMETHODCALLTYPE AddRef() final { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
+  ULONG STDMETHODCALLTYPE AddRef() final {
+    return isGone_ ? 0 : static_cast<ULONG>(InterlockedIncrement(&references_));
+  }
   ULONG STDMETHODCALLTYPE Release() final {
+    if (references_ == 0) return 0;
     const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
+    EndIfUnused();
     return static_cast<ULONG>(left);
   }
 
@@ -35,13 +45,41 @@ class Counted : public Main, public Others... {
   }
 
  protected:
+  // Keeps the object whole while one of its members runs.
+  class Running {
+   public:
+    explicit Running(Counted& object) : object_(object) { ++object_.running_; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() {
+      --object_.running_;
+      object_.EndIfUnused();
+    }
+
+   private:
+    Counted& object_;
+  };
+
+  // Lets go of what the object holds. Its members are called no more, or say that it is gone.
+  virtual void LetGo() {}
+
   template <class Interface>
   void OfferAs(REFIID id, void** result) {
     if (IsEqualIID(id, __uuidof(Interface))) *result = static_cast<Interface*>(this);
   }
 
  private:
+  void EndIfUnused() {
+    if (references_ != 0 || running_ != 0 || isGone_) return;
+    isGone_ = true;
+    LetGo();
+    Module::Current().Release();
+    Module::Current().Bury(std::unique_ptr<Remains>(this));
+  }
+
   LONG references_ = 1;
+  int running_ = 0;
+  bool isGone_ = false;
 };
 
 }  // namespace vorlent::com

@@ -44,6 +44,12 @@ std::size_t SizeOf(VARTYPE type) {
     case VT_R4:
     case VT_ERROR:
       return 4;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return sizeof(void*);
+    case VT_DECIMAL:
+      return sizeof(DECIMAL);
     default:
       return 8;
   }
@@ -86,7 +92,8 @@ void GiveBack(Value& value, VARIANT& given) {
   if (FAILED(VariantChangeType(changed.Place(), value.Place(), 0, type))) return;
   if (type == VT_BSTR) SysFreeString(*given.pbstrVal);
   if ((type == VT_DISPATCH || type == VT_UNKNOWN) && *given.ppunkVal != nullptr) (*given.ppunkVal)->Release();
-  std::memcpy(given.byref, &changed->llVal, SizeOf(type));
+  const void* const from = type == VT_DECIMAL ? static_cast<void*>(&changed->decVal) : &changed->llVal;
+  std::memcpy(given.byref, from, SizeOf(type));
   changed->vt = VT_EMPTY;  // its value is the caller's now
 }
 
@@ -157,7 +164,8 @@ class DispatchTable::Call {
     const VARIANT* given = given_[i];
     if (given != nullptr && given->vt == (VT_BYREF | VT_VARIANT)) given = given->pvarVal;
     if (IsLeftOut(given)) {
-      if (!parameter.isOptional) throw Refusal{DISP_E_BADPARAMCOUNT};
+      if (!parameter.isOptional)
+        throw Refusal{given == nullptr ? DISP_E_BADPARAMCOUNT : DISP_E_PARAMNOTOPTIONAL};
       given_[i] = nullptr;
       given = &parameter.standard.Raw();
     }

@@ -56,7 +56,6 @@ class Face : public Counted<Interface, ISupportErrorInfo> {
       : native_(std::move(native)), progId_(progId) {
     FaceList<Kind>::Current().Add(native_, this);
   }
-  ~Face() override { FaceList<Kind>::Current().Remove(native_.get(), this); }
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) final {
     const HRESULT status = Counted<Interface, ISupportErrorInfo>::QueryInterface(id, result);
@@ -102,10 +101,16 @@ class Face : public Counted<Interface, ISupportErrorInfo> {
   Contract& Native() { return *native_; }
   const std::shared_ptr<Contract>& Shared() const { return native_; }
 
+  void LetGo() final {
+    FaceList<Kind>::Current().Remove(native_.get(), this);
+    native_ = nullptr;
+  }
+
   // Runs a member. What the host does meanwhile may be to release the face.
   template <class Step>
   HRESULT Do(Step&& step) {
-    const ComPtr<IDispatch> held(this);
+    if (native_ == nullptr) return CO_E_OBJNOTCONNECTED;
+    const typename Counted<Interface, ISupportErrorInfo>::Running running(*this);
     return Answer(__uuidof(Interface), progId_, std::forward<Step>(step));
   }
 

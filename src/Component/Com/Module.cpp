@@ -1,6 +1,7 @@
 #include "Component/Com/Module.h"
 
 #include <cstring>
+#include <utility>
 
 #include "Component/Com/Faces.h"
 #include "Host/Com/Failures.h"
@@ -50,8 +51,15 @@ void Module::InstallHost() {
   HostObjects::Install(host_);
 }
 
+void Module::Bury(std::unique_ptr<Remains> remains) {
+  std::swap(remains_[oldestRemains_], remains);
+  oldestRemains_ = (oldestRemains_ + 1) % kKeptRemains;
+}
+
 bool Module::MayUnload() {
   if (held_ != 0) return false;
+  for (std::unique_ptr<Remains>& remains : remains_)
+    remains = nullptr;
   HostObjects::Install(nullptr);
   host_ = nullptr;
   tables_.clear();

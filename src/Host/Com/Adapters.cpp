@@ -35,7 +35,7 @@ template <class Contract>
 KeyedList<std::shared_ptr<Contract>> AdoptAll(Value collection) {
   KeyedList<std::shared_ptr<Contract>> list;
   for (Value& entry : EntriesOf(ToObject(std::move(collection)).Get()))
-    list.Add(AdoptValue<Contract>(std::move(entry)));
+    list.Add(AdoptNeeded<Contract>(std::move(entry)));
   return list;
 }
 

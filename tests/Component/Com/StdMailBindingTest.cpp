@@ -282,6 +282,48 @@ TEST_F(StdMailBindingTest, WrongTypesAreRefused) {
   EXPECT_EQ(Invoke(mail_.Get(), 10, {object.Raw()}), DISP_E_TYPEMISMATCH) << "GetHeader with an object";
 }
 
+TEST_F(StdMailBindingTest, PlacesBesideAnArgumentStayAsTheyAre) {
+  Open();
+  constexpr DISPID kGetHeader = 10, kInitStream = 13;
+  struct {
+    BYTE value = 0, beside = 77;
+  } byte;
+  struct {
+    SHORT value = 0, beside = 77;
+  } word;
+  struct {
+    LONG value = 0, beside = 77;
+  } number;
+  struct {
+    double value = 0, beside = 77;
+  } real;
+  const std::pair<VARTYPE, void*> places[] = {
+      {VT_UI1, &byte.value}, {VT_I2, &word.value}, {VT_I4, &number.value}, {VT_R8, &real.value}};
+  for (const auto& [type, place] : places) {
+    VARIANT given = {};
+    given.vt = VT_BYREF | type;
+    given.byref = place;
+    EXPECT_EQ(Invoke(mail_.Get(), kInitStream, {given}), S_OK) << type;
+    EXPECT_EQ(mail_->CloseStream(), S_OK);
+  }
+  struct {
+    BSTR value = SysAllocString(L"Subject");
+    void* beside = nullptr;
+  } text;
+  text.beside = &text;
+  VARIANT given = {};
+  given.vt = VT_BYREF | VT_BSTR;
+  given.pbstrVal = &text.value;
+  EXPECT_EQ(Invoke(mail_.Get(), kGetHeader, {given}), S_OK);
+  EXPECT_STREQ(text.value, L"Subject");
+  SysFreeString(text.value);
+  EXPECT_EQ(text.beside, &text);
+  EXPECT_EQ(byte.beside, 77);
+  EXPECT_EQ(word.beside, 77);
+  EXPECT_EQ(number.beside, 77);
+  EXPECT_EQ(real.beside, 77);
+}
+
 TEST_F(StdMailBindingTest, UnknownMembersAreRefused) {
   EXPECT_EQ(Invoke(mail_.Get(), 99, {}), DISP_E_MEMBERNOTFOUND);
   EXPECT_EQ(Invoke(mail_.Get(), 12, {}, DISPATCH_PROPERTYPUT), DISP_E_MEMBERNOTFOUND) << "Body is read only";

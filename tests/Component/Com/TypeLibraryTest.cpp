@@ -1,10 +1,12 @@
 // The type library as a client reads it, against what callers were promised.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "Component/Com/ServerFile.h"
+#include "Component/Component.h"
 #include "Host/Com/Text.h"
 #include "Host/Com/WindowsApi.h"
 
@@ -339,6 +341,78 @@ TEST_F(TypeLibraryTest, ClassesAndInterfacesHaveTheirIdentifiers) {
       "class StdMail {BC461512-FE62-45CF-AC68-C8E4D37AEDC4} _StdMail",
   };
   EXPECT_EQ(types, expected);
+}
+
+TEST_F(TypeLibraryTest, ClassesAreThoseThatTheComponentMakes) {
+  for (const ComponentClass& entry : ComponentClasses()) {
+    GUID id = {};
+    ASSERT_EQ(CLSIDFromString(WideOf(entry.classId).c_str(), &id), S_OK);
+    ComPtr<ITypeInfo> info, face;
+    ASSERT_EQ(library_->GetTypeInfoOfGuid(id, &info), S_OK) << entry.progId;
+    EXPECT_EQ("VorlentMozilla." + NameOf(*info.Get()), entry.progId);
+    HREFTYPE reference = 0;
+    info->GetRefTypeOfImplType(0, &reference);
+    ASSERT_EQ(info->GetRefTypeInfo(reference, &face), S_OK);
+    EXPECT_THAT(ClassText(*face.Get()), testing::HasSubstr(std::string(entry.interfaceId)));
+  }
+}
+
+TEST_F(TypeLibraryTest, TypesOfTheHostHaveTheirIdentifiers) {
+  std::vector<std::string> types;
+  for (UINT i = 0; i < host_->GetTypeInfoCount(); ++i) {
+    ComPtr<ITypeInfo> info;
+    host_->GetTypeInfo(i, &info);
+    types.push_back(ClassText(*info.Get()));
+  }
+  EXPECT_THAT(types, testing::IsSupersetOf({
+                         "other LocationState {C94ABAD1-6C6B-4C74-85C7-D2DC929C066B}",
+                         "other GetFileOption {A5AFBF5C-5F84-4A98-9BD8-94D2EB2F21E2}",
+                         "interface _Location {80E90CE2-4E46-448D-A02C-7AB4B09D7887} dual",
+                         "interface _Tree {13EDDE75-83E1-4BB7-82AD-7A52CCAF3D4B} dual",
+                         "interface _Item {B3BEC9D3-4F94-4BBB-BECA-F4E678F6EE90} dual",
+                         "interface _HostGlobal {624E7F82-2008-4BE1-B742-D235022D5ACB} dual",
+                         "interface _HostErrorFactory {052AEC33-104A-40CD-8F7B-F82F5F49FB88} dual",
+                         "interface _HostError {20A4A6D9-E6C2-4B65-9876-062531C496D7} dual",
+                         "interface _HostMainWindow {F9663A06-54D6-4813-9EDC-5B2498E1BC73} dual",
+                         "interface _HostDialogs {DCD19F21-A168-48B8-B87D-9D81CAD3E87B} dual",
+                         "interface _Expression {66D7C643-014B-4CED-BF00-9643E042CAD8} dual",
+                         "interface _HostEnum {65D5B735-212A-44D3-8A5B-81C7CD23A988} dual",
+                         "interface _HostDatabase {04B1763D-480E-4055-AD02-9FF424ED153A} dual",
+                         "interface _HostRecordset {E0C6A735-E9A8-4FB8-8931-1203EF94E47B} dual",
+                         "class Item {5BDF5528-342E-48E9-B967-11BE888A056B} _Item",
+                         "class Tree {C0C5B61E-4860-4D73-8822-9FE5D8D52918} _Tree",
+                         "class Location {F3030F44-6741-4A33-BA86-F5967A089E03} _Location",
+                         "class HostEnum {30256586-7C12-417E-A5FB-BF1474D45ED2} _HostEnum",
+                         "class HostDatabase {DFB2926B-395E-4C3D-A672-1C7A16645642} _HostDatabase",
+                         "class HostGlobal {E93DCE26-3ED3-40C1-8677-E0F0D96FA91A} _HostGlobal",
+                     }));
+}
+
+// The library that a type of an argument comes from.
+std::string LibraryOf(ITypeInfo& slots, UINT function, UINT parameter) {
+  FUNCDESC* described = nullptr;
+  EXPECT_EQ(slots.GetFuncDesc(function, &described), S_OK);
+  const TYPEDESC* type = &described->lprgelemdescParam[parameter].tdesc;
+  while (type->vt == VT_PTR)
+    type = type->lptdesc;
+  ComPtr<ITypeInfo> named;
+  ComPtr<ITypeLib> library;
+  UINT index = 0;
+  EXPECT_EQ(slots.GetRefTypeInfo(type->hreftype, &named), S_OK);
+  slots.ReleaseFuncDesc(described);
+  EXPECT_EQ(named->GetContainingTypeLib(&library, &index), S_OK);
+  TLIBATTR* attributes = nullptr;
+  EXPECT_EQ(library->GetLibAttr(&attributes), S_OK);
+  const std::string id = Text(attributes->guid);
+  library->ReleaseTLibAttr(attributes);
+  return id;
+}
+
+TEST_F(TypeLibraryTest, ObjectsOfTheHostAreOfTheHostsLibrary) {
+  const ComPtr<ITypeInfo> slots = SlotsOf(*library_.Get(), "_Location_Thunderbird");
+  ASSERT_NE(slots, nullptr);
+  EXPECT_EQ(LibraryOf(*slots.Get(), 0, 0), "{5D4FF6C4-1825-4485-B36C-2119F1B5DD8E}") << "LocObject";
+  EXPECT_EQ(LibraryOf(*slots.Get(), 5, 1), "{5D4FF6C4-1825-4485-B36C-2119F1B5DD8E}") << "OpenLocation";
 }
 
 TEST_F(TypeLibraryTest, LibraryIsFoundByItsIdentifierAndName) {
