@@ -255,6 +255,30 @@ TEST_F(HostileHostTest, FailedDeletionTellsTheHostNothing) {
   });
 }
 
+TEST_F(HostileHostTest, FailedReportOfADeletionLeavesTheLocationUnchanged) {
+  WithConnector(__uuidof(::Location_FireFox), kBookmarks, [&](LateBound& connector) {
+    const auto paste = [&] {
+      Value item = connector.Call(L"PasteItem", Value("ID=x|Type=url"), Value(false));
+      host_->calls.clear();
+      return item;
+    };
+    const auto isReport = [](const std::string& call) { return call.starts_with("Global.Report 38"); };
+    // The first time something is made that the host makes once.
+    EXPECT_TRUE(ToTruth(connector.Call(L"DeleteItem", paste())));
+    EXPECT_TRUE(ToTruth(connector.Call(L"DeleteItem", paste())));
+    EXPECT_THAT(host_->calls, Contains("Location.Changed"));
+    const auto report = std::find_if(host_->calls.begin(), host_->calls.end(), isReport);
+    ASSERT_NE(report, host_->calls.end());
+    const auto position = static_cast<int>(report - host_->calls.begin()) + 1;
+    const Value item = paste();
+    host_->failing = position;
+    EXPECT_FALSE(Swallow([&] { connector.Call(L"DeleteItem", item); }));
+    EXPECT_THAT(host_->calls.back(), StartsWith("Global.Report 38"));
+    EXPECT_FALSE(ToTruth(connector.Call(L"HasID", Value("x")))) << "it was deleted before";
+    connector.Call(L"Clear");
+  });
+}
+
 TEST_F(HostileHostTest, FailureOfTheTopicsReachesTheCallerOfReload) {
   host_->HaveTopics();
   for (const char* failing : {"Global.GetObject topics", "Location.Connector", "Topics.Notify",

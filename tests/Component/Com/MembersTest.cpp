@@ -268,8 +268,10 @@ TEST_P(MembersTest, MailReader) {
           Get("hasHTML", "false"),
           Get("LineCount", "11"),
           Get("ReadCount", "258"),
+          Get("Percent", "0.0038759689..."),  // the first of 258 bytes
           Call("GetData", {"", false}, "ID=20260206080000-pop-1@example.org|Type=mail|Text=Welcome|..."),
           Call("ReadHeader", {false}, "false"),
+          Get("Percent", "1"),
           Call("GetFileInfo", {mailbox}, "\r\nsize=258..."),
           Call("GetFileInfo", {temp + "none"}, ""),
           Call("CloseStream", {}, ""),
