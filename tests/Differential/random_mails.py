@@ -49,7 +49,7 @@ class Box:
         text = re.sub(rb"(?m)^(>*From )", rb">\1", mail.data())
         if rng.random() < 0.02:
             mail.traits.add("line-in-body")
-            if "no-closing" in mail.traits:
+            if "no-closing" in mail.traits or b"\nContent-Type: multipart/" not in mail.header:
                 mail.traits.add("bad-base64")  # it may be another text after that of the last part
             text += b"\n" + rng.choice([b"", b"\n"]) + rng.choice(BODY_LINES) + b"\n"
         text = rng.choice(SEPARATORS).encode() + b"\n" + text.rstrip(b"\n") + b"\n\n"
@@ -255,7 +255,9 @@ def strip(text):
 def texts_of(message, is_multipart):
     if not is_multipart:
         return [] if is_sole_file(message) else [text_part(message)]
-    return [text_part(part) for part in leaves(message) if not is_file(part)]
+    texts = [text_part(part) for part in leaves(message) if not is_file(part)]
+    # Of a part without a single byte Python takes its boundary for that of the next one, if there is one.
+    return [text for text in texts if text != ("", b"")]
 
 
 def text_part(part):
