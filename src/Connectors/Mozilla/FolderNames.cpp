@@ -39,9 +39,16 @@ bool IsAnywhere(const std::string& path) {
   return os::TryReadAttributes(path).has_value();
 }
 
-std::string WithSlash(std::string native) {
-  if (!native.ends_with('/')) native += '/';
-  return native;
+// A native path or one of the cache with "/" for each separator.
+std::string WithSlashes(std::string path) {
+  if (IsPathOfWindows(path)) ReplaceText(path, "\\", "/");
+  return path;
+}
+
+std::string FolderWithSlashes(std::string_view folder) {
+  std::string path = WithSlashes(os::ToNativePath(folder));
+  if (!path.ends_with('/')) path += '/';
+  return path;
 }
 
 }  // namespace
@@ -98,7 +105,7 @@ void FolderNames::BringUpToDate() {
   if (stamp == stamp_) return;
   stamp_ = stamp;
   Forget();
-  nativeProfile_ = WithSlash(os::ToNativePath(profile_));
+  nativeProfile_ = FolderWithSlashes(profile_);
   Swallow([&] { ReadCache(file); });
 }
 
@@ -127,8 +134,7 @@ void FolderNames::ReadCache(const std::string& file) {
 void FolderNames::Learn(std::string key, std::string name) {
   if (!key.ends_with(kSummary)) return;
   key.resize(key.size() - kSummary.size());
-  if (IsPathOfWindows(key)) ReplaceText(key, "\\", "/");
-  const auto [entry, isNew] = told_.insert_or_assign(std::move(key), std::move(name));
+  const auto [entry, isNew] = told_.insert_or_assign(WithSlashes(std::move(key)), std::move(name));
   if (!isNew) return;
   const std::string_view path = entry->first;
   toldByMailbox_.emplace(path.substr(path.rfind('/') + 1), &*entry);
@@ -145,7 +151,7 @@ const std::string* FolderNames::Find(std::string_view folder, const std::string&
   const std::string mailbox = os::ToNativeName(name);
   const auto [first, last] = toldByMailbox_.equal_range(mailbox);
   if (first == last) return nullptr;
-  const std::string file = WithSlash(os::ToNativePath(folder)) + mailbox;
+  const std::string file = FolderWithSlashes(folder) + mailbox;
   if (const auto own = told_.find(file); own != told_.end()) return &own->second;
   if (!file.starts_with(nativeProfile_)) return nullptr;
   const std::string within = "/" + file.substr(nativeProfile_.size());

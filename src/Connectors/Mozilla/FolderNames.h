@@ -60,7 +60,7 @@ class FolderNames {
   std::vector<std::string> foldersOfServers_;
   bool isUpToDate_ = false;
   Stamp stamp_;                // of what was read last
-  std::string nativeProfile_;  // of that, with its closing separator
+  std::string nativeProfile_;  // of that, with "/" for each separator, a closing one included
   // Names by the native path of the mailbox, with "/" for each separator; and these paths by their last part.
   using ByPath = std::unordered_map<std::string, std::string>;
   ByPath told_;
