@@ -144,8 +144,9 @@ void CreateFolder(std::string_view path);
 void RemoveFolder(std::string_view path);
 // What was created, renamed and removed in a folder so far survives a crash of the machine once this returns.
 void SyncFolder(std::string_view path);
-// The same for all files and folders of the file system that holds the folder.
-void SyncFileSystem(std::string_view folder);
+// The same for a folder and all below it, and for what these files there hold. Where the system can do so,
+// all of its file system is made safe at once. A file that is gone by then needs nothing.
+void SyncTogether(std::string_view folder, const std::vector<std::string>& files);
 // An existing target raises FileExists, unless it is the source by another case of letters. Across file
 // systems a file is copied, complete before the source goes; a folder raises PathAccess.
 void Rename(std::string_view source, std::string_view target);

@@ -67,12 +67,17 @@ void ArchiveFiles::Take(std::string_view source, std::int64_t item, std::string_
     if (safe == Safe::AtOnce) os::File::Open(source, os::File::Mode::Read).Sync();
     // The item's number makes the name the only one of its kind.
     if (os::RenameToNewName(source, target)) {
-      if (safe == Safe::AtOnce) os::SyncFolder(FolderOf(folderNumber));
+      if (safe == Safe::AtOnce) {
+        os::SyncFolder(FolderOf(folderNumber));
+      } else {
+        notYetSafe_.push_back(target);
+      }
       return;
     }
   }
   const std::string part = PathOf(item, kOnItsWay);
   os::Copy(source, part);
+  os::File::Open(part, os::File::Mode::Read).Sync();
   os::Rename(part, target);
   os::SyncFolder(FolderOf(folderNumber));
   if (move) RemoveSource(source);
@@ -118,8 +123,9 @@ bool ArchiveFiles::HaveSameBytes(std::string_view path, std::string_view otherPa
   return a.Length() == b.Length() && GoOnAlike(a, b, a.Length());
 }
 
-void ArchiveFiles::SyncAll() const {
-  os::SyncFileSystem(folder_);
+void ArchiveFiles::SyncAll() {
+  os::SyncTogether(folder_, notYetSafe_);
+  notYetSafe_.clear();
 }
 
 std::set<std::int64_t> ArchiveFiles::FolderNumbers() const {

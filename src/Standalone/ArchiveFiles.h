@@ -35,7 +35,7 @@ class ArchiveFiles {
   void Take(std::string_view source, std::int64_t item, std::string_view name, bool move,
             Safe safe = Safe::AtOnce);
   // Makes all files safe that were taken so far.
-  void SyncAll() const;
+  void SyncAll();
   // Removes a file that was taken from where it came from, read-only or not.
   static void RemoveSource(std::string_view source);
   // Takes the read-only attribute from a file.
@@ -55,6 +55,7 @@ class ArchiveFiles {
 
   std::string folder_;
   std::int64_t knownFolder_ = -1;
+  std::vector<std::string> notYetSafe_;  // the paths of files that were moved in since the last sync
 };
 
 }  // namespace vorlent

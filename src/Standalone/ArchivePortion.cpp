@@ -10,7 +10,7 @@ constexpr std::int64_t kItemsOfPortion = 1024;
 
 }  // namespace
 
-ArchivePortion::ArchivePortion(SqliteDatabase& database, const ArchiveFiles& files)
+ArchivePortion::ArchivePortion(SqliteDatabase& database, ArchiveFiles& files)
     : files_(files), rows_(std::in_place, database) {}
 
 bool ArchivePortion::IsFull() const {

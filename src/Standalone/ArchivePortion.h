@@ -18,7 +18,7 @@ namespace vorlent {
 class ArchivePortion {
  public:
   // The portion's files are those moved in with Safe::AfterSync as long as it lives.
-  ArchivePortion(SqliteDatabase& database, const ArchiveFiles& files);
+  ArchivePortion(SqliteDatabase& database, ArchiveFiles& files);
 
   // An item belongs to the portion.
   void Note() { ++items_; }
@@ -31,7 +31,7 @@ class ArchivePortion {
   void MakeDurable();
 
  private:
-  const ArchiveFiles& files_;
+  ArchiveFiles& files_;
   std::optional<SqliteTransaction> rows_;
   std::optional<Failure> failure_;
   std::int64_t items_ = 0;

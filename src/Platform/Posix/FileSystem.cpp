@@ -244,7 +244,7 @@ void SyncNativeFolder(const std::string& native, std::string_view path) {
   Require(Retry([&] { return fsync(folder.Get()); }) == 0, path);
 }
 
-void SyncFileSystem(std::string_view folder) {
+void SyncTogether(std::string_view folder, const std::vector<std::string>&) {
   const Descriptor opened = OpenExistingFolder(ToNativePath(folder), folder);
   Require(Retry([&] { return syncfs(opened.Get()); }) == 0, folder);
 }

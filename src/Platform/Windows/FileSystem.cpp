@@ -282,42 +282,17 @@ void RemoveFolder(std::string_view path) {
 
 // --- Syncing ---------------------------------------------------------------------------------------------
 
-namespace {
-
-void SyncFilesBelow(const std::wstring& folder, std::string_view path) {
-  WIN32_FIND_DATAW entry;
-  const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-  if (search == INVALID_HANDLE_VALUE) RaiseSystemFailure(LastError(), path);
-  do {
-    const std::wstring_view name = entry.cFileName;
-    if (name == L"." || name == L".." || IsLink(entry)) continue;
-    const std::wstring native = folder + L"\\" + entry.cFileName;
-    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-      SyncFilesBelow(native, path);
-    } else if ((entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) == 0) {
-      const Handle file = OpenEntry(native, GENERIC_WRITE, OfLink::Itself);
-      // What somebody else holds alone is his.
-      if (file.IsOpen() && FlushFileBuffers(file.Get()) == 0) {
-        const DWORD error = LastError();
-        FindClose(search);
-        RaiseSystemFailure(error, path);
-      }
-    }
-  } while (FindNextFileW(search, &entry) != 0);
-  FindClose(search);
-}
-
-}  // namespace
-
 // What the system's file systems do to folders stands in their log before the call returns.
 void SyncFolder(std::string_view path) {
   const HeldFolder mustBeThere(path);
 }
 
-// Only an administrator may flush a whole disk, so each file is.
-void SyncFileSystem(std::string_view folder) {
+// Only an administrator may flush a whole disk.
+void SyncTogether(std::string_view folder, const std::vector<std::string>& files) {
   const HeldFolder mustBeThere(folder);
-  SyncFilesBelow(WithoutClosingSeparator(CallPathOf(folder)), folder);
+  for (const std::string& path : files) {
+    if (TryReadAttributes(path)) File::Open(path, File::Mode::Read).Sync();
+  }
 }
 
 }  // namespace vorlent::os
