@@ -240,18 +240,21 @@ TEST_F(StandaloneHostTest, ActionNumbersHaveTheirNames) {
   EXPECT_EQ(host_->Global().ActionName(9999), "");
 }
 
-TEST_F(StandaloneHostTest, TheTemporaryFolderIsPrivateAndGoesWithTheHost) {
+TEST_F(StandaloneHostTest, TheTemporaryFolderGoesWithTheHost) {
   const std::string path = host_->Global().TempPath();
   EXPECT_TRUE(path.ends_with('\\'));
   EXPECT_EQ(host_->Global().TempPath(), path);
   EXPECT_TRUE(FolderExists(path));
-  const std::filesystem::path work =
-      std::filesystem::path(os::ToNativePath(RemovePathSep(path))).parent_path();
-  EXPECT_EQ(std::filesystem::status(work).permissions(), std::filesystem::perms::owner_all);
   WriteBytes(path + "left.txt", "x");
   HostObjects::Install(previous_);
   host_.reset();
   EXPECT_FALSE(FolderExists(path));
+}
+
+TEST_F(StandaloneHostTest, TheTemporaryFolderIsPrivate) {
+  const std::string path = RemovePathSep(host_->Global().TempPath());
+  const std::filesystem::path work = std::filesystem::path(os::ToNativePath(path)).parent_path();
+  EXPECT_EQ(std::filesystem::status(work).permissions(), std::filesystem::perms::owner_all);
 }
 
 TEST_F(StandaloneHostTest, NoFileOfAMailTakesTheMarkerOfTheTemporaryFolder) {

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <string>
 
 #include "SunbirdTest.h"
 #include "Support/SourceTree.h"
@@ -13,7 +15,9 @@ namespace {
 class SunbirdSampleTest : public SunbirdTest {
  protected:
   SunbirdSampleTest() {
-    std::string path = "C:" + SourcePath("samples/AppData").string();
+    // A system with drives of its own says which one it is.
+    const std::filesystem::path native = std::filesystem::absolute(SourcePath("samples/AppData"));
+    std::string path = (native.has_root_name() ? "" : "C:") + native.string();
     std::replace(path.begin(), path.end(), '/', '\\');
     platform_->SetAppData(path);
   }

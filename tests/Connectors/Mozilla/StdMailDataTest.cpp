@@ -423,7 +423,9 @@ TEST_F(StdMailDataTest, FileInfoIsSizeAndAttributes) {
   EXPECT_EQ(mail_.GetFileInfo(path), "\r\nsize=5\r\nattr=A");
   os::WriteAttributes(path, os::kReadOnly);
   EXPECT_EQ(mail_.GetFileInfo(path), "\r\nsize=5\r\nattr=AR");
-  // No plain file, so nothing to be archived.
+}
+
+TEST_F(StdMailDataTest, FileInfoOfWhatIsNoPlainFileTellsOfNothingToBeArchived) {
   EXPECT_EQ(mail_.GetFileInfo("C:\\dev\\null"), "\r\nsize=0");
 }
 

@@ -3,6 +3,8 @@
 #include "Support/DiskOperations.h"
 
 #include <windows.h>
+// after it
+#include <winternl.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -123,6 +125,14 @@ Result CallOrFail(DiskCall call, File file, Result failed, Own own, Arguments...
   return Fails(call, file) ? failed : own(arguments...);
 }
 
+// Whatever the position is, a file that may be appended to only is written at its end.
+bool IsAppendedTo(HANDLE file) {
+  ACCESS_MASK access = 0;
+  IO_STATUS_BLOCK status;
+  NtQueryInformationFile(file, &status, &access, sizeof access, FileAccessInformation);
+  return (access & (FILE_APPEND_DATA | FILE_WRITE_DATA)) == FILE_APPEND_DATA;
+}
+
 // How many of the bytes fit below the limit of a file's size.
 DWORD FittingBelowLimit(HANDLE file, DWORD size, const OVERLAPPED* place) {
   if (sizeLimit == vorlent::kNoSizeLimit || GetFileType(file) != FILE_TYPE_DISK) return size;
@@ -131,7 +141,7 @@ DWORD FittingBelowLimit(HANDLE file, DWORD size, const OVERLAPPED* place) {
     position.LowPart = place->Offset;
     position.HighPart = static_cast<LONG>(place->OffsetHigh);
   } else {
-    OwnSetFilePointerEx()(file, {}, &position, FILE_CURRENT);
+    OwnSetFilePointerEx()(file, {}, &position, IsAppendedTo(file) ? FILE_END : FILE_CURRENT);
   }
   const std::uint64_t at = static_cast<std::uint64_t>(position.QuadPart);
   return static_cast<DWORD>(std::min<std::uint64_t>(size, sizeLimit - std::min(at, sizeLimit)));

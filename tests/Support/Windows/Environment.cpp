@@ -31,6 +31,7 @@ constexpr ZoneOfDatabase kZones[] = {
     {"Europe/London", "GMT0BST,M3.5.0/1,M10.5.0"},
     {"America/New_York", "EST5EDT,M3.2.0,M11.1.0"},
     {"Asia/Kolkata", "IST-5:30"},
+    {"Pacific/Kiritimati", "LINT-14"},
 };
 
 class RuleReader {
