@@ -15,10 +15,12 @@ import shlex
 import subprocess
 import sys
 import tempfile
+import typing
 
 HERE = pathlib.Path(__file__).parent
 # The other files kill the program at random, or read profiles in a home as this system has it.
 SUITES = (["command_line_test"], ["language_test"], ["lightning_test"], ["shown_paths_test"], ["todays_disk_test"],
+          ["mailboxes_test", "Mailboxes"],
           ["import_faults_test", "ImportFaults.test_read_only_mailbox_is_not_moved_by_the_rules_of_old"])
 SECONDS = 1200  # for a suite
 
@@ -41,47 +43,62 @@ DIFFERENT = {
 }
 
 
-def run(suite, program, root, transcripts, launcher):
+class Way(typing.NamedTuple):
+    """How the tests are run: which program, what starts it, and by what it is known in what is told."""
+    name: str
+    program: str
+    launcher: list = []
+
+
+def run_suite(suite, way, root, transcripts):
     environment = dict(os.environ, VORLENT_RULES="windows", VORLENT_TRANSCRIPTS=str(transcripts),
-                       VORLENT_LAUNCHER=shlex.join(launcher))
+                       VORLENT_LAUNCHER=shlex.join(way.launcher))
     name, *tests = suite
-    subprocess.run([sys.executable, str(HERE / (name + ".py")), program, root, *tests], env=environment, check=False,
-                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=SECONDS)
+    subprocess.run([sys.executable, str(HERE / (name + ".py")), way.program, root, *tests], env=environment,
+                   check=False, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                   timeout=SECONDS)
 
 
-def transcripts_of(program, root, folder, launcher):
+def transcripts_of(way, root):
     """What each test left, by its name."""
-    folder.mkdir()
-    for suite in SUITES:
-        run(suite, program, root, folder, launcher)
-    return {path.name: path.read_text(encoding="utf-8", errors="surrogateescape") for path in folder.iterdir()}
+    with tempfile.TemporaryDirectory() as folder:
+        for suite in SUITES:
+            run_suite(suite, way, root, folder)
+        return {path.name: path.read_text(encoding="utf-8", errors="surrogateescape")
+                for path in pathlib.Path(folder).iterdir()}
 
 
-def show_difference(name, mine, other):
-    other_name = name + " on Windows"
-    for line in difflib.unified_diff(mine.splitlines(), other.splitlines(), name, other_name, lineterm="", n=1):
+def show_difference(test, mine, other, way):
+    for line in difflib.unified_diff(mine.splitlines(), other.splitlines(), test, f"{test} {way.name}", lineterm="",
+                                     n=1):
         print(line.encode("utf-8", "backslashreplace").decode())
 
 
-def main():
-    program, other, root, *launcher = sys.argv[1:]
-    with tempfile.TemporaryDirectory() as folder:
-        with concurrent.futures.ThreadPoolExecutor() as pool:
-            here = pool.submit(transcripts_of, program, root, pathlib.Path(folder, "here"), [])
-            there = pool.submit(transcripts_of, other, root, pathlib.Path(folder, "there"), launcher)
-            mine, others = here.result(), there.result()
+def compare(mine, others, way):
+    """Whether both tell the same but for what is known to differ, after saying what differs."""
     names = sorted(mine.keys() | others.keys())
     different = [name for name in names if mine.get(name) != others.get(name)]
     for name in different:
         if name not in DIFFERENT:
-            show_difference(name, mine.get(name, ""), others.get(name, ""))
+            show_difference(name, mine.get(name, ""), others.get(name, ""), way)
     commands = sum(text.count("\n= ") for text in mine.values())
-    print(f"{commands} commands of {len(names)} tests, of which {len(different)} differ:")
+    print(f"{commands} commands of {len(names)} tests, of which {len(different)} differ {way.name}:")
     for name in different:
         print(f"  {name}: {DIFFERENT.get(name, 'not known')}")
     for name in DIFFERENT.keys() - set(different):
         print(f"  {name}: no longer different")
-    return 0 if set(different) == set(DIFFERENT) else 1
+    return set(different) == set(DIFFERENT)
+
+
+def main():
+    program, other, root, *launcher = sys.argv[1:]
+    here, *there = [Way("here", program), Way("on Windows", other, launcher)]
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        mine = pool.submit(transcripts_of, here, root)
+        others = [(way, pool.submit(transcripts_of, way, root)) for way in there]
+        # Each is told of, whatever came of the one before.
+        are_same = [compare(mine.result(), told.result(), way) for way, told in others]
+    return 0 if all(are_same) else 1
 
 
 if __name__ == "__main__":
