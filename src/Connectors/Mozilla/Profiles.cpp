@@ -44,7 +44,7 @@ bool GoByName() {
 std::string TidyText(const std::string& file) {
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
   os::File source = os::File::Open(file, os::File::Mode::Read);
-  std::string bytes(source.Length(), '\0');
+  std::string bytes(static_cast<std::size_t>(source.Length()), '\0');
   bytes.resize(source.Read(bytes.data(), bytes.size()));
   std::string_view rest = bytes;
   if (rest.starts_with(kMark)) rest.remove_prefix(kMark.size());
