@@ -97,6 +97,13 @@ TEST_F(FilesTest, FailureNamesPathAndReason) {
   folder_.MakeFolder("folder");
   EXPECT_EQ(TextOf([&] { os::FileLength(folder_.Path("folder")); }),
             folder_.Path("folder") + ": is a folder");
+  EXPECT_EQ(TextOf([&] { File::Open(folder_.Path("folder"), File::Mode::Create); }),
+            folder_.Path("folder") + ": Is a directory");
+  folder_.Write("file", "");
+  for (const std::string below : {"file\\x", "file\\x\\y"}) {
+    EXPECT_EQ(TextOf([&] { File::Open(folder_.Path(below), File::Mode::Create); }),
+              folder_.Path(below) + ": Not a directory");
+  }
 }
 
 // --- An open file ----------------------------------------------------------------------------------------

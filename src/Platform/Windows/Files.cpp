@@ -37,10 +37,14 @@ Opening OpeningOf(File::Mode mode) {
 }
 
 // What the system denies for these two reasons it doesn't tell apart.
-[[noreturn]] void RaiseUnopened(DWORD error, const std::wstring& native, std::string_view path) {
+[[noreturn]] void RaiseUnopened(DWORD error, const std::wstring& native, std::string_view path,
+                                File::Mode mode) {
   const DWORD attributes = GetFileAttributesW(native.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) RefuseAccess(path, "is a folder");
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+      if (mode == File::Mode::Read) RefuseAccess(path, "is a folder");
+      RaiseSystemFailure(kIsFolder, path);
+    }
     if (error == ERROR_ACCESS_DENIED && (attributes & FILE_ATTRIBUTE_READONLY) != 0)
       RefuseAccess(path, "is read-only", Hint::MakeWritable);
   }
@@ -73,7 +77,7 @@ File File::Open(std::string_view path, Mode mode) {
   const auto [access, creation] = OpeningOf(mode);
   Handle handle(CreateFileW(native.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                             nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!handle.IsOpen()) RaiseUnopened(LastError(), native, path);
+  if (!handle.IsOpen()) RaiseUnopened(LastError(), native, path, mode);
   const DWORD type = GetFileType(handle.Get());
   if (type != FILE_TYPE_DISK && type != FILE_TYPE_CHAR) RefuseAccess(path, "is no file of bytes");
   if (mode != Mode::Read && IsReadOnly(handle.Get())) RefuseAccess(path, "is read-only", Hint::MakeWritable);

@@ -36,6 +36,7 @@ constexpr ErrorRow kErrors[] = {
     {ERROR_BAD_NET_NAME, ErrorNumber::PathNotFound, ENOENT, Hint::MakeFolder},
     {ERROR_DIRECTORY, ErrorNumber::PathNotFound, ENOTDIR, Hint::MakeFolder},
     {ERROR_FILENAME_EXCED_RANGE, ErrorNumber::PathNotFound, ENAMETOOLONG},
+    {kIsFolder, ErrorNumber::PathAccess, EISDIR},
     {ERROR_ACCESS_DENIED, ErrorNumber::PathAccess, EACCES, Hint::AllowAccess},
     {ERROR_PRIVILEGE_NOT_HELD, ErrorNumber::PathAccess, EPERM, Hint::AllowAccess},
     {ERROR_WRITE_PROTECT, ErrorNumber::PathAccess, EROFS, Hint::MakeWritable},
@@ -62,6 +63,16 @@ bool ParentExists(std::string_view path) {
   if (lastOfName == std::string_view::npos || separator == std::string_view::npos) return !path.empty();
   const DWORD attributes = GetFileAttributesW(CallPathOf(path.substr(0, separator + 1)).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// Whether a file stands where the path has a folder.
+bool LeadsThroughFile(std::string_view path) {
+  for (std::size_t end = path.size(); (end = path.find_last_of("\\/", end - 1)) != std::string_view::npos;) {
+    const DWORD attributes = GetFileAttributesW(CallPathOf(path.substr(0, end)).c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES) return (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    if (end == 0) return false;
+  }
+  return false;
 }
 
 // The system's own words for what has none above.
@@ -139,6 +150,7 @@ unsigned long LastError() {
 
 void RaiseSystemFailure(unsigned long error, std::string_view path) {
   if (error == ERROR_FILE_NOT_FOUND && !ParentExists(path)) error = ERROR_PATH_NOT_FOUND;
+  if (error == ERROR_PATH_NOT_FOUND && LeadsThroughFile(path)) error = ERROR_DIRECTORY;
   const auto* row = std::ranges::find(kErrors, error, &ErrorRow::error);
   if (row == std::end(kErrors)) throw Failure(ErrorNumber::DeviceIo, path, WordsOf(error));
   throw Failure(row->number, path, std::generic_category().message(row->reason), row->hint);

@@ -28,6 +28,9 @@ std::wstring CallPathOf(std::string_view path);
 // can't be one.
 std::string CompletePath(const std::string& native);
 
+// The system's error for a folder where a file is asked for, which the headers of MinGW lack.
+constexpr unsigned long kIsFolder = 336;
+
 // The number of the error that the system's last call on this thread left.
 unsigned long LastError();
 
