@@ -4,6 +4,7 @@ Two variables let two_systems.py run them for a program of another system: VORLE
 VORLENT_TRANSCRIPTS names the folder in which each test leaves what it called the program with and what came.
 VORLENT_RULES names the rules where a test asks for none.
 """
+import datetime
 import os
 import pathlib
 import re
@@ -14,8 +15,8 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
+import zoneinfo
 
 PROGRAM = pathlib.Path(sys.argv.pop(1)).resolve()
 ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -24,6 +25,7 @@ LOCAL = "thunderbird://default/Local Folders"
 LAUNCHER = shlex.split(os.environ.get("VORLENT_LAUNCHER", ""))
 RULES = os.environ.get("VORLENT_RULES")
 TRANSCRIPTS = os.environ.get("VORLENT_TRANSCRIPTS")
+ZONE = "Europe/Berlin"
 
 
 def mail(subject, headers=b"", body=b"text\r\n", status=b"X-Mozilla-Status: 0001\r\n"):
@@ -42,8 +44,11 @@ def path_from_windows(match):
 
 
 def from_windows(text):
-    """What a program for Windows tells under Wine, with native paths as they are here: Z: is the root there."""
-    return re.sub(r"Z:\\[^'\":\r\n|]*|^(out|archive|restored|original)\\(?=\S)", path_from_windows, text, flags=re.M)
+    """What a program for Windows tells under Wine, with native paths as they are here: Z: is the root there, and
+    no drive of those that were set."""
+    text = re.sub(r"\|Z:\\+(?=[\"\s])|^\d+  Z:\\ .*\n", "", text, flags=re.M)
+    return re.sub(r"Z:\\[^'\":\r\n|]*|^(vorlent-mozilla: )?(out|archive|restored|original)\\(?=\S)", path_from_windows,
+                  text, flags=re.M)
 
 
 def file_size_limit(size):
@@ -69,7 +74,7 @@ class ProgramCase(unittest.TestCase):
         self.folder.cleanup()
 
     def environment(self, home=None):
-        return dict(os.environ, HOME=str(home or self.home), LC_ALL="C.UTF-8", TZ="Europe/Berlin")
+        return dict(os.environ, HOME=str(home or self.home), LC_ALL="C.UTF-8", TZ=ZONE)
 
     def command(self, *arguments, sample=True):
         given = ["--appdata", str(self.samples / "AppData"), "--drive", f"S={self.samples}"] if sample else []
@@ -95,9 +100,10 @@ class ProgramCase(unittest.TestCase):
         text = "\n".join(["$ " + shlex.join(map(str, arguments)), out, err, f"= {code}", ""])
         for place in (str(self.work), str(self.work).replace("/", "\\"), str(self.work).replace("/", "\\\\")):
             text = text.replace(place, "WORK")
-        now = time.localtime()
-        for moment in (r"%Y%m%d\d{6}", r"%d.%m.%Y \d\d:\d\d(:\d\d)?"):
-            text = re.sub(time.strftime(moment, now), "NOW", text)
+        now = datetime.datetime.now(zoneinfo.ZoneInfo(ZONE))
+        for day in (now, now - datetime.timedelta(minutes=10)):  # which may be the day before
+            for moment in (r"%Y%m%d\d{6}", r"%d.%m.%Y \d\d:\d\d(:\d\d)?"):
+                text = re.sub(day.strftime(moment), "NOW", text)
         text = re.sub(r"\b1[789]\d{8}0{6}\b|^ \d\d:\d\d:\d\d(?=:| finished)", "NOW", text, flags=re.M)
         text = re.sub(r"in [\d,.]+ (Sekunden|seconds).*", "in TIME", text)
         text = re.sub(r"/vorlent-\w{6}/", "/TEMPORARY/", text)
