@@ -169,10 +169,20 @@ compareCommands() {
     "$root/build/windows/bin/vorlent-mozilla.exe" "$root" /usr/lib/wine/wine64 || failed=1
 }
 
+# Tells at the end how long each part took.
+part="" began=0 times=()
+part() {
+  [ -z "$part" ] || times+=("$(printf '%5d s  %s' $((SECONDS - began)) "$part")")
+  part=$* began=$SECONDS
+}
+
+part "Build"
 need "${windowsPackages[@]}"
 fetchSqlite
 build windows "${programs[@]/#/--target=}" --target=vorlent-mozilla --target=vorlent_server
+part "Build in 32 bits"
 [ "${1:-}" = --no-32 ] || build windows32 --target=vorlent_component --target=vorlent-mozilla --target=vorlent_server
+part "Build for this system"
 [ -n "${VORLENT_HERE:-}" ] || { need "${runPackages[@]}"; build release; }
 
 work=$(mktemp -d)
@@ -180,9 +190,16 @@ trap endWine EXIT
 export WINEPREFIX=$work/prefix WINEDEBUG=-all WINEARCH=win64 LC_ALL=C.UTF-8
 unset DISPLAY
 failed=0
+part "Start of Wine"
 startWine
+part "Tests"
 runTests
+part "Registration"
 tryRegistration
+part "Package"
 tryPackage
+part "Commands"
 compareCommands
+part ""
+printf '%s\n' "${times[@]}"
 exit $failed
