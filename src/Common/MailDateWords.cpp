@@ -18,6 +18,17 @@ constexpr std::string_view kMonths[] = {"january",   "february", "march",    "ap
                                         "may",       "june",     "july",     "august",
                                         "september", "october",  "november", "december"};
 
+// German ones that don't begin as the English ones do, without what is no ASCII, in whatever charset it was.
+struct OtherName {
+  std::string_view name;
+  int month;
+};
+constexpr OtherName kOtherNames[] = {{"jnner", 1}, {"mrz", 3},  {"maerz", 3},    {"mai", 5},      {"juni", 6},
+                                     {"juli", 7},  {"sept", 9}, {"oktober", 10}, {"dezember", 12}};
+
+constexpr std::string_view kDigits = "0123456789";
+constexpr std::string_view kNoMinutes = "00";
+
 bool IsDecimal(char c) {
   return c >= '0' && c <= '9';
 }
@@ -31,12 +42,14 @@ bool IsDecimalNumber(std::string_view word) {
 int MonthOf(std::string_view word) {
   constexpr std::size_t kLeast = 3;
   if (word.ends_with('.')) word.remove_suffix(1);
-  const std::string name = LowerCase(word);
+  std::string name = LowerCase(word);
+  std::erase_if(name, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
   if (name.size() < kLeast) return 0;
-  const auto* const month = std::ranges::find_if(kMonths, [&](std::string_view each) {
-    return each.starts_with(name) || (name == "sept" && each.starts_with(name.substr(0, kLeast)));
-  });
-  return month == std::end(kMonths) ? 0 : static_cast<int>(month - std::begin(kMonths)) + 1;
+  const auto begins = [&](std::string_view each) { return each.starts_with(name); };
+  const auto* const month = std::ranges::find_if(kMonths, begins);
+  if (month != std::end(kMonths)) return static_cast<int>(month - std::begin(kMonths)) + 1;
+  const auto* const other = std::ranges::find_if(kOtherNames, begins, &OtherName::name);
+  return other == std::end(kOtherNames) ? 0 : other->month;
 }
 
 // RFC 3339: a colon may stand in the zone.
@@ -47,6 +60,44 @@ bool IsZone(std::string_view word) {
          std::ranges::count_if(word, IsDecimal) == 4;
 }
 
+// Whether so many digits may be a field of a time.
+bool MayBeTimeField(std::size_t digits) {
+  return digits == 1 || digits == 2;
+}
+
+// RFC 5322, obsolete: blanks may stand around the colons of a time, "10 :00 : 05".
+std::string WithTimesJoined(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  std::string joined;
+  while (!text.empty()) {
+    const std::size_t colon = text.find(':');
+    joined += text.substr(0, colon);
+    if (colon == std::string_view::npos) break;
+    const std::size_t before = joined.find_last_not_of(kBlanks) + 1;
+    const std::size_t field = joined.find_last_not_of(kDigits, before == 0 ? 0 : before - 1) + 1;
+    text.remove_prefix(colon + 1);
+    const bool isTime = before > 0 && MayBeTimeField(before - field);
+    if (isTime) joined.resize(before);
+    joined += ':';
+    const std::size_t next = std::min(text.find_first_not_of(kBlanks), text.size());
+    const std::size_t end = std::min(text.find_first_not_of(kDigits, next), text.size());
+    if (isTime && MayBeTimeField(end - next)) text.remove_prefix(next);
+  }
+  return joined;
+}
+
+// "10.30", "10.30.05", "10h30", "10h"
+bool IsTimeWithoutColon(std::string_view text) {
+  constexpr std::size_t kField = 3;  // with its divider
+  const std::size_t hour = std::min(text.find_first_not_of(kDigits), text.size());
+  std::string_view rest = text.substr(hour);
+  if (!MayBeTimeField(hour) || rest.empty() || rest.size() > 2 * kField) return false;
+  if (rest == "h" || rest == "H") return true;
+  for (; rest.size() >= kField; rest.remove_prefix(kField))
+    if (IsDecimal(rest[0]) || !IsDecimal(rest[1]) || !IsDecimal(rest[2])) return false;
+  return rest.empty();
+}
+
 // Takes the words of a date one by one.
 class DateWords {
  public:
@@ -55,6 +106,11 @@ class DateWords {
 
  private:
   void TakeTime(std::string_view word);
+  bool TakeTimeWithoutColon(std::string_view word);
+  void TakeNumbers(std::string_view word);
+  void TakeNumber(std::string_view word);
+  bool TakeMonth(std::string_view word);
+  bool TellsDay() const;
   bool TakeDivided(std::string_view word, char divider);
   bool TakeHalfOfDay(std::string_view word);
   void TakeZone(std::string_view word);
@@ -71,21 +127,73 @@ class DateWords {
 void DateWords::Take(std::string_view word) {
   // ISO 8601: date T time
   const std::size_t mark = word.find_first_of("Tt");
-  if (mark > 0 && mark != std::string_view::npos && IsDecimal(word[mark - 1]) && mark + 1 < word.size()) {
+  if (mark > 0 && mark != std::string_view::npos && IsDecimal(word[mark - 1]) && mark + 1 < word.size() &&
+      IsDecimal(word[mark + 1])) {
     Take(word.substr(0, mark));
     Take(word.substr(mark + 1));
     return;
   }
   if (IsZone(word)) return TakeZone(word);
   if (word.find(':') != std::string_view::npos && IsDecimal(word.front())) return TakeTime(word);
-  if (TakeHalfOfDay(word) || TakeDivided(word, '-') || TakeDivided(word, '/')) return;
-  if (IsDecimalNumber(word)) {
-    numbers_.emplace_back(word);
-  } else if (const int month = MonthOf(word); month > 0 && month_ == 0) {
-    month_ = month;
-  } else if (!time_.empty()) {
+  if (TakeHalfOfDay(word) || TakeDivided(word, '-') || TakeDivided(word, '/') || TakeDivided(word, '.'))
+    return;
+  if (TakeTimeWithoutColon(word)) return;
+  if (IsDecimal(word.front())) {
+    TakeNumbers(word);
+  } else if (!TakeMonth(word) && !time_.empty()) {
     TakeZone(word);
   }
+}
+
+// The last one before the time counts, as weekdays of other languages begin as months do: "mar, 5 Jan 2026".
+bool DateWords::TakeMonth(std::string_view word) {
+  const int month = MonthOf(word);
+  if (month == 0 || !year_.empty() || (month_ > 0 && !time_.empty())) return false;
+  month_ = month;
+  return true;
+}
+
+// "5", "5.", "5th", "5.Jan", "5Jan2026"
+void DateWords::TakeNumbers(std::string_view word) {
+  while (!word.empty()) {
+    const std::size_t end = std::min(word.find_first_not_of(kDigits), word.size());
+    if (end > 0) TakeNumber(word.substr(0, end));
+    word.remove_prefix(end);
+    const std::size_t name = std::min(word.find_first_not_of(".-"), word.size());
+    const std::size_t number = std::min(word.find_first_of(kDigits), word.size());
+    if (name < number) TakeMonth(word.substr(name, number - name));
+    word.remove_prefix(number);
+  }
+}
+
+// One after day, month and year may be the hour, or as in "1030"; "0000" after the time is its zone.
+void DateWords::TakeNumber(std::string_view word) {
+  constexpr std::string_view kNoYear = "0000";
+  if (!IsDecimalNumber(word) || (!time_.empty() && word == kNoYear)) return;
+  if (!time_.empty() || !TellsDay()) {
+    numbers_.emplace_back(word);
+  } else if (MayBeTimeField(word.size()) || word.size() == kNoYear.size()) {
+    const std::size_t hour = std::min<std::size_t>(word.size(), 2);
+    const std::string_view minutes = word.substr(hour);
+    time_ = std::string(word.substr(0, hour)) + ":" + std::string(minutes.empty() ? kNoMinutes : minutes);
+  }
+}
+
+bool DateWords::TellsDay() const {
+  return !year_.empty() || (month_ > 0 && numbers_.size() > 1);
+}
+
+// "10.30+0100" after a number, which is the day or the year.
+bool DateWords::TakeTimeWithoutColon(std::string_view word) {
+  const std::string_view time = word.substr(0, word.find_first_not_of("0123456789.hH"));
+  if (!time_.empty() || (numbers_.empty() && year_.empty()) || !IsTimeWithoutColon(time)) return false;
+  time_ = time;
+  std::ranges::replace_if(
+      time_, [](char c) { return !IsDecimal(c); }, ':');
+  if (time_.ends_with(':')) time_ += kNoMinutes;
+  word.remove_prefix(time.size());
+  if (!word.empty()) Take(word);
+  return true;
 }
 
 // "9:05", "14:30:05", "9:05PM", "14:30:05.123Z", "14:30:05+02:00"
@@ -106,7 +214,8 @@ bool DateWords::TakeHalfOfDay(std::string_view word) {
   return true;
 }
 
-// "2026-01-05", "05-Jan-26", "2026/01/05", "01/05/2026", and "13/01/2026" as no month has such a number.
+// "2026-01-05", "05-Jan-26", "2026/01/05", "01/05/2026", and "13/01/2026" as no month has such a number;
+// "05.01.2026", where the year has four digits, as "10.30.05" is a time.
 bool DateWords::TakeDivided(std::string_view word, char divider) {
   if (std::ranges::count(word, divider) != 2) return false;
   std::string_view rest = word;
@@ -116,6 +225,8 @@ bool DateWords::TakeDivided(std::string_view word, char divider) {
   const int named = MonthOf(second);
   if (!IsDecimalNumber(first) || !IsDecimalNumber(rest) || (named == 0 && !IsDecimalNumber(second)))
     return false;
+  constexpr std::size_t kFullYear = 4;
+  if (divider == '.' && named == 0 && first.size() != kFullYear && rest.size() != kFullYear) return false;
   const auto month = [](std::string_view number) { return static_cast<int>(ReadNumber(number)); };
   const bool isYearFirst = named > 0 ? first.size() > 2 : ReadNumber(rest) <= 31;
   year_ = isYearFirst ? first : rest;
@@ -170,7 +281,7 @@ std::optional<MailDateFields> DateWords::Fields() const {
 std::optional<MailDateFields> ReadDateWords(std::string_view text) {
   constexpr std::size_t kLongestWord = 40;
   DateWords words;
-  const std::string plain = WithoutComments(text);
+  const std::string plain = WithTimesJoined(WithoutComments(text));
   std::string_view rest = plain;
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find_first_of(" \t\r\n,"), rest.size());

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Common/StdHttp.h"
+#include "Standalone/Chance.h"
 #include "Support/ScopedRules.h"
 #include "Support/ScopedTimeZone.h"
 
@@ -211,6 +214,121 @@ TEST_F(DateOfAnyProgram, IsReadInEveryForm) {
       {"Mon, 5 Jan (today) 2026 10:00 (now) +0000", "05.01.2026 11:00:00"},
       {"2026 Jan 5 10:00:00", "05.01.2026 10:00:00"},
   });
+}
+
+TEST_F(DateOfAnyProgram, MayHaveDotsAndTimesWithoutColons) {
+  ExpectShown({
+      {"Mon, 5. Jan 2026 10:00:00 +0000", "05.01.2026 11:00:00"},
+      {"5. Jan 2026 10:00:00", "05.01.2026 10:00:00"},
+      {"5.Jan 2026 10:00", "05.01.2026 10:00:00"},
+      {"5. Jan. 2026 10:00", "05.01.2026 10:00:00"},
+      {"5th Jan 2026 10:00", "05.01.2026 10:00:00"},
+      {"10:00 5th Jan 2026 EST", "05.01.2026 16:00:00"},
+      {"Jan 22nd 2026; 10:00", "22.01.2026 10:00:00"},
+      {"5Jan2026 10:00:00 +0000", "05.01.2026 11:00:00"},
+      {"05.01.2026 10:30:05", "05.01.2026 10:30:05"},
+      {"2026.01.05 10.30", "05.01.2026 10:30:00"},
+      {"Mon, 5 Jan 2026 10.30 +0000", "05.01.2026 11:30:00"},
+      {"Mon, 5 Jan 2026 10.30.05+0000", "05.01.2026 11:30:05"},
+      {"Mon, 5 Jan 2026 10h30 +0000", "05.01.2026 11:30:00"},
+      {"Mon, 5 Jan 2026 10h", "05.01.2026 10:00:00"},
+      {"Mon, 5 Jan 2026 1030 +0000", "05.01.2026 11:30:00"},
+      {"2026-01-05 10 GMT", "05.01.2026 11:00:00"},
+      {"Mon, 5 Jan 2026 10 :30 : 05 +0000", "05.01.2026 11:30:05"},
+      {"Mon, 5 Jan 2026 10 (h) :30 +0000", "05.01.2026 11:30:00"},
+      {"5 Jan 10:30: 2026", "05.01.2026 10:30:00"},
+      {"5 Jan 10:30 0000 2026", "05.01.2026 10:30:00"},
+      {"01.02.03 10:00", ""},
+      {"Mon, 5 Jan 2026 10:00:00 (x", "05.01.2026 10:00:00"},
+      {"5 Jan : 2026 :", "05.01.2026 00:00:00"},
+  });
+}
+
+TEST_F(DateOfAnyProgram, MayBeGerman) {
+  ExpectShown({
+      {"Montag, 5. Januar 2026 10:00:00 +0000", "05.01.2026 11:00:00"},
+      {"Mo, 5. Februar 2026", "05.02.2026 00:00:00"},
+      {"Mo, 5 M\xC3\xA4rz 2026", "05.03.2026 00:00:00"},
+      {"Mo, 5 M\xE4rz 2026", "05.03.2026 00:00:00"},
+      {"Mo, 5. Maerz 2026", "05.03.2026 00:00:00"},
+      {"Mo, 5. Mrz. 2026", "05.03.2026 00:00:00"},
+      {"Mo, 5. Mai 2026", "05.05.2026 00:00:00"},
+      {"Mo, 5. Juni 2026", "05.06.2026 00:00:00"},
+      {"Mo, 5. Juli 2026", "05.07.2026 00:00:00"},
+      {"Mo, 5. Okt. 2026", "05.10.2026 00:00:00"},
+      {"Mo, 5. Dezember 2026", "05.12.2026 00:00:00"},
+  });
+}
+
+TEST_F(DateOfAnyProgram, HasWeekdaysThatBeginAsMonthsDo) {
+  ExpectShown({{"mar, 5 Jan 2026 10:00:00 +0000", "05.01.2026 11:00:00"},
+               {"Mar., 5 Feb 2026", "05.02.2026 00:00:00"},
+               {"Mar, 5 Mar 2026 10:00:00 JAN", "05.03.2026 10:00:00"}});
+}
+
+// A day of the test below, written in one of many ways.
+struct WrittenDate {
+  std::string mail;
+  std::string display;
+};
+
+class DateWriter {
+ public:
+  explicit DateWriter(std::uint64_t seed) : chance_(seed) {}
+
+  WrittenDate Next() {
+    constexpr const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const std::uint64_t day = 1 + chance_.Below(31);
+    const std::uint64_t month = chance_.Below(12);
+    const std::string year = std::to_string(1980 + chance_.Below(70));
+    WrittenDate date = {"", Two(day) + "." + Two(month + 1) + "." + year};
+    const std::string time = Time(date.display);
+    const std::string dayText = One({std::to_string(day), Two(day)}) + One({"", "", "", ".", "th", ";"});
+    const std::string monthText = months[month] + One({"", "", "", ".", "uary"});
+    const std::string yearText = One({year, year, year.substr(2)}) + One({"", "", ".", ";"});
+    const std::string blank = One({" ", " ", "  "});
+    const std::string monthNumber = One({Two(month + 1), std::to_string(month + 1)});
+    const std::string divider = One({"-", "/"});
+    date.mail = One({dayText + blank + monthText + blank + yearText + blank + time,
+                     monthText + blank + dayText + blank + yearText + blank + time,
+                     monthText + blank + dayText + blank + time + blank + yearText,
+                     year + divider + monthNumber + divider + Two(day) + blank + time,
+                     monthNumber + "/" + Two(day) + "/" + year + blank + time});
+    date.mail.insert(0, One({"", "Mon, ", "Mon,", "Mon ", "Mar, ", "Montag, ", " "}));
+    return date;
+  }
+
+ private:
+  std::string One(const std::vector<std::string>& texts) { return texts[chance_.Below(texts.size())]; }
+  static std::string Two(std::uint64_t number) { return (number < 10 ? "0" : "") + std::to_string(number); }
+
+  std::string Time(std::string& display) {
+    const std::uint64_t hour = chance_.Below(24);
+    const std::string minute = Two(chance_.OneIn(2) ? 0 : chance_.Below(60));
+    const std::string second = Two(chance_.OneIn(2) ? 0 : chance_.Below(60));
+    display += " " + Two(hour) + ":" + minute + ":" + second;
+    const std::string divider = One({":", ":", ":", " :", ": ", " : ", ".", "h"});
+    std::string time = One({Two(hour), std::to_string(hour)}) + divider + minute;
+    if (second != "00" || chance_.OneIn(2)) time += divider + second;
+    if (minute == "00" && second == "00" && chance_.OneIn(4)) time = Two(hour) + One({"", "00", ".", "h"});
+    return time + One({"", " +0100", "+0100", " GMT", " -0800 (PST)", " (CET)", ";x", " 0000", " h", ".000"});
+  }
+
+  Chance chance_;
+};
+
+TEST(DateOfBothRules, IsRightTodayWhereItWasRightByTheRulesOfOld) {
+  DateWriter writer(2026);
+  int wereRight = 0;
+  for (int i = 0; i < 20000; ++i) {
+    const WrittenDate date = writer.Next();
+    if (MailDateToDisplay(date.mail) != date.display) continue;
+    ++wereRight;
+    const ScopedRules today(Rules::Today());
+    ASSERT_EQ(MailDateToDisplay(date.mail), date.display) << "'" << date.mail << "'";
+  }
+  EXPECT_GT(wereRight, 3000);
 }
 
 // What the rules of old read right is read alike.
