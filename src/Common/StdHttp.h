@@ -64,7 +64,8 @@ std::string GetPartName(std::string_view headerBlock);
 std::string GetPartFileName(std::string_view headerBlock);
 
 // Content type, disposition and transfer encoding up to the first ";", as written; by the standards
-// (HeaderValues in Platform/Rules.h) in lower case and without comments.
+// (HeaderValues in Platform/Rules.h) in lower case and without comments, and a content type
+// that is none is "".
 std::string GetPartContentType(std::string_view headerBlock);
 std::string GetPartDisposition(std::string_view headerBlock);
 std::string GetPartEncoding(std::string_view headerBlock);

@@ -197,7 +197,8 @@ std::string GetPartFileName(std::string_view headerBlock) {
 }
 
 std::string GetPartContentType(std::string_view headerBlock) {
-  return ReadMainValue(headerBlock, "content-type");
+  if (!ReadsByStandards()) return ReadMainValue(headerBlock, "content-type");
+  return ReadHeader(headerBlock, "content-type", ContentTypeByStandard);
 }
 
 std::string GetPartDisposition(std::string_view headerBlock) {

@@ -79,6 +79,27 @@ std::string WithoutComments(std::string_view value) {
   return TrimBlank(plain);
 }
 
+// RFC 2045: token := 1*<any (US-ASCII) CHAR except SPACE, CTLs, or tspecials>
+bool IsToken(std::string_view text) {
+  return !text.empty() && std::ranges::all_of(text, [](char c) {
+    return c > ' ' && c < '\x7F' && std::string_view("()<>@,;:\\\"/[]?=").find(c) == std::string_view::npos;
+  });
+}
+
+bool IsContentType(std::string_view type) {
+  const std::size_t slash = type.find('/');
+  return slash != std::string_view::npos && IsToken(type.substr(0, slash)) && IsToken(type.substr(slash + 1));
+}
+
+std::string ContentTypeByStandard(std::string_view value) {
+  const std::string plain = WithoutComments(value);
+  std::string_view rest(plain);
+  rest = rest.substr(0, rest.find(';'));
+  std::string type = LowerCase(TrimBlank(CutToken(rest, "/"))) + "/";
+  type += LowerCase(TrimBlank(rest));
+  return IsContentType(type) ? type : "";
+}
+
 // --- Encoded words
 
 namespace {

@@ -27,6 +27,14 @@ void DecodeQuotedBytes(std::string_view text, std::string& out);
 // A header value without its comments, RFC 822's text in brackets, and without blanks around it.
 std::string WithoutComments(std::string_view value);
 
+// Whether a text is a token by RFC 2045, or two of them with a slash between.
+bool IsToken(std::string_view text);
+bool IsContentType(std::string_view type);
+
+// The type that a content type's value tells, in lower case; "" for one that is none, which by RFC 2045 is
+// read as if it weren't there.
+std::string ContentTypeByStandard(std::string_view value);
+
 // RFC 2047. Blanks between two words vanish; the bytes of adjacent words of one charset are one text, as some
 // programs cut in the middle of a character. What is no word stays.
 std::string DecodeWordsByStandard(std::string_view value);

@@ -140,6 +140,7 @@ TEST_F(StandardsTest, SectionsAreJoinedInTheirOrderWithTheirBlanks) {
 
 TEST_F(StandardsTest, TypesAndEncodingsAreReadWithoutCommentsAndCase) {
   EXPECT_EQ(GetPartContentType("Content-Type: (a (b\\)) c) Text/HTML (d); charset=x\r\n"), "text/html");
+  EXPECT_EQ(GetPartContentType("Content-Type: Text /\tHTML; charset=x\r\n"), "text/html");
   EXPECT_EQ(GetPartEncoding("Content-Transfer-Encoding:\r\n\tBase64 (as\r\n ever)\r\n"), "base64");
   EXPECT_EQ(GetPartDisposition("Content-Disposition: ATTACHMENT; filename=\"(1).txt\"\r\n"), "attachment");
   EXPECT_EQ(GetPartFileName("Content-Disposition: ATTACHMENT; filename=\"(1).txt\"\r\n"), "(1).txt");

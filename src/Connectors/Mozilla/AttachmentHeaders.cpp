@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Common/StdHttp.h"
+#include "Common/StdHttpStandards.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/StdMailPart.h"
 #include "Platform/CodePage.h"
@@ -16,18 +17,6 @@ constexpr std::string_view kUnknownType = "application/octet-stream";
 
 bool AreHeadersKept() {
   return CurrentRules().attachmentHeaders == AttachmentHeaders::AsSent;
-}
-
-// RFC 2045: token := 1*<any (US-ASCII) CHAR except SPACE, CTLs, or tspecials>
-bool IsToken(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-    return c > ' ' && c < '\x7F' && std::string_view("()<>@,;:\\\"/[]?=").find(c) == std::string_view::npos;
-  });
-}
-
-bool IsContentType(std::string_view type) {
-  const std::size_t slash = type.find('/');
-  return slash != std::string_view::npos && IsToken(type.substr(0, slash)) && IsToken(type.substr(slash + 1));
 }
 
 // The content type that a part's header tells, with the charset that a text needs to be read; "" if it tells

@@ -482,6 +482,18 @@ TEST_F(KeptWholeTest, MailIsOneFileByItsTypeOrDisposition) {
                       {"Content-Type: multipart/mixed\nContent-Disposition: attachment\n", ""},
                       {"Content-Type: message/rfc822\n", ""},
                       {"Content-Transfer-Encoding: 8bit\n", ""},
+                      {"Content-Type: image /png\n", "part1.png"},
+                      {"Content-Type: text\nContent-Disposition: attachment; filename=t.csv\n", "t.csv"},
+                      {"Content-Type: text\n", ""},
+                      {"Content-Type: TEXT; charset=us-ascii; name=a.txt\n", ""},
+                      {"Content-Type: \"text/plain\"\n", ""},
+                      {"Content-Type: text /plain\n", ""},
+                      {"Content-Type: text/plain, text/html\n", ""},
+                      {"Content-Type: =?utf-8?Q?text/plain?=\n", ""},
+                      {"Content-Type: plain\n", ""},
+                      {"Content-Type: text-plain\n", ""},
+                      {"Content-Type: charset=utf-8\n", ""},
+                      {"Content-Type: /\n", ""},
                       {"", ""}};
   for (const Row& row : rows) {
     Open("From - \nSubject: a\n" + row.header + "\nA line\nand one\n\n");
