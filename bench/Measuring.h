@@ -29,7 +29,7 @@ struct Bound {
 };
 
 // What work by today's rules may take of the time by those of Windows, when both run in turn.
-constexpr Bound kTodaysTime = {1.1, 1.5};
+constexpr Bound kTodaysTime = {1.1, 1.3};
 
 // Whether the only argument is --quick. Ends the program if there are others.
 inline bool IsQuick(int argc, char** argv) {

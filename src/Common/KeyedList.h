@@ -44,11 +44,17 @@ class KeyedList {
 
   // Appends a value under a key; an empty key is a key like any other.
   void Add(T value, std::string_view key) {
-    const std::size_t hash = HashNoCase(key);
-    if (PlaceOf(hash, key) != KeyIndex::kNone)
+    if (!TryAdd(std::move(value), key))
       throw Failure(ErrorNumber::KeyExists, "key exists: '" + std::string(key) + "'");
+  }
+
+  // The same, unless the key is there already. Tells whether it wasn't.
+  bool TryAdd(T value, std::string_view key) {
+    const std::size_t hash = HashNoCase(key);
+    if (PlaceOf(hash, key) != KeyIndex::kNone) return false;
     Append({std::move(value), std::string(key), State::Keyed});
     index_.Add(hash, NumberOf(slots_.size() - 1));
+    return true;
   }
 
   bool HasKey(std::string_view key) const { return PlaceOf(key) != KeyIndex::kNone; }

@@ -94,8 +94,6 @@ bool LineFile::Fill() {
   const std::size_t count = file_.Read(buffer_.get() + filled_, capacity_ - filled_);
   filled_ += count;
   ended_ = count == 0;
-  if (rule_ == LineRule::Native)
-    mayHoldLoneReturn_ = os::MayHoldLoneReturn(buffer_.get(), buffer_.get() + filled_);
   return !ended_;
 }
 

@@ -89,16 +89,12 @@ class LineFile {
   std::size_t next_ = 0;
   std::string_view lineEnd_;
   bool ended_ = false;  // the last read found nothing more
-  // Whether a CR may be buffered that no LF follows; told by the Native rule only.
-  bool mayHoldLoneReturn_ = true;
 };
 
 // The first byte that ends a line; `to` if there is none before that.
 inline const char* LineFile::FindLineEnd(const char* from, const char* to) const {
   if (from == to) return to;
-  if (rule_ == LineRule::Native) {
-    return mayHoldLoneReturn_ ? os::FindLineEnd(from, to) : os::FindFeedOrPair(from, to);
-  }
+  if (rule_ == LineRule::Native) return os::FindLineEnd(from, to);
   const void* const found = std::memchr(from, '\r', static_cast<std::size_t>(to - from));
   return found == nullptr ? to : static_cast<const char*>(found);
 }

@@ -207,9 +207,10 @@ void DateWords::TakeTime(std::string_view word) {
 
 // "AM", "p.m."
 bool DateWords::TakeHalfOfDay(std::string_view word) {
+  if (time_.empty()) return false;
   std::string half = LowerCase(word);
   std::erase(half, '.');
-  if (time_.empty() || (half != "am" && half != "pm")) return false;
+  if (half != "am" && half != "pm") return false;
   half_ = half.front();
   return true;
 }

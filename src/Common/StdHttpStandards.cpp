@@ -63,6 +63,7 @@ void DecodeQuotedBytes(std::string_view text, std::string& out) {
 }
 
 std::string WithoutComments(std::string_view value) {
+  if (value.find('(') == std::string_view::npos) return TrimBlank(value);
   std::string plain;
   int depth = 0;
   bool isQuoted = false;
@@ -284,9 +285,8 @@ class ParameterForms {
   Sections numbered_;
 };
 
-// name, name*, name*0, name*0*
+// name, name*, name*0, name*0*; of other keys that begin so nothing comes.
 void ParameterForms::Take(std::string_view key, std::string value) {
-  if (!key.starts_with(name_)) return;
   key.remove_prefix(name_.size());
   if (key.empty()) {
     plain_.try_emplace(0, Section{std::move(value), false});
@@ -339,6 +339,7 @@ std::string HeaderParamByStandard(std::string_view value, std::string_view name)
   while (!value.empty()) {
     std::string_view text = CutParameter(value);
     const std::string key = LowerCase(TrimBlank(CutToken(text, "=")));
+    if (!key.starts_with(name)) continue;
     forms.Take(key, Unquoted(mayHaveComments ? WithoutComments(text) : TrimBlank(text)));
   }
   return forms.Value();

@@ -100,8 +100,10 @@ std::string_view MeantBy(std::string_view charset) {
 
 std::string FromCharset(std::string_view bytes, std::string_view charset) {
   if (!HoldsUtf8()) return std::string(bytes);
+  // Nearly all text tells none, or this one.
+  if (charset.empty() || EqualNoCase(charset, kUtf8)) return TextToUtf8(bytes);
   const std::string_view meant = MeantBy(charset);
-  if (meant.empty() || EqualNoCase(meant, kUtf8)) return TextToUtf8(bytes);
+  if (meant == kUtf8) return TextToUtf8(bytes);
   if (EqualNoCase(meant, kPage)) return codepage::ToUtf8(bytes);
   return os::CharsetToUtf8(bytes, std::string(meant)).value_or(TextToUtf8(bytes));
 }

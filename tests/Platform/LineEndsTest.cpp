@@ -40,32 +40,5 @@ TEST(LineEndsTest, NoOtherByteIsOne) {
   EXPECT_EQ(Found(text, text.size()), text.size());
 }
 
-bool MayHoldLoneReturn(const std::string& text) {
-  return os::MayHoldLoneReturn(text.data(), text.data() + text.size());
-}
-
-TEST(LineEndsTest, ReturnIsLoneUnlessAFeedFollows) {
-  EXPECT_FALSE(MayHoldLoneReturn(""));
-  EXPECT_FALSE(MayHoldLoneReturn("a\nb\r\n\r\n\nc"));
-  EXPECT_TRUE(MayHoldLoneReturn("a\r\nb\r"));
-  EXPECT_TRUE(MayHoldLoneReturn("\r"));
-  for (std::size_t at = 0; at < kLongest; ++at) {
-    std::string text(kLongest, '\n');
-    text.replace(at, 2, "\rx");
-    EXPECT_TRUE(MayHoldLoneReturn(text));
-  }
-}
-
-TEST(LineEndsTest, WithoutLoneReturnsPairsAndFeedsAreFound) {
-  for (const std::string end : {"\n", "\r\n"}) {
-    for (std::size_t at = 0; at + end.size() <= kLongest; ++at) {
-      const std::string text = std::string(at, 'x') + end + "x\r\n";
-      EXPECT_EQ(FindFeedOrPair(text.data(), text.data() + text.size()), text.data() + at);
-    }
-  }
-  const std::string text(kLongest, 'x');
-  EXPECT_EQ(FindFeedOrPair(text.data(), text.data() + text.size()), text.data() + text.size());
-}
-
 }  // namespace
 }  // namespace vorlent::os

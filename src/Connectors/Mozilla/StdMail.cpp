@@ -199,10 +199,9 @@ void StdMail::AddHeader(std::string_view a) {
     if (!headers_->IsEmpty()) line = TakeLastHeader(*headers_).append(kLineEnd);
   } else {
     lastHeaderKey_ = LowerCase(SplitHeaderLine(a).name);
-    lastHeaderLeftOut_ = IsLeftOut(*headers_, lastHeaderKey_);
   }
   line += a;
-  StoreHeader(*headers_, std::move(line), lastHeaderKey_);
+  lastHeaderLeftOut_ = !StoreHeader(*headers_, std::move(line), lastHeaderKey_);
 }
 
 namespace {

@@ -44,16 +44,13 @@ bool StandsWithoutKey(std::string_view name) {
 
 }  // namespace
 
-bool IsLeftOut(const KeyedList<std::string>& headers, std::string_view key) {
-  return CurrentRules().repeatedHeaders == RepeatedHeaders::LeaveOut && headers.HasKey(key);
-}
-
-void StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_view key) {
+bool StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_view key) {
   if (StandsWithoutKey(key)) {
     headers.Add(std::move(text));
-  } else if (!headers.HasKey(key)) {
-    headers.Add(std::move(text), key);
+    return true;
   }
+  return headers.TryAdd(std::move(text), key) ||
+         CurrentRules().repeatedHeaders == RepeatedHeaders::TakeAlong;
 }
 
 std::int32_t ReadHexNumber(std::string_view digits) {

@@ -30,12 +30,10 @@ bool BeginsNoCase(std::string_view line, std::string_view prefix);
 // Takes the last item out of a header store that isn't empty, for a continuation line to be joined to.
 std::string TakeLastHeader(KeyedList<std::string>& headers);
 
-// Whether a header of this name goes with all of its lines, as the store has one already.
-bool IsLeftOut(const KeyedList<std::string>& headers, std::string_view key);
-
 // Stores a header under its key, but "received" and "return-path" without one; and "address", where that is
-// to be the mail's place. A key that is there already keeps its first header.
-void StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_view key);
+// to be the mail's place. A key that is there already keeps its first header. False if the header goes with
+// all of its lines then.
+bool StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_view key);
 
 // The number of a status header's digits has the bit of value 8: the mail counts as deleted.
 inline constexpr std::int32_t kExpunged = 8;

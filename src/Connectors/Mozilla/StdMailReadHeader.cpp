@@ -21,6 +21,12 @@
 
 namespace vorlent {
 
+namespace {
+
+constexpr std::string_view kStatus = "x-mozilla-status";
+
+}  // namespace
+
 // Reads one mail. Failures are treated by phase: finding a mail guards its reads, the header block guards
 // nothing but the storing of headers, and from the body on every step is guarded by itself.
 class StdMail::HeaderReader {
@@ -97,7 +103,7 @@ class StdMail::HeaderReader {
   std::int64_t start_ = 0;     // its position, from 1
   bool expunged_ = false;
   std::string key_;          // of the header at hand
-  bool isRepeated_ = false;  // the mail has one of its name already
+  bool isRepeated_ = false;  // it is a further status
   bool isLeftOut_ = false;   // it goes with all of its lines
   std::string boundary_;
   MailBoundaries boundaries_;
@@ -229,7 +235,6 @@ void StdMail::HeaderReader::BeginHeaderBlock() {
 }
 
 void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
-  constexpr std::string_view kStatus = "x-mozilla-status";
   TextList& headers = *mail_.headers_;
   std::string text;
   if (IsContinuation(line)) {
@@ -243,13 +248,12 @@ void StdMail::HeaderReader::TakeHeaderLine(std::string_view line) {
     expunged_ = (ReadStatus(text) & kExpunged) != 0;
     if (!IsHeaderWanted()) return;
   }
-  StoreHeader(headers, std::move(text), key_);
+  isLeftOut_ = !StoreHeader(headers, std::move(text), key_);
 }
 
 void StdMail::HeaderReader::BeginHeader(std::string_view line) {
   key_ = LowerCase(SplitHeaderLine(line).name);
-  isRepeated_ = mail_.headers_->HasKey(key_);
-  isLeftOut_ = IsLeftOut(*mail_.headers_, key_);
+  isRepeated_ = key_ == kStatus && mail_.headers_->HasKey(key_);
 }
 
 // Whether the status at hand tells about the mail.
