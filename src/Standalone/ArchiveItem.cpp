@@ -88,7 +88,9 @@ void ArchiveItem::Changed(std::int32_t action, std::string_view value) {
 
 void ArchiveItem::SetConnected(bool connected) {
   StandaloneItem::SetConnected(connected);
-  if (connected) MergeWithTwins();
+  if (!connected) return;
+  if (isUnsaved_) Save();
+  MergeWithTwins();
 }
 
 bool ArchiveItem::IsIncomplete() const {
@@ -113,15 +115,24 @@ void ArchiveItem::TakeFile(std::string_view key, std::string_view path, std::str
   const bool isExpected = isAwaited && before->second.source == path;
   std::string described = DataText(key);
   CutLine(described);
-  if (!isExpected || described != metaData) {
+  if (!isExpected) {
     // The item tells of the file before that comes, so that there is never a file without an item.
     if (!isAwaited) Content()->FilesExpected(1);
-    if (!isExpected) Expect(key, path);
+    Expect(key, path);
     record_.SetData(key, std::string(path).append("\r\n").append(metaData));
     Save();
+  } else if (described != metaData) {
+    SetDescription(key, path, metaData);
   }
   BringIn(key, options);
   Describe(key, metaData);
+}
+
+// A mail of many files is saved once, when it has all of them.
+void ArchiveItem::SetDescription(std::string_view key, std::string_view path, std::string_view metaData) {
+  record_.SetData(key, std::string(path).append("\r\n").append(metaData));
+  isUnsaved_ = true;
+  if (IsConnected()) Save();
 }
 
 // The file that is there stays the item's until the new one is safe beside it, and the source until that is
@@ -208,6 +219,7 @@ std::vector<StoredFile> ArchiveItem::StoredFiles() const {
 
 void ArchiveItem::Save() {
   Content()->Update(number_, record_, StoredFiles());
+  isUnsaved_ = false;
 }
 
 void ArchiveItem::MergeWithTwins() {

@@ -70,6 +70,7 @@ class ArchiveItem : public StandaloneItem {
   std::shared_ptr<ArchiveContent> Content() const;
   std::vector<StoredFile> StoredFiles() const;
   void Save();
+  void SetDescription(std::string_view key, std::string_view path, std::string_view metaData);
 
   void Expect(std::string_view key, std::string_view path);
   std::string NameFor(std::string_view key, std::string_view path);
@@ -90,6 +91,7 @@ class ArchiveItem : public StandaloneItem {
   DistinctNames names_{ArchiveFiles::kLongestName};
   std::unordered_set<std::string> arrivedNames_;  // those whose files are in
   std::vector<std::int64_t> twins_;  // items of the same fingerprint, found when this one was pasted
+  bool isUnsaved_ = false;           // the lines after a file's name differ from those that are stored
   bool wasThere_ = false;
 };
 

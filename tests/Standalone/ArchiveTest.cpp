@@ -184,6 +184,24 @@ TEST_F(ArchiveTest, WithoutMoveTheSourceStays) {
             archive_->ItemAt(1)->DataFile("FileAttach1", 0) + "\r\nfile=a.txt");
 }
 
+TEST_F(ArchiveTest, LinesThatComeWithTheFilesAreKept) {
+  const std::string files =
+      FileField("FileAttach1", "a.txt", "abc") + FileField("FileAttach2", "b.txt", "de");
+  const ItemPtr item = archive_->PasteRecord("ID=1" + files);
+  item->SetConnected(false);
+  item->TakeFile("FileAttach1", folder_.Path("temp\\a.txt"), "move",
+                 "file=a.txt\r\nsize=3\r\ntype=text/plain");
+  item->TakeFile("FileAttach2", folder_.Path("temp\\b.txt"), "move", "file=b.txt\r\nsize=2");
+  item->SetConnected(true);
+  item->TakeFile("FileAttach2", folder_.Write("temp/c.txt", "f"), "move", "file=c.txt");
+  Reopen();
+  const ItemPtr stored = archive_->ItemAt(1);
+  EXPECT_EQ(stored->DataText("FileAttach1"),
+            stored->DataFile("FileAttach1", 0) + "\r\nfile=a.txt\r\nsize=3\r\ntype=text/plain");
+  EXPECT_EQ(stored->DataText("FileAttach2"), stored->DataFile("FileAttach2", 0) + "\r\nfile=c.txt");
+  EXPECT_EQ(BytesOf(stored, "FileAttach2"), "f");
+}
+
 TEST_F(ArchiveTest, AFileFromAnotherFileSystemIsTakenToo) {
   const std::filesystem::path place = std::filesystem::current_path() / "archive-test-source.txt";
   std::filesystem::remove(place);

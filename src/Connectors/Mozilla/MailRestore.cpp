@@ -151,6 +151,7 @@ void MailRestorer::CollectAttachments() {
     if (!DescribesAttachment(key)) continue;
     std::string home;
     if (HomesAreKept()) Try([&] { home = HomeOf(itm_.DataText(key)); });
+    if (!home.empty()) homes_.insert(home);
     attachments_.push_back({key, home});
   }
 }
@@ -279,6 +280,18 @@ void MailRestorer::Write(std::string_view line) {
   endsInEmptyLine_ = line.empty();
 }
 
+namespace {
+
+// What stands between the dashes of a line that may close a multipart.
+std::string_view BoundaryClosedBy(std::string_view line) {
+  constexpr std::string_view kDashes = "--";
+  line = WithoutTrailingBlanks(line);
+  if (line.size() < 2 * kDashes.size() || !line.starts_with(kDashes) || !line.ends_with(kDashes)) return {};
+  return line.substr(kDashes.size(), line.size() - 2 * kDashes.size());
+}
+
+}  // namespace
+
 // Puts those in their place for which the line closes it.
 void MailRestorer::PutAttachmentsBefore(std::string_view line) {
   if (!boundary_.empty() && !isClosed_ && ownLines_.IsClosing(line)) {
@@ -286,11 +299,10 @@ void MailRestorer::PutAttachmentsBefore(std::string_view line) {
     isClosed_ = true;
     return;
   }
-  const auto closed = std::ranges::find_if(attachments_, [&](const Attachment& attachment) {
-    return !attachment.home.empty() && BoundaryPair(attachment.home).IsClosing(line);
-  });
-  if (closed == attachments_.end()) return;
-  const std::string home = closed->home;
+  const auto closed = homes_.find(BoundaryClosedBy(line));
+  if (closed == homes_.end() || !BoundaryPair(*closed).IsClosing(line)) return;
+  const std::string home = *closed;
+  homes_.erase(closed);
   PutAttachments(home, [&](const Attachment& attachment) { return attachment.home == home; });
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -84,6 +86,7 @@ class MailRestorer {
     std::string home;
   };
   std::vector<Attachment> attachments_;
+  std::set<std::string, std::less<>> homes_;  // those that are still open
   // Of the mail's own multipart, which takes those without a known home; "" unless there are attachments.
   std::string boundary_;
   BoundaryPair ownLines_;

@@ -49,8 +49,7 @@ bool StoreHeader(KeyedList<std::string>& headers, std::string text, std::string_
     headers.Add(std::move(text));
     return true;
   }
-  return headers.TryAdd(std::move(text), key) ||
-         CurrentRules().repeatedHeaders == RepeatedHeaders::TakeAlong;
+  return headers.TryAdd(std::move(text), key) || CurrentRules().repeatedHeaders == RepeatedHeaders::TakeAlong;
 }
 
 std::int32_t ReadHexNumber(std::string_view digits) {
