@@ -195,7 +195,7 @@ enum class MailboxOpening {
 // Which files of a folder are mailboxes.
 enum class MailboxFiles {
   WithSummary,    // Those beside which their summary lies.
-  OfThunderbird,  // These, and what is empty or begins like a mailbox and is no other file of the client's.
+  OfThunderbird,  // These, and what is empty or holds mails, as far as it is looked at.
 };
 
 // The mailbox's summary file, after a mail was to be marked.

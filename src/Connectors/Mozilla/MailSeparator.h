@@ -10,6 +10,13 @@
 
 namespace vorlent {
 
+// What some editors put before the first line of a file. By the rules of today it is no part of that.
+inline constexpr std::string_view kMarkOfUtf8 = "\xEF\xBB\xBF";
+
+inline bool BeginsWithPassedMark(std::string_view firstLine) {
+  return CurrentRules().separators == Separators::Envelopes && firstLine.starts_with(kMarkOfUtf8);
+}
+
 // Whether a line could separate by either set of rules. Spares nearly all lines all further tests.
 inline bool MayBeSeparator(std::string_view line) {
   return line.starts_with("From ") || line.starts_with(">From - ");

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 #include "Common/LineFile.h"
+#include "Common/StdModul.h"
 #include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/SiblingNames.h"
 #include "Platform/Failure.h"
@@ -16,7 +19,7 @@ namespace vorlent {
 
 namespace {
 
-// What the mail client and its add-ons keep beside the mailboxes.
+// What the mail client, its add-ons and other programs keep beside the mailboxes, and nearly never mails in.
 constexpr std::array<std::string_view, 17> kOtherEndings = {
     ".msf", ".sbd", ".mozmsgs", ".dat", ".html", ".log",  ".json",   ".js", ".rdf",
     ".snm", ".toc", ".lck",     ".tmp", ".bak",  ".lock", ".sqlite", "~"};
@@ -26,6 +29,16 @@ bool IsOfAnotherKind(std::string_view name) {
          std::ranges::any_of(kOtherEndings, [&](std::string_view ending) { return HasEnding(name, ending); });
 }
 
+// Whether a file is the summary of a mailbox beside it, of which profiles have thousands.
+bool IsSummary(std::string_view folder, const std::string& name) {
+  return HasEnding(name, kSummary) &&
+         FileExists(std::string(folder) + name.substr(0, name.size() - kSummary.size()));
+}
+
+// How much of a file is looked at where mails are not to be expected.
+constexpr std::uint64_t kLook = 64 * 1024;
+constexpr std::uint64_t kWholeFile = std::numeric_limits<std::uint64_t>::max();
+
 // Up to `most` bytes from the beginning of a file.
 std::string BeginningOf(const std::string& path, std::size_t most) {
   os::File file = os::File::Open(path, os::File::Mode::Read);
@@ -34,22 +47,45 @@ std::string BeginningOf(const std::string& path, std::size_t most) {
   return bytes;
 }
 
-// The first bytes are looked at alone: a file of something else may be a single line of gigabytes.
-bool BeginsWithAMail(const std::string& path) {
-  constexpr std::size_t kLead = 5;
-  if (!MayBeSeparator(BeginningOf(path, kLead))) return false;
+// What a look at a file finds: that a mail begins in it, or that it begins with a separator and yet no mail
+// comes after that.
+enum class Found { Nothing, Separator, Mail };
+
+// Looks at the lines that begin in the first `most` bytes. The first mail may come after empty lines or text,
+// as where the one before it was damaged.
+Found LookInto(const std::string& path, std::uint64_t most) {
   LineFile lines(path, os::File::Mode::Read);
-  const std::string first(lines.ReadLine());
-  return IsSeparator(first, [&]() -> std::optional<std::string_view> {
-    if (lines.AtEnd()) return std::nullopt;
-    return lines.ReadLine();
-  });
+  Found found = Found::Nothing;
+  bool mayBegin = true;
+  bool isFirst = true;
+  while (!lines.AtEnd() && lines.Position() <= most) {
+    std::string_view line = lines.ReadLine();
+    if (isFirst && BeginsWithPassedMark(line)) line.remove_prefix(kMarkOfUtf8.size());
+    if (mayBegin && MayBeSeparator(line)) {
+      const std::string separator(line);
+      if (isFirst && IsSeparator(separator, [] { return std::nullopt; })) found = Found::Separator;
+      if (IsSeparator(separator, [&] { return lines.NextLine(); })) return Found::Mail;
+      mayBegin = isFirst = false;
+      continue;
+    }
+    mayBegin = line.empty();
+    isFirst = isFirst && mayBegin;
+  }
+  return found;
 }
 
-bool LooksLikeAMailbox(const std::string& path, MailboxPlace place) {
-  const bool isOfAccount = place == MailboxPlace::Account;
-  bool looksSo = isOfAccount;
-  Swallow([&] { looksSo = os::FileLength(path) == 0 ? isOfAccount : BeginsWithAMail(path); });
+// A file of something else may be a single line of gigabytes.
+Found LookAtBeginning(const std::string& path) {
+  const bool maySeparate = BeginningOf(path, kLook).find("From ") != std::string::npos;
+  return maySeparate ? LookInto(path, kLook) : Found::Nothing;
+}
+
+bool LooksLikeAMailbox(const std::string& path, bool isToBeExpected) {
+  bool looksSo = isToBeExpected;
+  Swallow([&] {
+    if (os::FileLength(path) == 0) return;
+    looksSo = (isToBeExpected ? LookInto(path, kWholeFile) : LookAtBeginning(path)) != Found::Nothing;
+  });
   return looksSo;
 }
 
@@ -58,7 +94,9 @@ bool LooksLikeAMailbox(const std::string& path, MailboxPlace place) {
 bool IsMailbox(std::string_view folder, const std::string& name, bool hasSummary, MailboxPlace place) {
   if (CurrentRules().mailboxes == MailboxFiles::WithSummary) return hasSummary;
   if (name.starts_with('.')) return false;
-  return hasSummary || (!IsOfAnotherKind(name) && LooksLikeAMailbox(std::string(folder) + name, place));
+  if (hasSummary) return true;
+  const bool isToBeExpected = place == MailboxPlace::Account && !IsOfAnotherKind(name);
+  return !IsSummary(folder, name) && LooksLikeAMailbox(std::string(folder) + name, isToBeExpected);
 }
 
 bool HoldsSomethingElse(const std::string& mailbox) {
@@ -66,7 +104,7 @@ bool HoldsSomethingElse(const std::string& mailbox) {
   bool holdsIt = false;
   Swallow([&] {
     const bool isBlank = BeginningOf(mailbox, kEnough).find_first_not_of(" \t\r\n") == std::string::npos;
-    holdsIt = !isBlank && !BeginsWithAMail(mailbox);
+    holdsIt = !isBlank && LookInto(mailbox, kWholeFile) != Found::Mail;
   });
   return holdsIt;
 }

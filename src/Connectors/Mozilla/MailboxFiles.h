@@ -10,9 +10,10 @@ namespace vorlent {
 enum class MailboxPlace { Account, Disks };
 
 // Whether the file `name` in `folder`, given with its closing separator, is a mailbox. By the rules of old
-// its summary tells. Today that does, too, and so do the beginning of a file without one, and in an account
-// that it is empty; one that begins with a dot and, without a summary, one of the mail client's other files
-// is none. A file of an account that may not be read counts, so that it is missed.
+// its summary tells. Today that does, too, and so does a mail that begins in it, whatever it is called. It is
+// looked for in the whole of an account's file, else in the beginning; so it is where the name is that of
+// another kind of file. An account's file that isn't called so is a mailbox, too, if it is empty or if it may
+// not be read, so that it is missed. One whose name begins with a dot, which hides it, is none.
 bool IsMailbox(std::string_view folder, const std::string& name, bool hasSummary, MailboxPlace place);
 
 // Whether a mailbox in which no mail was found has something else in it, as far as its beginning tells.

@@ -12,6 +12,7 @@
 #include "Common/Width.h"
 #include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/MailBoundaries.h"
+#include "Connectors/Mozilla/MailSeparator.h"
 #include "Connectors/Mozilla/PartContent.h"
 #include "Connectors/Mozilla/StdMail.h"
 #include "Connectors/Mozilla/StdMailPart.h"
@@ -184,7 +185,12 @@ bool StdMail::HeaderReader::TakeSearchLine() {
   start_ = Place();
   if (!mail_.ReadStep([&] { line_ = lines_.Read(); })) return false;
   ++mail_.lineCount_;
-  return true;
+  if (start_ != 1 || !BeginsWithPassedMark(line_)) return true;
+  start_ += static_cast<std::int64_t>(kMarkOfUtf8.size());
+  return mail_.ReadStep([&] {
+    lines_.Seek(static_cast<std::uint64_t>(start_));
+    line_ = lines_.Read();
+  });
 }
 
 // --- Header block

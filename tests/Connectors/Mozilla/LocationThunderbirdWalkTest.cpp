@@ -15,9 +15,13 @@ namespace vorlent {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
 
 class LocationThunderbirdWalkTest : public ThunderbirdFixture {
  protected:
@@ -275,9 +279,11 @@ TEST_F(LocationThunderbirdWalkTest, MailboxesNeedNoSummaryToday) {
   tree.AddMailbox("p", "a", "With", MailOf("2", "two"));
   tree.AddFile("p", "a", "Void");
   tree.AddFile("p", "a", "Void.sbd/Sub", MailOf("3", "three"));
-  for (const char* other : {".hidden", "popstate.dat", "filterlog.html", "a.log", "feeds.json", "Inbox~"})
-    tree.AddFile("p", "a", other, MailOf("4"));
-  tree.AddFile("p", "a", ".hidden.msf");
+  for (const char* other : {".hidden", "popstate.dat", "filterlog.html", "a.log", "feeds.json", "Inbox~"}) {
+    tree.AddFile("p", "a", other);
+    tree.AddFile("p", "a", std::string("Full") + other, "From here on there is something else.\r\n");
+  }
+  tree.AddMailbox("p", "a", ".mails", MailOf("4"));
   tree.AddFile("p", "a", "notes", "From here on there are notes.\r\nmore\r\n");
   tree.AddFile("p", "a", "zeros", std::string(100000, '\0'));
 
@@ -297,6 +303,54 @@ TEST_F(LocationThunderbirdWalkTest, MailboxesNeedNoSummaryToday) {
   ASSERT_TRUE(connector->DeleteItem(connector->Item(1)));
   Read("thunderbird://p/a");
   EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=a,Void,Sub three", "Account=a,With five"));
+}
+
+// Its summary goes with the first mark, and nothing but its content tells then.
+TEST_F(LocationThunderbirdWalkTest, FileThatHoldsMailsIsReadWhateverItIsCalled) {
+  tree.AddProfile("p", {"a"});
+  std::vector<std::string> all;
+  for (const std::string name : {"#tag", "2024.bak", "Old~", "Projekt.log", "Site.html", "conf.json",
+                                 "data.dat", "foo.msf", "mail.toc", "news.rdf", "x.lock", "x.tmp"}) {
+    tree.AddMailbox("p", "a", name, MailOf("1" + name, "one") + MailOf("2" + name, "two"));
+    all.push_back("Account=a," + name + " two");
+  }
+  const ScopedRules today(Rules::Today());
+  for (const std::string& mailbox : all) {
+    const std::string name = mailbox.substr(mailbox.find(',') + 1, mailbox.find(' ') - mailbox.find(',') - 1);
+    Read("thunderbird://p/a/" + name + "/-");
+    ASSERT_EQ(Mails().size(), 2U) << name;
+    ASSERT_TRUE(connector->DeleteItem(connector->Item(1)));
+    EXPECT_FALSE(FileExists(tree.AccountFolder("p", "a") + name + ".msf"));
+  }
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(), UnorderedElementsAreArray(all));
+  EXPECT_EQ(Read("thunderbird://p/a/*"), LocationState::Read);
+  EXPECT_EQ(Places().size(), all.size());
+}
+
+TEST_F(LocationThunderbirdWalkTest, FirstMailOfAMailboxMayComeAfterTextAndDamage) {
+  tree.AddProfile("p", {"a"});
+  const std::string broken = "From - Mon Jan 05 10:00:00 2026\r\nno header at all\r\n\r\n";
+  const std::string text = "the end of a mail\r\n\r\n";
+  tree.AddFile("p", "a", "blank", "\r\n \r\n\r\n" + MailOf("1", "one"));
+  tree.AddFile("p", "a", "broken", broken + MailOf("2", "two"));
+  tree.AddFile("p", "a", "broken.log", broken + text + MailOf("3", "three"));
+  tree.AddFile("p", "a", "long", std::string(100000, 'x') + "\r\n" + text + MailOf("4", "four"));
+  tree.AddFile("p", "a", "mark", "\xEF\xBB\xBF" + MailOf("5", "five") + MailOf("6", "six"));
+  tree.AddFile("p", "a", "quoted", ">" + MailOf("7") + MailOf("8", "eight"));
+  tree.AddFile("p", "a", "zeros", std::string(100000, '\0') + "\r\n\r\n" + MailOf("9", "nine"));
+  const ScopedRules today(Rules::Today());
+  EXPECT_EQ(Read("thunderbird://p/a"), LocationState::Read);
+  EXPECT_THAT(Mails(),
+              UnorderedElementsAre("Account=a,blank one", "Account=a,broken two",
+                                   "Account=a,broken.log three", "Account=a,long four", "Account=a,mark five",
+                                   "Account=a,mark six", "Account=a,quoted eight", "Account=a,zeros nine"));
+
+  // What has a separator and no mail after it is told.
+  tree.AddFile("p", "a", "only", broken);
+  Read("thunderbird://p/a");
+  EXPECT_THAT(host.Log.Only({"Global.Report(27"}),
+              ElementsAre(AllOf(HasSubstr("only"), HasSubstr("keine Mail"))));
 }
 
 TEST_F(LocationThunderbirdWalkTest, ClosedFolderIsToldAndTheNextOneIsRead) {
@@ -765,7 +819,8 @@ TEST_F(DiskWalkTest, FolderOfTheDisksIsNotedForAMailboxOnlyByTheRulesOfOld) {
 TEST_F(DiskWalkTest, MailboxesNeedNoSummaryToday) {
   disk.Write("d/plain/Raw", MailOf("4", "four"));
   disk.Write("d/plain/empty", "");
-  disk.Write("d/plain/Other.dat", MailOf("5"));
+  disk.Write("d/plain/Other.dat", "5: " + MailOf("5"));
+  disk.Write("d/plain/notes.txt", "It came\r\nFrom far away.\r\n");
   EXPECT_EQ(Read(address + "/plain"), LocationState::Read);
   EXPECT_THAT(Mails(), ElementsAre(",Other three"));
   const ScopedRules today({.mailboxes = MailboxFiles::OfThunderbird});
