@@ -9,6 +9,7 @@
 #include "Common/KeyedList.h"
 #include "Connectors/Mozilla/AddressedLocation.h"
 #include "Connectors/Mozilla/FolderTrail.h"
+#include "Connectors/Mozilla/LocationRecord.h"
 #include "Connectors/Mozilla/MailPump.h"
 #include "Connectors/Mozilla/MailRunTeller.h"
 #include "Connectors/Mozilla/Profiles.h"
@@ -74,6 +75,7 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   static KeyedList<std::string> DiscoverAccounts(const BrowsePoint& point, std::string_view segment);
   bool ReadAllProfiles(Visit visit);
   bool ReadProfile(const std::string& name, std::string rest, bool subfolders, Visit visit);
+  bool IsReadAlready(const DiscoveryEntry& account);
   void ReadAccount(const MozillaProfile& profile, const std::string& account, std::string rest,
                    bool subfolders, const TreePtr& tree, Visit visit);
   void ReadMailPlace(Place place, std::string rest, bool subfolders, const TreePtr& tree, Visit visit);
@@ -92,8 +94,9 @@ class Location_Thunderbird final : public AddressedLocation<MailConnector> {
   // The way back (Location_Thunderbird_Restore.cpp).
   void RestoreMail(const ItemPtr& itm, std::string_view mailbox, bool shortcut);
 
-  std::string tempFolder_;  // "" until first needed
-  FolderTrail trail_;       // of the present walk
+  std::string tempFolder_;       // "" until first needed
+  FolderTrail trail_;            // of the present walk
+  KnownFolders accountFolders_;  // those that all accounts of a profile led to
   MailIds mailIds_;
   // The mailboxes found by InitLocation, and the address of each.
   KeyedList<std::string> mailFiles_;

@@ -121,10 +121,11 @@ bool DisksAreNoMail() {
   return CurrentRules().disksProfile == DisksProfile::OfMail;
 }
 
-// As GetAccounts. By the rules of today a profile whose preferences can't be read is told.
-KeyedList<std::string> AccountsToRead(std::string_view filter, const std::string& profilePath) {
+// What `find` gives. By the rules of today a profile whose preferences can't be read is told.
+template <class Find>
+KeyedList<std::string> AccountsToRead(Find&& find) {
   try {
-    return GetAccounts("", filter, profilePath);
+    return std::forward<Find>(find)();
   } catch (const Failure& failure) {
     if (!BrokenItemsAreNamed()) throw;
     frame::ReportUnreadable(failure.Why());
@@ -154,6 +155,7 @@ bool OpenToRead(StdMail& mail) {
 bool Location_Thunderbird::PrepareAddress(std::string_view file) {
   ClearCollection(mailFiles_);
   ClearCollection(mailAddresses_);
+  accountFolders_.Clear();
   Tree()->Clear();
   if (!file.starts_with(kScheme) || file.ends_with('*')) return true;
   std::string rest(file.substr(kScheme.size()));
@@ -174,6 +176,7 @@ std::string Location_Thunderbird::CutScheme(std::string& address) {
 
 bool Location_Thunderbird::ReadAddress(std::string path) {
   mailIds_.Clear();
+  accountFolders_.Clear();
   const bool subfolders = CutSubfolderMark(path);
   const std::string profile = CutToken(path, "/");
   return profile.empty() ? ReadAllProfiles(Visit::Read) : ReadProfile(profile, path, subfolders, Visit::Read);
@@ -223,6 +226,9 @@ bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest
     return false;
   }
   const MozillaProfile profile = {name, paths.Item(1), name};
+  const auto listed = [&](std::string_view filter) {
+    return AccountsToRead([&] { return GetAccounts("", filter, profile.path); });
+  };
   const auto readAccount = [&](const std::string& account, bool withSubfolders) {
     const std::string shown = NameOfAccount(account);
     const TreePtr child = Tree()->AddChild("Account '" + shown + "'", "Account=" + shown);
@@ -230,20 +236,31 @@ bool Location_Thunderbird::ReadProfile(const std::string& name, std::string rest
   };
   const std::string token = CutToken(rest, "/");
   if (token == "*" || token.empty()) {
-    for (const std::string& entry : AccountsToRead("*", profile.path)) {
+    for (const std::string& entry : listed("*")) {
       const DiscoveryEntry account = SplitDiscoveryEntry(entry);
-      readAccount(name == kDisks ? account.text : SegmentOf(account, ""), true);
+      if (name == kDisks || !IsReadAlready(account))
+        readAccount(name == kDisks ? account.text : SegmentOf(account, ""), true);
     }
   } else {
-    if (AccountsAreAsShown()) AccountsToRead(token, profile.path);
+    if (AccountsAreAsShown()) {
+      listed(token);
+    } else {
+      ForgetAccounts();
+    }
     readAccount(token, subfolders);
   }
   return true;
 }
 
+// Two accounts may keep their mails in one folder. By the rules of today these are read once.
+bool Location_Thunderbird::IsReadAlready(const DiscoveryEntry& account) {
+  return AccountsAreAsShown() && !accountFolders_.IsNew(account.path);
+}
+
 void Location_Thunderbird::ReadAccount(const MozillaProfile& profile, const std::string& account,
                                        std::string rest, bool subfolders, const TreePtr& tree, Visit visit) {
-  const KeyedList<std::string> paths = AccountsToRead(account, profile.path);
+  const KeyedList<std::string> paths =
+      AccountsToRead([&] { return GetListedAccount(account, profile.path); });
   if (paths.IsEmpty()) {
     TellMissingAccount(profile.name, account);
     return;

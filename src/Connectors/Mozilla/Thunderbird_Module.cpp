@@ -28,6 +28,7 @@ constexpr std::string_view kDisksMark = "://./";
 KeyedList<std::string> prefNames;
 KeyedList<std::string> prefValues;
 std::vector<MailAccount> mailAccounts;
+std::string profileOfAccounts;  // "" for none and for the disks
 FolderNames folderNames;
 
 std::string Joined(std::string_view a, std::string_view b, std::string_view c = {}) {
@@ -151,7 +152,7 @@ void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::st
 
 // Of a profile folder, whose preferences are read anew.
 void ReadMailAccounts(std::string_view profilePath) {
-  mailAccounts.clear();
+  ForgetAccounts();
   prefNames.Clear();
   prefValues.Clear();
   const std::string prefs = AddPathSep(profilePath) + "prefs.js";
@@ -162,6 +163,14 @@ void ReadMailAccounts(std::string_view profilePath) {
     if (account.isImap) foldersOfImap.push_back(account.folder);
   }
   folderNames.ServersNameThoseIn(std::move(foldersOfImap));
+  profileOfAccounts = profilePath;
+}
+
+// The folder of the account in memory that an address names, if there is one.
+KeyedList<std::string> FolderOfAccount(std::string_view segment) {
+  KeyedList<std::string> folder;
+  if (const MailAccount* const account = FindMailAccount(segment)) folder.Add(account->folder);
+  return folder;
 }
 
 }  // namespace
@@ -190,20 +199,25 @@ KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view fil
                                    std::string_view profilePath) {
   folderNames.TurnTo(profilePath == kDisks ? "" : profilePath);
   if (profilePath == kDisks) {
-    mailAccounts.clear();
+    ForgetAccounts();
     return GetDrives(prefix, filter);
   }
   ReadMailAccounts(profilePath);
+  if (filter != kAll) return FolderOfAccount(filter);
   KeyedList<std::string> list;
-  for (const MailAccount& account : mailAccounts) {
-    if (filter == kAll) {
-      list.Add(JoinDiscoveryEntry({account.name, Joined(prefix, account.segment, "/*"), account.folder}));
-    } else if (filter == account.segment) {
-      list.Add(account.folder);
-      break;
-    }
-  }
+  for (const MailAccount& account : mailAccounts)
+    list.Add(JoinDiscoveryEntry({account.name, Joined(prefix, account.segment, "/*"), account.folder}));
   return list;
+}
+
+void ForgetAccounts() {
+  mailAccounts.clear();
+  profileOfAccounts.clear();
+}
+
+KeyedList<std::string> GetListedAccount(std::string_view segment, std::string_view profilePath) {
+  const bool isInMemory = !profileOfAccounts.empty() && profilePath == profileOfAccounts;
+  return isInMemory ? FolderOfAccount(segment) : GetAccounts("", segment, profilePath);
 }
 
 KeyedList<std::string> GetMailFolders(std::string_view prefix, std::string_view filter,

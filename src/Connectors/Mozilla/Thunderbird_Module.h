@@ -29,6 +29,11 @@ KeyedList<std::string> GetMozillaProfiles(std::string_view prefix, std::string_v
 KeyedList<std::string> GetAccounts(std::string_view prefix, std::string_view filter,
                                    std::string_view profilePath);
 
+// As GetAccounts with the segment of one account, but the preferences are read only if those of another
+// profile were read last, or were forgotten: so each of many accounts is found without reading all again.
+KeyedList<std::string> GetListedAccount(std::string_view segment, std::string_view profilePath);
+void ForgetAccounts();
+
 // The mail folders in a folder given with its closing separator. Mailboxes are listed (MailboxFiles.h), yet
 // any file is found by name. It may be shown by another name than that of its address, and is
 // found by either. The path found is that of its ".sbd" folder, whether it exists or not. A prefix that holds

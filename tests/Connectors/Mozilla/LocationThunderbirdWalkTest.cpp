@@ -555,6 +555,36 @@ class TodaysAccountsTest : public LocationThunderbirdWalkTest {
                      .brokenItems = BrokenItems::AreNamed}};
 };
 
+TEST_F(TodaysAccountsTest, MailsOfAFolderThatTwoAccountsHaveAreReadOnce) {
+  tree.AddProfile("p", {"a", "b", "c"});
+  tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));
+  tree.AddMailbox("p", "c", "Inbox", MailOf("2", "two"));
+  tree.AddPref("p", "mail.server.server2.directory-rel", "[ProfD]Mail/a");
+  for (int run = 0; run < 2; ++run) {
+    EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
+    EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox one", "Account=c,Inbox two"));
+  }
+  EXPECT_EQ(Noted("thunderbird://p").size(), 2U);
+  EXPECT_EQ(Read("thunderbird://p/b"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=b,Inbox one"));
+}
+
+// Else those of a profile would be read as often as it has accounts.
+TEST_F(TodaysAccountsTest, PreferencesAreReadOnceForAllAccounts) {
+  tree.AddProfile("p", {"a", "b", "c"});
+  for (const char* account : {"a", "b", "c"})
+    tree.AddMailbox("p", account, "Inbox", MailOf(account, account));
+  Connect("thunderbird://p");
+  host.Log.OnCall = [&](const std::string& line) {
+    if (line.starts_with("tree.AddChild")) tree.Folder().Write("Thunderbird/Profiles/p/prefs.js", "");
+  };
+  Read("thunderbird://p");
+  host.Log.OnCall = {};
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,Inbox a", "Account=b,Inbox b", "Account=c,Inbox c"));
+  Read("thunderbird://p/a");
+  EXPECT_THAT(Mails(), IsEmpty()) << "the preferences of before were taken";
+}
+
 TEST_F(TodaysAccountsTest, TwoOfANameAreEachRead) {
   tree.AddProfile("p", {"a", "b", "c"});
   for (const char* server : {"1", "2"})
