@@ -10,9 +10,15 @@
 
 namespace vorlent::os {
 
-// Stands for a backslash in a name of a system that lets names hold one, where text can hold it: U+F05C, as
-// others write such names on Windows.
-inline constexpr std::string_view kBackslashOfName = "\xEF\x81\x9C";
+// The characters that a system lets names hold, and that no name of a Windows path or of a line of text can.
+inline constexpr std::string_view kUnsayable = "\\\r\n";
+
+// What stands for one of them where text can hold it: U+F05C for a backslash, as others write such names on
+// Windows, and by the same rule U+F000 and its code for each other one.
+inline std::string StandInFor(char c) {
+  const auto code = static_cast<unsigned char>(c);
+  return {'\xEF', static_cast<char>(0x80 | (code >> 6)), static_cast<char>(0x80 | (code & 0x3F))};
+}
 
 // The native path that a Windows path stands for, as libraries open it and as people read it. Names that
 // aren't there as written are looked for without regard to case, component by component, and stay as written

@@ -88,7 +88,7 @@ bool TakesPathsAsAddresses() {
 
 std::string NativePaths::Of(std::string_view path) {
   if (!IsPathAt(path, 0)) return DisplayUtf8(path);
-  if (path.find(os::kBackslashOfName) != std::string_view::npos) {
+  if (path.find(os::StandInFor('\\')) != std::string_view::npos) {
     if (const std::string native = os::ToNativePath(path); !native.empty()) return native;
   }
   const std::size_t name = path.rfind('\\') + 1;

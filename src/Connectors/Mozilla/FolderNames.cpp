@@ -93,7 +93,8 @@ std::string FolderNames::NameByServer(std::string_view folder, const std::string
   const auto meant = isByServer ? FromImapName(name) : std::nullopt;
   if (meant && MayBeShown(*meant)) return os::ToWindowsName(*meant);
   std::string shown = name;
-  ReplaceText(shown, os::kBackslashOfName, "\\");
+  for (const char c : os::kUnsayable)
+    ReplaceText(shown, os::StandInFor(c), c == '\\' ? "\\" : " ");
   return shown;
 }
 

@@ -155,7 +155,7 @@ bool IsFolder(DIR* listing, const dirent& entry) {
 // Whether a listing with these attributes shows an entry, whose name can be said in a Windows path.
 bool IsShown(std::string_view name, bool isFolder, int attributes) {
   if (name == "." || name == "..") return false;
-  if (name.find('\\') != std::string_view::npos && !SaysBackslashes()) return false;
+  if (name.find('\\') != std::string_view::npos && !SaysAllNames()) return false;
   if (IsHiddenName(name) && (attributes & kHidden) == 0) return false;
   return (attributes & kDirectory) != 0 || !isFolder;
 }

@@ -23,12 +23,24 @@ bool IsPathSeparator(char c) {
   return c == '\\' || c == '/';
 }
 
-// Every `old` in a text replaced, where names hold backslashes.
-std::string Replaced(std::string text, std::string_view old, std::string_view by) {
-  if (!SaysBackslashes()) return text;
+void ReplaceAll(std::string& text, std::string_view old, std::string_view by) {
   for (std::size_t at = text.find(old); at != std::string::npos; at = text.find(old, at + by.size()))
     text.replace(at, old.size(), by);
-  return text;
+}
+
+// Names with what stands for the characters that can't be said, and back, where text can hold that.
+std::string WithStandIns(std::string names) {
+  if (!SaysAllNames() || names.find_first_of(kUnsayable) == std::string::npos) return names;
+  for (const char c : kUnsayable)
+    ReplaceAll(names, {&c, 1}, StandInFor(c));
+  return names;
+}
+
+std::string WithoutStandIns(std::string name) {
+  if (!SaysAllNames()) return name;
+  for (const char c : kUnsayable)
+    ReplaceAll(name, StandInFor(c), {&c, 1});
+  return name;
 }
 
 // The names of a path, each converted, put after `native` with single slashes; a closing separator stays.
@@ -45,7 +57,7 @@ void AppendNames(std::string& native, std::string_view names) {
     if (IsAscii(name)) {
       native += name;
     } else {
-      native += Replaced(ToNativeName(name), kBackslashOfName, "\\");
+      native += WithoutStandIns(ToNativeName(name));
     }
     at = end;
   }
@@ -158,12 +170,12 @@ std::string ToNewNativePath(std::string_view path) {
 
 // --- From native to Windows ------------------------------------------------------------------------------
 
-bool SaysBackslashes() {
+bool SaysAllNames() {
   return HoldsUtf8();
 }
 
 std::string NameOfEntry(std::string_view nativeName) {
-  return Replaced(ToWindowsName(nativeName), "\\", kBackslashOfName);
+  return WithStandIns(ToWindowsName(nativeName));
 }
 
 std::string ToWindowsPath(std::string_view nativePath) {
@@ -180,7 +192,7 @@ std::string ToWindowsPath(std::string_view nativePath) {
     drive = DriveName(i);
     rootSize = folder->size();
   }
-  const std::string names = ToWindowsNames(Replaced(native.substr(rootSize), "\\", kBackslashOfName));
+  const std::string names = ToWindowsNames(WithStandIns(native.substr(rootSize)));
   return drive + (names.empty() ? "\\" : names);
 }
 

@@ -11,8 +11,9 @@ namespace vorlent::os {
 std::string AsWritten(std::string_view path);
 std::string AsFound(std::string native);
 
-// Whether names that hold a backslash can be said in a Windows path; and the name of an entry in one.
-bool SaysBackslashes();
+// Whether every name can be said in a Windows path, also one that holds a backslash; and the name of an entry
+// in one.
+bool SaysAllNames();
 std::string NameOfEntry(std::string_view nativeName);
 
 // Whether there is an entry of exactly that native path, be it a link that leads nowhere. If not, errno tells

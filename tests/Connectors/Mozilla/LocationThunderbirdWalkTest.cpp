@@ -645,6 +645,27 @@ TEST_F(TodaysAccountsTest, FoldersMayHoldABackslash) {
   }
 }
 
+// The runs over mails take their mailboxes line by line.
+TEST_F(TodaysAccountsTest, NameOfAMailboxMayHoldALineBreak) {
+  if (fs::path::preferred_separator == '\\') GTEST_SKIP() << "the system has no such names";
+  const ScopedRules rules(Rules::Today());
+  tree.AddProfile("p", {"a"});
+  const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
+  fs::create_directory(account / "x\ny.sbd");
+  std::ofstream(account / "x\ny") << MailOf("1", "one");
+  std::ofstream(account / "x\ny.sbd" / "Sub") << MailOf("2", "two");
+  EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,x y one", "Account=a,x y,Sub two"));
+  EXPECT_EQ(Read("thunderbird://p/a/*"), LocationState::Read);
+  ASSERT_EQ(Places().size(), 1U);
+  EXPECT_EQ(Places()[0].find('\n'), std::string::npos);
+  EXPECT_EQ(Read("thunderbird://p/a/x y/-"), LocationState::Read);
+  EXPECT_THAT(Mails(), ElementsAre("Account=a,x y one"));
+  const std::vector<std::string> noted = Noted("thunderbird://p");
+  ASSERT_EQ(noted.size(), 2U);
+  EXPECT_EQ(noted[0].find('\n'), std::string::npos);
+}
+
 TEST_F(TodaysAccountsTest, ProfileMayHaveMoved) {
   tree.AddProfile("p", {"a", "b", "c"});
   tree.AddMailbox("p", "a", "Inbox", MailOf("1", "one"));

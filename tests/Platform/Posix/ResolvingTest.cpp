@@ -117,6 +117,24 @@ TEST_F(ResolvingTest, NameThatHoldsABackslashIsSaidWhereTextIsUnicode) {
   EXPECT_EQ(os::FileLength(folder_.Path(names[0]) + "\\" + within[0]), 1U);
 }
 
+TEST_F(ResolvingTest, NameThatHoldsALineBreakIsSaidWhereTextIsUnicode) {
+  const std::string native = (folder_.Native() / "a\nb\rc").string();
+  std::ofstream(native) << "x";
+  EXPECT_THAT(os::ListNames(folder_.Path(), "*", 0), testing::ElementsAre("a\nb\rc"));
+  const ScopedRules today({.text = TextEncoding::Utf8});
+  EXPECT_THAT(os::ListNames(folder_.Path(), "*", 0), testing::ElementsAre("a\xEF\x80\x8A"
+                                                                          "b\xEF\x80\x8D"
+                                                                          "c"));
+  EXPECT_EQ(os::ToNativePath(folder_.Path("a\xEF\x80\x8A"
+                                          "b\xEF\x80\x8D"
+                                          "c")),
+            native);
+  EXPECT_EQ(os::ToWindowsPath(native), folder_.Path("a\xEF\x80\x8A"
+                                                    "b\xEF\x80\x8D"
+                                                    "c"));
+  EXPECT_EQ(os::FileLength(folder_.Path("a\nb\rc")), 1U) << "it may still be said as it is";
+}
+
 // --- Letter case -----------------------------------------------------------------------------------------
 
 TEST_F(ResolvingTest, EveryNameOfAPathIsFoundWithoutRegardToCase) {
