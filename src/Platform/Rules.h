@@ -162,6 +162,12 @@ enum class MailTimes {
   OfTheReader,  // In the system's time zone, where the zone that is written is known.
 };
 
+// The clock by which it is told when a bookmark was made.
+enum class BookmarkTimes {
+  Universal,    // That of UTC.
+  OfTheReader,  // That of the system's time zone.
+};
+
 // How the lines of a part that isn't base64 end in its file.
 enum class PartLineEnds {
   CrLf,  // In CR LF, also the last one, whose end belongs to the boundary.

@@ -860,7 +860,7 @@ class CommandLine(ProgramCase):
         before = tree_bytes(self.samples)
         first = self.read("firefox://default/menu/")[0]
         self.assertEqual((first["Type"], first["Text"], first["Date"], first["Keywords"]),
-                         ("url", "Example", "15.01.2026 09:00:01", "menu"))
+                         ("url", "Example", "15.01.2026 10:00:01", "menu"))
         self.assertEqual(first["Data"], {"Url": "https://www.example.org/"})
         self.assertEqual(self.run_program("browse", "firefox://default/menu/Größen & Maße/*")[0], 0)
         self.assertEqual(tree_bytes(self.samples), before)

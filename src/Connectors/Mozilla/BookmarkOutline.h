@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <string>
@@ -35,6 +36,7 @@ struct BookmarkOutline {
     std::size_t position = kNone;
     ItemPtr item = {};                          // of a bookmark
     std::unique_ptr<const AsRead> asRead = {};  // of a bookmark whose text isn't its title
+    std::int64_t moment = 0;                    // at which a bookmark was made, in seconds since 1970
   };
 
   struct Folder {
@@ -61,9 +63,11 @@ struct BookmarkOutline {
     return folders.size() - 1;
   }
 
-  void AddBookmark(std::size_t within, std::string_view title, const ItemPtr& item, std::size_t position) {
+  void AddBookmark(std::size_t within, std::string_view title, const ItemPtr& item, std::size_t position,
+                   std::int64_t moment) {
     if (!IsKept() || !HasObject(item)) return;
     Entry& entry = folders[within].entries.emplace_back(Entry{Entry::Kind::Bookmark, position, item});
+    entry.moment = moment;
     std::string text = item->Text();
     if (text != title)
       entry.asRead = std::make_unique<const AsRead>(AsRead{std::string(title), std::move(text)});

@@ -1,6 +1,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -12,6 +13,7 @@
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/BookmarkTimes.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Host/RecordKeys.h"
 #include "Platform/CodePage.h"
@@ -30,10 +32,6 @@ constexpr std::string_view kEncodedID = "rdf";
 
 std::string Indent(std::int64_t level) {
   return std::string(static_cast<std::size_t>(level) * 4, ' ');
-}
-
-std::string EpochText(std::string_view stamp) {
-  return NumberText(StampToEpoch(stamp));
 }
 
 // What stands in the file for a character that would end or change the text it stands in, "" for any other.
@@ -97,11 +95,16 @@ void WriteAttribute(TextWriter& file, std::string_view name, std::string_view va
 class DateAttributes {
  public:
   explicit DateAttributes(TextWriter& file) : file_(file) {}
+  // Of an item that shows when it was made. Of which of two equal local times that is, its text doesn't tell.
+  DateAttributes(TextWriter& file, std::int64_t moment)
+      : file_(file),
+        date_(ShownBookmarkTime(moment)),
+        epoch_(NumberText(StampToEpoch(EpochToStamp(moment)))) {}
 
   void Write(std::string_view name, std::string date) {
     if (date.empty()) return;
     if (date != date_) {
-      epoch_ = EpochText(DisplayToStamp(date));
+      epoch_ = NumberText(SecondsOfShownTime(date));
       date_ = std::move(date);
     }
     WriteAttribute(file_, name, epoch_);
@@ -130,12 +133,12 @@ void WriteID(TextWriter& file, std::string_view id) {
 }
 
 // `title` is UTF-8.
-void WriteBookmark(TextWriter& file, const Item& item, const std::string& title, std::string_view indent) {
+void WriteBookmark(TextWriter& file, const Item& item, const std::string& title, std::string_view indent,
+                   DateAttributes dates) {
   file.Write(indent);
   file.Write("<DT><A HREF=\"");
   WriteMarkup(file, item.DataText(data_key::kUrl));
   file.Write("\"");
-  DateAttributes dates(file);
   dates.Write("ADD_DATE", item.DateCreated());
   dates.Write("LAST_VISIT", item.DateVisited());
   dates.Write("LAST_MODIFIED", item.DateModified());
@@ -160,7 +163,9 @@ void WriteHeader(TextWriter& file) {
   file.WriteLine("     DO NOT EDIT! -->");
   file.WriteLine("<META HTTP-EQUIV=\"Content-Type\" CONTENT=\"text/html; charset=UTF-8\">");
   file.WriteLine("<TITLE>Bookmarks</TITLE>");
-  file.WriteLine("<H1 LAST_MODIFIED=\"" + EpochText(NowStamp()) + "\">Bookmarks</H1>");
+  std::string now = NowStamp();
+  const std::string seconds = NumberText(SecondsOfShownTime(StampToDisplay(now)));
+  file.WriteLine("<H1 LAST_MODIFIED=\"" + seconds + "\">Bookmarks</H1>");
   file.WriteLine("");
 }
 
@@ -204,7 +209,7 @@ void EndList(TextWriter& file, const OpenList& list) {
   const std::string indent = Indent(list.level);
   const std::string itemIndent = Indent(list.level + 1);
   for (const ItemPtr& item : list.node->Items())
-    WriteBookmark(file, *item, Utf8Encode(item->Text()), itemIndent);
+    WriteBookmark(file, *item, Utf8Encode(item->Text()), itemIndent, DateAttributes(file));
   file.Write(indent);
   file.WriteLine("</DL><p>");
   if (list.attributes.find(kToolbarMark) == std::string::npos) return;
@@ -223,7 +228,8 @@ struct Part {
   TreePtr folder = {};  // with its place in the outline, if it has one
   std::size_t outlined = BookmarkOutline::kNone;
   ItemPtr bookmark = {};
-  std::string title = {};  // of both
+  std::string title = {};                   // of both
+  std::optional<std::int64_t> moment = {};  // at which an outlined bookmark was made
   // Neither: a separator.
 };
 
@@ -254,7 +260,7 @@ class OutlineParts {
         const BookmarkOutline::Folder& child = outline_.folders[entry.position];
         parts.push_back({.folder = child.node, .outlined = entry.position, .title = child.title});
       } else if (const ItemPtr* item = Stored(entry)) {
-        parts.push_back({.bookmark = *item, .title = TitleOf(entry, **item)});
+        parts.push_back({.bookmark = *item, .title = TitleOf(entry, **item), .moment = entry.moment});
       }
     }
   }
@@ -381,7 +387,8 @@ void Location_FireFox::SaveOutline(TextWriter& file) {
     if (part.folder != nullptr) {
       enter(part);
     } else if (part.bookmark != nullptr) {
-      WriteBookmark(file, *part.bookmark, part.title, indent);
+      WriteBookmark(file, *part.bookmark, part.title, indent,
+                    part.moment ? DateAttributes(file, *part.moment) : DateAttributes(file));
     } else {
       WriteSeparator(file, indent);
     }

@@ -6,8 +6,8 @@
 
 #include "Common/StdHttp.h"
 #include "Common/StdModul.h"
-#include "Common/StdTime.h"
 #include "Common/Width.h"
+#include "Connectors/Mozilla/BookmarkTimes.h"
 #include "Connectors/Mozilla/BrokenItems.h"
 #include "Connectors/Mozilla/Location_FireFox.h"
 #include "Host/RecordKeys.h"
@@ -177,12 +177,11 @@ std::string TitleValue(std::string_view title) {
   return value;
 }
 
-// Display text of microseconds since 1970 as decimal text.
-std::string DisplayDate(std::string_view microseconds) {
+// Seconds of microseconds since 1970 as decimal text.
+std::int64_t SecondsOfDate(std::string_view microseconds) {
   std::string seconds(microseconds);
   DropRight(seconds, kMicrosecondDigits);
-  std::string stamp = EpochToStamp(Within32(ReadNumber(seconds)));
-  return StampToDisplay(stamp);
+  return Within32(ReadNumber(seconds));
 }
 
 // The record of a bookmark in place of what `record` held.
@@ -191,7 +190,7 @@ void WriteUrlRecord(std::string& record, const BookmarkRow& row, std::string_vie
   AppendField(record, record_key::kId, NewGuidText());
   AppendField(record, record_key::kType, "url");
   AppendField(record, record_key::kText, TitleValue(row.title.empty() ? row.url : row.title));
-  AppendField(record, record_key::kDate, DisplayDate(row.date));
+  AppendField(record, record_key::kDate, ShownBookmarkTime(SecondsOfDate(row.date)));
   AppendDataField(record, data_key::kUrl, EscapeValue(row.url));
   AppendField(record, record_key::kKeywords, TitleValue(keywords));
   AppendField(record, record_key::kOwner, HostObjects::Current().Global().UserName());
@@ -276,7 +275,7 @@ class BookmarkReading {
       WriteUrlRecord(record_, row_, keywords_);
       const ItemPtr item = connector_.PasteItem(record_, false);
       outline_.AddBookmark(at.outlined, fields.Item(3), item,
-                           static_cast<std::size_t>(connector_.Count()) - 1);
+                           static_cast<std::size_t>(connector_.Count()) - 1, SecondsOfDate(row_.date));
       if (BrokenItemsAreNamed()) RequirePasted();
     } else if (row_.type == kSeparatorRow && isWanted) {
       outline_.AddSeparator(at.outlined);

@@ -1,11 +1,13 @@
 // bookmarks.html, and how the store of items changes.
 
+#include <cstdint>
 #include <filesystem>
 
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
 #include "Support/AsOrdinaryUser.h"
 #include "Support/ScopedRules.h"
+#include "Support/ScopedTimeZone.h"
 
 namespace vorlent::test {
 namespace {
@@ -292,6 +294,26 @@ TEST_F(TodaysExport, BytesThatAreNoUtf8AreTakenForTheCodePage) {
                        "http://a/\xE9");
   Open("firefox://x/")->Save();
   EXPECT_THAT(Exported(), testing::HasSubstr("<A HREF=\"http://a/é\" ID=\"rdf:{}\">Größe</A>"));
+}
+
+TEST_F(TodaysExport, TimesAreThoseOfTheBrowserToTheSecond) {
+  const ScopedTimeZone berlin("Europe/Berlin");
+  const ScopedRules today(Rules::Today());
+  // The last two are an hour apart, at which the clock shows the same.
+  for (const std::int64_t seconds : {1700000000, 1792888200, 1792891800})
+    Places().AddBookmark(1, "a", "http://a/", 0, seconds * 1000000);
+  const auto connector = Open("firefox://x/");
+  for (const auto& item : host_.Items) {
+    item->Created = item->Date();
+    item->Modified = "14.11.2023 23:13:21";
+  }
+  EXPECT_EQ(connector->Item(2)->Date(), connector->Item(3)->Date());
+  connector->Save();
+  const std::string file = folder_.Read(ExportName());
+  for (const char* seconds : {"1700000000", "1792888200", "1792891800"})
+    EXPECT_THAT(file,
+                testing::HasSubstr("ADD_DATE=\"" + std::string(seconds) + "\" LAST_MODIFIED=\"1700000001\""));
+  EXPECT_THAT(file, testing::HasSubstr("<H1 LAST_MODIFIED=\"1273408205\">")) << "12:30:05 in UTC";
 }
 
 TEST_F(TodaysExport, EverythingComesAsTheBrowserHasIt) {

@@ -1,11 +1,13 @@
 // The walks over the bookmarks: items and tree of what is read, and the folders that are listed.
 
+#include <cstdint>
 #include <regex>
 #include <utility>
 
 #include "Connectors/Mozilla/FireFoxFixture.h"
 #include "Platform/CodePage.h"
 #include "Support/ScopedRules.h"
+#include "Support/ScopedTimeZone.h"
 
 namespace vorlent::test {
 namespace {
@@ -246,7 +248,27 @@ TEST_F(LocationFireFoxReadingTest, DateBeyondThirtyTwoBitsIsAnOverflowOfTheWhole
   EXPECT_THAT(Texts(*connector), ElementsAre("a"));
 }
 
+TEST_F(LocationFireFoxReadingTest, TimesAreInTheReadersZoneToday) {
+  const ScopedTimeZone berlin("Europe/Berlin");
+  for (const std::int64_t date : {1700000000000000, 1750000000000000, 253402300799000000})
+    Places().AddBookmark(1, "a", "http://a/", 0, date);
+  {
+    const ScopedRules ample({.widths = Widths::Ample});
+    Open("firefox://x/");
+    EXPECT_THAT(Records(), ElementsAre(Url("a", "http://a/", "", "14.11.2023 22:13:20"),
+                                       Url("a", "http://a/", "", "15.06.2025 15:06:40"),
+                                       Url("a", "http://a/", "", "31.12.9999 23:59:59")));
+  }
+  host_.Items.clear();
+  const ScopedRules today(Rules::Today());
+  Open("firefox://x/");
+  EXPECT_THAT(Records(), ElementsAre(Url("a", "http://a/", "", "14.11.2023 23:13:20"),
+                                     Url("a", "http://a/", "", "15.06.2025 17:06:40"),
+                                     Url("a", "http://a/", "", "31.12.9999 23:59:59")));
+}
+
 TEST_F(LocationFireFoxReadingTest, DatesOutsideOfThirtyTwoBitsAreShownToday) {
+  const ScopedTimeZone utc("UTC");
   const ScopedRules today(Rules::Today());
   for (const std::int64_t date : {2147483648000000, 253402300799000000, 900000000000000000, -86400000000})
     Places().AddBookmark(1, "a", "http://a/", 0, date);
