@@ -88,9 +88,10 @@ endWine() {
 startWine() {
   # wineboot tells by the file that the prefix is there; what it says about 32 bits is no matter.
   runUnderWine "$work/boot.log" 120 wineboot --init || true
+  # The server writes the file as it ends, at the latest. It stays between two programs afterwards, of which each would
+  # start it anew.
+  timeout 60 /usr/lib/wine/wineserver64 -w || true
   [ -f "$WINEPREFIX/system.reg" ] || { cat "$work/boot.log" >&2; exit 1; }
-  # It stays between two programs, of which each would start it anew.
-  /usr/lib/wine/wineserver64 -w
   /usr/lib/wine/wineserver64 -p600
 }
 
