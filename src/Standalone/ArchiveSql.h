@@ -65,6 +65,7 @@ inline constexpr std::string_view kSelectItem =
     "SELECT id, type, text, keywords, date, owner, log, fields FROM items WHERE number = ?";
 inline constexpr std::string_view kRemoveItem = "DELETE FROM items WHERE number = ?";
 inline constexpr std::string_view kNumbersOfId = "SELECT number FROM items WHERE id = ? ORDER BY number";
+inline constexpr std::string_view kHasId = "SELECT 1 FROM items WHERE id = ? LIMIT 1";
 inline constexpr std::string_view kNumbersOfTwins =
     "SELECT number FROM items WHERE id = ? AND fingerprint = ? ORDER BY number";
 inline constexpr std::string_view kNumbersOfRenewed =

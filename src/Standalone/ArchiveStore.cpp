@@ -134,6 +134,7 @@ ArchiveStore::ArchiveStore(std::string_view path, Access access)
       selectFiles_(database_, sql::kFilesOfRange),
       markFile_(database_, sql::kMarkFile),
       selectById_(database_, sql::kNumbersOfId),
+      selectHasId_(database_, sql::kHasId),
       selectTwins_(database_, sql::kNumbersOfTwins),
       selectRenewed_(database_, sql::kNumbersOfRenewed),
       selectNumbers_(database_, sql::kAllNumbers),
@@ -243,7 +244,24 @@ std::vector<std::int64_t> ArchiveStore::NumbersOfRenewed(std::string_view id, st
   return Numbers(selectRenewed_.Bind(1, stored).Bind(2, fingerprint));
 }
 
+bool ArchiveStore::HasId(std::string_view id) {
+  const std::string stored = ToStored(id);
+  return selectHasId_.Bind(1, stored).RunForNumber() != 0;
+}
+
 std::vector<std::int64_t> ArchiveStore::NumbersOfTwins(const ItemRecord& record) {
+  std::vector<std::int64_t> numbers = NumbersOfSame(record);
+  if (record.Value(record_key::kType) != "mail") return numbers;
+  for (const std::string& id : IdsOfOld(record.Value(record_key::kId))) {
+    if (!HasId(id)) continue;
+    ItemRecord before = record;
+    before.Set(record_key::kId, id);
+    std::ranges::copy(NumbersOfSame(before), std::back_inserter(numbers));
+  }
+  return numbers;
+}
+
+std::vector<std::int64_t> ArchiveStore::NumbersOfSame(const ItemRecord& record) {
   const std::string id = record.Value(record_key::kId);
   const std::int64_t fingerprint = FingerprintOf(record);
   std::vector<std::int64_t> numbers = NumbersOf(id, fingerprint);

@@ -54,9 +54,11 @@ class ArchiveStore {
   // form.
   std::vector<std::int64_t> NumbersOf(std::string_view id);
   std::vector<std::int64_t> NumbersOf(std::string_view id, std::int64_t fingerprint);
+  bool HasId(std::string_view id);
   // The same as renewed for items that came in with another fingerprint.
   std::vector<std::int64_t> NumbersOfRenewed(std::string_view id, std::int64_t fingerprint);
-  // Those of items that may be the same as the one of a record, but for the bytes of their files.
+  // Those of items that may be the same as the one of a record, but for the bytes of their files: those of
+  // its ID first, then those that have one of before.
   std::vector<std::int64_t> NumbersOfTwins(const ItemRecord& record);
   std::vector<std::int64_t> AllNumbers();
   // 0 for an empty archive.
@@ -81,6 +83,7 @@ class ArchiveStore {
   void SetState(std::string_view key, std::int64_t value);
 
  private:
+  std::vector<std::int64_t> NumbersOfSame(const ItemRecord& record);
   void RenewFingerprints(Access access);
   void WriteFiles(std::int64_t number, const std::vector<StoredFile>& files);
   bool ReadFields(std::int64_t number, ItemRecord& record);
@@ -89,7 +92,7 @@ class ArchiveStore {
   SqliteDatabase database_;
   SqliteStatement insertItem_, updateItem_, removeItem_, selectItem_;
   SqliteStatement putFile_, removeFiles_, selectFiles_, markFile_;
-  SqliteStatement selectById_, selectTwins_, selectRenewed_, selectNumbers_, selectHighest_,
+  SqliteStatement selectById_, selectHasId_, selectTwins_, selectRenewed_, selectNumbers_, selectHighest_,
       selectIncomplete_;
   SqliteStatement selectSetting_, putSetting_, selectState_, putState_;
 };

@@ -89,4 +89,26 @@ std::array<std::int64_t, 2> FingerprintsOfOld(const ItemRecord& record) {
   return {HashOf(record, Sizes::AreLeftOut), HashOf(record, Sizes::Count)};
 }
 
+std::vector<std::string> IdsOfOld(std::string_view id) {
+  constexpr std::size_t kYear = 4, kMonth = 6, kDay = 8, kStamp = 14;
+  const bool hasStamp =
+      id.size() > kStamp && id[kStamp] == '-' && id.find_first_not_of("0123456789") == kStamp;
+  if (!hasStamp) return {};
+  const std::string stamp(id.substr(0, kStamp));
+  std::vector<std::string> stamps = {
+      "00000000000000",
+      "20000100000000",                                      // no date
+      stamp.substr(0, kYear) + "00" + stamp.substr(kMonth),  // a month in full or in small letters
+      stamp.substr(0, kYear) + "0000" + stamp.substr(kDay),  // such a month before the day
+      stamp.substr(0, kMonth) + "01" + stamp.substr(kDay),   // a day with a dot
+      stamp.substr(0, kDay) + "000000"};                     // a time without colons, or after a "T"
+  if (stamp < "1980") stamps.push_back("1980" + stamp.substr(kYear));
+  std::ranges::sort(stamps);
+  stamps.erase(std::ranges::unique(stamps).begin(), stamps.end());
+  std::erase(stamps, stamp);
+  for (std::string& each : stamps)
+    each += id.substr(kStamp);
+  return stamps;
+}
+
 }  // namespace vorlent

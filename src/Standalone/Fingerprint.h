@@ -3,6 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "Standalone/ItemRecord.h"
 
@@ -17,5 +20,9 @@ std::int64_t FingerprintOf(const ItemRecord& record);
 // As archives have it of the mails that came in when nearly all of that counted: without and with the
 // lengths.
 std::array<std::int64_t, 2> FingerprintsOfOld(const ItemRecord& record);
+
+// The IDs that a mail may have in an archive that it came into by other rules or by a program of before,
+// which read other dates or none: IDs begin with a stamp of it.
+std::vector<std::string> IdsOfOld(std::string_view id);
 
 }  // namespace vorlent

@@ -512,6 +512,30 @@ TEST_F(ArchiveTest, MailsOfAnArchiveOfBeforeAreKnownAgain) {
   EXPECT_EQ(archive_->ItemCount(), 1);
 }
 
+TEST_F(ArchiveTest, MailWhoseDateWasReadOtherwiseIsKnownAgain) {
+  struct Row {
+    const char *before, *today;
+  };
+  constexpr Row rows[] = {
+      {"20000100000000-1@x", "00000000000000-1@x"}, {"20000100000000-2@x", "20260203100000-2@x"},
+      {"00000000000000-3@x", "20260203100000-3@x"}, {"19800101000000-4@x", "19700101000000-4@x"},
+      {"20260001100000-5@x", "20260601100000-5@x"}, {"20260101103000-6@x", "20260105103000-6@x"},
+      {"20260105000000-7@x", "20260105103000-7@x"}};
+  const auto record = [&](const char* id, const std::string& text) {
+    return std::string("Type=mail|Text=a|ID=") + id + FileField("File", "mail.eml", text);
+  };
+  for (const Row& row : rows) {
+    const auto first = Import(record(row.before, "text"));
+    const auto again = Import(record(row.today, "text"));
+    EXPECT_TRUE(again->WasThere()) << row.today;
+    EXPECT_EQ(again->ID(), row.before);
+    EXPECT_FALSE(Import(record(row.today, "other"))->WasThere()) << row.today;
+  }
+  EXPECT_FALSE(Import(record("20260105103000-8@x", "text"))->WasThere());
+  EXPECT_FALSE(Import(record("20260106103000-8@x", "text"))->WasThere());
+  EXPECT_FALSE(Import(record("-", "text"))->WasThere());
+}
+
 TEST_F(ArchiveTest, OnlyAMailThatIsThereAlreadyWasThere) {
   const std::string head = "ID=1|Type=mail|Text=a";
   EXPECT_FALSE(Import(head + FileField("File", "mail.eml", "text"))->WasThere());
