@@ -236,8 +236,12 @@ void ArchiveItem::MergeWithTwins() {
     if (fuller != Fuller::Twin) continue;
     content->Remove({number_, {}, StoredFiles()});
     std::string keywords = Keywords();
+    const std::map<std::string, std::string> headed = DescriptionsFor(twin);
     Become(std::move(twin));
     wasThere_ = true;
+    for (const auto& [key, description] : headed)
+      Describe(key, description);
+    if (!headed.empty()) Save();
     content->Confirm(number_);
     if (content->HeldItem(number_) == nullptr) content->Hold(number_, shared_from_this());
     while (!keywords.empty())
@@ -246,8 +250,21 @@ void ArchiveItem::MergeWithTwins() {
   }
 }
 
+// What this item tells of its attachments' headings where the twin, of an archive of before, doesn't.
+std::map<std::string, std::string> ArchiveItem::DescriptionsFor(const StoredItem& twin) const {
+  std::map<std::string, std::string> descriptions;
+  if (HeadingsOf(record_).empty() || !HeadingsOf(twin.record).empty()) return descriptions;
+  for (const auto& [key, file] : files_) {
+    if (!DescribesAttachment(key)) continue;
+    std::string description = record_.DataValue(key);
+    CutLine(description);
+    descriptions.emplace(key, description);
+  }
+  return descriptions;
+}
+
 ArchiveItem::Fuller ArchiveItem::Compare(const StoredItem& twin) const {
-  if (twin.files.size() != files_.size()) return Fuller::Neither;
+  if (twin.files.size() != files_.size() || HaveOtherHeadings(record_, twin.record)) return Fuller::Neither;
   const ArchiveFiles& files = Content()->Files();
   bool lacksFiles = false;
   bool twinLacksFiles = false;

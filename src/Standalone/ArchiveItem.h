@@ -83,6 +83,7 @@ class ArchiveItem : public StandaloneItem {
   // Which of two items that are the same as far as their files are there can stand for both.
   enum class Fuller { Neither, This, Twin };
   Fuller Compare(const StoredItem& twin) const;
+  std::map<std::string, std::string> DescriptionsFor(const StoredItem& twin) const;
 
   std::weak_ptr<ArchiveContent> content_;
   std::int64_t number_ = 0;

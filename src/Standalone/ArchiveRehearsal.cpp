@@ -21,6 +21,8 @@ std::int64_t FullFingerprintOf(const RehearsedItem& item) {
   TextHash all;
   all.Add(std::to_string(item.Fingerprint()));
   std::array<char, 64 * 1024> block;
+  for (const std::string& heading : HeadingsOf(item.Taken()))
+    all.Add(heading);
   for (const auto& [key, path] : item.Files()) {
     all.Add(key);
     if (key == kMailFileKey) {
@@ -45,8 +47,9 @@ RehearsedItem::RehearsedItem(std::weak_ptr<ArchiveRehearsal> rehearsal, std::str
 }
 
 void RehearsedItem::TakeFile(std::string_view key, std::string_view path, std::string_view,
-                             std::string_view) {
+                             std::string_view metaData) {
   os::FileLength(path);
+  taken_.SetData(key, metaData);
   files_.insert_or_assign(std::string(key), std::string(path));
 }
 
@@ -91,7 +94,8 @@ bool ArchiveRehearsal::ArchiveHas(const RehearsedItem& item) {
 }
 
 bool ArchiveRehearsal::HasFilesOf(const StoredItem& stored, const RehearsedItem& item) const {
-  if (stored.files.size() != item.Files().size()) return false;
+  if (stored.files.size() != item.Files().size() || HaveOtherHeadings(stored.record, item.Taken()))
+    return false;
   return std::all_of(stored.files.begin(), stored.files.end(), [&](const StoredFile& file) {
     const auto own = item.Files().find(file.key);
     const auto areAlike = file.key == kMailFileKey ? &HoldSameMail : &ArchiveFiles::HaveSameBytes;

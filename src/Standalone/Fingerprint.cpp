@@ -89,6 +89,29 @@ std::array<std::int64_t, 2> FingerprintsOfOld(const ItemRecord& record) {
   return {HashOf(record, Sizes::AreLeftOut), HashOf(record, Sizes::Count)};
 }
 
+std::vector<std::string> HeadingsOf(const ItemRecord& record) {
+  std::vector<std::string> headings;
+  bool tellsAny = false;
+  for (std::int32_t position = 1; position <= record.DataCount(); ++position) {
+    if (!DescribesAttachment(record.DataKey(position))) continue;
+    const std::string description = record.DataValue(position);
+    std::string& heading = headings.emplace_back();
+    for (const std::string_view key : {"type", "contentid", "disposition"}) {
+      const std::string value = GetLineValue(description, key);
+      tellsAny = tellsAny || !value.empty();
+      heading.append(value) += '\n';
+    }
+  }
+  if (!tellsAny) headings.clear();
+  return headings;
+}
+
+bool HaveOtherHeadings(const ItemRecord& one, const ItemRecord& other) {
+  const std::vector<std::string> first = HeadingsOf(one);
+  const std::vector<std::string> second = HeadingsOf(other);
+  return !first.empty() && !second.empty() && first != second;
+}
+
 std::vector<std::string> IdsOfOld(std::string_view id) {
   constexpr std::size_t kYear = 4, kMonth = 6, kDay = 8, kStamp = 14;
   const bool hasStamp =

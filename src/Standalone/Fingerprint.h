@@ -21,6 +21,12 @@ std::int64_t FingerprintOf(const ItemRecord& record);
 // lengths.
 std::array<std::int64_t, 2> FingerprintsOfOld(const ItemRecord& record);
 
+// How the parts of a mail's attachments were headed, as far as their descriptions tell: by type, ID and
+// disposition. Nothing if none of them does, as in archives of before.
+std::vector<std::string> HeadingsOf(const ItemRecord& record);
+// Whether two records tell of headings that differ.
+bool HaveOtherHeadings(const ItemRecord& one, const ItemRecord& other);
+
 // The IDs that a mail may have in an archive that it came into by other rules or by a program of before,
 // which read other dates or none: IDs begin with a stamp of it.
 std::vector<std::string> IdsOfOld(std::string_view id);

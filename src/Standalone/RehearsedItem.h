@@ -29,11 +29,14 @@ class RehearsedItem : public StandaloneItem {
   std::int64_t Fingerprint() const { return fingerprint_; }
   // Paths by data fields.
   const std::map<std::string, std::string, std::less<>>& Files() const { return files_; }
+  // Descriptions of the files as they were taken.
+  const ItemRecord& Taken() const { return taken_; }
 
  private:
   std::weak_ptr<ArchiveRehearsal> rehearsal_;
   std::int64_t fingerprint_ = 0;
   std::map<std::string, std::string, std::less<>> files_;
+  ItemRecord taken_;
   bool wasThere_ = false;
 };
 

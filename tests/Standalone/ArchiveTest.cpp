@@ -519,8 +519,8 @@ TEST_F(ArchiveTest, MailWhoseDateWasReadOtherwiseIsKnownAgain) {
   constexpr Row rows[] = {
       {"20000100000000-1@x", "00000000000000-1@x"}, {"20000100000000-2@x", "20260203100000-2@x"},
       {"00000000000000-3@x", "20260203100000-3@x"}, {"19800101000000-4@x", "19700101000000-4@x"},
-      {"20260001100000-5@x", "20260601100000-5@x"}, {"20260101103000-6@x", "20260105103000-6@x"},
-      {"20260105000000-7@x", "20260105103000-7@x"}};
+      {"20260001100000-5@x", "20260601100000-5@x"}, {"20260000100000-0@x", "20260905100000-0@x"},
+      {"20260101103000-6@x", "20260105103000-6@x"}, {"20260105000000-7@x", "20260105103000-7@x"}};
   const auto record = [&](const char* id, const std::string& text) {
     return std::string("Type=mail|Text=a|ID=") + id + FileField("File", "mail.eml", text);
   };
@@ -534,6 +534,52 @@ TEST_F(ArchiveTest, MailWhoseDateWasReadOtherwiseIsKnownAgain) {
   EXPECT_FALSE(Import(record("20260105103000-8@x", "text"))->WasThere());
   EXPECT_FALSE(Import(record("20260106103000-8@x", "text"))->WasThere());
   EXPECT_FALSE(Import(record("-", "text"))->WasThere());
+}
+
+TEST_F(ArchiveTest, MailsThatDifferInHowAnAttachmentIsHeadedAreBothKept) {
+  const auto record = [&](const std::string& heading) {
+    return "ID=1|Type=mail|Text=a" + FileField("File", "mail.eml", "text") +
+           FileField("FileAttach1", "a.txt", "abc") + (heading.empty() ? "" : "\\n" + heading);
+  };
+  const std::vector<std::string> headings = {"type=a/b", "type=a/c", "type=a/b\\ncontentid=<1>",
+                                             "type=a/b\\ndisposition=inline"};
+  for (const std::string& heading : headings)
+    EXPECT_FALSE(Import(record(heading))->WasThere()) << heading;
+  for (const std::string& heading : headings)
+    EXPECT_TRUE(Import(record(heading))->WasThere()) << heading;
+  EXPECT_TRUE(Import(record(""))->WasThere());
+  EXPECT_EQ(archive_->ItemCount(), 4);
+}
+
+TEST_F(ArchiveTest, MailOfAnArchiveOfBeforeLearnsHowItsAttachmentsAreHeaded) {
+  const auto record = [&](const std::string& heading) {
+    return "ID=1|Type=mail|Text=a" + FileField("File", "mail.eml", "text") +
+           FileField("FileAttach1", "a.txt", "abc") + heading;
+  };
+  const auto first = Import(record(""));
+  EXPECT_TRUE(Import(record("\\ntype=a/b"))->WasThere());
+  Reopen();
+  ASSERT_EQ(archive_->ItemCount(), 1);
+  const auto item = archive_->ItemAt(1);
+  EXPECT_EQ(GetLineValue(item->DataText("FileAttach1"), "type"), "a/b");
+  EXPECT_EQ(BytesOf(item, "FileAttach1"), "abc");
+}
+
+TEST_F(ArchiveTest, RehearsalTellsMailsByHowTheirAttachmentsAreHeaded) {
+  const auto wasThere = [&](ArchiveRehearsal& rehearsal, const std::string& heading) {
+    const auto item = AsStandalone(
+        rehearsal.PasteRecord("ID=1|Type=mail|Text=a" + FileField("FileAttach1", "a.txt", "abc")));
+    item->TakeFile("FileAttach1", folder_.Path("temp\\a.txt"), "move", "file=a.txt\r\nsize=3\r\n" + heading);
+    item->SetConnected(true);
+    return item->WasThere();
+  };
+  Import("ID=1|Type=mail|Text=a" + FileField("FileAttach1", "a.txt", "abc") + "\\ntype=a/b");
+  archive_->Close();
+  const auto rehearsal =
+      std::make_shared<ArchiveRehearsal>(std::weak_ptr<StandaloneGlobal>(), folder_.Path("archive"));
+  EXPECT_TRUE(wasThere(*rehearsal, "type=a/b"));
+  EXPECT_FALSE(wasThere(*rehearsal, "type=a/c"));
+  EXPECT_TRUE(wasThere(*rehearsal, "type=a/c"));
 }
 
 TEST_F(ArchiveTest, OnlyAMailThatIsThereAlreadyWasThere) {
