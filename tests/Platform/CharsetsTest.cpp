@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -64,6 +65,70 @@ TEST_F(CharsetsTest, NamesThatOnlyBrowsersKnowAreKnown) {
   };
   for (const CharsetCase& each : cases)
     EXPECT_EQ(FromCharset(each.bytes, each.charset), each.text) << each.charset;
+}
+
+// The names of the WHATWG's encoding standard, and others that mails have. ASCII is UTF-8 where it can be.
+TEST_F(CharsetsTest, AllNamesThatBrowsersKnowAreKnown) {
+  const std::vector<CharsetCase> cases = {
+      {"866 cp866 csibm866 ibm866", "\xA6", "ж"},
+      {"csisolatin2 iso-8859-2 iso-ir-101 iso8859-2 iso88592 iso_8859-2 iso_8859-2:1987 l2 latin2", "\xB1",
+       "ą"},
+      {"csisolatin3 iso-8859-3 iso-ir-109 iso8859-3 iso88593 iso_8859-3 iso_8859-3:1988 l3 latin3", "\xB1",
+       "ħ"},
+      {"csisolatin4 iso-8859-4 iso-ir-110 iso8859-4 iso88594 iso_8859-4 iso_8859-4:1988 l4 latin4", "\xB1",
+       "ą"},
+      {"csisolatincyrillic cyrillic iso-8859-5 iso-ir-144 iso8859-5 iso88595 iso_8859-5 iso_8859-5:1988",
+       "\xB1", "Б"},
+      {"arabic asmo-708 csiso88596e csiso88596i csisolatinarabic ecma-114 iso-8859-6 iso-8859-6-e "
+       "iso-8859-6-i iso-ir-127 iso8859-6 iso88596 iso_8859-6 iso_8859-6:1987",
+       "\xC8", "ب"},
+      {"csisolatingreek ecma-118 elot_928 greek greek8 iso-8859-7 iso-ir-126 iso8859-7 iso88597 iso_8859-7 "
+       "iso_8859-7:1987 sun_eu_greek",
+       "\xE1", "α"},
+      {"csiso88598e csisolatinhebrew hebrew iso-8859-8 iso-8859-8-e iso-ir-138 iso8859-8 iso88598 iso_8859-8 "
+       "iso_8859-8:1988 visual csiso88598i iso-8859-8-i logical",
+       "\xF9", "ש"},
+      {"csisolatin6 iso-8859-10 iso-ir-157 iso8859-10 iso885910 l6 latin6", "\xB1", "ą"},
+      {"iso-8859-13 iso8859-13 iso885913", "\xE0", "ą"},
+      {"iso-8859-14 iso8859-14 iso885914", "\xA1", "Ḃ"},
+      {"csisolatin9 iso-8859-15 iso8859-15 iso885915 iso_8859-15 l9", "\xA4", "€"},
+      {"iso-8859-16", "\xA1", "Ą"},
+      {"cskoi8r koi koi8 koi8-r koi8_r", "\xD6", "ж"},
+      {"koi8-ru koi8-u", "\xA4", "є"},
+      {"csmacintosh mac macintosh x-mac-roman", "\x8E", "é"},
+      {"dos-874 iso-8859-11 iso8859-11 iso885911 tis-620 windows-874", "\xE4", "ไ"},
+      {"cp1250 windows-1250 x-cp1250", "\xB9", "ą"},
+      {"cp1251 windows-1251 x-cp1251 win1251 windows1251", "\xE6", "ж"},
+      {"ansi_x3.4-1968 ascii cp1252 cp819 csisolatin1 ibm819 iso-8859-1 iso-ir-100 iso8859-1 iso88591 "
+       "iso_8859-1 iso_8859-1:1987 l1 latin1 us-ascii windows-1252 x-cp1252",
+       "\x80", "€"},
+      {"cp1253 windows-1253 x-cp1253", "\xE1", "α"},
+      {"cp1254 csisolatin5 iso-8859-9 iso-ir-148 iso8859-9 iso88599 iso_8859-9 iso_8859-9:1989 l5 latin5 "
+       "windows-1254 x-cp1254",
+       "\x80\xFD", "€ı"},
+      {"cp1255 windows-1255 x-cp1255", "\xF9", "ש"},
+      {"cp1256 windows-1256 x-cp1256", "\xC8", "ب"},
+      {"cp1257 windows-1257 x-cp1257", "\xE0", "ą"},
+      {"cp1258 windows-1258 x-cp1258", "\xFE", "₫"},
+      {"x-mac-cyrillic x-mac-ukrainian", "\xE6", "ж"},
+      {"chinese csgb2312 csiso58gb231280 gb2312 gb_2312 gb_2312-80 gbk iso-ir-58 x-gbk gb18030 gb18030-2022",
+       "\xD6\xD0", "中"},
+      {"big5 big5-hkscs cn-big5 csbig5 x-x-big5", "\xC1\x63", "繁"},
+      {"cseucpkdfmtjapanese euc-jp x-euc-jp cp51932", "\xC6\xFC", "日"},
+      {"csiso2022jp iso-2022-jp", "\x1B$BF|\x1B(B", "日"},
+      {"csshiftjis ms932 ms_kanji shift-jis shift_jis sjis windows-31j x-sjis", "\x93\xFA", "日"},
+      {"cseuckr csksc56011987 euc-kr iso-ir-149 korean ks_c_5601-1987 ks_c_5601-1989 ksc5601 ksc_5601 "
+       "windows-949 ks_c_5601 x-windows-949",
+       "\x8C\x63", "똠"},
+      {"unicode-1-1-utf-8 unicode11utf8 unicode20utf8 utf-8 utf8 x-unicode20utf8", "\xC3\xA9", "é"},
+      {"unicodefffe utf-16be", "N-", "中"},
+      {"csunicode iso-10646-ucs-2 ucs-2 unicode unicodefeff utf-16 utf-16le", "-N", "中"},
+  };
+  for (const CharsetCase& each : cases) {
+    std::istringstream names(each.charset);
+    for (std::string name; names >> name;)
+      EXPECT_EQ(FromCharset(each.bytes, name), each.text) << name;
+  }
 }
 
 TEST_F(CharsetsTest, JapaneseMailMayHaveKanaOfHalfWidth) {

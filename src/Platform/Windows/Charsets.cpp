@@ -24,12 +24,19 @@ struct NamedPage {
 
 // The code pages of charsets that aren't called after them.
 constexpr NamedPage kPages[] = {
-    {"koi8-r", 20866},       {"koi8-u", 21866},      {"big5", 950},          {"big5-hkscs", 950},
-    {"gb18030", kGb18030},   {"hz-gb-2312", 52936},  {"hz", 52936},          {"euc-jp", 20932},
-    {"euc-cn", 936},         {"iso-2022-kr", 50225}, {"tis-620", 874},       {"macintosh", 10000},
-    {"mac-cyrillic", 10007}, {"utf-7", CP_UTF7},     {"iso-8859-2", 28592},  {"iso-8859-3", 28593},
-    {"iso-8859-4", 28594},   {"iso-8859-5", 28595},  {"iso-8859-6", 28596},  {"iso-8859-7", 28597},
-    {"iso-8859-8", 28598},   {"iso-8859-9", 28599},  {"iso-8859-13", 28603}, {"iso-8859-15", 28605},
+    {"koi8-r", 20866},       {"koi8-u", 21866},
+    {"big5", 950},           {"big5-hkscs", 950},
+    {"gb18030", kGb18030},   {"hz-gb-2312", 52936},
+    {"hz", 52936},           {"euc-jp", 20932},
+    {"euc-cn", 936},         {"iso-2022-kr", 50225},
+    {"tis-620", 874},        {"macintosh", 10000},
+    {"mac-cyrillic", 10007}, {"mac-centraleurope", 10029},
+    {"utf-7", CP_UTF7},      {"iso-8859-2", 28592},
+    {"iso-8859-3", 28593},   {"iso-8859-4", 28594},
+    {"iso-8859-5", 28595},   {"iso-8859-6", 28596},
+    {"iso-8859-7", 28597},   {"iso-8859-8", 28598},
+    {"iso-8859-9", 28599},   {"iso-8859-13", 28603},
+    {"iso-8859-15", 28605},
 };
 
 constexpr std::string_view kNumberedPrefixes[] = {"windows-", "cp", "ibm", "ms"};
