@@ -1,6 +1,10 @@
 #include "Connectors/Mozilla/Thunderbird_Module.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include "Common/JsonReader.h"
 #include "Common/LineFile.h"
@@ -12,9 +16,11 @@
 #include "Connectors/Mozilla/Profiles.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Connectors/Mozilla/SiblingNames.h"
+#include "Platform/Files.h"
 #include "Platform/NativePaths.h"
 #include "Platform/Platform.h"
 #include "Platform/Rules.h"
+#include "Platform/Time.h"
 
 namespace vorlent {
 
@@ -29,6 +35,8 @@ KeyedList<std::string> prefNames;
 KeyedList<std::string> prefValues;
 std::vector<MailAccount> mailAccounts;
 std::string profileOfAccounts;  // "" for none and for the disks
+// Of the preferences that tell them: length and time of the last change.
+std::pair<std::uint64_t, DateTime> stampOfAccounts;
 FolderNames folderNames;
 
 std::string Joined(std::string_view a, std::string_view b, std::string_view c = {}) {
@@ -150,19 +158,59 @@ void AddMailboxes(KeyedList<std::string>& list, std::string_view prefix, std::st
   }
 }
 
-// Of a profile folder, whose preferences are read anew.
-void ReadMailAccounts(std::string_view profilePath) {
-  ForgetAccounts();
-  prefNames.Clear();
-  prefValues.Clear();
-  const std::string prefs = AddPathSep(profilePath) + "prefs.js";
-  if (FileExists(prefs)) ReadPrefs(prefs);
-  mailAccounts = MailAccountsOf(profilePath, GetPref);
+// Lets names of folders be those of the accounts in memory.
+void TurnFolderNames(std::string_view profilePath) {
+  folderNames.TurnTo(profilePath);
   std::vector<std::string> foldersOfImap;
   for (const MailAccount& account : mailAccounts) {
     if (account.isImap) foldersOfImap.push_back(account.folder);
   }
   folderNames.ServersNameThoseIn(std::move(foldersOfImap));
+}
+
+std::string PrefsOf(std::string_view profilePath) {
+  return AddPathSep(profilePath) + "prefs.js";
+}
+
+std::pair<std::uint64_t, DateTime> StampOfPrefs(std::string_view profilePath) {
+  std::pair<std::uint64_t, DateTime> stamp;
+  const std::string prefs = PrefsOf(profilePath);
+  Swallow([&] { stamp = {os::FileLength(prefs), os::ReadChangeTime(prefs)}; });
+  return stamp;
+}
+
+// The keyword path of a mailbox of one of the accounts in memory.
+std::optional<std::string> KeywordsByAccounts(std::string_view file) {
+  for (const MailAccount& account : mailAccounts) {
+    const std::string folder = AddPathSep(account.folder);
+    if (!EqualNoCase(file.substr(0, folder.size()), folder)) continue;
+    const std::string folders = ShownPath(folder, file.substr(folder.size()));
+    return "Account=" + account.name + (folders.empty() ? "" : ",") + folders;
+  }
+  return std::nullopt;
+}
+
+// The same of a mailbox in the profile read last: a run asks for each of its mailboxes, and by the rules of
+// today the preferences aren't read for each of them unless they have changed.
+std::optional<std::string> KeywordsByMemory(std::string_view file) {
+  if (!AccountsAreAsShown() || profileOfAccounts.empty() ||
+      !file.starts_with(AddPathSep(profileOfAccounts)) || StampOfPrefs(profileOfAccounts) != stampOfAccounts)
+    return std::nullopt;
+  TurnFolderNames(profileOfAccounts);
+  return KeywordsByAccounts(file);
+}
+
+// Of a profile folder, whose preferences are read anew.
+void ReadMailAccounts(std::string_view profilePath) {
+  ForgetAccounts();
+  prefNames.Clear();
+  prefValues.Clear();
+  const auto stamp = StampOfPrefs(profilePath);
+  const std::string prefs = PrefsOf(profilePath);
+  if (FileExists(prefs)) ReadPrefs(prefs);
+  mailAccounts = MailAccountsOf(profilePath, GetPref);
+  TurnFolderNames(profilePath);
+  stampOfAccounts = stamp;
   profileOfAccounts = profilePath;
 }
 
@@ -302,14 +350,10 @@ bool FolderHasEntries(std::string_view folder) {
 }
 
 std::string GetKeywordsOfFile(std::string_view file) {
+  if (const auto keywords = KeywordsByMemory(file)) return *keywords;
   for (const MozillaProfile& profile : ReadMozillaProfiles(kThunderbirdScheme.appFolder)) {
-    for (const std::string& entry : GetAccounts("", kAll, profile.path)) {
-      const DiscoveryEntry account = SplitDiscoveryEntry(entry);
-      const std::string folder = AddPathSep(account.path);
-      if (!EqualNoCase(file.substr(0, folder.size()), folder)) continue;
-      const std::string folders = ShownPath(folder, file.substr(folder.size()));
-      return "Account=" + account.text + (folders.empty() ? "" : ",") + folders;
-    }
+    GetAccounts("", kAll, profile.path);
+    if (const auto keywords = KeywordsByAccounts(file)) return *keywords;
   }
   std::string folders(file);
   ReplaceText(folders, kSubfolderStep, ",");

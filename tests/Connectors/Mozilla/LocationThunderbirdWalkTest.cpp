@@ -585,6 +585,21 @@ TEST_F(TodaysAccountsTest, PreferencesAreReadOnceForAllAccounts) {
   EXPECT_THAT(Mails(), IsEmpty()) << "the preferences of before were taken";
 }
 
+TEST_F(TodaysAccountsTest, KeywordsOfAMailboxAreThoseOfThePreferencesAsTheyAre) {
+  tree.AddProfile("p", {"a", "b"});
+  tree.AddProfile("q", {"c"});
+  const auto keywordsIn = [&](const char* profile, const char* account) {
+    return GetKeywordsOfFile(tree.AccountFolder(profile, account) + "Inbox");
+  };
+  for (int run = 0; run < 2; ++run) {
+    EXPECT_EQ(keywordsIn("p", "b"), "Account=b,Inbox");
+    EXPECT_EQ(keywordsIn("p", "a"), "Account=a,Inbox");
+    EXPECT_EQ(keywordsIn("q", "c"), "Account=c,Inbox");
+  }
+  tree.AddPref("q", "mail.server.server1.name", "renamed");
+  EXPECT_EQ(keywordsIn("q", "c"), "Account=renamed,Inbox");
+}
+
 TEST_F(TodaysAccountsTest, TwoOfANameAreEachRead) {
   tree.AddProfile("p", {"a", "b", "c"});
   for (const char* server : {"1", "2"})
