@@ -98,7 +98,7 @@ TEST_F(CharsetsTest, AllNamesThatBrowsersKnowAreKnown) {
       {"csmacintosh mac macintosh x-mac-roman", "\x8E", "é"},
       {"dos-874 iso-8859-11 iso8859-11 iso885911 tis-620 windows-874", "\xE4", "ไ"},
       {"cp1250 windows-1250 x-cp1250", "\xB9", "ą"},
-      {"cp1251 windows-1251 x-cp1251 win1251 windows1251", "\xE6", "ж"},
+      {"cp1251 windows-1251 x-cp1251 cp-1251 ansi-1251 win1251 windows1251", "\xE6", "ж"},
       {"ansi_x3.4-1968 ascii cp1252 cp819 csisolatin1 ibm819 iso-8859-1 iso-ir-100 iso8859-1 iso88591 "
        "iso_8859-1 iso_8859-1:1987 l1 latin1 us-ascii windows-1252 x-cp1252",
        "\x80", "€"},
@@ -113,10 +113,10 @@ TEST_F(CharsetsTest, AllNamesThatBrowsersKnowAreKnown) {
       {"x-mac-cyrillic x-mac-ukrainian", "\xE6", "ж"},
       {"chinese csgb2312 csiso58gb231280 gb2312 gb_2312 gb_2312-80 gbk iso-ir-58 x-gbk gb18030 gb18030-2022",
        "\xD6\xD0", "中"},
-      {"big5 big5-hkscs cn-big5 csbig5 x-x-big5", "\xC1\x63", "繁"},
+      {"big5 big5-hkscs cn-big5 big5-eten csbig5 x-x-big5", "\xC1\x63", "繁"},
       {"cseucpkdfmtjapanese euc-jp x-euc-jp cp51932", "\xC6\xFC", "日"},
       {"csiso2022jp iso-2022-jp", "\x1B$BF|\x1B(B", "日"},
-      {"csshiftjis ms932 ms_kanji shift-jis shift_jis sjis windows-31j x-sjis", "\x93\xFA", "日"},
+      {"x-ms-cp932 csshiftjis ms932 ms_kanji shift-jis shift_jis sjis windows-31j x-sjis", "\x93\xFA", "日"},
       {"cseuckr csksc56011987 euc-kr iso-ir-149 korean ks_c_5601-1987 ks_c_5601-1989 ksc5601 ksc_5601 "
        "windows-949 ks_c_5601 x-windows-949",
        "\x8C\x63", "똠"},
