@@ -116,6 +116,13 @@ class VORLENT_PUBLIC BookmarkConnector : public Connector {
   virtual void Save() = 0;
   // The keywords below that of an expression; nothing if the host fails to tell. May replace the reference.
   virtual std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr& expr) = 0;
+
+  // As Save, but into a file.
+  virtual void SaveInto(std::string_view path) = 0;
+  // Folder of the profile read last, with a trailing separator; "" before the first was found.
+  virtual std::string ProfileFolder() const = 0;
+  // The database that was looked for last, whether there is one or not; "" before the first time.
+  virtual std::string DatabaseFile() const = 0;
 };
 
 class VORLENT_PUBLIC CalendarConnector : public Connector {
@@ -129,6 +136,9 @@ class VORLENT_PUBLIC CalendarConnector : public Connector {
   // The calendars of a profile folder: discovery entries for "*", else the id of the calendar of that name.
   virtual KeyedList<std::string> GetCalendars(std::string_view prefolder, std::string_view fld,
                                               std::string_view path) = 0;
+
+  // The database looked at last, "" before that.
+  virtual std::string DatabaseFile() const = 0;
 };
 
 // The actions that the component adds to the host's menu.

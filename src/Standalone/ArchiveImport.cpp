@@ -2,13 +2,12 @@
 
 #include <memory>
 
-#include "Component/Component.h"
 #include "Host/Connector.h"
 
 namespace vorlent {
 
-void ArchiveImport::Run() {
-  const auto actions = RequireAs<ActionList>(CreateObject("VorlentMozilla.Actions"));
+void ArchiveImport::Run(const StandaloneGlobal::ConnectorFactory& create) {
+  const auto actions = RequireAs<ActionList>(create("VorlentMozilla.Actions"));
   actions->SetRunObserver(this);
   const auto settle = [&] {
     if (portions_) portions_->Finish();

@@ -5,8 +5,10 @@
 #include <memory>
 #include <optional>
 
+#include "Component/Component.h"
 #include "Standalone/Archive.h"
 #include "Standalone/RunTally.h"
+#include "Standalone/StandaloneGlobal.h"
 
 namespace vorlent {
 
@@ -15,8 +17,9 @@ namespace vorlent {
 // proves that it has them.
 class ArchiveImport : public RunTally {
  public:
-  // Carries out what the host's wizard answers. A failure of the run rises.
-  void Run();
+  // Carries out what the host's wizard answers. A failure of the run rises. `create` makes the component's
+  // objects.
+  void Run(const StandaloneGlobal::ConnectorFactory& create = CreateObject);
 
   // Those of the mails delivered that the archive had already.
   std::int64_t AlreadyThere() const { return alreadyThere_; }

@@ -68,7 +68,7 @@ class StandaloneGlobal : public HostGlobal, public std::enable_shared_from_this<
   StandaloneWindow& Window() { return *window_; }
   const std::shared_ptr<TopicsLocation>& TopicsOfHost();
 
-  // Makes the connectors' objects; the component's own entry unless a test stands in for it.
+  // Makes the component's objects: its own entry, unless another way to them or a test stands in for that.
   using ConnectorFactory = std::function<ObjectPtr(std::string_view progId)>;
   void SetConnectorFactory(ConnectorFactory factory) { createConnector_ = std::move(factory); }
   ObjectPtr CreateConnector(std::string_view progId) { return createConnector_(progId); }

@@ -19,7 +19,7 @@ MISTAKES = re.compile(r"ErrorNumber::(?:ObjectNotSet|SubscriptOutOfRange|Invalid
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 PLACE = re.compile(r"\{\d\*?\}")
 # Names, and what isn't told.
-NO_TEXTS = {"FireFox", "error"}
+NO_TEXTS = {"FireFox", "SetRunObserver", "error"}
 
 
 def joined(text):

@@ -8,7 +8,8 @@
 #include "Apps/CommandLine/Verbs.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/BrokenItems.h"
-#include "Connectors/Mozilla/Location_FireFox.h"
+#include "Connectors/Mozilla/Schemes.h"
+#include "Host/Connector.h"
 #include "Platform/NativePaths.h"
 #include "Platform/StandardPaths.h"
 #include "Standalone/Phrases.h"
@@ -49,7 +50,7 @@ bool ComplainOfLeftOut(Session& session) {
 
 // Writes the profile's own file, and tells why it can't be. False if it can't be where it needn't be, since
 // there is to be a copy.
-bool WriteIntoProfile(Session& session, Location_FireFox& connector, bool isCopied) {
+bool WriteIntoProfile(Session& session, BookmarkConnector& connector, bool isCopied) {
   try {
     connector.Save();
     return true;
@@ -61,7 +62,7 @@ bool WriteIntoProfile(Session& session, Location_FireFox& connector, bool isCopi
 }
 
 // The profile's own file, and a copy if there is to be one.
-void WriteExports(Session& session, Location_FireFox& connector, const std::string& file,
+void WriteExports(Session& session, BookmarkConnector& connector, const std::string& file,
                   const std::string& output) {
   const bool isCopied = !output.empty();
   const bool isInProfile = WriteIntoProfile(session, connector, isCopied);
@@ -76,7 +77,7 @@ void WriteExports(Session& session, Location_FireFox& connector, const std::stri
 
 ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
   const std::string address = session.Address(options.address);
-  if (!address.starts_with(Location_FireFox::kScheme) || address.ends_with("/*")) {
+  if (!address.starts_with(kFireFoxScheme.prefix) || address.ends_with("/*")) {
     throw AppError(ExitCode::Usage, InWords(Phrase::NoPlaceOfBookmarks, {options.address}),
                    InWords(Phrase::ExportBookmarks));
   }
@@ -92,7 +93,7 @@ ExitCode Bookmarks(Session& session, const BookmarksOptions& options) {
                    InWords(Phrase::NothingWritten));
   }
   if (!options.output.empty()) CheckPlace(options.output);
-  const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location->Connector());
+  const auto connector = std::dynamic_pointer_cast<BookmarkConnector>(location->Connector());
   const std::string file = connector->ProfileFolder() + "bookmarks.html";
   const std::string shown = NativeShown(file);
   const bool isWhole = !ComplainOfLeftOut(session);

@@ -6,7 +6,7 @@
 #include "Common/StdModul.h"
 #include "Common/StdTime.h"
 #include "Connectors/Mozilla/CalendarFiles.h"
-#include "Connectors/Mozilla/Location_Sunbird.h"
+#include "Host/Connector.h"
 #include "Host/RecordKeys.h"
 #include "Standalone/Phrases.h"
 #include "Standalone/SourceEdits.h"
@@ -32,13 +32,13 @@ constexpr int kLongestWait = 2000;
 }
 
 // The database of the calendar that was read last.
-const std::string& DatabaseFileOf(StandaloneLocation& location) {
-  return RequireAs<Location_Sunbird>(location.Connector())->DatabaseFile();
+std::string DatabaseFileOf(StandaloneLocation& location) {
+  return RequireAs<CalendarConnector>(location.Connector())->DatabaseFile();
 }
 
 // What Thunderbird has in use, or may not be written, can be read all the same, but not changed.
 void CheckWritable(StandaloneLocation& location) {
-  const std::string& file = DatabaseFileOf(location);
+  const std::string file = DatabaseFileOf(location);
   if (!IsThunderbirdCalendarFile(file)) return;
   const SqliteObstacle obstacle = ObstacleToWriting(file, kLongestWait);
   if (obstacle == SqliteObstacle::None) return;

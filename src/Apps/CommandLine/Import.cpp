@@ -105,10 +105,13 @@ ExitCode Import(Session& session, const ImportOptions& options) {
   PrepareTarget(session, options, folder);
   SetAutoTopics(session, options.autoTopics);
   session.Host().SetDialogs(std::make_shared<ChosenCommand>(command.Text()));
+  const auto create = [&](std::string_view progId) {
+    return session.Host().Global().CreateConnector(progId);
+  };
   ArchiveImport import;
   Cause failure;
   try {
-    import.Run();
+    import.Run(create);
   } catch (const Failure& raised) {
     failure = raised.Why();
   }

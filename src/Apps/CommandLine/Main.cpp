@@ -49,18 +49,20 @@ void DeclareGlobalOptions(CLI::App& app, GlobalOptions& options) {
                  "What a drive letter in a copied profile stands for, such as C=/mnt/old")
       ->type_name("LETTER=DIR")
       ->allow_extra_args(false);
-  options.rules = "today";
   app.add_option(
          "--rules", options.rules,
          "How files are read and written: `today` as the applications of today do, `windows` exactly as "
          "the component does on the machine that it was drawn for")
       ->check(CLI::IsMember({"today", "windows"}))
-      ->capture_default_str();
+      ->default_str("today");
   app.add_option("--language", options.language,
                  "Language of what is shown: `en`, or `de` for German; the user's without it")
       ->check(CLI::IsMember({"en", "de"}))
       ->each([](const std::string& language) { ChooseLanguage(LanguageOf(language)); })
       ->trigger_on_parse();
+  app.add_flag("--com", options.com,
+               "Use the component that is registered with Windows, by the rules of Windows, in place of "
+               "this program's own; on Windows only");
   app.add_flag("--verbose", options.verbose, "Show the component's log");
   app.add_flag("--log", options.databaseLog, "Show the calendar connector's database log");
   app.add_flag("--yes", options.yes, "Change mailboxes without asking");

@@ -7,7 +7,6 @@
 #include "Apps/CommandLine/System.h"
 #include "Common/StdModul.h"
 #include "Connectors/Mozilla/BrokenItems.h"
-#include "Connectors/Mozilla/Location_FireFox.h"
 #include "Connectors/Mozilla/Schemes.h"
 #include "Host/Connector.h"
 #include "Host/RecordKeys.h"
@@ -48,6 +47,13 @@ void ApplyDrives(const std::vector<std::string>& drives) {
   }
 }
 
+// The registered component knows no other rules than those of Windows.
+Rules RulesOf(const GlobalOptions& options) {
+  if (options.com && options.rules == "today")
+    throw AppError(ExitCode::Usage, InWords(Phrase::ComKnowsTheRulesOfWindows));
+  return options.com || options.rules == "windows" ? Rules::Windows() : Rules::Today();
+}
+
 // The address of what lies at a path of this system; "" if the text isn't taken for one.
 std::string AddressOfPath(const std::string& text) {
   std::string_view place = text;
@@ -83,12 +89,13 @@ Session::Session(const GlobalOptions& options)
     }
     os::SetAppDataFolder(options.appData);
   }
-  ChooseRules(options.rules == "windows" ? Rules::Windows() : Rules::Today());
+  ChooseRules(RulesOf(options));
   host_ = std::make_shared<StandaloneHost>(*console_);
   host_->Global().SetLogEnabled(options.verbose || options.databaseLog);
   installed_.emplace(std::make_shared<ConsolePlatform>(*console_), host_);
   signals_.emplace(host_->Global().CancelFlag());
   os::RemoveAbandonedWorkFolders();
+  if (options.com) registered_ = UseRegisteredComponent(host_, {options.appData, options.drives});
 }
 
 std::string Session::Address(const std::string& utf8) {
@@ -190,7 +197,7 @@ AppError Session::NothingRead(StandaloneLocation& location, const std::string& a
 
 // A profile without bookmarks is none of the connector's errors.
 void Session::CheckBookmarks(StandaloneLocation& location) {
-  const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
+  const auto connector = std::dynamic_pointer_cast<BookmarkConnector>(location.Connector());
   if (connector == nullptr || connector->DatabaseFile().empty() || FileExists(connector->DatabaseFile()))
     return;
   throw AppError(ExitCode::Partly, InWords(Phrase::NoSuchFile, {NativeShown(connector->DatabaseFile())}),
@@ -209,7 +216,7 @@ void Session::CheckMailboxes(StandaloneLocation& location) {
 }
 
 std::string PlaceOf(StandaloneLocation& location) {
-  const auto connector = std::dynamic_pointer_cast<Location_FireFox>(location.Connector());
+  const auto connector = std::dynamic_pointer_cast<BookmarkConnector>(location.Connector());
   if (connector == nullptr || connector->DatabaseFile().empty()) return {};
   return InWords(Phrase::BookmarksAreIn, {NativeShown(connector->DatabaseFile())});
 }

@@ -11,6 +11,7 @@
 #include "Apps/CommandLine/AppError.h"
 #include "Apps/CommandLine/Console.h"
 #include "Apps/CommandLine/EndingSignals.h"
+#include "Apps/CommandLine/RegisteredComponent.h"
 #include "Standalone/Archive.h"
 #include "Standalone/InstalledHost.h"
 #include "Standalone/StandaloneHost.h"
@@ -22,8 +23,9 @@ namespace vorlent::app {
 struct GlobalOptions {
   std::string appData;              // native folder with the Windows layout, "" for the user's own
   std::vector<std::string> drives;  // "C=DIR"
-  std::string rules;                // "today" or "windows"
+  std::string rules;                // "today" or "windows", "" for what the other options ask for
   std::string language;             // "en" or "de", "" for the user's own
+  bool com = false;                 // the registered component, by the rules of Windows
   bool verbose = false;             // the component's log on standard error
   bool databaseLog = false;         // the database log on standard error
   bool yes = false;                 // no questions
@@ -85,6 +87,7 @@ class Session {
   std::shared_ptr<StandaloneHost> host_;
   std::optional<InstalledHost> installed_;
   std::optional<EndingSignals> signals_;
+  std::unique_ptr<RegisteredComponent> registered_;  // null while this program's own component is in use
   bool hasComplained_ = false;
 };
 

@@ -47,6 +47,9 @@ class FaceList {
 
 using TextList = KeyedList<std::string>;
 
+// The object behind a face of this program, nothing for null. Raises TypeMismatch for any other object.
+ObjectPtr NativeBehind(IDispatch* face);
+
 // The face of an object of one of the public classes, a new one if it has none. Null for any other.
 ComPtr<IDispatch> ExposeObject(const ObjectPtr& object);
 

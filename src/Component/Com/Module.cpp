@@ -3,7 +3,6 @@
 #include <cstring>
 #include <utility>
 
-#include "Component/Com/Faces.h"
 #include "Host/Com/Failures.h"
 #include "Platform/CodePage.h"
 
@@ -45,9 +44,9 @@ const DispatchTable& Module::TableOf(REFIID interfaceId) {
   return tables_.try_emplace(interfaceId, TypeLibrary(), interfaceId).first->second;
 }
 
-void Module::InstallHost() {
+void Module::InstallHost(Expose expose) {
   if (host_ != nullptr) return;
-  host_ = std::make_shared<ComHost>(ExposeObject);
+  host_ = std::make_shared<ComHost>(std::move(expose));
   HostObjects::Install(host_);
 }
 

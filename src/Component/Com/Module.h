@@ -35,7 +35,7 @@ class Module {
   const DispatchTable& TableOf(REFIID interfaceId);
 
   // Makes the host over COM the current one, if none is.
-  void InstallHost();
+  void InstallHost(Expose expose);
 
   // Objects that callers hold, and locks of the server, keep the library loaded.
   void Hold() { InterlockedIncrement(&held_); }

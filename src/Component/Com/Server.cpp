@@ -1,19 +1,23 @@
 // The four entry points of the server, and the class objects that they lead to.
 #include <string>
+#include <utility>
 
 #include "Component/Com/Counted.h"
 #include "Component/Com/Faces.h"
+#include "Component/Com/InsideAnswers.h"
 #include "Component/Com/Module.h"
 #include "Component/Com/Registration.h"
 #include "Component/Component.h"
 #include "Host/Com/Failures.h"
+#include "Host/Com/Inside.h"
 #include "Host/Com/Text.h"
+#include "Platform/Settings.h"
 
 namespace vorlent::com {
 
 namespace {
 
-class ClassObject final : public Counted<IClassFactory> {
+class ClassObject final : public Counted<IClassFactory, IInside> {
  public:
   explicit ClassObject(const ComponentClass& made) : made_(made) {}
 
@@ -22,7 +26,7 @@ class ClassObject final : public Counted<IClassFactory> {
     *result = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
     return Answer(IID_IClassFactory, WideOf(made_.progId), [&] {
-      Module::Current().InstallHost();
+      Module::Current().InstallHost(ExposeObject);
       Check(ExposeObject(made_.create())->QueryInterface(id, result));
     });
   }
@@ -35,7 +39,31 @@ class ClassObject final : public Counted<IClassFactory> {
     return S_OK;
   }
 
+  HRESULT STDMETHODCALLTYPE SetDrive(WCHAR letter, BSTR folder) override {
+    return Do([&] { os::SetDrive(static_cast<char>(letter), Utf8Of(folder)); });
+  }
+  HRESULT STDMETHODCALLTYPE SetAppDataFolder(BSTR folder) override {
+    return Do([&] { os::SetAppDataFolder(Utf8Of(folder)); });
+  }
+  HRESULT STDMETHODCALLTYPE ShowMessagesBy(IMessages* messages) override {
+    return Do([&] { com::ShowMessagesBy(messages); });
+  }
+  HRESULT STDMETHODCALLTYPE Observe(IDispatch* object, IRunObserver* observer) override {
+    return Do([&] { com::Observe(*NativeBehind(object), observer); });
+  }
+  HRESULT STDMETHODCALLTYPE Ask(IDispatch* object, BSTR question, BSTR given, VARIANT* result) override {
+    return Do([&] {
+      At(result) = VARIANT{};
+      *result = std::exchange(*com::Ask(*NativeBehind(object), TextOf(question), TextOf(given)), VARIANT{});
+    });
+  }
+
  private:
+  template <class Step>
+  HRESULT Do(Step&& step) {
+    return Answer(__uuidof(IInside), WideOf(made_.progId), std::forward<Step>(step));
+  }
+
   const ComponentClass& made_;
 };
 

@@ -40,17 +40,13 @@ class Location_FireFox final : public AddressedLocation<BookmarkConnector> {
   // first read, replacing what is there. A file that can't be written raises, and may be left written in
   // part.
   void Save() override;
-  // The same into a file.
-  void SaveInto(std::string_view path);
+  void SaveInto(std::string_view path) override;
 
   // Failures are swallowed; nothing if the host gives no list.
   std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr& expr) override;
 
-  // Folder of the profile read last, with a trailing separator; "" before the first was found.
-  const std::string& ProfileFolder() const { return profileFolder_; }
-
-  // The database that was looked for last, whether there is one or not; "" before the first time.
-  const std::string& DatabaseFile() const { return databaseFile_; }
+  std::string ProfileFolder() const override { return profileFolder_; }
+  std::string DatabaseFile() const override { return databaseFile_; }
 
  private:
   ParameterSettings Parameters() const override { return {"$type=url", "KeywordTree,Log"}; }

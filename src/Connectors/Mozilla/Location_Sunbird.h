@@ -34,8 +34,7 @@ class Location_Sunbird final : public AddressedLocation<CalendarConnector> {
   KeyedList<std::string> GetCalendars(std::string_view prefolder, std::string_view fld,
                                       std::string_view path) override;
 
-  // The database looked at last, "" before that.
-  const std::string& DatabaseFile() const { return databaseFile_; }
+  std::string DatabaseFile() const override { return databaseFile_; }
 
  private:
   struct NamedCalendar {

@@ -57,12 +57,23 @@ Failure FailureOf(HRESULT status, const std::string& text) {
   return {NumberOf(status), text.empty() ? SystemText(status) : text};
 }
 
-HRESULT Tell(HRESULT status, std::string_view text, REFIID interfaceId, std::wstring_view source) {
+Failure FailureOf(HRESULT status, const std::string& text, const std::string& file, DWORD page) {
+  // A help file that a host has isn't part of what it says.
+  const bool isConcerned = !file.empty() && text.starts_with(file + ": ");
+  if (!isConcerned) return FailureOf(status, text);
+  return {NumberOf(status), Cause{file, text.substr(file.size() + 2), static_cast<Hint>(page)}};
+}
+
+HRESULT Tell(HRESULT status, const Cause& why, REFIID interfaceId, std::wstring_view source) {
   ComPtr<ICreateErrorInfo> note;
   if (FAILED(CreateErrorInfo(&note))) return status;
   note->SetGUID(interfaceId);
   note->SetSource(std::wstring(source).data());
-  note->SetDescription(WideOf(text).data());
+  note->SetDescription(WideOf(why.Text()).data());
+  if (!why.path.empty()) {
+    note->SetHelpFile(WideOf(why.path).data());
+    note->SetHelpContext(static_cast<DWORD>(why.hint));
+  }
   ComPtr<IErrorInfo> info;
   if (SUCCEEDED(note.As(&info))) SetErrorInfo(0, info.Get());
   return status;
@@ -77,19 +88,24 @@ HRESULT ExplainTo(EXCEPINFO* exception, HRESULT status) {
   if (isNoted) {
     info->GetDescription(&exception->bstrDescription);
     info->GetSource(&exception->bstrSource);
+    info->GetHelpFile(&exception->bstrHelpFile);
+    info->GetHelpContext(&exception->dwHelpContext);
   }
   return DISP_E_EXCEPTION;
 }
 
 Failure ToldFailure(HRESULT status) {
   ComPtr<IErrorInfo> info;
-  std::string text;
-  BSTR description = nullptr;
-  if (GetErrorInfo(0, &info) == S_OK && SUCCEEDED(info->GetDescription(&description))) {
-    text = TextOf(description);
-    SysFreeString(description);
-  }
-  return FailureOf(status, text);
+  if (GetErrorInfo(0, &info) != S_OK) return FailureOf(status, {});
+  BSTR text = nullptr, file = nullptr;
+  DWORD page = 0;
+  info->GetDescription(&text);
+  info->GetHelpFile(&file);
+  info->GetHelpContext(&page);
+  Failure failure = FailureOf(status, TextOf(text), TextOf(file), page);
+  SysFreeString(text);
+  SysFreeString(file);
+  return failure;
 }
 
 }  // namespace vorlent::com

@@ -19,9 +19,12 @@ HRESULT StatusOf(const Failure& failure);
 // The failure that a status of the other side stands for. `text` is its description; without one, the
 // system's text of the status.
 Failure FailureOf(HRESULT status, const std::string& text);
+// The same with what comes beside the description where both sides are this project's: the file that the
+// failure concerns, in place of a help file, and what can be done about it, in place of that file's page.
+Failure FailureOf(HRESULT status, const std::string& text, const std::string& file, DWORD page);
 
 // Notes for the caller what the status is about, and gives the status.
-HRESULT Tell(HRESULT status, std::string_view text, REFIID interfaceId, std::wstring_view source);
+HRESULT Tell(HRESULT status, const Cause& why, REFIID interfaceId, std::wstring_view source);
 
 // Tells a caller by name what was noted of a failed member, and gives the status of such a call.
 HRESULT ExplainTo(EXCEPINFO* exception, HRESULT status);
@@ -52,13 +55,13 @@ HRESULT Answer(REFIID interfaceId, std::wstring_view source, Step&& step) noexce
     std::forward<Step>(step)();
     return S_OK;
   } catch (const Failure& failure) {
-    return Tell(StatusOf(failure), failure.what(), interfaceId, source);
+    return Tell(StatusOf(failure), failure.Why(), interfaceId, source);
   } catch (const NoPlace&) {
     return E_POINTER;
   } catch (const std::bad_alloc&) {
     return E_OUTOFMEMORY;
   } catch (const std::exception& error) {
-    return Tell(E_FAIL, error.what(), interfaceId, source);
+    return Tell(E_FAIL, {.reason = error.what()}, interfaceId, source);
   }
 }
 

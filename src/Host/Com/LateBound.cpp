@@ -20,7 +20,7 @@ struct Exception {
   Failure Taken() {
     if (info.pfnDeferredFillIn != nullptr) info.pfnDeferredFillIn(&info);
     const std::string text = TextOf(info.bstrDescription);
-    if (info.scode != 0) return FailureOf(info.scode, text);
+    if (info.scode != 0) return FailureOf(info.scode, text, TextOf(info.bstrHelpFile), info.dwHelpContext);
     return Failure(info.wCode, text);
   }
 

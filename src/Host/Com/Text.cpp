@@ -7,8 +7,6 @@
 
 namespace vorlent::com {
 
-namespace {
-
 std::string Utf8Of(std::wstring_view wide) {
   const int units = static_cast<int>(wide.size());
   std::string utf8(wide.size() * 3, '\0');
@@ -25,8 +23,6 @@ std::wstring WideOfUtf8(std::string_view utf8) {
   wide.resize(static_cast<std::size_t>(size));
   return wide;
 }
-
-}  // namespace
 
 std::string TextOf(std::wstring_view wide) {
   if (HoldsUtf8()) return wide.empty() ? std::string() : Utf8Of(wide);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <concepts>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,13 @@ namespace vorlent::com {
 std::string TextOf(std::wstring_view wide);
 std::wstring WideOf(std::string_view text);
 
+// UTF-8, as native paths are held, and back.
+std::string Utf8Of(std::wstring_view wide);
+std::wstring WideOfUtf8(std::string_view utf8);
+inline std::string Utf8Of(BSTR text) {
+  return Utf8Of(std::wstring_view(text == nullptr ? L"" : text, SysStringLen(text)));
+}
+
 // A text of automation; null is the empty one.
 std::string TextOf(const OLECHAR* text, UINT length);
 inline std::string TextOf(BSTR text) {
@@ -23,6 +31,25 @@ inline std::string TextOf(BSTR text) {
 
 // A new one, owned by the caller. Raises std::bad_alloc.
 BSTR NewBstr(std::string_view text);
+
+// A text of automation that is freed at its end.
+class Bstr {
+ public:
+  explicit Bstr(std::string_view text) : text_(NewBstr(text)) {}
+  // Raises std::bad_alloc.
+  explicit Bstr(std::wstring_view wide)
+      : text_(SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()))) {
+    if (text_ == nullptr) throw std::bad_alloc();
+  }
+  Bstr(const Bstr&) = delete;
+  Bstr& operator=(const Bstr&) = delete;
+  ~Bstr() { SysFreeString(text_); }
+
+  BSTR Get() const { return text_; }
+
+ private:
+  BSTR text_;
+};
 
 // A value for the system's functions, which don't say that they only read it.
 inline VARIANTARG* Readable(const VARIANT& value) {

@@ -76,6 +76,9 @@ class PlainBookmarks final : public LocationFrame<BookmarkConnector> {
   std::string GetFile(const ItemPtr&, std::string_view) override { return ""; }
   void Save() override {}
   std::shared_ptr<KeyedList<std::string>> GetSubKeywords(ExpressionPtr&) override { return nullptr; }
+  void SaveInto(std::string_view) override {}
+  std::string ProfileFolder() const override { return ""; }
+  std::string DatabaseFile() const override { return ""; }
 
  protected:
   ParameterSettings Parameters() const override { return {}; }
