@@ -301,8 +301,7 @@ void MailRestorer::PutAttachmentsBefore(std::string_view line) {
   }
   const auto closed = homes_.find(BoundaryClosedBy(line));
   if (closed == homes_.end() || !BoundaryPair(*closed).IsClosing(line)) return;
-  const std::string home = *closed;
-  homes_.erase(closed);
+  const std::string home = std::move(homes_.extract(closed).value());
   PutAttachments(home, [&](const Attachment& attachment) { return attachment.home == home; });
 }
 
