@@ -9,7 +9,7 @@ testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 sqlite3 tzda
 ciPackages=("${testPackages[@]}" clang clang-tidy-16 clang-format libclang-rt-14-dev xvfb git g++-mingw-w64-x86-64-posix \
   shellcheck flake8 mmdebstrap thunderbird firefox-esr)
 windowsPackages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix cmake ninja-build libcli11-dev libfmt-dev \
-  nlohmann-json3-dev googletest mingw-w64-tools wine64)
+  nlohmann-json3-dev googletest mingw-w64-tools wine64 python3 xvfb xdotool imagemagick)
 
 need() {
   local missing=() package

@@ -33,12 +33,13 @@ class Counted : public Main, public Others..., public Remains {
     return static_cast<ULONG>(left);
   }
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override {
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) final {
     if (result == nullptr) return E_POINTER;
     *result = nullptr;
     if (IsEqualIID(id, IID_IUnknown)) *result = static_cast<Main*>(this);
     OfferAs<Main>(id, result);
     (OfferAs<Others>(id, result), ...);
+    OfferBases(id, result);
     if (*result == nullptr) return E_NOINTERFACE;
     AddRef();
     return S_OK;
@@ -62,6 +63,9 @@ class Counted : public Main, public Others..., public Remains {
 
   // Lets go of what the object holds. Its members are called no more, or say that it is gone.
   virtual void LetGo() {}
+
+  // Answers for the interfaces that those of the object are derived from.
+  virtual void OfferBases(REFIID, void**) {}
 
   template <class Interface>
   void OfferAs(REFIID id, void** result) {

@@ -48,21 +48,13 @@ void Give(const ObjectPtr& object, Interface** result) {
 }
 
 // A face of a native object, which it keeps alive. Members are called by vtable, and by name through their
-// description in the type library.
-template <class Interface, class Contract, class Kind = Object>
-class Face : public Counted<Interface, ISupportErrorInfo> {
+// description in the type library. Others are what it offers beside the interface.
+template <class Interface, class Contract, class Kind = Object, class... Others>
+class Face : public Counted<Interface, ISupportErrorInfo, Others...> {
  public:
   Face(std::shared_ptr<Contract> native, std::wstring_view progId)
       : native_(std::move(native)), progId_(progId) {
     FaceList<Kind>::Current().Add(native_, this);
-  }
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) final {
-    const HRESULT status = Counted<Interface, ISupportErrorInfo>::QueryInterface(id, result);
-    if (status != E_NOINTERFACE || !IsEqualIID(id, IID_IDispatch)) return status;
-    *result = static_cast<IDispatch*>(this);
-    this->AddRef();
-    return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) final {
@@ -101,7 +93,11 @@ class Face : public Counted<Interface, ISupportErrorInfo> {
   Contract& Native() { return *native_; }
   const std::shared_ptr<Contract>& Shared() const { return native_; }
 
-  void LetGo() final {
+  void OfferBases(REFIID id, void** result) override {
+    if (IsEqualIID(id, IID_IDispatch)) *result = static_cast<IDispatch*>(this);
+  }
+
+  void LetGo() override {
     FaceList<Kind>::Current().Remove(native_.get(), this);
     native_ = nullptr;
   }
@@ -110,7 +106,7 @@ class Face : public Counted<Interface, ISupportErrorInfo> {
   template <class Step>
   HRESULT Do(Step&& step) {
     if (native_ == nullptr) return CO_E_OBJNOTCONNECTED;
-    const typename Counted<Interface, ISupportErrorInfo>::Running running(*this);
+    const typename Counted<Interface, ISupportErrorInfo, Others...>::Running running(*this);
     return Answer(__uuidof(Interface), progId_, std::forward<Step>(step));
   }
 

@@ -1,8 +1,9 @@
 #include "Component/Com/Faces.h"
 
+#include "Component/Com/ActionListFace.h"
 #include "Component/Com/ConnectorFaces.h"
+#include "Component/Com/Control/WizardControlFace.h"
 #include "Component/Com/StdMailFace.h"
-#include "Component/Com/WizardFaces.h"
 
 namespace vorlent::com {
 
@@ -24,7 +25,7 @@ ComPtr<IDispatch> NewFace(const ObjectPtr& object) {
   if (!face)
     face = FaceAs<CalendarConnectorFace, CalendarConnector>(object, L"VorlentMozilla.Location_Sunbird");
   if (!face) face = FaceAs<ActionListFace, ActionList>(object, L"VorlentMozilla.Actions");
-  if (!face) face = FaceAs<WizardControlFace, WizardControl>(object, L"VorlentMozilla.WizardImport");
+  if (!face) face = FaceAs<WizardControlFace, WizardImport>(object, L"VorlentMozilla.WizardImport");
   if (!face) face = FaceAs<StdMailFace, StdMail>(object, L"VorlentMozilla.StdMail");
   return face;
 }

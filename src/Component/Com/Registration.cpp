@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Component/Com/Control/ControlStatus.h"
 #include "Component/Com/Module.h"
 #include "Component/Component.h"
 #include "Host/Com/Failures.h"
@@ -17,8 +18,6 @@ constexpr std::wstring_view kLibraryId = L"{94BFF4C8-DD5C-4626-9004-C44E5E126A33
 constexpr std::wstring_view kVersion = L"1.0";
 // The class that a container may show in a window.
 constexpr std::string_view kControl = "VorlentMozilla.WizardImport";
-// Recompose on resize, can't link inside, inside out, activate when visible, set client site first.
-constexpr std::wstring_view kControlStatus = L"131473";
 
 // A value of a key below HKEY_CLASSES_ROOT.
 struct Entry {
@@ -51,7 +50,7 @@ std::vector<Entry> EntriesOf(const ComponentClass& entry) {
   if (entry.progId == kControl) {
     entries.push_back({key + L"\\Control", L"", L""});
     entries.push_back({key + L"\\MiscStatus", L"", L"0"});
-    entries.push_back({key + L"\\MiscStatus\\1", L"", std::wstring(kControlStatus)});
+    entries.push_back({key + L"\\MiscStatus\\1", L"", std::to_wstring(kControlStatus)});
   }
   return entries;
 }

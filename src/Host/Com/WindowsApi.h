@@ -8,9 +8,12 @@
 
 #include <windows.h>
 // After it, as all of these need it.
+#include <commctrl.h>
 #include <dispex.h>
 #include <ocidl.h>
 #include <ole2.h>
+#include <olectl.h>
+#include <shellapi.h>
 #include <wrl/client.h>
 
 #undef CopyFile
