@@ -167,6 +167,7 @@ compareCommands() {
   for name in TMP TEMP; do
     runUnderWine "$work/reg.log" 60 reg add 'HKCU\Environment' /v $name /d "Z:${work//\//\\}\\temporary" /f || failed=1
   done
+  runUnderWine "$work/register.log" 60 regsvr32 /s "$root/build/windows/bin/Vorlent_Mozilla.ocx" || failed=1
   timeout --kill-after=10 "$secondsForCommands" python3 "$root/tests/Apps/two_systems.py" "$here/bin/vorlent-mozilla" \
     "$root/build/windows/bin/vorlent-mozilla.exe" "$root" /usr/lib/wine/wine64 || failed=1
 }

@@ -2,7 +2,8 @@
 
 Two variables let two_systems.py run them for a program of another system: VORLENT_LAUNCHER starts it,
 VORLENT_TRANSCRIPTS names the folder in which each test leaves what it called the program with and what came.
-VORLENT_RULES names the rules where a test asks for none.
+VORLENT_RULES names the rules where a test asks for none, VORLENT_OPTIONS what the program is given
+besides where the rules are no others.
 """
 import datetime
 import os
@@ -24,6 +25,7 @@ INBOX = "AppData/Thunderbird/Profiles/k3j9x2ab.default/Mail/Local Folders/Inbox"
 LOCAL = "thunderbird://default/Local Folders"
 LAUNCHER = shlex.split(os.environ.get("VORLENT_LAUNCHER", ""))
 RULES = os.environ.get("VORLENT_RULES")
+OPTIONS = shlex.split(os.environ.get("VORLENT_OPTIONS", ""))
 TRANSCRIPTS = os.environ.get("VORLENT_TRANSCRIPTS")
 ZONE = "Europe/Berlin"
 
@@ -82,7 +84,8 @@ class ProgramCase(unittest.TestCase):
             given += ["--rules", RULES]
         if LAUNCHER:
             given += ["--drive", "C=/"]  # as it is on a system without drives
-        return [*LAUNCHER, PROGRAM, *given, *arguments]
+        options = [] if "today" in arguments else OPTIONS
+        return [*LAUNCHER, PROGRAM, *given, *options, *arguments]
 
     def run_program(self, *arguments, sample=True, home=None, **options):
         done = subprocess.run(self.command(*arguments, sample=sample), cwd=self.work, env=self.environment(home),
