@@ -83,7 +83,16 @@ runUnderWine() {
 # shellcheck disable=SC2317 # called by the trap
 endWine() {
   WINEPREFIX=$work/prefix /usr/lib/wine/wineserver64 -k 2>/dev/null || true
+  [ -z "$screen" ] || kill "$screen" 2>/dev/null || true
   rm -rf "$work"
+}
+
+# The wizard's control is shown on a screen that nobody looks at.
+startScreen() {
+  Xvfb -displayfd 3 -screen 0 1024x768x24 3>"$work/display" >/dev/null 2>&1 &
+  screen=$!
+  until [ -s "$work/display" ]; do sleep 0.1; done
+  screenName=:$(cat "$work/display")
 }
 
 startWine() {
@@ -101,12 +110,16 @@ runTests() {
   filter=$(IFS=:; echo "${!lacking[*]}")
   for program in "${programs[@]}"; do
     log=$work/$program.log
+    # Without a screen nothing can wait for a click.
+    unset DISPLAY
+    [ "$program" != test_com ] || export DISPLAY=$screenName
     runUnderWine "$log" "${seconds[$program]:-$secondsForOthers}" "$root/build/windows/bin/$program.exe" \
       --gtest_filter="-LargeMailboxTest.*:$filter" || failed=1
     grep -aE '^(\[==========\] [0-9]+ tests? from .* ran|\[  PASSED  \])' "$log" || failed=1
     grep -aA 1 ': Skipped$' "$log" | grep -avE ': Skipped$|^--$' | sort | uniq -c | sed 's/^/  skipped:/' || true
     [ $failed -eq 0 ] || grep -aB 20 '^\[  FAILED  \]' "$log" >&2 || tail -n 20 "$log" >&2
   done
+  unset DISPLAY
   echo "${#lacking[@]} tests don't run under Wine:"
   for name in "${!lacking[@]}"; do echo "  $name: ${lacking[$name]}"; done | sort
 }
@@ -133,6 +146,12 @@ registersAndLeavesNothing() {
     grep -qF "Classes\\VorlentMozilla.$class\\CLSID]" "$work/between.txt" || return 1
   done
   diff "$work/before.txt" "$work/after.txt"
+}
+
+# Real keys and clicks, through the four pages of the wizard's control.
+driveControl() {
+  timeout --kill-after=10 300 python3 "$root/tests/Component/Com/control_test.py" "$root/build/windows/bin" \
+    /usr/lib/wine/wine64 || failed=1
 }
 
 tryRegistration() {
@@ -182,21 +201,25 @@ part() {
 part "Build"
 need "${windowsPackages[@]}"
 fetchSqlite
-build windows "${programs[@]/#/--target=}" --target=vorlent-mozilla --target=vorlent_server
+build windows "${programs[@]/#/--target=}" --target=vorlent-mozilla --target=vorlent_server --target=control_container
 part "Build in 32 bits"
 [ "${1:-}" = --no-32 ] || build windows32 --target=vorlent_component --target=vorlent-mozilla --target=vorlent_server
 part "Build for this system"
 [ -n "${VORLENT_HERE:-}" ] || { need "${runPackages[@]}"; build release; }
 
 work=$(mktemp -d)
+screen="" screenName=""
 trap endWine EXIT
 export WINEPREFIX=$work/prefix WINEDEBUG=-all WINEARCH=win64 LC_ALL=C.UTF-8
 unset DISPLAY
+startScreen
 failed=0
 part "Start of Wine"
 startWine
 part "Tests"
 runTests
+part "Wizard's control"
+driveControl
 part "Registration"
 tryRegistration
 part "Package"
