@@ -105,21 +105,26 @@ startWine() {
   /usr/lib/wine/wineserver64 -p600
 }
 
+# Until then nothing can wait for a click. Wine knows the screen that it was started with.
+showScreen() {
+  /usr/lib/wine/wineserver64 -k || true
+  /usr/lib/wine/wineserver64 -w
+  export DISPLAY=$screenName
+  /usr/lib/wine/wineserver64 -p600
+}
+
 runTests() {
   local program filter log
   filter=$(IFS=:; echo "${!lacking[*]}")
   for program in "${programs[@]}"; do
     log=$work/$program.log
-    # Without a screen nothing can wait for a click.
-    unset DISPLAY
-    [ "$program" != test_com ] || export DISPLAY=$screenName
+    [ "$program" != test_com ] || showScreen
     runUnderWine "$log" "${seconds[$program]:-$secondsForOthers}" "$root/build/windows/bin/$program.exe" \
       --gtest_filter="-LargeMailboxTest.*:$filter" || failed=1
     grep -aE '^(\[==========\] [0-9]+ tests? from .* ran|\[  PASSED  \])' "$log" || failed=1
     grep -aA 1 ': Skipped$' "$log" | grep -avE ': Skipped$|^--$' | sort | uniq -c | sed 's/^/  skipped:/' || true
     [ $failed -eq 0 ] || grep -aB 20 '^\[  FAILED  \]' "$log" >&2 || tail -n 20 "$log" >&2
   done
-  unset DISPLAY
   echo "${#lacking[@]} tests don't run under Wine:"
   for name in "${!lacking[@]}"; do echo "  $name: ${lacking[$name]}"; done | sort
 }

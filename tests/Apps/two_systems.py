@@ -40,6 +40,7 @@ DIFFERENT = {
 DIFFERENT_THROUGH_COM = DIFFERENT | {
     "CommandLine.test_all_profiles_are_read_without_a_complaint_about_drives":
         "the contract with hosts doesn't tell an account that is a drive from one that isn't there",
+    "CommandLine.test_reading_changes_no_file_of_the_profile": "as above",
 }
 
 
