@@ -18,9 +18,11 @@ import sqlite3
 import subprocess
 import sys
 import tempfile
+import zoneinfo
 
 from marionette import Application
 
+ZONE = zoneinfo.ZoneInfo("Europe/Berlin")
 IMPORTED = """<!DOCTYPE NETSCAPE-Bookmark-file-1>
 <META HTTP-EQUIV="Content-Type" CONTENT="text/html; charset=UTF-8">
 <TITLE>Bookmarks</TITLE>
@@ -156,7 +158,7 @@ class Home:
             application.quit()
 
     def run(self, *arguments):
-        environment = {**os.environ, "HOME": str(self.folder), "TZ": "Europe/Berlin", "LC_ALL": "C.UTF-8"}
+        environment = {**os.environ, "HOME": str(self.folder), "TZ": ZONE.key, "LC_ALL": "C.UTF-8"}
         environment.pop("XDG_CONFIG_HOME", None)
         done = subprocess.run([self.program, *arguments], env=environment, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
@@ -215,7 +217,7 @@ def in_code_page(text):
 
 
 def seconds(date):
-    moment = datetime.datetime.strptime(date, "%d.%m.%Y %H:%M:%S").replace(tzinfo=datetime.timezone.utc)
+    moment = datetime.datetime.strptime(date, "%d.%m.%Y %H:%M:%S").replace(tzinfo=ZONE)
     return int(moment.timestamp())
 
 
