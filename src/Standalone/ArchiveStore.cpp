@@ -269,7 +269,7 @@ std::vector<std::int64_t> ArchiveStore::NumbersOfSame(const ItemRecord& record) 
   for (const std::int64_t old : FingerprintsOfOld(record))
     std::ranges::copy(NumbersOf(id, old), std::back_inserter(numbers));
   std::ranges::sort(numbers);
-  numbers.erase(std::ranges::unique(numbers).begin(), numbers.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
   return numbers;
 }
 
