@@ -127,7 +127,7 @@ std::vector<std::string> IdsOfOld(std::string_view id) {
       stamp.substr(0, kDay) + "000000"};                     // a time without colons, or after a "T"
   if (stamp < "1980") stamps.push_back("1980" + stamp.substr(kYear));
   std::ranges::sort(stamps);
-  stamps.erase(std::ranges::unique(stamps).begin(), stamps.end());
+  stamps.erase(std::unique(stamps.begin(), stamps.end()), stamps.end());
   std::erase(stamps, stamp);
   for (std::string& each : stamps)
     each += id.substr(kStamp);
