@@ -52,11 +52,10 @@ constexpr std::initializer_list<ErrorNumber> kPrefFailures = {ErrorNumber::KeyEx
 
 void CheckPrefs(std::string_view prefs) {
   Require(PrefNames().Count() >= PrefValues().Count());
-  for (std::int32_t pos = 1; pos <= PrefValues().Count(); ++pos) {
-    const std::string& name = PrefNames().Item(pos);
+  for (const std::string& name : PrefNames())
     Require(prefs.find("user_pref(\"" + name) != std::string_view::npos);
-    Require(GetPref(name) == PrefValues().Item(pos));
-  }
+  for (std::int32_t pos = 1; pos <= PrefValues().Count(); ++pos)
+    Require(GetPref(PrefValues().Key(pos)) == PrefValues().Item(pos));
 }
 
 // Whoever is listed is found by name, in the order of the list.
