@@ -17,9 +17,9 @@ struct DateRow {
   const char* display;
 };
 
-void ExpectDates(std::initializer_list<DateRow> rows) {
+void ExpectDates(std::initializer_list<DateRow> rows, std::string (*read)(std::string) = MailDateToDisplay) {
   for (const DateRow& row : rows)
-    EXPECT_EQ(MailDateToDisplay(row.mail), row.display) << "'" << row.mail << "'";
+    EXPECT_EQ(read(row.mail), row.display) << "'" << row.mail << "'";
 }
 
 TEST(MailDateToDisplay, ReadsTheDateOfAMail) {
@@ -185,8 +185,7 @@ class DateOfAnyProgram : public testing::Test {
 };
 
 void ExpectShown(std::initializer_list<DateRow> rows) {
-  for (const DateRow& row : rows)
-    EXPECT_EQ(ShownMailDate(row.mail), row.display) << "'" << row.mail << "'";
+  ExpectDates(rows, ShownMailDate);
 }
 
 TEST_F(DateOfAnyProgram, IsReadInEveryForm) {
@@ -370,7 +369,7 @@ TEST(ShownMailDate, IsBySendersClockByTheRulesOfOld) {
 TEST(ShownMailDate, IsByReadersClockToday) {
   const ScopedRules rules(Rules::Today());
   const ScopedTimeZone zone("Europe/Berlin");
-  const DateRow rows[] = {
+  ExpectShown({
       {"Sun, 9 May 2010 14:30:05 +0200", "09.05.2010 14:30:05"},
       {"Sun, 9 May 2010 14:30:05 +0000", "09.05.2010 16:30:05"},
       {"Sat, 9 Jan 2010 14:30:05 +0000", "09.01.2010 15:30:05"},
@@ -382,15 +381,13 @@ TEST(ShownMailDate, IsByReadersClockToday) {
       {"9 May 2010 14:30 EST", "09.05.2010 21:30:00"},
       {"Sun May  9 14:30:05 UTC 2010", "09.05.2010 16:30:05"},
       {"Sun May  9 14:30:05 CEST 2010", "09.05.2010 14:30:05"},
-  };
-  for (const DateRow& row : rows)
-    EXPECT_EQ(ShownMailDate(row.mail), row.display) << "'" << row.mail << "'";
+  });
 }
 
 TEST(ShownMailDate, StaysAsWrittenWhereNoMomentIsTold) {
   const ScopedRules rules(Rules::Today());
   const ScopedTimeZone zone("Europe/Berlin");
-  const DateRow rows[] = {
+  ExpectShown({
       {"Sun, 9 May 2010 14:30:05", "09.05.2010 14:30:05"},
       {"Sun, 9 May 2010 14:30:05 XYZ", "09.05.2010 14:30:05"},
       {"Sun, 9 May 2010 14:30:05 +02", "09.05.2010 14:30:05"},
@@ -398,9 +395,7 @@ TEST(ShownMailDate, StaysAsWrittenWhereNoMomentIsTold) {
       {"31 Feb 2010 14:30:05 -0800", "31.02.2010 14:30:05"},
       {"9 May 10000 14:30:05 -0800", "09.05.10000 14:30:05"},
       {"31 Dec 9999 23:30:05 -0800", "01.01.10000 08:30:05"},
-  };
-  for (const DateRow& row : rows)
-    EXPECT_EQ(ShownMailDate(row.mail), row.display) << "'" << row.mail << "'";
+  });
 }
 
 }  // namespace

@@ -553,6 +553,15 @@ class TodaysAccountsTest : public LocationThunderbirdWalkTest {
   ScopedRules today{{.accounts = MailAccounts::AsShown,
                      .folderNames = MailFolderNames::Shown,
                      .brokenItems = BrokenItems::AreNamed}};
+
+  // A mailbox of this name with one below it, in an account "a".
+  void AddMailboxOfOddName(const std::string& name) {
+    tree.AddProfile("p", {"a"});
+    const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
+    fs::create_directory(account / (name + ".sbd"));
+    std::ofstream(account / name) << MailOf("1", "one");
+    std::ofstream(account / (name + ".sbd") / "Sub") << MailOf("2", "two");
+  }
 };
 
 TEST_F(TodaysAccountsTest, MailsOfAFolderThatTwoAccountsHaveAreReadOnce) {
@@ -645,11 +654,7 @@ TEST_F(TodaysAccountsTest, NamesMayHoldAnything) {
 TEST_F(TodaysAccountsTest, FoldersMayHoldABackslash) {
   if (fs::path::preferred_separator == '\\') GTEST_SKIP() << "the system has no such names";
   const ScopedRules rules(Rules::Today());
-  tree.AddProfile("p", {"a"});
-  const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
-  fs::create_directory(account / "x\\y.sbd");
-  std::ofstream(account / "x\\y") << MailOf("1", "one");
-  std::ofstream(account / "x\\y.sbd" / "Sub") << MailOf("2", "two");
+  AddMailboxOfOddName("x\\y");
   EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
   ASSERT_EQ(connector->Count(), 2);
   EXPECT_EQ(GetParam(host.Items.back()->Record, "Keywords"), "Account=a,x\\y,Sub");
@@ -664,11 +669,7 @@ TEST_F(TodaysAccountsTest, FoldersMayHoldABackslash) {
 TEST_F(TodaysAccountsTest, NameOfAMailboxMayHoldALineBreak) {
   if (fs::path::preferred_separator == '\\') GTEST_SKIP() << "the system has no such names";
   const ScopedRules rules(Rules::Today());
-  tree.AddProfile("p", {"a"});
-  const fs::path account = os::ToNativePath(tree.AccountFolder("p", "a"));
-  fs::create_directory(account / "x\ny.sbd");
-  std::ofstream(account / "x\ny") << MailOf("1", "one");
-  std::ofstream(account / "x\ny.sbd" / "Sub") << MailOf("2", "two");
+  AddMailboxOfOddName("x\ny");
   EXPECT_EQ(Read("thunderbird://p"), LocationState::Read);
   EXPECT_THAT(Mails(), ElementsAre("Account=a,x y one", "Account=a,x y,Sub two"));
   EXPECT_EQ(Read("thunderbird://p/a/*"), LocationState::Read);
